@@ -1,0 +1,21 @@
+# Compiles one of this project's own targets the project's way, without touching the flags of a
+# project that includes it.
+function(crawler_compile target standard)
+  set_target_properties(
+    ${target}
+    PROPERTIES CXX_STANDARD ${standard}
+               CXX_STANDARD_REQUIRED ON
+               CXX_EXTENSIONS OFF
+               CXX_VISIBILITY_PRESET hidden
+               VISIBILITY_INLINES_HIDDEN ON
+               POSITION_INDEPENDENT_CODE ON)
+  target_compile_options(${target} PRIVATE -Wall -Wextra)
+  if(CRAWLER_WARNINGS_AS_ERRORS)
+    target_compile_options(${target} PRIVATE -Werror)
+  endif()
+  if(CRAWLER_SANITIZE)
+    target_compile_options(${target} PRIVATE -fsanitize=${CRAWLER_SANITIZE}
+                                             -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(${target} PRIVATE -fsanitize=${CRAWLER_SANITIZE})
+  endif()
+endfunction()

@@ -1,0 +1,176 @@
+#include "crawler/AuxFileIdentifierValidator.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <set>
+#include <utility>
+
+#include <boost/make_shared.hpp>
+
+#include <QString>
+#include <QStringList>
+
+#include "crawler/SyntaxNameFilter.h"
+#include "host/AuxFileCollectionInterface.h"
+#include "host/AuxFileInfoInterface.h"
+#include "host/TagValidator.h"
+
+namespace
+{
+
+// Remembers the syntax names that it judged valid, so that isValid() followed by auxFiles() matches
+// each of them once.
+class CachingSyntaxNameFilter : public SyntaxNameFilter
+{
+public:
+    explicit CachingSyntaxNameFilter(const QStringList& syntaxes) : SyntaxNameFilter(syntaxes) {}
+
+    ortelo::ValidationResult validate(const std::string& name) const override
+    {
+        if (cache_.count(name) != 0)
+            return ortelo::ValidationResult();
+        ortelo::ValidationResult result = SyntaxNameFilter::validate(name);
+        if (result.isValid())
+            cache_.insert(name);
+        return result;
+    }
+
+    // Replaces the cache; the old names are not merged.
+    void setCache(const std::set<std::string>& names) { cache_ = names; }
+
+private:
+    mutable std::set<std::string> cache_;
+};
+
+class AuxFileCollection : public virtual AuxFileCollectionInterface
+{
+public:
+    void addFile(std::size_t index, const std::string& tag, const std::string& path)
+    {
+        auto number = tagNumbers_.find(tag);
+        if (number == tagNumbers_.end()) {
+            number = tagNumbers_.emplace(tag, nextTagNumber_++).first;
+            tags_.insert(tag);
+        }
+        if (index >= filesPerIndex_.size())
+            filesPerIndex_.resize(index + 1);
+        filesPerIndex_[index][number->second].push_back(path);
+    }
+
+    bool isEmpty() const override { return filesPerIndex_.empty(); }
+
+    std::set<std::string> tags() const override { return tags_; }
+
+    std::vector<std::string> filePaths(std::size_t index, const std::string& tag) const override
+    {
+        const auto number = tagNumbers_.find(tag);
+        if (number == tagNumbers_.end())
+            return std::vector<std::string>();
+        const auto& filesPerTag = filesPerIndex_[index];
+        const auto files = filesPerTag.find(number->second);
+        return files == filesPerTag.end() ? std::vector<std::string>() : files->second;
+    }
+
+    std::size_t indexCount() const override { return filesPerIndex_.size(); }
+
+private:
+    std::set<std::string> tags_;
+    std::map<std::string, std::uint32_t> tagNumbers_;
+    std::uint32_t nextTagNumber_ = 0;
+    std::vector<std::map<std::uint32_t, std::vector<std::string>>> filesPerIndex_;
+};
+
+} // namespace
+
+struct AuxFileIdentifierValidator::Impl {
+    Impl(const IdentifierProviderInterface& provider,
+         std::vector<boost::shared_ptr<AuxFileInfoInterface>> auxFiles,
+         boost::shared_ptr<TagValidator> tagValidator)
+        : provider(provider), auxFiles(std::move(auxFiles)), tagValidator(std::move(tagValidator))
+    {
+        QStringList candidates;
+        candidates.reserve(static_cast<int>(this->auxFiles.size()));
+        for (const auto& file : this->auxFiles) {
+            candidates.append(QString::fromStdString(file->filePath()));
+            // The way back from QString is how a selected candidate finds its file again, also
+            // where the path is not UTF-8 and differs from it.
+            pathMap[candidates.back().toStdString()] = file;
+        }
+        syntaxFilter = boost::make_shared<CachingSyntaxNameFilter>(candidates);
+    }
+
+    const IdentifierProviderInterface& provider;
+    std::vector<boost::shared_ptr<AuxFileInfoInterface>> auxFiles;
+    std::map<std::string, boost::shared_ptr<AuxFileInfoInterface>> pathMap;
+    boost::shared_ptr<TagValidator> tagValidator;
+    boost::shared_ptr<CachingSyntaxNameFilter> syntaxFilter;
+};
+
+AuxFileIdentifierValidator::IdentifierProviderInterface::~IdentifierProviderInterface() = default;
+
+AuxFileIdentifierValidator::AuxFileIdentifierValidator(
+    const IdentifierProviderInterface& provider,
+    std::vector<boost::shared_ptr<AuxFileInfoInterface>> auxFiles,
+    boost::shared_ptr<TagValidator> tagValidator)
+    : impl_(new Impl(provider, std::move(auxFiles), std::move(tagValidator)))
+{
+}
+
+AuxFileIdentifierValidator::~AuxFileIdentifierValidator() = default;
+
+bool AuxFileIdentifierValidator::isValid() const
+{
+    std::set<std::string> visited;
+    bool valid = true;
+    // Asked once for the emptiness test and again for the loop, on purpose: providers see both.
+    if (!impl_->provider.identifiers().empty()) {
+        for (const AuxFileIdentifier& identifier : impl_->provider.identifiers()) {
+            visited.insert(identifier.syntaxName);
+            if (identifier.syntaxName.empty() && identifier.tag.empty())
+                continue;
+            if (!impl_->tagValidator->validate(identifier.tag).isValid() ||
+                !impl_->syntaxFilter->validate(identifier.syntaxName).isValid()) {
+                valid = false;
+                break;
+            }
+        }
+    }
+    // Also the names that failed or were never judged, on purpose.
+    impl_->syntaxFilter->setCache(visited);
+    return valid;
+}
+
+std::vector<AuxFileIdentifier> AuxFileIdentifierValidator::identifiers() const
+{
+    return impl_->provider.identifiers();
+}
+
+boost::shared_ptr<AuxFileCollectionInterface> AuxFileIdentifierValidator::auxFiles()
+{
+    const auto collection = boost::make_shared<AuxFileCollection>();
+    std::set<boost::shared_ptr<AuxFileInfoInterface>> recorded;
+    for (const AuxFileIdentifier& identifier : impl_->provider.identifiers()) {
+        if (!impl_->tagValidator->validate(identifier.tag).isValid() ||
+            !impl_->syntaxFilter->validate(identifier.syntaxName).isValid())
+            continue;
+        for (const QString& path : impl_->syntaxFilter->filter(identifier.syntaxName)) {
+            const auto& file = impl_->pathMap.find(path.toStdString())->second;
+            if (recorded.insert(file).second)
+                collection->addFile(file->caseIndex(), identifier.tag, file->filePath());
+        }
+    }
+    return collection;
+}
+
+boost::shared_ptr<ortelo::ValidatorInterface<std::string>>
+AuxFileIdentifierValidator::syntaxNameValidator() const
+{
+    return impl_->syntaxFilter;
+}
+
+boost::shared_ptr<ortelo::ValidatorInterface<std::string>>
+AuxFileIdentifierValidator::tagValidator() const
+{
+    return impl_->tagValidator;
+}

@@ -1,0 +1,3 @@
+#include "crawler/CrawlerImporterParserInterface.h"
+
+CrawlerImporterParserInterface::~CrawlerImporterParserInterface() = default;

@@ -1,0 +1,80 @@
+#ifndef CRAWLER_FOLDERCRAWLER_H
+#define CRAWLER_FOLDERCRAWLER_H
+
+#include <atomic>
+#include <list>
+#include <string>
+
+#include <boost/shared_ptr.hpp>
+
+#include <QString>
+#include <QThread>
+
+#include "crawler/Export.h"
+
+class FileInfoInterface;
+
+/// Walks a folder tree in a thread of its own and lists the files below the root.
+///
+/// Construct it with the root, connect to processingDirectory() for progress, start() the thread,
+/// wait for it to finish and read result(). The tree is seen through FileInfoInterface alone, and
+/// every call to it is made on the crawler's thread.
+///
+/// The walk recurses once per folder level. The thread's stack is sized for trees of 20,000 levels.
+class CRAWLER_API FolderCrawler : public QThread
+{
+    Q_OBJECT
+
+public:
+    /// What a walk found.
+    struct Result {
+        /// The root given to the crawler; no run changes it.
+        boost::shared_ptr<FileInfoInterface const> folder;
+        /// The files found by the last run, in the order of the walk, each as its path relative to
+        /// the root with the components joined by "/". Emptied at the start of every run; after a
+        /// failure or an abort it holds the files found before.
+        std::list<std::string> files;
+        /// The text of the failure that stopped a run; null when none ever did. A later run that
+        /// succeeds leaves it as it is, on purpose.
+        QString errorString;
+    };
+
+    /// The error text of a run whose root does not exist.
+    static const std::string ROOT_PATH_DOES_NOT_EXIST_ERROR_STRING;
+    /// The error text of a run whose root exists but cannot be read.
+    static const std::string ROOT_PATH_IS_NOT_READABLE_ERROR_STRING;
+
+    /// Shares `root`, which must not be empty when a run starts. Neither checks it nor starts the
+    /// thread.
+    explicit FolderCrawler(boost::shared_ptr<FileInfoInterface const> root);
+
+    /// Stops a running walk at its next entry and waits for the thread, without a time limit.
+    ~FolderCrawler() override;
+
+    /// The walk, depth-first, each folder in the order of its listing; called on the crawler's
+    /// thread by start(). Turns an ortelo::ExceptionBase into Result::errorString; any other
+    /// exception leaves it.
+    void run() override;
+
+    /// The result, owned by the crawler. Read it only while the thread is not running.
+    const Result& result();
+
+#ifdef Q_MOC_RUN
+Q_SIGNALS:
+#else
+protected: // The meta-object lists every signal as public; in C++ only the crawler may emit it.
+#endif
+    /// Emitted on the crawler's thread for every directory that the walk enters, the root first,
+    /// with its full path. Connect with SIGNAL(processingDirectory(QString)).
+    void processingDirectory(QString directory) const;
+
+private:
+    void abort();
+    void crawlFolder(const FileInfoInterface& folder, const std::string& relativePath,
+                     std::list<std::string>& files);
+
+    Result result_;
+    std::atomic<bool> aborted_;
+};
+
+#endif

@@ -1,0 +1,3 @@
+#include "crawler/MetadataInfoProviderInterface.h"
+
+MetadataInfoProviderInterface::~MetadataInfoProviderInterface() = default;

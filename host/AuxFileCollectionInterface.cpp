@@ -1,0 +1,5 @@
+#include "host/AuxFileCollectionInterface.h"
+
+AuxFileCollectionInterface::AuxFileCollectionInterface() = default;
+
+AuxFileCollectionInterface::~AuxFileCollectionInterface() = default;

@@ -1,0 +1,5 @@
+#include "host/AuxFileInfoInterface.h"
+
+AuxFileInfoInterface::AuxFileInfoInterface() = default;
+
+AuxFileInfoInterface::~AuxFileInfoInterface() = default;

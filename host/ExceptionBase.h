@@ -1,0 +1,38 @@
+#ifndef HOST_EXCEPTIONBASE_H
+#define HOST_EXCEPTIONBASE_H
+
+#include <exception>
+#include <string>
+
+#include "host/Export.h"
+
+namespace ortelo
+{
+
+/// The host's exception: what an operation throws that cannot do its work at the host boundary.
+///
+/// Thrown by value, caught by reference.
+class HOST_API ExceptionBase : public std::exception
+{
+public:
+    /// Keeps an English message and a flag whose meaning belongs to the host; the module always
+    /// passes `false`.
+    ExceptionBase(const std::string& message, bool flag);
+    ExceptionBase(const ExceptionBase& other);
+    ExceptionBase& operator=(const ExceptionBase& other);
+    ~ExceptionBase() override;
+
+    /// The message; valid as long as the exception.
+    const char* what() const noexcept override;
+
+    /// The flag given at construction.
+    bool flag() const noexcept;
+
+private:
+    std::string message_;
+    bool flag_;
+};
+
+} // namespace ortelo
+
+#endif

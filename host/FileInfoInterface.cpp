@@ -1,0 +1,3 @@
+#include "host/FileInfoInterface.h"
+
+FileInfoInterface::~FileInfoInterface() = default;

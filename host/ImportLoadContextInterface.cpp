@@ -1,0 +1,3 @@
+#include "host/ImportLoadContextInterface.h"
+
+ImportLoadContextInterface::~ImportLoadContextInterface() = default;

@@ -1,0 +1,5 @@
+#include "host/ImporterInterface.h"
+
+ImporterInterface::ImporterInterface() = default;
+
+ImporterInterface::~ImporterInterface() = default;
