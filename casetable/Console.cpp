@@ -1,0 +1,91 @@
+#include "casetable/Console.h"
+
+#include <cstddef>
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include "casetable/Text.h"
+
+namespace casetable
+{
+
+namespace
+{
+
+// Back to the first column, and nothing right of it.
+const char* const eraseLine = "\r\x1b[K";
+
+std::size_t terminalColumns()
+{
+    winsize size = {};
+    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
+}
+
+void writeAll(const std::string& text)
+{
+    std::size_t written = 0;
+    while (written < text.size()) {
+        const ssize_t count = ::write(STDERR_FILENO, text.data() + written, text.size() - written);
+        if (count <= 0)
+            return; // There is no better place to complain.
+        written += static_cast<std::size_t>(count);
+    }
+}
+
+} // namespace
+
+Console::Console() : terminal_(isatty(STDERR_FILENO) == 1) {}
+
+void Console::beQuiet()
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    quiet_ = true;
+}
+
+void Console::error(const std::string& message)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    writeLine(message);
+}
+
+void Console::warning(const std::string& message)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (!quiet_)
+        writeLine("warning: " + message);
+}
+
+void Console::note(const std::string& message)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (terminal_ && !quiet_)
+        writeLine(message);
+}
+
+void Console::setStatus(const std::string& text)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (!terminal_ || quiet_)
+        return;
+    const std::string line = printable(text);
+    writeAll(eraseLine + std::string(fitting(line, terminalColumns() - 1)));
+    statusShown_ = true;
+}
+
+void Console::clearStatus()
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (statusShown_)
+        writeAll(eraseLine);
+    statusShown_ = false;
+}
+
+void Console::writeLine(const std::string& message)
+{
+    const std::string erase = statusShown_ ? eraseLine : "";
+    statusShown_ = false;
+    writeAll(erase + "casetable: " + printable(message) + "\n");
+}
+
+} // namespace casetable

@@ -1,0 +1,49 @@
+#ifndef CASETABLE_CONSOLE_H
+#define CASETABLE_CONSOLE_H
+
+#include <mutex>
+#include <string>
+
+namespace casetable
+{
+
+/// Standard error: messages of one line each, and a status line that gives way to them. May be used
+/// from several threads at once. All text is made printable.
+class Console
+{
+public:
+    Console();
+
+    /// True when there is a person to show a status line to.
+    bool isTerminal() const { return terminal_; }
+
+    /// Leaves out notes, warnings and the status line from now on.
+    void beQuiet();
+
+    /// An error, always shown.
+    void error(const std::string& message);
+
+    /// A warning, shown unless quiet.
+    void warning(const std::string& message);
+
+    /// A remark on how it went, shown on a terminal unless quiet.
+    void note(const std::string& message);
+
+    /// Shows `text`, cut to the terminal's width, in place of the last status; on a terminal unless
+    /// quiet.
+    void setStatus(const std::string& text);
+
+    void clearStatus();
+
+private:
+    void writeLine(const std::string& message);
+
+    const bool terminal_;
+    bool quiet_ = false;
+    bool statusShown_ = false;
+    std::mutex mutex_;
+};
+
+} // namespace casetable
+
+#endif

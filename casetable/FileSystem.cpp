@@ -1,0 +1,305 @@
+#include "casetable/FileSystem.h"
+
+#include <cerrno>
+#include <cstring>
+#include <optional>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <boost/make_shared.hpp>
+
+#include "host/ExceptionBase.h"
+
+namespace casetable
+{
+
+namespace
+{
+
+// Folders near the root keep their descriptors for their subfolders; farther down only every so
+// many levels do, and those between are opened again from there. So trees of any depth stay below
+// the limit of open files.
+const std::size_t levelsThatKeepDescriptors = 128;
+const std::size_t levelsBetweenDescriptors = 64;
+
+enum class Kind { File, Folder, FolderLink };
+
+[[noreturn]] void throwSystemError()
+{
+    throw std::system_error(errno, std::generic_category());
+}
+
+class Descriptor
+{
+public:
+    Descriptor() = default;
+    explicit Descriptor(int number) : number_(number) {}
+    Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+    Descriptor& operator=(Descriptor&& other) noexcept
+    {
+        std::swap(number_, other.number_);
+        return *this;
+    }
+    ~Descriptor()
+    {
+        if (isOpen())
+            ::close(number_);
+    }
+
+    bool isOpen() const { return number_ >= 0; }
+    int number() const { return number_; }
+
+private:
+    int number_ = -1;
+};
+
+struct stat statusAt(int folder, const char* name, int flags)
+{
+    struct stat status = {};
+    if (::fstatat(folder, name, &status, flags) != 0)
+        throwSystemError();
+    return status;
+}
+
+// A folder that is being listed or was, kept alive by its entries: the place to look them up.
+class Folder
+{
+public:
+    Folder(boost::shared_ptr<const Folder> parent, std::string name, Kind kind)
+        : parent_(std::move(parent)), name_(std::move(name)), kind_(kind),
+          level_(parent_ ? parent_->level_ + 1 : 0),
+          belowLink_(kind == Kind::FolderLink || (parent_ && parent_->belowLink_))
+    {
+    }
+
+    std::string pathOf(const std::string& entry) const
+    {
+        std::string path = parent_ ? parent_->pathOf(name_) : name_;
+        if (path.empty() || path.back() != '/')
+            path += '/';
+        return path += entry;
+    }
+
+    // Throws std::system_error.
+    Descriptor open() const
+    {
+        // What was listed as a folder must still be one; the root may be a link.
+        const bool mayBeLink = !parent_ || kind_ == Kind::FolderLink;
+        const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | (mayBeLink ? 0 : O_NOFOLLOW);
+        const auto openIn = [&](int parent) {
+            Descriptor opened(::openat(parent, name_.c_str(), flags));
+            if (!opened.isOpen())
+                throwSystemError();
+            return opened;
+        };
+        return parent_ ? parent_->with(openIn) : openIn(AT_FDCWD);
+    }
+
+    // Calls `use` with an open descriptor of the folder. Throws std::system_error when it has to be
+    // opened again and cannot be.
+    template <class Use> auto with(Use use) const -> decltype(use(0))
+    {
+        return kept_.isOpen() ? use(kept_.number()) : use(open().number());
+    }
+
+    // Takes the open descriptor for later uses, on the levels that keep theirs.
+    void keep(Descriptor opened)
+    {
+        if (level_ < levelsThatKeepDescriptors || level_ % levelsBetweenDescriptors == 0)
+            kept_ = std::move(opened);
+    }
+
+    // Lets isOrIsBelow() recognise the folder.
+    void setStatus(const struct stat& status) { status_ = status; }
+
+    bool isOrIsBelow(const struct stat& status) const
+    {
+        for (const Folder* folder = this; folder != nullptr; folder = folder->parent_.get()) {
+            if (folder->status_.st_dev == status.st_dev && folder->status_.st_ino == status.st_ino)
+                return true;
+        }
+        return false;
+    }
+
+    // Below a followed link even an ordinary folder may be an ancestor of the link.
+    bool isBelowLink() const { return belowLink_; }
+
+private:
+    const boost::shared_ptr<const Folder> parent_; // Empty for the root.
+    const std::string name_;                       // The whole path for the root.
+    const Kind kind_;
+    const std::size_t level_;
+    const bool belowLink_;
+    Descriptor kept_;
+    struct stat status_ = {};
+};
+
+// Calls `visit(name, type)` for every entry but "." and "..". Throws std::system_error.
+template <class Visit> void readEntries(int folder, Visit visit)
+{
+    alignas(dirent64) char buffer[32 * 1024];
+    for (;;) {
+        const ssize_t size = ::getdents64(folder, buffer, sizeof buffer);
+        if (size < 0)
+            throwSystemError();
+        if (size == 0)
+            return;
+        for (ssize_t offset = 0; offset < size;) {
+            const auto* entry = reinterpret_cast<const dirent64*>(buffer + offset);
+            if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0)
+                visit(entry->d_name, entry->d_type);
+            offset += entry->d_reclen;
+        }
+    }
+}
+
+// One entry of a listing, or the root.
+class Entry : public FileInfoInterface
+{
+public:
+    Entry(FileSystem& fileSystem, boost::shared_ptr<const Folder> parent, std::string name,
+          Kind kind)
+        : fileSystem_(fileSystem), parent_(std::move(parent)), name_(std::move(name)), kind_(kind)
+    {
+    }
+
+    bool isDirectory() const override { return kind_ != Kind::File; }
+
+    bool isReadable() const override
+    {
+        // Where unreadable folders are left out, those in a listing have passed the test.
+        if (parent_ && isDirectory() && fileSystem_.leaveOutUnreadable)
+            return true;
+        return isAccessible(isDirectory() ? R_OK | X_OK : R_OK);
+    }
+
+    bool isFile() const override { return kind_ == Kind::File; }
+    bool exists() const override { return isAccessible(F_OK); }
+    std::string fullPath() const override { return parent_ ? parent_->pathOf(name_) : name_; }
+    std::string fileName() const override { return name_; }
+
+    std::vector<boost::shared_ptr<FileInfoInterface const>>
+    entries(const std::string& /*filter*/) const override
+    {
+        try {
+            return listing();
+        } catch (const std::system_error& failure) {
+            const std::string text = fullPath() + ": " + failure.code().message();
+            if (!parent_ || !fileSystem_.leaveOutUnreadable)
+                throw ortelo::ExceptionBase(text, false);
+            fileSystem_.warn(text);
+            return {};
+        }
+    }
+
+private:
+    bool isAccessible(int mode) const
+    {
+        const auto accessIn = [&](int parent) {
+            return ::faccessat(parent, name_.c_str(), mode, 0) == 0;
+        };
+        try {
+            return parent_ ? parent_->with(accessIn) : accessIn(AT_FDCWD);
+        } catch (const std::system_error&) {
+            return false;
+        }
+    }
+
+    std::vector<boost::shared_ptr<FileInfoInterface const>> listing() const
+    {
+        const auto folder = boost::make_shared<Folder>(parent_, name_, kind_);
+        Descriptor opened = folder->open();
+        if (fileSystem_.followLinks)
+            folder->setStatus(statusAt(opened.number(), "", AT_EMPTY_PATH));
+
+        std::vector<boost::shared_ptr<FileInfoInterface const>> entries;
+        readEntries(opened.number(), [&](const char* name, unsigned char type) {
+            const std::optional<Kind> kind = kindOf(*folder, opened.number(), name, type);
+            if (!kind || isLeftOut(*folder, opened.number(), name, *kind))
+                return;
+            if (*kind == Kind::File)
+                ++fileSystem_.filesSeen;
+            entries.push_back(boost::make_shared<Entry>(fileSystem_, folder, name, *kind));
+        });
+        folder->keep(std::move(opened));
+        return entries;
+    }
+
+    // The kind of an entry, or nothing for one that is not listed.
+    std::optional<Kind> kindOf(const Folder& folder, int descriptor, const char* name,
+                               unsigned char type) const
+    {
+        try {
+            if (type == DT_UNKNOWN)
+                type = IFTODT(statusAt(descriptor, name, AT_SYMLINK_NOFOLLOW).st_mode);
+            if (type == DT_REG)
+                return Kind::File;
+            if (type == DT_DIR) {
+                if (folder.isBelowLink() && folder.isOrIsBelow(statusAt(descriptor, name, 0)))
+                    return std::nullopt;
+                return Kind::Folder;
+            }
+            if (type == DT_LNK) {
+                const struct stat target = statusAt(descriptor, name, 0);
+                if (S_ISREG(target.st_mode))
+                    return Kind::File;
+                if (S_ISDIR(target.st_mode) && fileSystem_.followLinks &&
+                    !folder.isOrIsBelow(target))
+                    return Kind::FolderLink;
+            }
+        } catch (const std::system_error&) {
+            // A broken link, or an entry that went away since it was listed.
+        }
+        return std::nullopt;
+    }
+
+    bool isLeftOut(const Folder& folder, int descriptor, const char* name, Kind kind) const
+    {
+        if (kind == Kind::File || !fileSystem_.leaveOutUnreadable ||
+            ::faccessat(descriptor, name, R_OK | X_OK, 0) == 0)
+            return false;
+        fileSystem_.warn(folder.pathOf(name) + ": " + std::generic_category().message(errno));
+        return true;
+    }
+
+    FileSystem& fileSystem_;
+    const boost::shared_ptr<const Folder> parent_; // Empty for the root.
+    const std::string name_;                       // The whole path for the root.
+    const Kind kind_;
+};
+
+// The root is named by the user rather than listed, so its kind is asked of the system.
+class Root : public Entry
+{
+public:
+    Root(FileSystem& fileSystem, const std::string& path)
+        : Entry(fileSystem, nullptr, path, Kind::Folder)
+    {
+    }
+
+    bool isDirectory() const override { return hasType(S_IFDIR); }
+    bool isFile() const override { return hasType(S_IFREG); }
+
+private:
+    bool hasType(mode_t type) const
+    {
+        struct stat status = {};
+        return ::stat(fullPath().c_str(), &status) == 0 && (status.st_mode & S_IFMT) == type;
+    }
+};
+
+} // namespace
+
+boost::shared_ptr<FileInfoInterface const> fileSystemRoot(FileSystem& fileSystem,
+                                                          const std::string& path)
+{
+    return boost::make_shared<Root>(fileSystem, path);
+}
+
+} // namespace casetable

@@ -1,0 +1,48 @@
+#ifndef CASETABLE_FILESYSTEM_H
+#define CASETABLE_FILESYSTEM_H
+
+#include <atomic>
+#include <cstddef>
+#include <functional>
+#include <string>
+
+#include <boost/shared_ptr.hpp>
+
+#include "host/FileInfoInterface.h"
+
+namespace casetable
+{
+
+/// How folders are listed, and what is told about it. Must outlive the entries.
+struct FileSystem {
+    /// Follow links to folders, except into a folder that is its own ancestor.
+    bool followLinks = false;
+
+    /// Leave a folder that cannot be read out of its parent's listing, with a warning. Otherwise it
+    /// is listed as not readable, and listing it throws.
+    bool leaveOutUnreadable = false;
+
+    /// Called with a one-line text, on the thread that lists, for each folder left out.
+    std::function<void(const std::string&)> warn;
+
+    /// The number of files listed so far; may be read from any thread at any time.
+    std::atomic<std::size_t> filesSeen{0};
+};
+
+/// The entry at `path`, which need not exist, on the real file system.
+///
+/// A listing holds regular files, folders and links to files. Broken links, sockets, pipes and
+/// devices are left out, and so are links to folders unless they are followed. Names are bytes,
+/// taken as the system gives them. A folder is readable when it can be listed and entered. Where a
+/// listing fails, entries() throws ortelo::ExceptionBase with the path and the system's reason.
+///
+/// The kind of an entry comes from the listing itself; only links, and entries of file systems that
+/// do not tell, cost a system call. Folders are opened relative to their parent's descriptor, so
+/// paths may be longer than the system takes in one call. The entries of one root may be used by
+/// one thread at a time.
+boost::shared_ptr<FileInfoInterface const> fileSystemRoot(FileSystem& fileSystem,
+                                                          const std::string& path);
+
+} // namespace casetable
+
+#endif

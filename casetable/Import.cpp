@@ -1,0 +1,125 @@
+#include "casetable/Import.h"
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include <boost/make_shared.hpp>
+
+#include "casetable/ExitCode.h"
+#include "casetable/PlainTagValidator.h"
+#include "crawler/CrawlerBasicImporterParser.h"
+#include "host/ExceptionBase.h"
+#include "host/ImportLoadContextInterface.h"
+
+namespace casetable
+{
+
+namespace
+{
+
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+std::auto_ptr<CrawlerImporterParserInterface> makeParser()
+{
+    return std::auto_ptr<CrawlerImporterParserInterface>(new CrawlerBasicImporterParser);
+}
+#pragma GCC diagnostic pop
+
+class IdentifierList : public AuxFileIdentifierValidator::IdentifierProviderInterface
+{
+public:
+    explicit IdentifierList(const std::vector<AuxFileIdentifier>& identifiers)
+        : identifiers_(identifiers)
+    {
+    }
+
+    std::vector<AuxFileIdentifier> identifiers() const override { return identifiers_; }
+
+private:
+    const std::vector<AuxFileIdentifier>& identifiers_;
+};
+
+class LoadContext : public ImportLoadContextInterface
+{
+public:
+    void setMetadataTable(vtkSmartPointer<vtkTable> table) override { this->table = table; }
+
+    void setAuxFiles(const boost::shared_ptr<AuxFileCollectionInterface>& auxFiles) override
+    {
+        this->auxFiles = auxFiles;
+    }
+
+    vtkSmartPointer<vtkTable> table;
+    boost::shared_ptr<AuxFileCollectionInterface> auxFiles;
+};
+
+// Overlapping markers stop the whole matching; the user needs to know in which path.
+[[noreturn]] void failOverlap(const std::list<std::string>& files,
+                              const std::vector<MetadataPattern>& patterns,
+                              const std::string& reason)
+{
+    for (const std::string& file : files) {
+        CrawlerBasicImporterParser parser;
+        parser.appendRawFilePath(file);
+        try {
+            parser.applyMetadataPatternList(patterns);
+        } catch (const std::out_of_range&) {
+            throw Failure(ExitCode::ImportFailed, file + ": the markers overlap: " + reason);
+        }
+    }
+    throw Failure(ExitCode::ImportFailed, reason);
+}
+
+// isValid() has filled its validator's cache with the failed name too, so a fresh one is asked.
+[[noreturn]] void failIdentifier(const AuxFileIdentifierValidator& fresh)
+{
+    for (const AuxFileIdentifier& identifier : fresh.identifiers()) {
+        const ortelo::ValidationResult result =
+            fresh.syntaxNameValidator()->validate(identifier.syntaxName);
+        if (!result.isValid())
+            throw Failure(ExitCode::ImportFailed, "--aux '" + identifier.syntaxName + "=" +
+                                                      identifier.tag +
+                                                      "': " + result.errorString());
+    }
+    throw Failure(ExitCode::ImportFailed, "--aux: an identifier is not valid");
+}
+
+boost::shared_ptr<AuxFileCollectionInterface>
+chooseAuxFiles(const MetadataFileCrawler& importer,
+               const std::vector<AuxFileIdentifier>& identifiers)
+{
+    const IdentifierList provider(identifiers);
+    const auto tagValidator = boost::make_shared<PlainTagValidator>();
+    const auto files = importer.identifiedAuxFiles();
+    AuxFileIdentifierValidator validator(provider, files, tagValidator);
+    if (!validator.isValid())
+        failIdentifier(AuxFileIdentifierValidator(provider, files, tagValidator));
+    return validator.auxFiles();
+}
+
+} // namespace
+
+Import::Import(const FolderCrawler::Result& result, const std::vector<MetadataPattern>& patterns,
+               const std::vector<AuxFileIdentifier>& identifiers)
+    : importer_(makeParser())
+{
+    try {
+        importer_.setCrawlResult(result);
+        try {
+            importer_.setMetadataPatternList(patterns);
+        } catch (const std::out_of_range& failure) {
+            failOverlap(result.files, patterns, failure.what());
+        }
+        if (importer_.hasCases() && !identifiers.empty())
+            importer_.setAuxFilesToLoad(chooseAuxFiles(importer_, identifiers));
+        LoadContext context;
+        importer_.extract(context);
+        table_ = context.table;
+        auxFiles_ = context.auxFiles;
+    } catch (const ortelo::ExceptionBase& failure) {
+        throw Failure(ExitCode::ImportFailed, failure.what());
+    }
+}
+
+} // namespace casetable

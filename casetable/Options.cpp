@@ -1,0 +1,174 @@
+#include "casetable/Options.h"
+
+#include <functional>
+#include <iostream>
+#include <map>
+
+#include <CLI/CLI.hpp>
+
+#include "casetable/ExitCode.h"
+#include "casetable/PlainTagValidator.h"
+
+namespace casetable
+{
+
+namespace
+{
+
+const char* const description = "Groups the files below ROOT into cases by the values in their "
+                                "paths and prints the case table.";
+
+const char* const footer = R"(Exit codes:
+  0  a table with cases    1  no file matched; the table is empty
+  2  wrong usage           3  the walk, the matching or an identifier failed
+  4  the output could not be written        130  interrupted
+
+Examples:
+  casetable -s wing -n Mach -n AoA results
+  casetable -n Mach --aux '*.log=log' --format json -o cases.json results
+)";
+
+[[noreturn]] void failUsage(const std::string& message)
+{
+    throw Failure(ExitCode::WrongUsage, message);
+}
+
+std::string quoted(const std::string& option, const std::string& value)
+{
+    return option + " '" + value + "'";
+}
+
+Format parseFormat(const std::string& name)
+{
+    static const std::map<std::string, Format> formats = {{"auto", Format::Auto},
+                                                          {"table", Format::Table},
+                                                          {"csv", Format::Csv},
+                                                          {"json", Format::Json}};
+    const auto format = formats.find(name);
+    if (format == formats.end())
+        failUsage(quoted("--format", name) + ": unknown format; choose auto, table, csv or json");
+    return format->second;
+}
+
+MetadataPattern parseMarker(const std::string& option, const std::string& marker,
+                            MetadataPattern::ValueType type)
+{
+    if (marker.empty())
+        failUsage(option + ": the marker is empty");
+    return MetadataPattern(marker, type);
+}
+
+// A tag holds no "=", while a syntax name may, as in key=value folders: the last one divides them.
+AuxFileIdentifier parseIdentifier(const std::string& text)
+{
+    const std::size_t divider = text.rfind('=');
+    if (divider == std::string::npos)
+        failUsage(quoted("--aux", text) + ": expected SYNTAX=TAG");
+    AuxFileIdentifier identifier{text.substr(0, divider), text.substr(divider + 1)};
+    const ortelo::ValidationResult result = PlainTagValidator().validate(identifier.tag);
+    if (!result.isValid())
+        failUsage(quoted("--aux", text) + ": " + result.errorString());
+    return identifier;
+}
+
+// The library takes the value of "--option=" from the next argument; here it is an empty value.
+void refuseMissingValues(int argc, const char* const* argv)
+{
+    for (int i = 1; i < argc && std::string(argv[i]) != "--"; ++i) {
+        const std::string argument = argv[i];
+        for (const char* option : {"--string", "--number", "--aux", "--format", "--output"}) {
+            if (argument == std::string(option) + "=")
+                failUsage(std::string(option) + ": the value is empty");
+        }
+    }
+}
+
+} // namespace
+
+std::optional<Options> parseOptions(int argc, const char* const* argv)
+{
+    refuseMissingValues(argc, argv);
+
+    Options options;
+    CLI::App app(description, "casetable");
+    app.footer(footer);
+    app.get_formatter()->column_width(27);
+    app.get_formatter()->label("REQUIRED", "");
+    app.set_help_flag("-h,--help", "Print this help and exit");
+    app.set_version_flag("--version", "casetable " CASETABLE_VERSION, "Print the version and exit");
+
+    // Called for each occurrence, in order: the order of -s and -n is the order of the columns. The
+    // raw texts are taken, because the library gives some of them a meaning of their own.
+    const auto addText = [&app](const char* names, const char* type, const char* help,
+                                const std::function<void(const std::string&)>& take) {
+        app.add_option(
+               names,
+               [take](const CLI::results_t& values) {
+                   take(values.front());
+                   return true;
+               },
+               help)
+            ->type_name(type)
+            ->type_size(1)
+            ->trigger_on_parse();
+    };
+    addText("-s,--string", "MARKER", "A column of the text that follows MARKER",
+            [&options](const std::string& marker) {
+                options.patterns.push_back(
+                    parseMarker("--string", marker, MetadataPattern::StringValue));
+            });
+    addText("-n,--number", "MARKER", "A column of the numbers that follow MARKER",
+            [&options](const std::string& marker) {
+                options.patterns.push_back(
+                    parseMarker("--number", marker, MetadataPattern::NumberValue));
+            });
+    addText("-a,--aux", "SYNTAX=TAG", "Auxiliary files to collect under TAG, by wildcard",
+            [&options](const std::string& text) {
+                options.identifiers.push_back(parseIdentifier(text));
+            });
+    addText("-f,--format", "FORMAT",
+            "auto, table, csv or json; auto is a table on a terminal and CSV elsewhere",
+            [&options](const std::string& name) { options.format = parseFormat(name); });
+    addText("-o,--output", "FILE", "Write to FILE, which changes only when all is written",
+            [&options](const std::string& file) { options.output = file; });
+
+    bool files = false;
+    bool unmatched = false;
+    app.add_flag("--files", files, "A row for each matched file instead of one for each case");
+    app.add_flag("--unmatched", unmatched,
+                 "The files that belong to no case, each with the first marker that failed");
+    app.add_flag("--keep-going", options.keepGoing,
+                 "Leave unreadable folders out, with a warning each, instead of stopping");
+    app.add_flag("-L,--follow", options.follow, "Follow links to folders");
+    app.add_flag("-q,--quiet", options.quiet, "No progress, warnings or remarks");
+    app.add_option(
+           "ROOT",
+           [&options](const CLI::results_t& values) {
+               options.root = values.front();
+               return true;
+           },
+           "The folder to import")
+        ->type_name("")
+        ->type_size(1)
+        ->required();
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& request) {
+        app.exit(request, std::cout, std::cerr);
+        return std::nullopt;
+    } catch (const CLI::ParseError& error) {
+        failUsage(error.what());
+    }
+
+    if (options.patterns.empty())
+        failUsage("no marker is given; use --string or --number");
+    if (files && unmatched)
+        failUsage("--files and --unmatched exclude each other");
+    if (unmatched && !options.identifiers.empty())
+        failUsage("--aux and --unmatched exclude each other");
+    options.rows = files ? Rows::Files : unmatched ? Rows::Unmatched : Rows::Cases;
+    return options;
+}
+
+} // namespace casetable

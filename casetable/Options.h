@@ -1,0 +1,38 @@
+#ifndef CASETABLE_OPTIONS_H
+#define CASETABLE_OPTIONS_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "crawler/AuxFileIdentifierValidator.h"
+#include "crawler/MetadataPattern.h"
+
+namespace casetable
+{
+
+enum class Format { Auto, Table, Csv, Json };
+
+/// What the rows of the output stand for.
+enum class Rows { Cases, Files, Unmatched };
+
+/// The command line, checked.
+struct Options {
+    std::string root;
+    std::vector<MetadataPattern> patterns; ///< At least one, in the order of the options.
+    std::vector<AuxFileIdentifier> identifiers;
+    Format format = Format::Auto;
+    std::optional<std::string> output; ///< Standard output when there is none.
+    Rows rows = Rows::Cases;
+    bool keepGoing = false;
+    bool follow = false;
+    bool quiet = false;
+};
+
+/// Reads the command line. Answers nothing when --help or --version was asked for and printed.
+/// Throws Failure with ExitCode::WrongUsage.
+std::optional<Options> parseOptions(int argc, const char* const* argv);
+
+} // namespace casetable
+
+#endif

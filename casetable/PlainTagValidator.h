@@ -1,0 +1,20 @@
+#ifndef CASETABLE_PLAINTAGVALIDATOR_H
+#define CASETABLE_PLAINTAGVALIDATOR_H
+
+#include <string>
+
+#include "host/TagValidator.h"
+
+namespace casetable
+{
+
+/// Accepts every tag that is not empty and holds no control character.
+class PlainTagValidator : public TagValidator
+{
+public:
+    ortelo::ValidationResult validate(const std::string& tag) const override;
+};
+
+} // namespace casetable
+
+#endif

@@ -1,0 +1,145 @@
+#include "casetable/Report.h"
+
+#include <map>
+#include <memory>
+#include <set>
+#include <utility>
+
+#include <vtkTable.h>
+#include <vtkVariant.h>
+
+#include "casetable/Import.h"
+#include "casetable/Unmatched.h"
+#include "host/AuxFileInfoInterface.h"
+
+namespace casetable
+{
+
+namespace
+{
+
+void addValueColumns(const Import& import, const std::vector<MetadataPattern>& patterns,
+                     std::vector<Column>& columns)
+{
+    for (std::size_t j = 0; j < patterns.size(); ++j) {
+        // A table without cases has no columns to take a name from.
+        const char* name = import.table().GetColumnName(static_cast<vtkIdType>(j));
+        columns.push_back({name != nullptr ? name : patterns[j].pattern,
+                           patterns[j].valueType == MetadataPattern::NumberValue
+                               ? Column::Kind::NumberValue
+                               : Column::Kind::StringValue});
+    }
+}
+
+void addValues(const Import& import, std::size_t caseIndex, std::vector<std::string>& cells)
+{
+    vtkTable& table = import.table();
+    for (vtkIdType j = 0; j < table.GetNumberOfColumns(); ++j)
+        cells.push_back(table.GetValue(static_cast<vtkIdType>(caseIndex), j).ToString());
+}
+
+std::map<std::string, std::string> tagsByPath(const Import& import,
+                                              const std::vector<std::string>& tags)
+{
+    std::map<std::string, std::string> tagOf;
+    if (import.auxFiles()) {
+        for (std::size_t index = 0; index < import.auxFiles()->indexCount(); ++index) {
+            for (const std::string& tag : tags) {
+                for (const std::string& path : import.auxFiles()->filePaths(index, tag))
+                    tagOf[path] = tag;
+            }
+        }
+    }
+    return tagOf;
+}
+
+} // namespace
+
+Report caseReport(const Import& import, const std::vector<MetadataPattern>& patterns,
+                  const std::vector<std::string>& tags)
+{
+    Report report;
+    report.rowsName = "cases";
+    report.columns.push_back({"case", Column::Kind::Index});
+    addValueColumns(import, patterns, report.columns);
+    report.tags = tags;
+    report.rowCount = static_cast<std::size_t>(import.table().GetNumberOfRows());
+    report.row = [&import, tags](std::size_t index) {
+        Row row;
+        row.cells.push_back(std::to_string(index));
+        addValues(import, index, row.cells);
+        for (const std::string& tag : tags) {
+            const bool hasFiles = import.auxFiles() && index < import.auxFiles()->indexCount();
+            row.filesPerTag.push_back(hasFiles ? import.auxFiles()->filePaths(index, tag)
+                                               : std::vector<std::string>());
+        }
+        return row;
+    };
+    return report;
+}
+
+Report fileReport(const Import& import, const std::vector<MetadataPattern>& patterns,
+                  const std::vector<std::string>& tags)
+{
+    Report report;
+    report.rowsName = "files";
+    report.columns.push_back({"path", Column::Kind::Text});
+    report.columns.push_back({"case", Column::Kind::Index});
+    addValueColumns(import, patterns, report.columns);
+    if (!tags.empty())
+        report.columns.push_back({"tag", Column::Kind::Text});
+
+    const auto files = import.importer().identifiedAuxFiles();
+    report.rowCount = files.size();
+    report.row = [&import, files, tagOf = tagsByPath(import, tags),
+                  hasTags = !tags.empty()](std::size_t index) {
+        const AuxFileInfoInterface& file = *files[index];
+        Row row;
+        row.cells.push_back(file.filePath());
+        row.cells.push_back(std::to_string(file.caseIndex()));
+        addValues(import, file.caseIndex(), row.cells);
+        if (hasTags) {
+            const auto tag = tagOf.find(file.filePath());
+            row.cells.push_back(tag == tagOf.end() ? std::string() : tag->second);
+        }
+        return row;
+    };
+    return report;
+}
+
+Report unmatchedReport(const Import& import, const std::vector<MetadataPattern>& patterns)
+{
+    Report report;
+    report.rowsName = "unmatched";
+    report.columns = {{"path", Column::Kind::Text},
+                      {"marker", Column::Kind::Text},
+                      {"reason", Column::Kind::Text}};
+    const std::vector<UnmatchedFile> files = unmatchedFiles(import.importer(), patterns);
+    report.rowCount = files.size();
+    report.row = [files, &patterns](std::size_t index) {
+        const UnmatchedFile& file = files[index];
+        Row row;
+        row.cells = {file.path, patterns[file.metadataIndex].pattern,
+                     file.markerFound ? "no value" : "not found"};
+        return row;
+    };
+    return report;
+}
+
+std::vector<std::string> uniqueHeader(const Report& report)
+{
+    std::vector<std::string> names;
+    for (const Column& column : report.columns)
+        names.push_back(column.name);
+    names.insert(names.end(), report.tags.begin(), report.tags.end());
+
+    std::set<std::string> taken;
+    for (std::string& name : names) {
+        const std::string base = name;
+        for (std::size_t counter = 2; !taken.insert(name).second; ++counter)
+            name = base + "(" + std::to_string(counter) + ")";
+    }
+    return names;
+}
+
+} // namespace casetable

@@ -1,0 +1,16 @@
+#ifndef CASETABLE_TABLEWRITER_H
+#define CASETABLE_TABLEWRITER_H
+
+namespace casetable
+{
+
+class Output;
+struct Report;
+
+/// Writes the report for people: columns aligned by two spaces, numbers to the right, every text
+/// made printable so that no file name can drive the terminal.
+void writeTable(const Report& report, Output& output);
+
+} // namespace casetable
+
+#endif

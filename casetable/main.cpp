@@ -1,0 +1,124 @@
+#include <algorithm>
+#include <csignal>
+#include <cstddef>
+#include <exception>
+#include <new>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "casetable/Console.h"
+#include "casetable/CsvWriter.h"
+#include "casetable/ExitCode.h"
+#include "casetable/FileSystem.h"
+#include "casetable/Import.h"
+#include "casetable/Interrupt.h"
+#include "casetable/JsonWriter.h"
+#include "casetable/Options.h"
+#include "casetable/Output.h"
+#include "casetable/Report.h"
+#include "casetable/TableWriter.h"
+#include "casetable/Unmatched.h"
+#include "casetable/Walk.h"
+
+namespace casetable
+{
+
+namespace
+{
+
+std::vector<std::string> tagsOf(const std::vector<AuxFileIdentifier>& identifiers)
+{
+    std::vector<std::string> tags;
+    for (const AuxFileIdentifier& identifier : identifiers) {
+        if (std::find(tags.begin(), tags.end(), identifier.tag) == tags.end())
+            tags.push_back(identifier.tag);
+    }
+    return tags;
+}
+
+Report makeReport(const Options& options, const Import& import)
+{
+    switch (options.rows) {
+    case Rows::Files:
+        return fileReport(import, options.patterns, tagsOf(options.identifiers));
+    case Rows::Unmatched:
+        return unmatchedReport(import, options.patterns);
+    case Rows::Cases:
+        break;
+    }
+    return caseReport(import, options.patterns, tagsOf(options.identifiers));
+}
+
+void write(const Report& report, Format format, Output& output)
+{
+    if (format == Format::Json)
+        writeJson(report, output);
+    else if (format == Format::Table || (format == Format::Auto && output.isTerminal()))
+        writeTable(report, output);
+    else
+        writeCsv(report, output);
+    output.commit();
+}
+
+// Tells how it went; the exit code depends on whether there are cases, whatever the rows are.
+ExitCode conclude(const Options& options, const Import& import, Console& console)
+{
+    const std::size_t files = import.importer().files().size();
+    if (!import.importer().hasCases()) {
+        console.error("no file matched: " +
+                      (files == 0 ? "there is no file below " + options.root
+                                  : failureSummary(import.importer(), options.patterns)));
+        return ExitCode::NoCases;
+    }
+    const std::size_t matched = import.importer().identifiedAuxFiles().size();
+    console.note(std::to_string(import.table().GetNumberOfRows()) + " cases from " +
+                 std::to_string(matched) + " of " + std::to_string(files) + " files" +
+                 (matched == files ? "" : "; --unmatched lists the others"));
+    return ExitCode::Cases;
+}
+
+ExitCode run(const Options& options, Console& console)
+{
+    if (options.quiet)
+        console.beQuiet();
+    Output output(options.output);
+    catchInterrupts();
+
+    FileSystem fileSystem;
+    fileSystem.followLinks = options.follow;
+    fileSystem.leaveOutUnreadable = options.keepGoing;
+    fileSystem.warn = [&console](const std::string& text) { console.warning(text); };
+    const FolderCrawler::Result result = walk(fileSystem, options.root, console);
+    const Import import(result, options.patterns, options.identifiers);
+    throwIfInterrupted();
+    write(makeReport(options, import), options.format, output);
+    return conclude(options, import, console);
+}
+
+} // namespace
+
+} // namespace casetable
+
+int main(int argc, char** argv)
+{
+    using namespace casetable;
+
+    // A reader that goes away is a failed write, not a silent end.
+    std::signal(SIGPIPE, SIG_IGN);
+    Console console;
+    try {
+        const std::optional<Options> options = parseOptions(argc, argv);
+        return options ? static_cast<int>(run(*options, console)) : 0;
+    } catch (const Failure& failure) {
+        console.error(failure.what());
+        return static_cast<int>(failure.code);
+    } catch (const Interrupted& interrupted) {
+        return 128 + interrupted.signal;
+    } catch (const std::bad_alloc&) {
+        console.error("not enough memory");
+    } catch (const std::exception& failure) {
+        console.error(failure.what());
+    }
+    return static_cast<int>(ExitCode::ImportFailed);
+}
