@@ -14,9 +14,6 @@ class Console
 public:
     Console();
 
-    /// True when there is a person to show a status line to.
-    bool isTerminal() const { return terminal_; }
-
     /// Leaves out notes, warnings and the status line from now on.
     void beQuiet();
 

@@ -225,7 +225,7 @@ private:
                 return;
             if (*kind == Kind::File)
                 ++fileSystem_.filesSeen;
-            entries.push_back(boost::make_shared<Entry>(fileSystem_, folder, name, *kind));
+            entries.emplace_back(boost::make_shared<Entry>(fileSystem_, folder, name, *kind));
         });
         folder->keep(std::move(opened));
         return entries;

@@ -18,7 +18,7 @@ namespace casetable
 namespace
 {
 
-const std::size_t bufferBytes = 64 * 1024;
+const std::size_t bufferBytes = 65536;
 
 std::string folderOf(const std::string& path)
 {

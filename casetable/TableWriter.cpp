@@ -17,6 +17,7 @@ namespace
 std::vector<std::string> printableCells(const std::vector<std::string>& texts)
 {
     std::vector<std::string> cells;
+    cells.reserve(texts.size());
     for (const std::string& text : texts)
         cells.push_back(printable(text));
     return cells;

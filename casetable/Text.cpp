@@ -33,7 +33,7 @@ bool isSafe(char32_t codePoint)
 template <class... Arguments> std::string formatted(const char* format, Arguments... arguments)
 {
     char buffer[32];
-    std::snprintf(buffer, sizeof buffer, format, arguments...);
+    static_cast<void>(std::snprintf(buffer, sizeof buffer, format, arguments...));
     return buffer;
 }
 

@@ -42,6 +42,7 @@ std::vector<UnmatchedFile> unmatchedFiles(const MetadataFileCrawler& importer,
     std::set_difference(all.begin(), all.end(), matched.begin(), matched.end(),
                         std::back_inserter(paths));
     std::vector<UnmatchedFile> unmatched;
+    unmatched.reserve(paths.size());
     for (const std::string& path : paths)
         unmatched.push_back(explain(importer, patterns, path));
     return unmatched;

@@ -105,7 +105,7 @@ int main(int argc, char** argv)
     using namespace casetable;
 
     // A reader that goes away is a failed write, not a silent end.
-    std::signal(SIGPIPE, SIG_IGN);
+    static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
     Console console;
     try {
         const std::optional<Options> options = parseOptions(argc, argv);

@@ -86,6 +86,6 @@ CrawlerBasicImporterParser::crawlerFilePathList() const
     std::vector<boost::shared_ptr<AuxFileInfoInterface>> files;
     files.reserve(impl_->filePathsByName.size());
     for (const auto& entry : impl_->filePathsByName)
-        files.push_back(entry.second);
+        files.emplace_back(entry.second);
     return files;
 }

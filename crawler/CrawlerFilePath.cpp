@@ -135,7 +135,7 @@ std::size_t scanValue(boost::string_view segment, const MetadataPattern& pattern
 } // namespace
 
 CrawlerFilePath::CrawlerFilePath(const std::string& rawPath)
-    : rawPath_(rawPath), caseIndex_(0), type_(auxFileType(rawPath)), matched_(false)
+    : rawPath_(rawPath), type_(auxFileType(rawPath))
 {
 }
 

@@ -46,11 +46,11 @@ private:
                        const std::vector<std::size_t>& positions);
 
     std::string rawPath_;
-    std::size_t caseIndex_;
+    std::size_t caseIndex_ = 0;
     Type type_;
     std::vector<MetadataInfo> metadataInfos_;
     std::vector<std::string> metadataValues_;
-    bool matched_;
+    bool matched_ = false;
 };
 
 #endif

@@ -59,10 +59,12 @@ public:
     /// The result, owned by the crawler. Read it only while the thread is not running.
     const Result& result();
 
+    // The meta-object lists the signal as public, as it does every signal; in C++ only the crawler
+    // itself may emit it, which Qt's own keyword would not give.
 #ifdef Q_MOC_RUN
 Q_SIGNALS:
 #else
-protected: // The meta-object lists every signal as public; in C++ only the crawler may emit it.
+protected:
 #endif
     /// Emitted on the crawler's thread for every directory that the walk enters, the root first,
     /// with its full path. Connect with SIGNAL(processingDirectory(QString)).

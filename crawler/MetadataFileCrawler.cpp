@@ -65,9 +65,12 @@ vtkSmartPointer<vtkAbstractArray> makeColumn(MetadataPattern::ValueType valueTyp
 }
 
 // The parser is asked for its number of cases once per column here and once before each row below:
-// a host's own parser relies on it.
-void addCaseColumns(const CrawlerImporterParserInterface& parser,
-                    std::vector<MetadataPattern> patterns, vtkTable& table)
+// a host's own parser relies on it. Both work on a copy of the patterns, so that nothing that the
+// parser calls back can change the list under way.
+void addCaseColumns(
+    const CrawlerImporterParserInterface& parser,
+    std::vector<MetadataPattern> patterns, // NOLINT(performance-unnecessary-value-param)
+    vtkTable& table)
 {
     for (const MetadataPattern& pattern : patterns) {
         const vtkSmartPointer<vtkAbstractArray> column = makeColumn(pattern.valueType);

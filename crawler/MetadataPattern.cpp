@@ -32,7 +32,7 @@ MetadataPattern& MetadataPattern::operator=(MetadataPattern&& other) noexcept
 
 MetadataPattern::~MetadataPattern() = default;
 
-MetadataInfo::MetadataInfo() : patternPosition(0), valuePosition(0), valueLength(0) {}
+MetadataInfo::MetadataInfo() = default;
 
 MetadataInfo::MetadataInfo(const MetadataInfo& other) = default;
 

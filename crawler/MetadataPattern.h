@@ -50,11 +50,11 @@ struct CRAWLER_API MetadataInfo {
     ~MetadataInfo();
 
     /// Where the marker begins.
-    std::size_t patternPosition;
+    std::size_t patternPosition = 0;
     /// Where the value begins: right after the marker.
-    std::size_t valuePosition;
+    std::size_t valuePosition = 0;
     /// The value's length in bytes; equals `value.size()`.
-    std::size_t valueLength;
+    std::size_t valueLength = 0;
     /// The value exactly as it stands in the path; a number stays text.
     std::string value;
 };
