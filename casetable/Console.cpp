@@ -7,11 +7,9 @@
 
 #include "casetable/Text.h"
 
-namespace casetable
-{
+namespace casetable {
 
-namespace
-{
+namespace {
 
 // Back to the first column, and nothing right of it.
 const char* const eraseLine = "\r\x1b[K";

@@ -4,13 +4,11 @@
 #include <mutex>
 #include <string>
 
-namespace casetable
-{
+namespace casetable {
 
 /// Standard error: messages of one line each, and a status line that gives way to them. May be used
 /// from several threads at once. All text is made printable.
-class Console
-{
+class Console {
 public:
     Console();
 

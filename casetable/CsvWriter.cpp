@@ -7,11 +7,9 @@
 #include "casetable/Output.h"
 #include "casetable/Report.h"
 
-namespace casetable
-{
+namespace casetable {
 
-namespace
-{
+namespace {
 
 std::string field(const std::string& text)
 {
@@ -23,7 +21,8 @@ std::string field(const std::string& text)
             quoted += '"';
         quoted += c;
     }
-    return quoted += '"';
+    quoted += '"';
+    return quoted;
 }
 
 std::string record(const std::vector<std::string>& texts)

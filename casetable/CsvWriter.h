@@ -1,8 +1,7 @@
 #ifndef CASETABLE_CSVWRITER_H
 #define CASETABLE_CSVWRITER_H
 
-namespace casetable
-{
+namespace casetable {
 
 class Output;
 struct Report;

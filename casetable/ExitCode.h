@@ -4,8 +4,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace casetable
-{
+namespace casetable {
 
 /// What the program leaves with. A program stopped by a signal leaves with 128 + its number.
 enum class ExitCode {
@@ -17,8 +16,7 @@ enum class ExitCode {
 };
 
 /// Ends the program with a one-line message and an exit code.
-class Failure : public std::runtime_error
-{
+class Failure : public std::runtime_error {
 public:
     Failure(ExitCode code, const std::string& message) : std::runtime_error(message), code(code) {}
 

@@ -16,11 +16,9 @@
 
 #include "host/ExceptionBase.h"
 
-namespace casetable
-{
+namespace casetable {
 
-namespace
-{
+namespace {
 
 // Folders near the root keep their descriptors for their subfolders; farther down only every so
 // many levels do, and those between are opened again from there. So trees of any depth stay below
@@ -35,8 +33,7 @@ enum class Kind { File, Folder, FolderLink };
     throw std::system_error(errno, std::generic_category());
 }
 
-class Descriptor
-{
+class Descriptor {
 public:
     Descriptor() = default;
     explicit Descriptor(int number) : number_(number) {}
@@ -68,8 +65,7 @@ struct stat statusAt(int folder, const char* name, int flags)
 }
 
 // A folder that is being listed or was, kept alive by its entries: the place to look them up.
-class Folder
-{
+class Folder {
 public:
     Folder(boost::shared_ptr<const Folder> parent, std::string name, Kind kind)
         : parent_(std::move(parent)), name_(std::move(name)), kind_(kind),
@@ -83,7 +79,8 @@ public:
         std::string path = parent_ ? parent_->pathOf(name_) : name_;
         if (path.empty() || path.back() != '/')
             path += '/';
-        return path += entry;
+        path += entry;
+        return path;
     }
 
     // Throws std::system_error.
@@ -160,8 +157,7 @@ template <class Visit> void readEntries(int folder, Visit visit)
 }
 
 // One entry of a listing, or the root.
-class Entry : public FileInfoInterface
-{
+class Entry : public FileInfoInterface {
 public:
     Entry(FileSystem& fileSystem, boost::shared_ptr<const Folder> parent, std::string name,
           Kind kind)
@@ -275,8 +271,7 @@ private:
 };
 
 // The root is named by the user rather than listed, so its kind is asked of the system.
-class Root : public Entry
-{
+class Root : public Entry {
 public:
     Root(FileSystem& fileSystem, const std::string& path)
         : Entry(fileSystem, nullptr, path, Kind::Folder)

@@ -10,8 +10,7 @@
 
 #include "host/FileInfoInterface.h"
 
-namespace casetable
-{
+namespace casetable {
 
 /// How folders are listed, and what is told about it. Must outlive the entries.
 struct FileSystem {

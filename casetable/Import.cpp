@@ -12,11 +12,9 @@
 #include "host/ExceptionBase.h"
 #include "host/ImportLoadContextInterface.h"
 
-namespace casetable
-{
+namespace casetable {
 
-namespace
-{
+namespace {
 
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
@@ -26,8 +24,7 @@ std::auto_ptr<CrawlerImporterParserInterface> makeParser()
 }
 #pragma GCC diagnostic pop
 
-class IdentifierList : public AuxFileIdentifierValidator::IdentifierProviderInterface
-{
+class IdentifierList : public AuxFileIdentifierValidator::IdentifierProviderInterface {
 public:
     explicit IdentifierList(const std::vector<AuxFileIdentifier>& identifiers)
         : identifiers_(identifiers)
@@ -40,8 +37,7 @@ private:
     const std::vector<AuxFileIdentifier>& identifiers_;
 };
 
-class LoadContext : public ImportLoadContextInterface
-{
+class LoadContext : public ImportLoadContextInterface {
 public:
     void setMetadataTable(vtkSmartPointer<vtkTable> table) override { this->table = table; }
 

@@ -14,12 +14,10 @@
 #include "crawler/MetadataPattern.h"
 #include "host/AuxFileCollectionInterface.h"
 
-namespace casetable
-{
+namespace casetable {
 
 /// A finished import: the importer for questions about files, and what it extracted.
-class Import
-{
+class Import {
 public:
     /// Runs the importer on a finished walk. Identifiers are looked at only when there are cases.
     ///

@@ -3,11 +3,9 @@
 #include <csignal>
 #include <initializer_list>
 
-namespace casetable
-{
+namespace casetable {
 
-namespace
-{
+namespace {
 
 volatile std::sig_atomic_t caughtSignal = 0;
 

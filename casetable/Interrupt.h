@@ -1,8 +1,7 @@
 #ifndef CASETABLE_INTERRUPT_H
 #define CASETABLE_INTERRUPT_H
 
-namespace casetable
-{
+namespace casetable {
 
 /// Thrown when the user interrupts the program; it leaves with 128 + `signal`.
 struct Interrupted {
@@ -18,8 +17,7 @@ void throwIfInterrupted();
 
 /// Keeps the signals away from the threads that are started during its life, so that no system
 /// call of theirs is cut short.
-class SignalsBlocked
-{
+class SignalsBlocked {
 public:
     SignalsBlocked();
     ~SignalsBlocked();

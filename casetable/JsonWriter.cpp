@@ -7,11 +7,9 @@
 #include "casetable/Output.h"
 #include "casetable/Report.h"
 
-namespace casetable
-{
+namespace casetable {
 
-namespace
-{
+namespace {
 
 using Json = nlohmann::ordered_json;
 

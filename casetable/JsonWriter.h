@@ -1,8 +1,7 @@
 #ifndef CASETABLE_JSONWRITER_H
 #define CASETABLE_JSONWRITER_H
 
-namespace casetable
-{
+namespace casetable {
 
 class Output;
 struct Report;

@@ -9,11 +9,9 @@
 #include "casetable/ExitCode.h"
 #include "casetable/PlainTagValidator.h"
 
-namespace casetable
-{
+namespace casetable {
 
-namespace
-{
+namespace {
 
 const char* const description = "Groups the files below ROOT into cases by the values in their "
                                 "paths and prints the case table.";

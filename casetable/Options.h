@@ -8,8 +8,7 @@
 #include "crawler/AuxFileIdentifierValidator.h"
 #include "crawler/MetadataPattern.h"
 
-namespace casetable
-{
+namespace casetable {
 
 enum class Format { Auto, Table, Csv, Json };
 

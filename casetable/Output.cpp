@@ -12,11 +12,9 @@
 #include "casetable/ExitCode.h"
 #include "casetable/Interrupt.h"
 
-namespace casetable
-{
+namespace casetable {
 
-namespace
-{
+namespace {
 
 const std::size_t bufferBytes = 65536;
 

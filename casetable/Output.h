@@ -5,8 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace casetable
-{
+namespace casetable {
 
 /// Where the report goes: standard output, or a file.
 ///
@@ -16,8 +15,7 @@ namespace casetable
 ///
 /// Every operation throws Failure with ExitCode::OutputFailed and the path when the system refuses,
 /// and Interrupted when a signal came in.
-class Output
-{
+class Output {
 public:
     /// Checks that `path` can be written, without touching it; none is standard output.
     explicit Output(std::optional<std::string> path);

@@ -2,11 +2,9 @@
 
 #include <algorithm>
 
-namespace casetable
-{
+namespace casetable {
 
-namespace
-{
+namespace {
 
 bool isControl(char c)
 {

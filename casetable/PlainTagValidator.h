@@ -5,12 +5,10 @@
 
 #include "host/TagValidator.h"
 
-namespace casetable
-{
+namespace casetable {
 
 /// Accepts every tag that is not empty and holds no control character.
-class PlainTagValidator : public TagValidator
-{
+class PlainTagValidator : public TagValidator {
 public:
     ortelo::ValidationResult validate(const std::string& tag) const override;
 };

@@ -2,8 +2,7 @@
 
 #include <utility>
 
-namespace casetable
-{
+namespace casetable {
 
 std::string Progress::text(std::size_t filesSeen) const
 {

@@ -8,12 +8,10 @@
 #include <QObject>
 #include <QString>
 
-namespace casetable
-{
+namespace casetable {
 
 /// Where a walk has come to. The walk's thread calls the slot, any other thread may ask.
-class Progress : public QObject
-{
+class Progress : public QObject {
     Q_OBJECT
 
 public:

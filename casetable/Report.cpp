@@ -12,11 +12,9 @@
 #include "casetable/Unmatched.h"
 #include "host/AuxFileInfoInterface.h"
 
-namespace casetable
-{
+namespace casetable {
 
-namespace
-{
+namespace {
 
 void addValueColumns(const Import& import, const std::vector<MetadataPattern>& patterns,
                      std::vector<Column>& columns)

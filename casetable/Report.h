@@ -8,8 +8,7 @@
 
 #include "crawler/MetadataPattern.h"
 
-namespace casetable
-{
+namespace casetable {
 
 class Import;
 

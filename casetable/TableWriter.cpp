@@ -8,11 +8,9 @@
 #include "casetable/Report.h"
 #include "casetable/Text.h"
 
-namespace casetable
-{
+namespace casetable {
 
-namespace
-{
+namespace {
 
 std::vector<std::string> printableCells(const std::vector<std::string>& texts)
 {
@@ -58,7 +56,8 @@ std::string line(const Report& report, const std::vector<std::string>& cells,
         text += alignsRight(report, j) ? padding + cells[j] : cells[j] + padding;
     }
     text.erase(text.find_last_not_of(' ') + 1);
-    return text += '\n';
+    text += '\n';
+    return text;
 }
 
 } // namespace

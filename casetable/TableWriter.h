@@ -1,8 +1,7 @@
 #ifndef CASETABLE_TABLEWRITER_H
 #define CASETABLE_TABLEWRITER_H
 
-namespace casetable
-{
+namespace casetable {
 
 class Output;
 struct Report;

@@ -8,11 +8,9 @@
 
 #include <utf8.h>
 
-namespace casetable
-{
+namespace casetable {
 
-namespace
-{
+namespace {
 
 bool isSafe(char32_t codePoint)
 {

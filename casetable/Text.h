@@ -5,8 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace casetable
-{
+namespace casetable {
 
 /// `bytes` made safe to show on a terminal in one line: control and format characters, line
 /// separators, unassigned code points and bytes that are not UTF-8 become escapes (`\n`, `\x1b`,

@@ -6,11 +6,9 @@
 
 #include "host/AuxFileInfoInterface.h"
 
-namespace casetable
-{
+namespace casetable {
 
-namespace
-{
+namespace {
 
 // All markers are located before any value is read, each from the byte after the start of the one
 // before. A path in which one is not found therefore has no metadata at all.

@@ -8,8 +8,7 @@
 #include "crawler/MetadataFileCrawler.h"
 #include "crawler/MetadataPattern.h"
 
-namespace casetable
-{
+namespace casetable {
 
 /// A file that belongs to no case, and why.
 struct UnmatchedFile {

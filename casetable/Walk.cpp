@@ -10,18 +10,15 @@
 #include "casetable/Interrupt.h"
 #include "casetable/Progress.h"
 
-namespace casetable
-{
+namespace casetable {
 
-namespace
-{
+namespace {
 
 // How often an interrupt is looked for, and how often the status line changes.
 const std::chrono::milliseconds interruptInterval(50);
 const std::chrono::milliseconds statusInterval(200);
 
-class Event
-{
+class Event {
 public:
     void set()
     {
@@ -43,8 +40,7 @@ private:
 };
 
 // Clears the status line however the walk ends.
-class StatusLine
-{
+class StatusLine {
 public:
     explicit StatusLine(Console& console) : console_(console) {}
     ~StatusLine() { console_.clearStatus(); }

@@ -5,8 +5,7 @@
 
 #include "crawler/FolderCrawler.h"
 
-namespace casetable
-{
+namespace casetable {
 
 class Console;
 struct FileSystem;

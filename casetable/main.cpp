@@ -21,11 +21,9 @@
 #include "casetable/Unmatched.h"
 #include "casetable/Walk.h"
 
-namespace casetable
-{
+namespace casetable {
 
-namespace
-{
+namespace {
 
 std::vector<std::string> tagsOf(const std::vector<AuxFileIdentifier>& identifiers)
 {

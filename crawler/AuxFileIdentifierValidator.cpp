@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <map>
 #include <set>
+#include <stdexcept>
 #include <utility>
 
 #include <boost/make_shared.hpp>
@@ -16,13 +17,11 @@
 #include "host/AuxFileInfoInterface.h"
 #include "host/TagValidator.h"
 
-namespace
-{
+namespace {
 
 // Remembers the syntax names that it judged valid, so that isValid() followed by auxFiles() matches
 // each of them once.
-class CachingSyntaxNameFilter : public SyntaxNameFilter
-{
+class CachingSyntaxNameFilter : public SyntaxNameFilter {
 public:
     explicit CachingSyntaxNameFilter(const QStringList& syntaxes) : SyntaxNameFilter(syntaxes) {}
 
@@ -43,8 +42,7 @@ private:
     mutable std::set<std::string> cache_;
 };
 
-class AuxFileCollection : public virtual AuxFileCollectionInterface
-{
+class AuxFileCollection : public virtual AuxFileCollectionInterface {
 public:
     void addFile(std::size_t index, const std::string& tag, const std::string& path)
     {
@@ -53,6 +51,8 @@ public:
             number = tagNumbers_.emplace(tag, nextTagNumber_++).first;
             tags_.insert(tag);
         }
+        if (index >= filesPerIndex_.max_size())
+            throw std::length_error("case index too large");
         if (index >= filesPerIndex_.size())
             filesPerIndex_.resize(index + 1);
         filesPerIndex_[index][number->second].push_back(path);

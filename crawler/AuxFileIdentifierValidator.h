@@ -27,12 +27,11 @@ struct AuxFileIdentifier {
 /// Built once per set of files, which it shares. Its answers depend on a cache of the syntax names
 /// judged so far, which even const operations change: use one validator from one thread at a time.
 /// Exceptions of the provider and of the tag validator pass through.
-class CRAWLER_API AuxFileIdentifierValidator
-{
+class CRAWLER_API AuxFileIdentifierValidator {
 public:
-    /// Supplies the identifiers. It is asked afresh by every operation, so its answer may change.
-    class CRAWLER_API IdentifierProviderInterface
-    {
+    /// Supplies the identifiers. It is asked afresh by identifiers(), auxFiles() and isValid(), by
+    /// the last twice, so its answer may change between calls.
+    class CRAWLER_API IdentifierProviderInterface {
     public:
         virtual std::vector<AuxFileIdentifier> identifiers() const = 0;
         virtual ~IdentifierProviderInterface();
@@ -49,8 +48,10 @@ public:
     virtual ~AuxFileIdentifierValidator();
 
     /// True when every identifier that is not wholly empty has an acceptable tag and a syntax name
-    /// that selects a file; stops at the first that has not. Afterwards syntaxNameValidator()
-    /// accepts each syntax name that was visited, the failed one included, on purpose.
+    /// that selects a file; stops at the first that has not. The syntax names visited, the failed
+    /// one included, then replace those known to be valid: syntaxNameValidator() and the next
+    /// isValid() accept them, on purpose. When the provider or the tag validator throws, the known
+    /// names stay.
     bool isValid() const;
 
     /// What the provider answers.

@@ -17,8 +17,7 @@
 ///
 /// Not copyable. Used by one thread at a time. Operations throw std::bad_alloc when memory runs
 /// out.
-class CRAWLER_API CrawlerBasicImporterParser : public virtual CrawlerImporterParserInterface
-{
+class CRAWLER_API CrawlerBasicImporterParser : public virtual CrawlerImporterParserInterface {
 public:
     CrawlerBasicImporterParser();
     CrawlerBasicImporterParser(const CrawlerBasicImporterParser&) = delete;
@@ -36,7 +35,7 @@ public:
     /// and no metadata, but each file's matched flag and case index as they were, on purpose.
     ///
     /// Throws std::out_of_range ("invalid string position") for a path in which overlapping markers
-    /// leave one of them a segment shorter than itself and all extension; the cases built so far
+    /// leave a text marker a segment shorter than itself and all extension; the cases built so far
     /// stay.
     void applyMetadataPatternList(const std::vector<MetadataPattern>& patterns) override;
 

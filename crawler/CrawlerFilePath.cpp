@@ -6,8 +6,7 @@
 
 #include <boost/utility/string_view.hpp>
 
-namespace
-{
+namespace {
 
 // What a scanner answers that finds no value.
 const std::size_t noValue = std::string::npos;
@@ -195,9 +194,11 @@ bool CrawlerFilePath::applyMetadataPatterns(const std::vector<MetadataPattern>& 
         locateMarkers(rawPath_, patterns, positions) && extractValues(patterns, positions);
     // An unmatched file keeps the values of its last match, on purpose; nobody reads them.
     if (matched) {
-        metadataValues_.clear();
+        std::vector<std::string> values;
+        values.reserve(metadataInfos_.size());
         for (const MetadataInfo& info : metadataInfos_)
-            metadataValues_.push_back(info.value);
+            values.push_back(info.value);
+        metadataValues_ = std::move(values);
     }
     matched_ = matched;
     return matched_;
@@ -210,7 +211,7 @@ bool CrawlerFilePath::extractValues(const std::vector<MetadataPattern>& patterns
     for (std::size_t k = 0; k < patterns.size(); ++k) {
         const std::size_t markerLength = patterns[k].pattern.size();
         const boost::string_view segment =
-            boost::string_view(rawPath_).substr(positions[k], positions[k + 1] - positions[k]);
+            boost::string_view(rawPath_.data() + positions[k], positions[k + 1] - positions[k]);
         const std::size_t end = scanValue(segment, patterns[k]);
         if (end == noValue)
             return false;

@@ -10,8 +10,7 @@
 
 /// The parser's record of one crawled file: its path, what a pattern list read out of it, and the
 /// case that it joined. Created with boost::make_shared and shared by the parser with its callers.
-class CrawlerFilePath : public virtual AuxFileInfoInterface
-{
+class CrawlerFilePath : public virtual AuxFileInfoInterface {
 public:
     /// Keeps `rawPath` as it stands and asks auxFileType() for its kind.
     explicit CrawlerFilePath(const std::string& rawPath);
@@ -38,7 +37,8 @@ public:
     /// returns whether all of them matched. An empty list changes nothing and returns false.
     ///
     /// Throws std::out_of_range when the text of the following marker overlaps this one and leaves
-    /// a segment that is shorter than its marker and all extension.
+    /// a text marker a segment that is shorter than itself and all extension; the matched flag and
+    /// the values then stay as they were.
     bool applyMetadataPatterns(const std::vector<MetadataPattern>& patterns);
 
 private:

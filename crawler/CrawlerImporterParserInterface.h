@@ -17,8 +17,7 @@ class AuxFileInfoInterface;
 /// Append every path, apply a pattern list, and only then read; apply again after any change of
 /// either. Implementations inherit this class as a virtual base and are used by one thread at a
 /// time.
-class CRAWLER_API CrawlerImporterParserInterface
-{
+class CRAWLER_API CrawlerImporterParserInterface {
 public:
     CrawlerImporterParserInterface() = default;
     CrawlerImporterParserInterface(const CrawlerImporterParserInterface&) = default;
@@ -27,7 +26,7 @@ public:
     /// Records a path as it stands. It belongs to no case until a pattern list is applied.
     virtual void appendRawFilePath(const std::string& path) = 0;
 
-    /// Forgets every recorded path.
+    /// Forgets every recorded path; the cases of the last application stay until the next.
     virtual void clearFilePaths() = 0;
 
     /// Matches `patterns` against every recorded path and numbers the cases anew.
@@ -37,7 +36,8 @@ public:
     /// far as they matched; empty for a path that is not recorded.
     virtual std::vector<MetadataInfo> metadataInfoList(const std::string& name) const = 0;
 
-    /// The number of cases that the last application defined.
+    /// The number of cases that the last application defined. It is asked several times while a
+    /// table is built and must not change meanwhile.
     virtual std::size_t numDefinedCases() const = 0;
 
     /// The value that the files of a case share for one pattern. `caseIndex` must be below

@@ -5,8 +5,7 @@
 #include "host/ExceptionBase.h"
 #include "host/FileInfoInterface.h"
 
-namespace
-{
+namespace {
 
 // More than 3 KiB for each of 20,000 levels, several times what a level takes even in a build with
 // sanitizers. Only address space is reserved; memory is taken as the walk descends.

@@ -20,9 +20,9 @@ class FileInfoInterface;
 /// wait for it to finish and read result(). The tree is seen through FileInfoInterface alone, and
 /// every call to it is made on the crawler's thread.
 ///
-/// The walk recurses once per folder level. The thread's stack is sized for trees of 20,000 levels.
-class CRAWLER_API FolderCrawler : public QThread
-{
+/// The walk recurses once per folder level. The thread's stack is 64 MiB of address space, enough
+/// for trees of 20,000 levels; setStackSize() before start() changes that.
+class CRAWLER_API FolderCrawler : public QThread {
     Q_OBJECT
 
 public:
@@ -52,8 +52,11 @@ public:
     ~FolderCrawler() override;
 
     /// The walk, depth-first, each folder in the order of its listing; called on the crawler's
-    /// thread by start(). Turns an ortelo::ExceptionBase into Result::errorString; any other
-    /// exception leaves it.
+    /// thread by start(). Everything that is not a file is taken for a folder and entered.
+    ///
+    /// A root that does not exist or cannot be read, a folder below it that cannot be read, and any
+    /// ortelo::ExceptionBase of the host stop the whole walk and become Result::errorString. Any
+    /// other exception leaves run().
     void run() override;
 
     /// The result, owned by the crawler. Read it only while the thread is not running.

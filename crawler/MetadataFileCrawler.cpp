@@ -23,8 +23,7 @@
 #include "host/ImportLoadContextInterface.h"
 #include "host/SignalConnectionCollection.h"
 
-namespace
-{
+namespace {
 
 // The texts of special values. Cells use "NULL" alone; the others complete the vocabulary.
 const std::string nullText = "NULL";
@@ -99,7 +98,8 @@ void addCaseRows(const CrawlerImporterParserInterface& parser,
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 
 struct MetadataFileCrawler::Impl {
-    explicit Impl(std::auto_ptr<CrawlerImporterParserInterface> parser) : parser(parser.release())
+    explicit Impl(std::auto_ptr<CrawlerImporterParserInterface> ownParser)
+        : parser(ownParser.release())
     {
     }
 
@@ -133,7 +133,11 @@ void MetadataFileCrawler::setCrawlResult(const FolderCrawler::Result& result)
         throw ortelo::ExceptionBase(
             "The specified path: " + folder->fullPath() + " is not readable.", false);
 
-    impl_->crawlResult = result;
+    // Copied whole before anything changes, so that running out of memory here changes nothing.
+    FolderCrawler::Result accepted = result;
+    impl_->crawlResult.folder.swap(accepted.folder);
+    impl_->crawlResult.files.swap(accepted.files);
+    impl_->crawlResult.errorString.swap(accepted.errorString);
     const boost::shared_ptr<CrawlerImporterParserInterface> parser = impl_->parser;
     for (const std::string& path : impl_->crawlResult.files)
         parser->appendRawFilePath(path);

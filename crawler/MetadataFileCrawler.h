@@ -27,8 +27,7 @@ class FileInfoInterface;
 /// All operations run on the caller's thread, one at a time. Exceptions of the host's objects and
 /// of the parser pass through unchanged.
 class CRAWLER_API MetadataFileCrawler : public virtual ImporterInterface,
-                                        public virtual MetadataInfoProviderInterface
-{
+                                        public virtual MetadataInfoProviderInterface {
 public:
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
@@ -57,7 +56,7 @@ public:
     /// object for its life; its content changes with the next accepted result.
     const std::list<std::string>& files() const;
 
-    /// Keeps a copy of `patterns` and has the parser apply them.
+    /// Keeps a copy of `patterns`, also when the parser then throws, and has the parser apply them.
     void setMetadataPatternList(const std::vector<MetadataPattern>& patterns);
 
     /// True when the parser defined at least one case.
@@ -72,7 +71,7 @@ public:
     /// Builds a new case table and gives it to `context`, then the auxiliary files to load.
     ///
     /// The table has one row per case, in case order, and, if there is any case, one column per
-    /// pattern, in pattern order: a vtkStringArray for text, a vtkVariantArray for numbers. A
+    /// pattern, in pattern order: a vtkStringArray for StringValue, a vtkVariantArray otherwise. A
     /// column is named after its marker, with "(2)", "(3)" ... behind it where the name is taken.
     /// Every cell is a string; a number that does not convert to double is "NULL".
     ///

@@ -8,8 +8,7 @@
 #include "crawler/MetadataPattern.h"
 
 /// Answers what metadata was read out of a path. Implementations inherit it as a virtual base.
-class CRAWLER_API MetadataInfoProviderInterface
-{
+class CRAWLER_API MetadataInfoProviderInterface {
 public:
     MetadataInfoProviderInterface() = default;
     MetadataInfoProviderInterface(const MetadataInfoProviderInterface&) = default;

@@ -10,10 +10,12 @@
 /// One item of metadata to be read out of every crawled path: a marker and the kind of value that
 /// follows it. The position of a pattern in the user's list is its metadata index.
 struct CRAWLER_API MetadataPattern {
-    /// How far the value after the marker extends. Any number but NumberValue in a `valueType`
-    /// field acts as StringValue.
+    /// How far the value after the marker extends. In a path, any number but NumberValue in a
+    /// `valueType` field acts as StringValue.
     enum ValueType : std::uint32_t {
-        /// Text up to the next `/` or `\`, or to the end of the segment without its extensions.
+        /// Text up to the next `/` or `\`, or to the end of the segment, which reaches to the next
+        /// marker or the end of the path, without its extensions. A single character at the end of
+        /// a segment is not taken as a value.
         StringValue = 0,
         /// A decimal number: optional sign, digits with an optional fraction, and an optional
         /// exponent introduced by `D`, `E`, `d` or `e`.

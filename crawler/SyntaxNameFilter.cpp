@@ -5,8 +5,7 @@
 
 template class ortelo::ValidatorInterface<std::string>;
 
-namespace
-{
+namespace {
 
 // A catch-all would select every candidate; it is refused on purpose.
 bool passesAsteriskTest(const std::string& name)

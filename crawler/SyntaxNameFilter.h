@@ -17,8 +17,7 @@
 /// name and one of asterisks alone select nothing.
 ///
 /// Immutable after construction: it may be read from several threads at once.
-class CRAWLER_API SyntaxNameFilter : public virtual ortelo::ValidatorInterface<std::string>
-{
+class CRAWLER_API SyntaxNameFilter : public virtual ortelo::ValidatorInterface<std::string> {
 public:
     /// Copies the candidates; duplicates stay.
     explicit SyntaxNameFilter(const QStringList& syntaxes);

@@ -12,8 +12,7 @@
 ///
 /// Part of the host's data-management library. Implementations hand out copies, so what a caller
 /// received stays valid after the collection is gone.
-class HOST_API AuxFileCollectionInterface
-{
+class HOST_API AuxFileCollectionInterface {
 public:
     AuxFileCollectionInterface();
 

@@ -8,8 +8,7 @@
 #include "host/Export.h"
 
 /// One crawled file, as the host's importer framework sees it.
-class HOST_API AuxFileInfoInterface
-{
+class HOST_API AuxFileInfoInterface {
 public:
     /// The kind of auxiliary file. Produced by auxFileType() and passed on without interpretation.
     enum Type : std::uint32_t { OtherFile = 0, TextFile = 1, ImageFile = 2, MeshFile = 3 };

@@ -1,21 +1,20 @@
 #include "host/ExceptionBase.h"
 
-namespace ortelo
-{
+namespace ortelo {
 
 ExceptionBase::ExceptionBase(const std::string& message, bool flag) : message_(message), flag_(flag)
 {
 }
 
-ExceptionBase::ExceptionBase(const ExceptionBase& other) = default;
+ExceptionBase::ExceptionBase(const ExceptionBase& other) noexcept = default;
 
-ExceptionBase& ExceptionBase::operator=(const ExceptionBase& other) = default;
+ExceptionBase& ExceptionBase::operator=(const ExceptionBase& other) noexcept = default;
 
 ExceptionBase::~ExceptionBase() = default;
 
 const char* ExceptionBase::what() const noexcept
 {
-    return message_.c_str();
+    return message_.what();
 }
 
 bool ExceptionBase::flag() const noexcept

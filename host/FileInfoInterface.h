@@ -14,8 +14,7 @@
 /// The host implements it. A crawl makes all its calls from the crawler's own thread, so
 /// implementations must allow calls from a thread other than the one that created them. Any
 /// operation may throw; ortelo::ExceptionBase is what a crawl turns into an error text.
-class HOST_API FileInfoInterface
-{
+class HOST_API FileInfoInterface {
 public:
     /// The entry is a directory.
     virtual bool isDirectory() const = 0;

@@ -4,16 +4,15 @@
 #include <boost/shared_ptr.hpp>
 
 #include <vtkSmartPointer.h>
+#include <vtkTable.h>
 
 #include "host/Export.h"
 
 class AuxFileCollectionInterface;
-class vtkTable;
 
 /// Receives the result of an import. The host implements it and passes it to
 /// ImporterInterface::extract.
-class HOST_API ImportLoadContextInterface
-{
+class HOST_API ImportLoadContextInterface {
 public:
     /// Takes the case table; the context shares its ownership and may keep it.
     virtual void setMetadataTable(vtkSmartPointer<vtkTable> table) = 0;

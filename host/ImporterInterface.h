@@ -6,8 +6,7 @@
 class ImportLoadContextInterface;
 
 /// An importer, as the host's importer framework drives it.
-class HOST_API ImporterInterface
-{
+class HOST_API ImporterInterface {
 public:
     ImporterInterface();
 

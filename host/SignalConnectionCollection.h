@@ -5,8 +5,6 @@
 
 /// Stand-in for the host's collection of signal connections. The module only constructs one and
 /// destroys it.
-class HOST_API SignalConnectionCollection
-{
-};
+class HOST_API SignalConnectionCollection {};
 
 #endif

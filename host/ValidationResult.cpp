@@ -2,8 +2,7 @@
 
 #include <utility>
 
-namespace ortelo
-{
+namespace ortelo {
 
 ValidationResult::ValidationResult() = default;
 

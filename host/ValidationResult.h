@@ -5,12 +5,10 @@
 
 #include "host/Export.h"
 
-namespace ortelo
-{
+namespace ortelo {
 
 /// The answer of a validator: valid, or invalid with a message that says why.
-class HOST_API ValidationResult
-{
+class HOST_API ValidationResult {
 public:
     /// A valid result.
     ValidationResult();

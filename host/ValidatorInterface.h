@@ -4,12 +4,10 @@
 #include "host/Export.h"
 #include "host/ValidationResult.h"
 
-namespace ortelo
-{
+namespace ortelo {
 
 /// Judges values of type `T`. Implementations inherit it as a virtual base.
-template <class T> class HOST_API ValidatorInterface
-{
+template <class T> class HOST_API ValidatorInterface {
 public:
     ValidatorInterface() = default;
     ValidatorInterface(const ValidatorInterface&) = default;

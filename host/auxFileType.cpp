@@ -3,8 +3,7 @@
 
 #include "host/AuxFileInfoInterface.h"
 
-namespace
-{
+namespace {
 
 bool endsWith(const std::string& text, const std::string& ending)
 {
