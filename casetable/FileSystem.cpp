@@ -21,16 +21,29 @@ namespace casetable {
 namespace {
 
 // Folders near the root keep their descriptors for their subfolders; farther down only every so
-// many levels do, and those between are opened again from there. So trees of any depth stay below
-// the limit of open files.
-const std::size_t levelsThatKeepDescriptors = 128;
+// many levels do, and those between are opened again from there. So a limit of 1,024 open files is
+// reached only in trees of more than 60,000 levels.
+const std::size_t levelsThatKeepDescriptors = 32;
 const std::size_t levelsBetweenDescriptors = 64;
 
 enum class Kind { File, Folder, FolderLink };
 
-[[noreturn]] void throwSystemError()
+[[noreturn]] void throwSystemError(int error)
 {
-    throw std::system_error(errno, std::generic_category());
+    throw std::system_error(error, std::generic_category());
+}
+
+// The entry is not there, or no longer.
+bool meansAbsent(int error)
+{
+    return error == ENOENT || error == ENOTDIR || error == ELOOP || error == ENAMETOOLONG;
+}
+
+// The entry cannot be read, which says nothing about the others. A lack of descriptors or memory,
+// or a failing disk, would make the whole listing wrong.
+bool meansUnreadable(int error)
+{
+    return meansAbsent(error) || error == EACCES || error == EPERM || error == ESTALE;
 }
 
 class Descriptor {
@@ -60,7 +73,7 @@ struct stat statusAt(int folder, const char* name, int flags)
 {
     struct stat status = {};
     if (::fstatat(folder, name, &status, flags) != 0)
-        throwSystemError();
+        throwSystemError(errno);
     return status;
 }
 
@@ -92,7 +105,7 @@ public:
         const auto openIn = [&](int parent) {
             Descriptor opened(::openat(parent, name_.c_str(), flags));
             if (!opened.isOpen())
-                throwSystemError();
+                throwSystemError(errno);
             return opened;
         };
         return parent_ ? parent_->with(openIn) : openIn(AT_FDCWD);
@@ -144,7 +157,7 @@ template <class Visit> void readEntries(int folder, Visit visit)
     for (;;) {
         const ssize_t size = ::getdents64(folder, buffer, sizeof buffer);
         if (size < 0)
-            throwSystemError();
+            throwSystemError(errno);
         if (size == 0)
             return;
         for (ssize_t offset = 0; offset < size;) {
@@ -172,39 +185,60 @@ public:
         // Where unreadable folders are left out, those in a listing have passed the test.
         if (parent_ && isDirectory() && fileSystem_.leaveOutUnreadable)
             return true;
-        return isAccessible(isDirectory() ? R_OK | X_OK : R_OK);
+        return withReason([this] {
+            const int error = accessError(isDirectory() ? R_OK | X_OK : R_OK);
+            if (error != 0 && !meansUnreadable(error))
+                throwSystemError(error);
+            return error == 0;
+        });
     }
 
     bool isFile() const override { return kind_ == Kind::File; }
-    bool exists() const override { return isAccessible(F_OK); }
+
+    // What the system does not let us look at is taken to exist; it will not be readable.
+    bool exists() const override
+    {
+        return withReason([this] { return !meansAbsent(accessError(F_OK)); });
+    }
+
     std::string fullPath() const override { return parent_ ? parent_->pathOf(name_) : name_; }
     std::string fileName() const override { return name_; }
 
     std::vector<boost::shared_ptr<FileInfoInterface const>>
     entries(const std::string& /*filter*/) const override
     {
-        try {
-            return listing();
-        } catch (const std::system_error& failure) {
-            const std::string text = fullPath() + ": " + failure.code().message();
-            if (!parent_ || !fileSystem_.leaveOutUnreadable)
-                throw ortelo::ExceptionBase(text, false);
-            fileSystem_.warn(text);
-            return {};
-        }
+        return withReason([this] {
+            try {
+                return listing();
+            } catch (const std::system_error& failure) {
+                // A folder that has become unreadable since it passed the test.
+                if (!parent_ || !fileSystem_.leaveOutUnreadable ||
+                    !meansUnreadable(failure.code().value()))
+                    throw;
+                fileSystem_.warn(fullPath() + ": " + failure.code().message());
+                return std::vector<boost::shared_ptr<FileInfoInterface const>>();
+            }
+        });
     }
 
 private:
-    bool isAccessible(int mode) const
+    // Calls `act` and turns a failure of the system into one that the crawler understands.
+    template <class Act> auto withReason(Act act) const -> decltype(act())
+    {
+        try {
+            return act();
+        } catch (const std::system_error& failure) {
+            throw ortelo::ExceptionBase(fullPath() + ": " + failure.code().message(), false);
+        }
+    }
+
+    // 0 when the entry can be accessed in `mode`. Throws std::system_error when it cannot be asked.
+    int accessError(int mode) const
     {
         const auto accessIn = [&](int parent) {
-            return ::faccessat(parent, name_.c_str(), mode, 0) == 0;
+            return ::faccessat(parent, name_.c_str(), mode, 0) == 0 ? 0 : errno;
         };
-        try {
-            return parent_ ? parent_->with(accessIn) : accessIn(AT_FDCWD);
-        } catch (const std::system_error&) {
-            return false;
-        }
+        return parent_ ? parent_->with(accessIn) : accessIn(AT_FDCWD);
     }
 
     std::vector<boost::shared_ptr<FileInfoInterface const>> listing() const
@@ -227,7 +261,7 @@ private:
         return entries;
     }
 
-    // The kind of an entry, or nothing for one that is not listed.
+    // The kind of an entry, or nothing for one that is not listed. Throws std::system_error.
     std::optional<Kind> kindOf(const Folder& folder, int descriptor, const char* name,
                                unsigned char type) const
     {
@@ -249,19 +283,33 @@ private:
                     !folder.isOrIsBelow(target))
                     return Kind::FolderLink;
             }
-        } catch (const std::system_error&) {
-            // A broken link, or an entry that went away since it was listed.
+        } catch (const std::system_error& failure) {
+            // Broken links, and entries that went away since they were listed, go without a word.
+            const int error = failure.code().value();
+            if (!meansUnreadable(error))
+                throw;
+            if (!meansAbsent(error))
+                warnAbout(folder, name, error);
         }
         return std::nullopt;
     }
 
+    // Throws std::system_error.
     bool isLeftOut(const Folder& folder, int descriptor, const char* name, Kind kind) const
     {
         if (kind == Kind::File || !fileSystem_.leaveOutUnreadable ||
             ::faccessat(descriptor, name, R_OK | X_OK, 0) == 0)
             return false;
-        fileSystem_.warn(folder.pathOf(name) + ": " + std::generic_category().message(errno));
+        const int error = errno;
+        if (!meansUnreadable(error))
+            throwSystemError(error);
+        warnAbout(folder, name, error);
         return true;
+    }
+
+    void warnAbout(const Folder& folder, const char* name, int error) const
+    {
+        fileSystem_.warn(folder.pathOf(name) + ": " + std::generic_category().message(error));
     }
 
     FileSystem& fileSystem_;

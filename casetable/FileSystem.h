@@ -17,11 +17,12 @@ struct FileSystem {
     /// Follow links to folders, except into a folder that is its own ancestor.
     bool followLinks = false;
 
-    /// Leave a folder that cannot be read out of its parent's listing, with a warning. Otherwise it
-    /// is listed as not readable, and listing it throws.
+    /// Leave a folder that the user may not read out of its parent's listing, with a warning.
+    /// Otherwise it is listed as not readable, and listing it throws.
     bool leaveOutUnreadable = false;
 
-    /// Called with a one-line text, on the thread that lists, for each folder left out.
+    /// Called with a one-line text, on the thread that lists, for each folder, and each
+    /// link whose target may not be looked at, that is left out.
     std::function<void(const std::string&)> warn;
 
     /// The number of files listed so far; may be read from any thread at any time.
@@ -32,13 +33,14 @@ struct FileSystem {
 ///
 /// A listing holds regular files, folders and links to files. Broken links, sockets, pipes and
 /// devices are left out, and so are links to folders unless they are followed. Names are bytes,
-/// taken as the system gives them. A folder is readable when it can be listed and entered. Where a
-/// listing fails, entries() throws ortelo::ExceptionBase with the path and the system's reason.
+/// taken as the system gives them. A folder is readable when it can be listed and entered. Where
+/// the system fails, for want of permission, of descriptors or of a sound disk, operations throw
+/// ortelo::ExceptionBase with the path and the system's reason.
 ///
-/// The kind of an entry comes from the listing itself; only links, and entries of file systems that
-/// do not tell, cost a system call. Folders are opened relative to their parent's descriptor, so
-/// paths may be longer than the system takes in one call. The entries of one root may be used by
-/// one thread at a time.
+/// The kind of an entry comes from the listing itself: a file costs no system call of its own.
+/// Links do, and so do folders below a followed link, and everything on file systems that do not
+/// tell the kind. Folders are opened relative to their parent's descriptor, so paths may be longer
+/// than the system takes in one call. The entries of one root may be used by one thread at a time.
 boost::shared_ptr<FileInfoInterface const> fileSystemRoot(FileSystem& fileSystem,
                                                           const std::string& path);
 

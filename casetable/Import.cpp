@@ -1,5 +1,6 @@
 #include "casetable/Import.h"
 
+#include <list>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -96,16 +97,17 @@ chooseAuxFiles(const MetadataFileCrawler& importer,
 
 } // namespace
 
-Import::Import(const FolderCrawler::Result& result, const std::vector<MetadataPattern>& patterns,
+Import::Import(FolderCrawler::Result result, const std::vector<MetadataPattern>& patterns,
                const std::vector<AuxFileIdentifier>& identifiers)
     : importer_(makeParser())
 {
     try {
         importer_.setCrawlResult(result);
+        result = FolderCrawler::Result(); // The importer has its own copy; there may be many files.
         try {
             importer_.setMetadataPatternList(patterns);
         } catch (const std::out_of_range& failure) {
-            failOverlap(result.files, patterns, failure.what());
+            failOverlap(importer_.files(), patterns, failure.what());
         }
         if (importer_.hasCases() && !identifiers.empty())
             importer_.setAuxFilesToLoad(chooseAuxFiles(importer_, identifiers));

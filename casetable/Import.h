@@ -23,7 +23,7 @@ public:
     ///
     /// Throws Failure with ExitCode::ImportFailed when the importer refuses the folder, an
     /// identifier selects nothing or the markers overlap in a path.
-    Import(const FolderCrawler::Result& result, const std::vector<MetadataPattern>& patterns,
+    Import(FolderCrawler::Result result, const std::vector<MetadataPattern>& patterns,
            const std::vector<AuxFileIdentifier>& identifiers);
 
     const MetadataFileCrawler& importer() const { return importer_; }

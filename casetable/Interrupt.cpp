@@ -1,6 +1,5 @@
 #include "casetable/Interrupt.h"
 
-#include <csignal>
 #include <initializer_list>
 
 namespace casetable {
@@ -14,22 +13,10 @@ extern "C" void rememberSignal(int signal)
     caughtSignal = signal;
 }
 
-sigset_t caughtSignals()
-{
-    sigset_t signals;
-    sigemptyset(&signals);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
-        sigaddset(&signals, signal);
-    return signals;
-}
-
-} // namespace
-
-void catchInterrupts()
+void handleSignals(void (*handler)(int))
 {
     struct sigaction action = {};
-    action.sa_handler = rememberSignal;
-    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    action.sa_handler = handler;
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         struct sigaction present = {};
         sigaction(signal, nullptr, &present);
@@ -39,22 +26,41 @@ void catchInterrupts()
     }
 }
 
+} // namespace
+
+void catchInterrupts()
+{
+    handleSignals(rememberSignal);
+}
+
+void releaseInterrupts()
+{
+    handleSignals(SIG_DFL);
+}
+
+bool isInterrupted()
+{
+    return caughtSignal != 0;
+}
+
 void throwIfInterrupted()
 {
-    if (caughtSignal != 0)
+    if (isInterrupted())
         throw Interrupted{caughtSignal};
 }
 
-SignalsBlocked::SignalsBlocked()
+SignalsBlocked::SignalsBlocked() : previous_()
 {
-    const sigset_t signals = caughtSignals();
-    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+        sigaddset(&signals, signal);
+    pthread_sigmask(SIG_BLOCK, &signals, &previous_);
 }
 
 SignalsBlocked::~SignalsBlocked()
 {
-    const sigset_t signals = caughtSignals();
-    pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+    pthread_sigmask(SIG_SETMASK, &previous_, nullptr);
 }
 
 } // namespace casetable

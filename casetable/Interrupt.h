@@ -1,6 +1,8 @@
 #ifndef CASETABLE_INTERRUPT_H
 #define CASETABLE_INTERRUPT_H
 
+#include <csignal>
+
 namespace casetable {
 
 /// Thrown when the user interrupts the program; it leaves with 128 + `signal`.
@@ -8,9 +10,15 @@ struct Interrupted {
     int signal;
 };
 
-/// From now on the first SIGINT, SIGTERM or SIGHUP is only remembered; a second one of the same
-/// kind ends the program at once.
+/// From now on SIGINT, SIGTERM and SIGHUP are only remembered, except those that the caller of the
+/// program had it ignore.
 void catchInterrupts();
+
+/// From now on the signals end the program at once again.
+void releaseInterrupts();
+
+/// True when a signal came in.
+bool isInterrupted();
 
 /// Throws Interrupted when a signal came in.
 void throwIfInterrupted();
@@ -23,6 +31,9 @@ public:
     ~SignalsBlocked();
     SignalsBlocked(const SignalsBlocked&) = delete;
     SignalsBlocked& operator=(const SignalsBlocked&) = delete;
+
+private:
+    sigset_t previous_;
 };
 
 } // namespace casetable

@@ -13,7 +13,7 @@ struct Report;
 ///
 /// with "files" or "unmatched" in place of "cases" for the other reports. "columns" lists the
 /// marker columns. Values are strings, numbers too: the text is what tells cases apart. Bytes that
-/// are not UTF-8 become U+FFFD.
+/// are not UTF-8 become U+FFFD, and names that are then equal get "(2)", "(3)" ... behind them.
 void writeJson(const Report& report, Output& output);
 
 } // namespace casetable

@@ -1,12 +1,15 @@
 #include "casetable/Options.h"
 
+#include <algorithm>
 #include <functional>
-#include <iostream>
+#include <iterator>
 #include <map>
+#include <sstream>
 
 #include <CLI/CLI.hpp>
 
 #include "casetable/ExitCode.h"
+#include "casetable/Output.h"
 #include "casetable/PlainTagValidator.h"
 
 namespace casetable {
@@ -17,7 +20,7 @@ const char* const description = "Groups the files below ROOT into cases by the v
                                 "paths and prints the case table.";
 
 const char* const footer = R"(Exit codes:
-  0  a table with cases    1  no file matched; the table is empty
+  0  a table with cases    1  no file matched; the table written is empty
   2  wrong usage           3  the walk, the matching or an identifier failed
   4  the output could not be written        130  interrupted
 
@@ -69,16 +72,41 @@ AuxFileIdentifier parseIdentifier(const std::string& text)
     return identifier;
 }
 
+const char* const longOptionsWithValue[] = {"--string", "--number", "--aux", "--format",
+                                            "--output"};
+const char* const shortOptionsWithValue = "snafo";
+
+// True when the value of the option in `argument` is the argument after it.
+bool takesNextArgument(const std::string& argument)
+{
+    if (argument.size() < 2 || argument[0] != '-')
+        return false;
+    if (argument[1] == '-')
+        return std::find(std::begin(longOptionsWithValue), std::end(longOptionsWithValue),
+                         argument) != std::end(longOptionsWithValue);
+    return argument.find_first_of(shortOptionsWithValue, 1) == argument.size() - 1;
+}
+
 // The library takes the value of "--option=" from the next argument; here it is an empty value.
 void refuseMissingValues(int argc, const char* const* argv)
 {
     for (int i = 1; i < argc && std::string(argv[i]) != "--"; ++i) {
         const std::string argument = argv[i];
-        for (const char* option : {"--string", "--number", "--aux", "--format", "--output"}) {
-            if (argument == std::string(option) + "=")
-                failUsage(std::string(option) + ": the value is empty");
+        for (const std::string option : longOptionsWithValue) {
+            if (argument == option + "=")
+                failUsage(option + ": the value is empty");
         }
+        if (takesNextArgument(argument))
+            ++i;
     }
+}
+
+// Prints what --help or --version asked for.
+void print(const std::string& text)
+{
+    Output output(std::nullopt);
+    output.write(text);
+    output.commit();
 }
 
 } // namespace
@@ -127,8 +155,13 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
     addText("-f,--format", "FORMAT",
             "auto, table, csv or json; auto is a table on a terminal and CSV elsewhere",
             [&options](const std::string& name) { options.format = parseFormat(name); });
-    addText("-o,--output", "FILE", "Write to FILE, which changes only when all is written",
-            [&options](const std::string& file) { options.output = file; });
+    addText("-o,--output", "FILE",
+            "Write to FILE, replaced once all is written; - is standard output",
+            [&options](const std::string& file) {
+                if (file.empty())
+                    failUsage("--output: the file name is empty");
+                options.output = file == "-" ? std::nullopt : std::make_optional(file);
+            });
 
     bool files = false;
     bool unmatched = false;
@@ -153,12 +186,16 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& request) {
-        app.exit(request, std::cout, std::cerr);
+        std::ostringstream text;
+        app.exit(request, text, text);
+        print(text.str());
         return std::nullopt;
     } catch (const CLI::ParseError& error) {
         failUsage(error.what());
     }
 
+    if (options.root.empty())
+        failUsage("ROOT: the path is empty");
     if (options.patterns.empty())
         failUsage("no marker is given; use --string or --number");
     if (files && unmatched)

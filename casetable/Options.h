@@ -29,7 +29,8 @@ struct Options {
 };
 
 /// Reads the command line. Answers nothing when --help or --version was asked for and printed.
-/// Throws Failure with ExitCode::WrongUsage.
+/// Throws Failure with ExitCode::WrongUsage, or ExitCode::OutputFailed when it could not be
+/// printed.
 std::optional<Options> parseOptions(int argc, const char* const* argv);
 
 } // namespace casetable

@@ -1,9 +1,10 @@
 #include "casetable/Output.h"
 
 #include <cerrno>
+#include <climits>
+#include <cstddef>
 #include <cstdlib>
-#include <cstring>
-#include <memory>
+#include <system_error>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -17,6 +18,7 @@ namespace casetable {
 namespace {
 
 const std::size_t bufferBytes = 65536;
+const int mostLinks = 40; // As many as the system follows.
 
 std::string folderOf(const std::string& path)
 {
@@ -26,15 +28,34 @@ std::string folderOf(const std::string& path)
     return slash == 0 ? "/" : path.substr(0, slash);
 }
 
-// What a link leads to, so that the link itself stays one.
-std::string resolved(const std::string& path)
+// What a link leads to, whether that exists or not; a path that is no link as it is.
+std::string resolved(std::string path)
 {
-    struct stat status = {};
-    if (::lstat(path.c_str(), &status) != 0 || !S_ISLNK(status.st_mode))
-        return path;
-    const std::unique_ptr<char, void (*)(void*)> target(::realpath(path.c_str(), nullptr),
-                                                        std::free);
-    return target ? target.get() : path;
+    char target[PATH_MAX];
+    for (int links = 0; links < mostLinks; ++links) {
+        const ssize_t size = ::readlink(path.c_str(), target, sizeof target);
+        if (size <= 0)
+            break;
+        const std::string next(target, static_cast<std::size_t>(size));
+        path = next.front() == '/' ? next : folderOf(path) + "/" + next;
+    }
+    return path;
+}
+
+bool isRegular(const struct stat& status)
+{
+    return S_ISREG(status.st_mode);
+}
+
+// Calls a system call again for as long as a signal that was not for us cuts it short.
+template <class Call> auto retried(Call call) -> decltype(call())
+{
+    for (;;) {
+        const auto result = call();
+        if (result >= 0 || errno != EINTR)
+            return result;
+        throwIfInterrupted();
+    }
 }
 
 mode_t creationMode()
@@ -48,23 +69,32 @@ mode_t creationMode()
 
 Output::Output(std::optional<std::string> path)
 {
-    if (!path)
+    if (!path) {
+        name_ = "standard output";
         return;
-    target_ = resolved(*path);
-    struct stat status = {};
-    if (::stat(target_.c_str(), &status) == 0) {
-        if (S_ISDIR(status.st_mode)) {
-            errno = EISDIR;
-            fail();
-        }
-        if (!S_ISREG(status.st_mode))
-            return;
-    } else if (target_.empty() || target_.back() == '/') {
-        errno = ENOENT;
-        fail();
     }
-    if (::access(folderOf(target_).c_str(), W_OK | X_OK) != 0)
-        fail();
+    name_ = target_ = *path;
+    struct stat status = {};
+    const bool exists = ::stat(target_.c_str(), &status) == 0;
+    if (exists && S_ISDIR(status.st_mode))
+        fail(EISDIR);
+    if (exists && !isRegular(status))
+        return;
+    if (!exists && errno == ELOOP)
+        fail(ELOOP);
+    target_ = resolved(*path);
+    if (exists && ::access(target_.c_str(), W_OK) != 0)
+        fail(errno);
+
+    const std::string folder = folderOf(target_);
+    if (::stat(folder.c_str(), &status) != 0)
+        fail(errno);
+    if (!S_ISDIR(status.st_mode))
+        fail(ENOTDIR);
+    if (::access(folder.c_str(), W_OK | X_OK) != 0)
+        fail(errno);
+    if (target_.back() == '/')
+        fail(ENOENT);
 }
 
 Output::~Output()
@@ -77,7 +107,16 @@ Output::~Output()
 
 bool Output::isTerminal() const
 {
-    return target_.empty() && ::isatty(STDOUT_FILENO) == 1;
+    if (target_.empty())
+        return ::isatty(STDOUT_FILENO) == 1;
+    struct stat status = {};
+    if (::stat(target_.c_str(), &status) != 0 || !S_ISCHR(status.st_mode))
+        return false;
+    const int descriptor = ::open(target_.c_str(), O_WRONLY | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+    const bool terminal = descriptor >= 0 && ::isatty(descriptor) == 1;
+    if (descriptor >= 0)
+        ::close(descriptor);
+    return terminal;
 }
 
 void Output::write(std::string_view bytes)
@@ -92,44 +131,52 @@ void Output::commit()
     flush();
     if (target_.empty())
         return;
-    if (!temporary_.empty() && ::fsync(descriptor_) != 0)
-        fail();
+    if (!temporary_.empty() && retried([this] { return ::fsync(descriptor_); }) != 0)
+        fail(errno);
     const int descriptor = descriptor_;
     descriptor_ = -1;
     if (::close(descriptor) != 0)
-        fail();
+        fail(errno);
     if (temporary_.empty())
         return;
     throwIfInterrupted();
     if (::rename(temporary_.c_str(), target_.c_str()) != 0)
-        fail();
+        fail(errno);
     temporary_.clear();
 }
 
 void Output::open()
 {
-    if (target_.empty()) {
-        descriptor_ = STDOUT_FILENO;
-        return;
-    }
     struct stat status = {};
-    const bool exists = ::stat(target_.c_str(), &status) == 0;
-    if (exists && !S_ISREG(status.st_mode)) {
-        descriptor_ = ::open(target_.c_str(), O_WRONLY | O_CLOEXEC);
-        if (descriptor_ < 0)
-            fail();
-        return;
-    }
+    if (target_.empty())
+        descriptor_ = STDOUT_FILENO;
+    else if (::stat(target_.c_str(), &status) == 0 && !isRegular(status))
+        descriptor_ =
+            retried([this] { return ::open(target_.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC); });
+    else
+        openTemporary();
+    if (descriptor_ < 0)
+        fail(errno);
+}
+
+void Output::openTemporary()
+{
     std::string name = folderOf(target_) + "/.casetable-XXXXXX";
     descriptor_ = ::mkostemp(name.data(), O_CLOEXEC);
     if (descriptor_ < 0)
-        fail();
+        return;
     temporary_ = name;
-    // The file keeps the owner, as far as the user may set it, and the mode that it had.
-    if (exists && ::fchown(descriptor_, status.st_uid, status.st_gid) != 0)
-        errno = 0;
-    if (::fchmod(descriptor_, exists ? status.st_mode & 0777 : creationMode()) != 0)
-        fail();
+
+    mode_t mode = creationMode();
+    struct stat earlier = {};
+    if (::stat(target_.c_str(), &earlier) == 0) {
+        mode = earlier.st_mode & 0777;
+        // What the earlier file allows its group is not for the user's own.
+        if (::fchown(descriptor_, earlier.st_uid, earlier.st_gid) != 0)
+            mode &= ~static_cast<mode_t>(S_IRWXG);
+    }
+    if (::fchmod(descriptor_, mode) != 0)
+        fail(errno);
 }
 
 void Output::flush()
@@ -139,21 +186,19 @@ void Output::flush()
     std::size_t written = 0;
     while (written < buffer_.size()) {
         throwIfInterrupted();
-        const ssize_t count =
-            ::write(descriptor_, buffer_.data() + written, buffer_.size() - written);
-        if (count >= 0)
-            written += static_cast<std::size_t>(count);
-        else if (errno != EINTR)
-            fail();
+        const ssize_t count = retried([&] {
+            return ::write(descriptor_, buffer_.data() + written, buffer_.size() - written);
+        });
+        if (count < 0)
+            fail(errno);
+        written += static_cast<std::size_t>(count);
     }
     buffer_.clear();
 }
 
-void Output::fail() const
+void Output::fail(int error) const
 {
-    const std::string reason = std::strerror(errno);
-    throw Failure(ExitCode::OutputFailed,
-                  (target_.empty() ? "standard output" : target_) + ": " + reason);
+    throw Failure(ExitCode::OutputFailed, name_ + ": " + std::generic_category().message(error));
 }
 
 } // namespace casetable

@@ -10,14 +10,16 @@ namespace casetable {
 /// Where the report goes: standard output, or a file.
 ///
 /// A file is written under a temporary name in its folder and renamed by commit(), so until then an
-/// earlier file stays as it was, and without commit() nothing is left behind. A link is followed,
-/// and what is not a regular file, such as a device or a pipe, is written directly.
+/// earlier file stays as it was, and without commit() nothing is left behind. An earlier file hands
+/// down its mode, and its owner as far as the user may set it. A link is followed, and what is not
+/// a regular file, such as a device or a pipe, is written directly.
 ///
 /// Every operation throws Failure with ExitCode::OutputFailed and the path when the system refuses,
 /// and Interrupted when a signal came in.
 class Output {
 public:
-    /// Checks that `path` can be written, without touching it; none is standard output.
+    /// Checks that `path`, which must not be empty, can be written, without touching it; none is
+    /// standard output.
     explicit Output(std::optional<std::string> path);
 
     /// Removes the temporary file, unless commit() was called.
@@ -35,10 +37,12 @@ public:
 
 private:
     void open();
+    void openTemporary();
     void flush();
-    [[noreturn]] void fail() const;
+    [[noreturn]] void fail(int error) const;
 
-    std::string target_;    // Empty for standard output.
+    std::string name_;      // As the user knows it.
+    std::string target_;    // With links followed; empty for standard output.
     std::string temporary_; // Empty while there is none.
     int descriptor_ = -1;
     std::string buffer_;

@@ -6,10 +6,16 @@ namespace casetable {
 
 namespace {
 
-bool isControl(char c)
+// Control characters are the bytes below the space, DEL, and U+0080 to U+009F, which UTF-8 writes
+// as the byte 0xc2 and one from 0x80 to 0x9f.
+bool holdsControlCharacter(const std::string& text)
 {
-    const auto byte = static_cast<unsigned char>(c);
-    return byte < 0x20 || byte == 0x7f;
+    const auto isControl = [](unsigned char byte) { return byte < 0x20 || byte == 0x7f; };
+    const auto isHighControl = [](unsigned char first, unsigned char second) {
+        return first == 0xc2 && second >= 0x80 && second <= 0x9f;
+    };
+    return std::any_of(text.begin(), text.end(), isControl) ||
+           std::adjacent_find(text.begin(), text.end(), isHighControl) != text.end();
 }
 
 } // namespace
@@ -19,7 +25,7 @@ ortelo::ValidationResult PlainTagValidator::validate(const std::string& tag) con
     ortelo::ValidationResult result;
     if (tag.empty())
         result.setErrorString("the tag is empty");
-    else if (std::any_of(tag.begin(), tag.end(), isControl))
+    else if (holdsControlCharacter(tag))
         result.setErrorString("the tag holds a control character");
     return result;
 }

@@ -1,7 +1,6 @@
 #include "casetable/Report.h"
 
 #include <map>
-#include <memory>
 #include <set>
 #include <utility>
 
@@ -16,17 +15,12 @@ namespace casetable {
 
 namespace {
 
-void addValueColumns(const Import& import, const std::vector<MetadataPattern>& patterns,
-                     std::vector<Column>& columns)
+void addValueColumns(const std::vector<MetadataPattern>& patterns, std::vector<Column>& columns)
 {
-    for (std::size_t j = 0; j < patterns.size(); ++j) {
-        // A table without cases has no columns to take a name from.
-        const char* name = import.table().GetColumnName(static_cast<vtkIdType>(j));
-        columns.push_back({name != nullptr ? name : patterns[j].pattern,
-                           patterns[j].valueType == MetadataPattern::NumberValue
-                               ? Column::Kind::NumberValue
-                               : Column::Kind::StringValue});
-    }
+    for (const MetadataPattern& pattern : patterns)
+        columns.push_back({pattern.pattern, pattern.valueType == MetadataPattern::NumberValue
+                                                ? Column::Kind::NumberValue
+                                                : Column::Kind::StringValue});
 }
 
 void addValues(const Import& import, std::size_t caseIndex, std::vector<std::string>& cells)
@@ -59,7 +53,7 @@ Report caseReport(const Import& import, const std::vector<MetadataPattern>& patt
     Report report;
     report.rowsName = "cases";
     report.columns.push_back({"case", Column::Kind::Index});
-    addValueColumns(import, patterns, report.columns);
+    addValueColumns(patterns, report.columns);
     report.tags = tags;
     report.rowCount = static_cast<std::size_t>(import.table().GetNumberOfRows());
     report.row = [&import, tags](std::size_t index) {
@@ -83,7 +77,7 @@ Report fileReport(const Import& import, const std::vector<MetadataPattern>& patt
     report.rowsName = "files";
     report.columns.push_back({"path", Column::Kind::Text});
     report.columns.push_back({"case", Column::Kind::Index});
-    addValueColumns(import, patterns, report.columns);
+    addValueColumns(patterns, report.columns);
     if (!tags.empty())
         report.columns.push_back({"tag", Column::Kind::Text});
 
@@ -124,13 +118,8 @@ Report unmatchedReport(const Import& import, const std::vector<MetadataPattern>&
     return report;
 }
 
-std::vector<std::string> uniqueHeader(const Report& report)
+std::vector<std::string> uniqueNames(std::vector<std::string> names)
 {
-    std::vector<std::string> names;
-    for (const Column& column : report.columns)
-        names.push_back(column.name);
-    names.insert(names.end(), report.tags.begin(), report.tags.end());
-
     std::set<std::string> taken;
     for (std::string& name : names) {
         const std::string base = name;
@@ -138,6 +127,15 @@ std::vector<std::string> uniqueHeader(const Report& report)
             name = base + "(" + std::to_string(counter) + ")";
     }
     return names;
+}
+
+std::vector<std::string> uniqueHeader(const Report& report)
+{
+    std::vector<std::string> names;
+    for (const Column& column : report.columns)
+        names.push_back(column.name);
+    names.insert(names.end(), report.tags.begin(), report.tags.end());
+    return uniqueNames(std::move(names));
 }
 
 } // namespace casetable

@@ -21,7 +21,7 @@ struct Column {
         NumberValue  ///< The value of a number marker, as text.
     };
 
-    std::string name;
+    std::string name; ///< The marker, for a value.
     Kind kind;
 
     bool isValue() const { return kind == Kind::StringValue || kind == Kind::NumberValue; }
@@ -54,8 +54,10 @@ Report fileReport(const Import& import, const std::vector<MetadataPattern>& patt
 /// A row for each file that belongs to no case: the path, the first marker that failed, and why.
 Report unmatchedReport(const Import& import, const std::vector<MetadataPattern>& patterns);
 
-/// The names of all columns and then all tags, made unique by "(2)", "(3)" ... behind those that
-/// are taken, as the case table does it.
+/// `names` with "(2)", "(3)" ... behind those that are taken, as the case table names its columns.
+std::vector<std::string> uniqueNames(std::vector<std::string> names);
+
+/// The names of all columns and then all tags, made unique.
 std::vector<std::string> uniqueHeader(const Report& report);
 
 } // namespace casetable

@@ -2,7 +2,9 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <exception>
 #include <mutex>
+#include <utility>
 
 #include "casetable/Console.h"
 #include "casetable/ExitCode.h"
@@ -27,6 +29,12 @@ public:
         condition_.notify_all();
     }
 
+    void wait()
+    {
+        std::unique_lock<std::mutex> lock(mutex_);
+        condition_.wait(lock, [this] { return happened_; });
+    }
+
     bool waitFor(std::chrono::milliseconds time)
     {
         std::unique_lock<std::mutex> lock(mutex_);
@@ -38,6 +46,49 @@ private:
     std::condition_variable condition_;
     bool happened_ = false;
 };
+
+// What the crawl's thread tells the caller's. Outlives the thread.
+struct Course {
+    Event started;
+    Event finished;
+    std::exception_ptr failure; // Read after `finished`.
+};
+
+// A crawler whose unexpected failures, such as a lack of memory, reach the caller instead of ending
+// the program.
+class Crawl : public FolderCrawler {
+public:
+    Crawl(boost::shared_ptr<FileInfoInterface const> root, Course& course)
+        : FolderCrawler(std::move(root)), course_(course)
+    {
+    }
+
+    void run() override
+    {
+        course_.started.set();
+        try {
+            FolderCrawler::run();
+        } catch (...) {
+            course_.failure = std::current_exception();
+        }
+        course_.finished.set();
+    }
+
+private:
+    Course& course_;
+};
+
+void start(Crawl& crawl, Course& course)
+{
+    {
+        const SignalsBlocked signalsBlocked;
+        crawl.start();
+    }
+    if (!crawl.isRunning() && !crawl.isFinished())
+        throw Failure(ExitCode::ImportFailed, "the system has no thread left for the walk");
+    // From here on the thread is inside run(), so that the crawl may be destroyed at any time.
+    course.started.wait();
+}
 
 // Clears the status line however the walk ends.
 class StatusLine {
@@ -73,25 +124,28 @@ std::string withPath(const std::string& text, const std::string& path)
 
 FolderCrawler::Result walk(FileSystem& fileSystem, const std::string& path, Console& console)
 {
-    Event finished;
+    Course course;
     Progress progress;
     StatusLine status(console);
-    FolderCrawler crawler(fileSystemRoot(fileSystem, path));
-    QObject::connect(&crawler, SIGNAL(processingDirectory(QString)), &progress,
+    Crawl crawl(fileSystemRoot(fileSystem, path), course);
+    QObject::connect(&crawl, SIGNAL(processingDirectory(QString)), &progress,
                      SLOT(enterFolder(QString)), Qt::DirectConnection);
-    QObject::connect(&crawler, &QThread::finished, [&finished] { finished.set(); });
-    {
-        const SignalsBlocked signalsBlocked;
-        crawler.start();
-    }
-    while (!finished.waitFor(interruptInterval)) {
-        throwIfInterrupted();
+    start(crawl, course);
+    while (!course.finished.waitFor(interruptInterval)) {
+        if (isInterrupted()) {
+            // The walk stops at its next entry. Should the system keep it waiting for that, a
+            // second signal ends the program; nothing is half-written yet.
+            releaseInterrupts();
+            throwIfInterrupted();
+        }
         status.update(progress, fileSystem);
     }
-    crawler.wait();
+    crawl.wait();
     throwIfInterrupted();
+    if (course.failure)
+        std::rethrow_exception(course.failure);
 
-    FolderCrawler::Result result = crawler.result();
+    FolderCrawler::Result result = crawl.result();
     if (!result.errorString.isNull())
         throw Failure(ExitCode::ImportFailed, withPath(result.errorString.toStdString(), path));
     return result;

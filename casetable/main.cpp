@@ -87,8 +87,8 @@ ExitCode run(const Options& options, Console& console)
     fileSystem.followLinks = options.follow;
     fileSystem.leaveOutUnreadable = options.keepGoing;
     fileSystem.warn = [&console](const std::string& text) { console.warning(text); };
-    const FolderCrawler::Result result = walk(fileSystem, options.root, console);
-    const Import import(result, options.patterns, options.identifiers);
+    const Import import(walk(fileSystem, options.root, console), options.patterns,
+                        options.identifiers);
     throwIfInterrupted();
     write(makeReport(options, import), options.format, output);
     return conclude(options, import, console);

@@ -35,6 +35,10 @@ install_missing() {
 # build PRESET [TARGET]: configures where that was not done yet, and builds what is out of date.
 build() {
     local preset=$1 target=${2:-all} log status=0
+    # One build at a time in this checkout.
+    mkdir -p "$root/build"
+    exec 9>"$root/build/.lock"
+    flock 9
     log=$(mktemp)
     if [ ! -f "$root/build/$preset/build.ninja" ]; then
         say "configuring build/$preset"
@@ -49,5 +53,6 @@ build() {
     fi
     [ $status -eq 0 ] || cat "$log" >&2
     rm -f "$log"
+    exec 9>&-
     return $status
 }
