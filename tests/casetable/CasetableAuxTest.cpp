@@ -1,0 +1,173 @@
+#include <set>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "tests/casetable/Csv.h"
+#include "tests/casetable/Program.h"
+#include "tests/casetable/TemporaryTree.h"
+
+namespace casetable {
+namespace tests {
+
+namespace {
+
+using Json = nlohmann::json;
+
+void makeRuns(const TemporaryTree& tree)
+{
+    for (const char* file : {"T1/run.dat", "T1/a.log", "T1/b.log", "T2/run.dat", "T3/c.log"})
+        tree.file(std::string("results/") + file);
+}
+
+} // namespace
+
+TEST(CasetableAux, GivesEachCaseItsFilesPerTagInCsv)
+{
+    const TemporaryTree tree;
+    makeRuns(tree);
+
+    const Outcome outcome =
+        run(tree, {"-n", "T", "-a", "*.log=log", "--aux=run.dat=data", "results"});
+
+    EXPECT_EQ(outcome.exitCode, 0) << outcome;
+    EXPECT_EQ(outcome.output, "case,T,log,data\r\n"
+                              "0,1,\"T1/a.log,T1/b.log\",T1/run.dat\r\n"
+                              "1,2,,T2/run.dat\r\n"
+                              "2,3,T3/c.log,\r\n");
+}
+
+TEST(CasetableAux, GivesEachCaseItsFilesPerTagInATable)
+{
+    const TemporaryTree tree;
+    makeRuns(tree);
+
+    EXPECT_EQ(run(tree, {"-n", "T", "-a", "*.log=log", "-f", "table", "results"}).output,
+              "case  T  log\n"
+              "   0  1  T1/a.log, T1/b.log\n"
+              "   1  2\n"
+              "   2  3  T3/c.log\n");
+}
+
+TEST(CasetableAux, GivesEachCaseItsFilesPerTagInJson)
+{
+    const TemporaryTree tree;
+    makeRuns(tree);
+
+    const Outcome outcome =
+        run(tree, {"-n", "T", "-a", "*.log=log", "-a", "run.dat=data", "-f", "json", "results"});
+
+    const Json cases = Json::parse(outcome.output)["cases"];
+    EXPECT_EQ(cases[0]["aux"],
+              Json::parse(R"({"log": ["T1/a.log", "T1/b.log"], "data": ["T1/run.dat"]})"));
+    EXPECT_EQ(cases[1]["aux"], Json::parse(R"({"log": [], "data": ["T2/run.dat"]})"));
+    EXPECT_EQ(cases[2]["aux"], Json::parse(R"({"log": ["T3/c.log"], "data": []})"));
+}
+
+TEST(CasetableAux, KeepsNamesApartInOneCsvField)
+{
+    const TemporaryTree tree;
+    const Record names = {"T1/ .log",    "T1/\".log", "T1/,.log",  "T1/,,\",\".log",
+                          "T1/\r\n.log", "T1/a.log",  "T1/b c.log"};
+    for (const std::string& name : names)
+        tree.file("results/" + name);
+
+    const Outcome outcome = run(tree, {"-n", "T", "-a", "*.log=log", "results"});
+
+    const std::vector<Record> records = parseCsv(outcome.output);
+    ASSERT_EQ(records.size(), 2u) << outcome;
+    const Record found = parseCsvRecord(records[1].at(2));
+    EXPECT_EQ(std::set<std::string>(found.begin(), found.end()),
+              std::set<std::string>(names.begin(), names.end()));
+    EXPECT_EQ(found.size(), names.size());
+}
+
+TEST(CasetableAux, FilesEachFileUnderTheFirstTagThatSelectsIt)
+{
+    const TemporaryTree tree;
+    makeRuns(tree);
+
+    const Outcome outcome =
+        run(tree, {"-n", "T", "-a", "a.log=first", "-a", "*.log=second", "results"});
+
+    EXPECT_EQ(outcome.output, "case,T,first,second\r\n"
+                              "0,1,T1/a.log,T1/b.log\r\n"
+                              "1,2,,\r\n"
+                              "2,3,,T3/c.log\r\n");
+}
+
+TEST(CasetableAux, CollectsSeveralSyntaxesUnderOneTag)
+{
+    const TemporaryTree tree;
+    makeRuns(tree);
+
+    const Outcome outcome = run(tree, {"-n", "T", "-a", "*.dat=all", "-a", "*.log=all", "results"});
+
+    EXPECT_EQ(outcome.output, "case,T,all\r\n"
+                              "0,1,\"T1/run.dat,T1/a.log,T1/b.log\"\r\n"
+                              "1,2,T2/run.dat\r\n"
+                              "2,3,T3/c.log\r\n");
+}
+
+TEST(CasetableAux, DividesSyntaxAndTagAtTheLastEqualsSign)
+{
+    const TemporaryTree tree;
+    tree.file("results/T1/key=value.log");
+
+    EXPECT_EQ(run(tree, {"-n", "T", "-a", "key=*.log=log", "results"}).output,
+              "case,T,log\r\n0,1,T1/key=value.log\r\n");
+}
+
+TEST(CasetableAux, NamesTagsApartFromColumns)
+{
+    const TemporaryTree tree;
+    tree.file("results/T1/a.log");
+
+    EXPECT_EQ(run(tree, {"-n", "T", "-a", "*.log=T", "results"}).output,
+              "case,T,T(2)\r\n0,1,T1/a.log\r\n");
+}
+
+TEST(CasetableAux, LeavesOutFilesOfNoCase)
+{
+    const TemporaryTree tree;
+    makeRuns(tree);
+    tree.file("results/none.log");
+
+    const Outcome outcome = run(tree, {"-n", "T", "-a", "*.log=log", "results"});
+
+    EXPECT_EQ(outcome.output.find("none.log"), std::string::npos) << outcome;
+}
+
+TEST(CasetableAux, TellsTheTagOfEachFileInAListOfFiles)
+{
+    const TemporaryTree tree;
+    makeRuns(tree);
+
+    EXPECT_EQ(run(tree, {"-n", "T", "-a", "*.log=log", "--files", "results"}).output,
+              "path,case,T,tag\r\n"
+              "T1/a.log,0,1,log\r\n"
+              "T1/b.log,0,1,log\r\n"
+              "T1/run.dat,0,1,\r\n"
+              "T2/run.dat,1,2,\r\n"
+              "T3/c.log,2,3,log\r\n");
+    EXPECT_EQ(
+        Json::parse(run(tree, {"-n", "T", "-a", "*.log=log", "--files", "-f", "json", "results"})
+                        .output)["files"][0]["tag"],
+        "log");
+}
+
+TEST(CasetableAux, SelectsNamesWithBytesThatAreNotUtf8)
+{
+    const TemporaryTree tree;
+    tree.file("results/T1/a\xff.log");
+
+    const Outcome outcome = run(tree, {"-n", "T", "-a", "*.log=log", "results"});
+
+    EXPECT_EQ(outcome.exitCode, 0) << outcome;
+    EXPECT_EQ(outcome.output, "case,T,log\r\n0,1,T1/a\xff.log\r\n");
+}
+
+} // namespace tests
+} // namespace casetable

@@ -1,0 +1,169 @@
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/casetable/Csv.h"
+#include "tests/casetable/Program.h"
+#include "tests/casetable/TemporaryTree.h"
+
+namespace casetable {
+namespace tests {
+
+TEST(CasetableColumns, StandInTheOrderOfTheOptions)
+{
+    const TemporaryTree tree;
+    tree.file("results/wing_a1/Mach0.8/body_b2/AoA-4.dat");
+
+    const Outcome outcome =
+        run(tree, {"-s", "wing_", "--number", "Mach", "--string=body_", "results", "-n", "AoA"});
+
+    EXPECT_EQ(outcome.exitCode, 0) << outcome;
+    EXPECT_EQ(outcome.output, "case,wing_,Mach,body_,AoA\r\n0,a1,0.8,b2,-4\r\n");
+    EXPECT_EQ(outcome.errors, "");
+}
+
+TEST(CasetableColumns, KeepTheTextOfNumbers)
+{
+    const TemporaryTree tree;
+    for (const char* number : {"007", "1.50", "-2e-3", "+.5"})
+        tree.file(std::string("results/T") + number + "/file");
+
+    const Outcome outcome = run(tree, {"-n", "T", "results"});
+
+    EXPECT_EQ(outcome.output, "case,T\r\n0,+.5\r\n1,-2e-3\r\n2,007\r\n3,1.50\r\n") << outcome;
+}
+
+TEST(CasetableColumns, ShowNullForANumberThatIsNone)
+{
+    const TemporaryTree tree;
+    tree.file("results/T1D+07/file");
+
+    EXPECT_EQ(run(tree, {"-n", "T", "results"}).output, "case,T\r\n0,NULL\r\n");
+}
+
+TEST(CasetableColumns, MakeOneCaseOfEqualValues)
+{
+    const TemporaryTree tree;
+    for (const char* file : {"c/T1/x", "b/T1/y", "a/T2/x", "d/T1.0/x"})
+        tree.file(std::string("results/") + file);
+
+    const Outcome outcome = run(tree, {"-n", "T", "results"});
+
+    EXPECT_EQ(outcome.output, "case,T\r\n0,2\r\n1,1\r\n2,1.0\r\n") << outcome;
+}
+
+TEST(CasetableColumns, OfOneMarkerHaveNamesOfTheirOwn)
+{
+    const TemporaryTree tree;
+    tree.file("results/T1/T2/T3.dat");
+
+    const Outcome outcome = run(tree, {"-n", "T", "-n", "T", "-n", "T", "results"});
+
+    EXPECT_EQ(outcome.output, "case,T,T(2),T(3)\r\n0,1,2,3\r\n") << outcome;
+}
+
+TEST(CasetableColumns, HaveTheSameNamesWithAndWithoutCases)
+{
+    const TemporaryTree tree;
+    tree.file("full/case1/case2.dat");
+    tree.folder("empty");
+
+    const auto header = [&tree](const std::string& root) {
+        return parseCsv(run(tree, {"-n", "case", "-n", "case", root}).output).at(0);
+    };
+
+    EXPECT_EQ(header("full"), Record({"case", "case(2)", "case(3)"}));
+    EXPECT_EQ(header("empty"), header("full"));
+}
+
+TEST(CasetableColumns, TakeAnyTextAsMarker)
+{
+    const std::vector<std::string> markers = {
+        "-s",    "--files", "--help", "--",        "-",       "--string",    "--aux=x", "{}",
+        "[a,b]", "%%",      "[]",     "[\"a\"]",   "'a'",     "\"a\"",       "`a`",     "a b",
+        "=",     "==",      "a,b",    "a\nb",      "\\n",     "\xff\xfe",    "$HOME",   "*",
+        "++",    "#",       "@file",  "\xc3\xa4=", "(a)\\(b", "\x1b[31mred", "~",       "true"};
+    for (const std::string& marker : markers) {
+        SCOPED_TRACE(testing::PrintToString(marker));
+        const TemporaryTree tree;
+        tree.file("results/" + marker + "value/file");
+
+        for (const Arguments& arguments :
+             {Arguments{"-s", marker, "results"}, Arguments{"--string", marker, "results"},
+              Arguments{"--string=" + marker, "results"}, Arguments{"results", "-s" + marker}}) {
+            const Outcome outcome = run(tree, arguments);
+            EXPECT_EQ(outcome.exitCode, 0) << outcome;
+            EXPECT_EQ(parseCsv(outcome.output),
+                      std::vector<Record>({{"case", marker}, {"0", "value"}}));
+        }
+    }
+}
+
+TEST(CasetableColumns, TakeAMarkerThatLooksLikeAnOptionWithoutItsValue)
+{
+    const TemporaryTree tree;
+    tree.file("results/--string=value/file");
+
+    const Outcome outcome = run(tree, {"-s", "--string=", "results"});
+
+    EXPECT_EQ(outcome.exitCode, 0) << outcome;
+    EXPECT_EQ(outcome.output, "case,--string=\r\n0,value\r\n");
+}
+
+TEST(CasetableFormat, IsCsvInAPipeAndAnAlignedTableOnATerminal)
+{
+    const TemporaryTree tree;
+    tree.file("results/T1/file");
+    tree.file("results/T200/file");
+    Setting terminal = in(tree);
+    terminal.output = Stream::Terminal;
+
+    for (const Arguments& arguments :
+         {Arguments{"-n", "T", "results"}, Arguments{"-n", "T", "--format", "auto", "results"}}) {
+        EXPECT_EQ(run(tree, arguments).output, "case,T\r\n0,1\r\n1,200\r\n");
+        EXPECT_EQ(run(arguments, terminal).output, "case    T\n   0    1\n   1  200\n");
+    }
+}
+
+TEST(CasetableFormat, IsCsvInAFile)
+{
+    const TemporaryTree tree;
+    tree.file("results/T1/file");
+    Setting terminal = in(tree);
+    terminal.output = Stream::Terminal;
+
+    const Outcome outcome = run({"-n", "T", "-o", "cases", "results"}, terminal);
+
+    EXPECT_EQ(outcome.output, "") << outcome;
+    EXPECT_EQ(tree.content("cases"), "case,T\r\n0,1\r\n");
+}
+
+TEST(CasetableFormat, IsATableWhenTheOutputNamesATerminal)
+{
+    const TemporaryTree tree;
+    tree.file("results/T1/file");
+    const Terminal terminal;
+
+    const Outcome outcome = run(tree, {"-n", "T", "-o", terminal.path(), "results"});
+
+    EXPECT_EQ(outcome.exitCode, 0) << outcome;
+    EXPECT_EQ(terminal.text(), "case  T\n   0  1\n");
+}
+
+TEST(CasetableFormat, IsTheOneAskedForWhereverItGoes)
+{
+    const TemporaryTree tree;
+    tree.file("results/T1/file");
+    Setting terminal = in(tree);
+    terminal.output = Stream::Terminal;
+
+    EXPECT_EQ(run({"-n", "T", "-f", "csv", "results"}, terminal).output, "case,T\r\n0,1\r\n");
+    EXPECT_EQ(run(tree, {"-n", "T", "-f", "table", "results"}).output, "case  T\n   0  1\n");
+    EXPECT_EQ(run(tree, {"-n", "T", "-f", "json", "results"}).output.front(), '{');
+    EXPECT_EQ(run(tree, {"-n", "T", "-f", "table", "--format=csv", "results"}).output,
+              "case,T\r\n0,1\r\n");
+}
+
+} // namespace tests
+} // namespace casetable

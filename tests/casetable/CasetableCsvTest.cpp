@@ -1,0 +1,113 @@
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/casetable/Csv.h"
+#include "tests/casetable/Program.h"
+#include "tests/casetable/TemporaryTree.h"
+
+namespace casetable {
+namespace tests {
+
+namespace {
+
+// Every byte that a name can hold.
+std::string allBytes()
+{
+    std::string bytes;
+    for (int byte = 1; byte < 256; ++byte) {
+        if (byte != '/')
+            bytes += static_cast<char>(byte);
+    }
+    return bytes;
+}
+
+} // namespace
+
+TEST(CasetableCsv, EndsEveryLineWithCarriageReturnAndLineFeed)
+{
+    const TemporaryTree tree;
+    tree.file("results/T1/file");
+    tree.file("results/T2/file");
+
+    EXPECT_EQ(run(tree, {"-n", "T", "-f", "csv", "results"}).output, "case,T\r\n0,1\r\n1,2\r\n");
+}
+
+TEST(CasetableCsv, QuotesOnlyFieldsThatNeedIt)
+{
+    const std::vector<std::vector<std::string>> rows = {
+        {"plain", "plain"},       {"two words", "two words"},
+        {" edge ", " edge "},     {"a;b'c\tz", "a;b'c\tz"},
+        {"a,b", "\"a,b\""},       {"\"", "\"\"\"\""},
+        {"a\"b", "\"a\"\"b\""},   {"a\nb", "\"a\nb\""},
+        {"a\rb", "\"a\rb\""},     {"a\r\nb", "\"a\r\nb\""},
+        {",", "\",\""},           {"=1+1", "=1+1"},
+        {"\xc3\xa4", "\xc3\xa4"}, {"\xff\xfe", "\xff\xfe"},
+        {"\x1b[31m", "\x1b[31m"}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(testing::PrintToString(row[0]));
+        const TemporaryTree tree;
+        tree.file("results/T_" + row[0] + "/file");
+
+        EXPECT_EQ(run(tree, {"-s", "T_", "-f", "csv", "results"}).output,
+                  "case,T_\r\n0," + row[1] + "\r\n");
+    }
+}
+
+TEST(CasetableCsv, LeavesAnEmptyValueEmpty)
+{
+    const TemporaryTree tree;
+    tree.file("results/T_/file");
+
+    EXPECT_EQ(run(tree, {"-s", "T_", "-f", "csv", "results"}).output, "case,T_\r\n0,\r\n");
+}
+
+TEST(CasetableCsv, QuotesTheHeaderToo)
+{
+    const TemporaryTree tree;
+    tree.file("results/a,\"b\"1/file");
+
+    EXPECT_EQ(run(tree, {"-n", "a,\"b\"", "-f", "csv", "results"}).output,
+              "case,\"a,\"\"b\"\"\"\r\n0,1\r\n");
+}
+
+TEST(CasetableCsv, KeepsEveryByteOfAName)
+{
+    const TemporaryTree tree;
+    const std::string bytes = allBytes();
+    tree.file("results/T1/" + bytes);
+
+    const Outcome outcome = run(tree, {"-n", "T", "--files", "-f", "csv", "results"});
+
+    EXPECT_EQ(parseCsv(outcome.output),
+              std::vector<Record>({{"path", "case", "T"}, {"T1/" + bytes, "0", "1"}}))
+        << outcome;
+}
+
+TEST(CasetableCsv, KeepsEveryByteOfAValue)
+{
+    const TemporaryTree tree;
+    std::string bytes = allBytes();
+    bytes.erase(bytes.find('\\'), 1); // It ends a value as a slash does.
+    bytes.erase(bytes.find('.'), 1);  // From here on it would be an extension.
+    tree.file("results/T_" + bytes + "/file");
+
+    const Outcome outcome = run(tree, {"-s", "T_", "-f", "csv", "results"});
+
+    EXPECT_EQ(parseCsv(outcome.output), std::vector<Record>({{"case", "T_"}, {"0", bytes}}))
+        << outcome;
+}
+
+TEST(CasetableCsv, KeepsBytesOnTheWayToAFile)
+{
+    const TemporaryTree tree;
+    tree.file("results/T1/\xff\n\",\x80");
+
+    EXPECT_EQ(run(tree, {"-n", "T", "--files", "-o", "out.csv", "results"}).exitCode, 0);
+
+    EXPECT_EQ(tree.content("out.csv"), "path,case,T\r\n\"T1/\xff\n\"\",\x80\",0,1\r\n");
+}
+
+} // namespace tests
+} // namespace casetable

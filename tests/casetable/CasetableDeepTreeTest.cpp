@@ -1,0 +1,64 @@
+#include <string>
+
+#include <sys/resource.h>
+
+#include <gtest/gtest.h>
+
+#include "tests/casetable/Program.h"
+#include "tests/casetable/TemporaryTree.h"
+
+namespace casetable {
+namespace tests {
+
+namespace {
+
+const int levels = 1500;
+const std::string name = "folder";
+
+Setting withFewDescriptors(const TemporaryTree& tree)
+{
+    Setting setting = in(tree);
+    setting.prepare = [] {
+        const rlimit limit = {256, 256};
+        setrlimit(RLIMIT_NOFILE, &limit);
+    };
+    return setting;
+}
+
+std::string pathOfTheLast(const std::string& file)
+{
+    std::string path;
+    for (int level = 0; level < levels; ++level)
+        path += name + "/";
+    return path + file;
+}
+
+} // namespace
+
+TEST(CasetableDeepTree, IsWalkedBeyondTheLimitsOfPathsAndDescriptors)
+{
+    const TemporaryTree tree;
+    tree.chain("results", levels, name, "T1.dat");
+
+    for (const char* option : {"--quiet", "--follow", "--keep-going"}) {
+        const Outcome outcome =
+            run({"-n", "T", "--files", option, "results"}, withFewDescriptors(tree));
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+        EXPECT_EQ(outcome.errors, "");
+        EXPECT_EQ(outcome.output, "path,case,T\r\n" + pathOfTheLast("T1.dat") + ",0,1\r\n");
+    }
+}
+
+TEST(CasetableDeepTree, IsWalkedBranchAfterBranch)
+{
+    const TemporaryTree tree;
+    for (const char* branch : {"T1", "T2", "T3"})
+        tree.chain(std::string("results/") + branch, 300, name, "file");
+
+    const Outcome outcome = run({"-n", "T", "results"}, withFewDescriptors(tree));
+
+    EXPECT_EQ(outcome.output, "case,T\r\n0,1\r\n1,2\r\n2,3\r\n") << outcome;
+}
+
+} // namespace tests
+} // namespace casetable

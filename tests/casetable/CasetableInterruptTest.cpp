@@ -1,0 +1,117 @@
+#include <csignal>
+#include <set>
+#include <string>
+
+#include <sys/syscall.h>
+
+#include <gtest/gtest.h>
+
+#include "tests/casetable/Program.h"
+#include "tests/casetable/TemporaryTree.h"
+
+namespace casetable {
+namespace tests {
+
+namespace {
+
+using Names = std::set<std::string>;
+
+// The status line tells that the walk is under way and signals are caught.
+bool isWalking(const std::string& errors)
+{
+    return errors.find(" folders, ") != std::string::npos;
+}
+
+Outcome interruptWalk(const TemporaryTree& tree, int signal, const Arguments& options)
+{
+    Setting setting = in(tree);
+    setting.errors = Stream::Terminal;
+    Arguments arguments = {"-n", "T", "-L", "results"};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    Program program(arguments, setting);
+    program.waitForErrors(isWalking);
+    program.send(signal);
+    return program.finish();
+}
+
+} // namespace
+
+TEST(CasetableInterrupt, StopsTheWalkAndLeavesWith130)
+{
+    const TemporaryTree tree;
+    tree.knot("results", 14);
+
+    const Outcome outcome = interruptWalk(tree, SIGINT, {});
+
+    EXPECT_EQ(outcome.exitCode, 130) << outcome;
+    EXPECT_EQ(outcome.output, "");
+}
+
+TEST(CasetableInterrupt, LeavesWith128AndTheNumberOfOtherSignals)
+{
+    const TemporaryTree tree;
+    tree.knot("results", 14);
+
+    EXPECT_EQ(interruptWalk(tree, SIGTERM, {}).exitCode, 128 + SIGTERM);
+    EXPECT_EQ(interruptWalk(tree, SIGHUP, {"--keep-going"}).exitCode, 128 + SIGHUP);
+}
+
+TEST(CasetableInterrupt, OfTheWalkMakesNoOutput)
+{
+    const TemporaryTree tree;
+    tree.knot("results", 14);
+
+    EXPECT_EQ(interruptWalk(tree, SIGINT, {"-o", "out"}).exitCode, 130);
+
+    EXPECT_EQ(tree.names("."), Names({"results"}));
+}
+
+TEST(CasetableInterrupt, OfTheWalkLeavesAnEarlierOutputAsItWas)
+{
+    const TemporaryTree tree;
+    tree.knot("results", 14);
+    tree.file("out", "earlier");
+
+    EXPECT_EQ(interruptWalk(tree, SIGINT, {"--output=out"}).exitCode, 130);
+
+    EXPECT_EQ(tree.content("out"), "earlier");
+    EXPECT_EQ(tree.names("."), Names({"out", "results"}));
+}
+
+TEST(CasetableInterrupt, StopsWritingToAPipeThatNobodyReads)
+{
+    const TemporaryTree tree;
+    tree.folder("results/T1");
+    for (int i = 0; i < 2000; ++i)
+        tree.file("results/T1/" + std::string(100, 'x') + std::to_string(i));
+    Setting setting = in(tree);
+    setting.output = Stream::SmallPipe;
+
+    Program program({"-n", "T", "--files", "results"}, setting);
+    program.waitUntilOutputIsFull();
+    program.send(SIGINT);
+    const Outcome outcome = program.finish();
+
+    EXPECT_EQ(outcome.exitCode, 130) << outcome.errors;
+    EXPECT_EQ(outcome.errors, "");
+    EXPECT_LT(outcome.output.size(), 2000u * 100u);
+}
+
+TEST(CasetableInterrupt, StopsWaitingForAReaderOfANamedPipe)
+{
+    const TemporaryTree tree;
+    tree.file("results/T1/file");
+    tree.pipe("pipe");
+
+    Program program({"-n", "T", "-o", "pipe", "results"}, in(tree));
+    if (!program.waitUntilIn(SYS_openat))
+        GTEST_SKIP() << "the system does not tell where a program waits";
+    program.send(SIGINT);
+    const Outcome outcome = program.finish();
+
+    EXPECT_EQ(outcome.exitCode, 130) << outcome;
+    EXPECT_EQ(outcome.errors, "");
+}
+
+} // namespace tests
+} // namespace casetable

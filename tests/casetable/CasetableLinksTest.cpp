@@ -1,0 +1,145 @@
+#include <set>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "tests/casetable/Csv.h"
+#include "tests/casetable/Program.h"
+#include "tests/casetable/TemporaryTree.h"
+
+namespace casetable {
+namespace tests {
+
+namespace {
+
+// The paths of all files that the walk finds; each must be found once.
+std::set<std::string> paths(const TemporaryTree& tree, const Arguments& options,
+                            const std::string& root = "results")
+{
+    Arguments arguments = {"-n", "no such marker", "--unmatched", root};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    const Outcome outcome = run(tree, arguments);
+    EXPECT_EQ(outcome.exitCode, 1) << outcome;
+    std::set<std::string> paths;
+    for (const Record& record : parseCsv(outcome.output))
+        EXPECT_TRUE(paths.insert(record.at(0)).second) << record.at(0);
+    paths.erase("path");
+    return paths;
+}
+
+using Paths = std::set<std::string>;
+
+} // namespace
+
+TEST(CasetableLinks, ToFoldersAreLeftOutUnlessFollowed)
+{
+    const TemporaryTree tree;
+    tree.file("results/a/file");
+    tree.file("elsewhere/deep/file");
+    tree.link("results/link", "../elsewhere");
+    tree.link("results/to link", "link");
+
+    EXPECT_EQ(paths(tree, {}), Paths({"a/file"}));
+    for (const char* follow : {"-L", "--follow"})
+        EXPECT_EQ(paths(tree, {follow}), Paths({"a/file", "link/deep/file", "to link/deep/file"}));
+}
+
+TEST(CasetableLinks, ToTheirOwnFolderAreNotEntered)
+{
+    const TemporaryTree tree;
+    tree.file("results/a/file");
+    tree.link("results/self", ".");
+    tree.link("results/a/self", "../a");
+
+    EXPECT_EQ(paths(tree, {"-L"}), Paths({"a/file"}));
+}
+
+TEST(CasetableLinks, ToTheParentAreNotEntered)
+{
+    const TemporaryTree tree;
+    tree.file("results/a/b/file");
+    tree.link("results/a/b/up", "..");
+    tree.link("results/a/b/top", "../..");
+
+    EXPECT_EQ(paths(tree, {"-L"}), Paths({"a/b/file"}));
+}
+
+TEST(CasetableLinks, ToEachOtherAreFollowedOnce)
+{
+    const TemporaryTree tree;
+    tree.file("results/a/file");
+    tree.file("results/b/file");
+    tree.link("results/a/to b", "../b");
+    tree.link("results/b/to a", "../a");
+
+    EXPECT_EQ(paths(tree, {"-L"}), Paths({"a/file", "a/to b/file", "b/file", "b/to a/file"}));
+}
+
+TEST(CasetableLinks, ToAFolderAboveTheRootDoNotLeadIntoTheRootAgain)
+{
+    const TemporaryTree tree;
+    tree.file("all/results/a/file");
+    tree.file("all/beside/file");
+    tree.link("all/results/a/out", "../..");
+
+    EXPECT_EQ(paths(tree, {"-L"}, "all/results"), Paths({"a/file", "a/out/beside/file"}));
+}
+
+TEST(CasetableLinks, ToAFolderThatHoldsTheirOwnLeadThereOnce)
+{
+    const TemporaryTree tree;
+    tree.file("outer/inner/file");
+    tree.file("outer/file");
+    tree.link("outer/inner/out", "..");
+    tree.link("results/in", "../outer/inner");
+
+    EXPECT_EQ(paths(tree, {"-L"}), Paths({"in/file", "in/out/file"}));
+}
+
+TEST(CasetableLinks, ToOneFolderAreAllFollowed)
+{
+    const TemporaryTree tree;
+    tree.file("elsewhere/file");
+    tree.link("results/a", "../elsewhere");
+    tree.link("results/b", "../elsewhere");
+
+    EXPECT_EQ(paths(tree, {"-L"}), Paths({"a/file", "b/file"}));
+}
+
+TEST(CasetableLinks, InAKnotAreFollowedInEveryOrder)
+{
+    const TemporaryTree tree;
+    tree.knot("results", 4);
+
+    // A file for each ordered choice of one to four folders.
+    EXPECT_EQ(paths(tree, {"-L"}).size(), 4u + 12u + 24u + 24u);
+}
+
+TEST(CasetableLinks, MayBeTheRootItself)
+{
+    const TemporaryTree tree;
+    tree.file("elsewhere/a/file");
+    tree.link("elsewhere/a/back", "..");
+    tree.link("results", "elsewhere");
+
+    EXPECT_EQ(paths(tree, {}), Paths({"a/file"}));
+    EXPECT_EQ(paths(tree, {"-L"}), Paths({"a/file"}));
+}
+
+TEST(CasetableLinks, ToMissingFoldersAndToThemselvesAreLeftOutWithoutAWord)
+{
+    const TemporaryTree tree;
+    tree.file("results/file");
+    tree.link("results/broken", "missing/folder");
+    tree.link("results/itself", "itself");
+    tree.link("results/ping", "pong");
+    tree.link("results/pong", "ping");
+
+    const Outcome outcome = run(tree, {"-s", "fi", "-L", "--files", "results"});
+
+    EXPECT_EQ(outcome.output, "path,case,fi\r\nfile,0,le\r\n");
+    EXPECT_EQ(outcome.errors, "");
+}
+
+} // namespace tests
+} // namespace casetable

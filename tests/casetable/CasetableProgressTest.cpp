@@ -1,0 +1,149 @@
+#include <csignal>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/casetable/Program.h"
+#include "tests/casetable/TemporaryTree.h"
+
+namespace casetable {
+namespace tests {
+
+namespace {
+
+const std::string eraseLine = "\r\x1b[K";
+
+// A walk of every order of so many folders does not end within anyone's patience.
+class CasetableProgress : public testing::Test {
+protected:
+    void SetUp() override { tree_.knot("results", 14); }
+
+    Setting onTerminal() const
+    {
+        Setting setting = in(tree_);
+        setting.errors = Stream::Terminal;
+        return setting;
+    }
+
+    const TemporaryTree tree_;
+    const Arguments endless_ = {"-n", "T", "-L", "results"};
+};
+
+std::vector<std::string> statusLines(const std::string& errors)
+{
+    std::vector<std::string> lines;
+    std::size_t start = 0;
+    while ((start = errors.find(eraseLine, start)) != std::string::npos) {
+        start += eraseLine.size();
+        lines.push_back(errors.substr(start, errors.find(eraseLine, start) - start));
+    }
+    return lines;
+}
+
+} // namespace
+
+TEST_F(CasetableProgress, IsOneLineOfFoldersAndFilesSeenAndTheFolderOnATerminal)
+{
+    Program program(endless_, onTerminal());
+    program.waitForErrors(
+        [](const std::string& errors) { return statusLines(errors).size() >= 3; });
+    program.send(SIGINT);
+    const Outcome outcome = program.finish();
+
+    EXPECT_EQ(outcome.exitCode, 130) << outcome;
+    EXPECT_EQ(outcome.errors.find('\n'), std::string::npos) << outcome;
+    EXPECT_EQ(outcome.errors.compare(0, eraseLine.size(), eraseLine), 0);
+    std::vector<std::string> lines = statusLines(outcome.errors);
+    ASSERT_GE(lines.size(), 3u) << outcome;
+    EXPECT_EQ(lines.back(), "") << "the line is left behind";
+    lines.pop_back();
+    unsigned long last = 0;
+    for (const std::string& line : lines) {
+        std::smatch parts;
+        ASSERT_TRUE(std::regex_match(line, parts,
+                                     std::regex("([0-9]+) folders, ([0-9]+) files: (results.*)")))
+            << line;
+        EXPECT_GT(std::stoul(parts[1]), last);
+        EXPECT_GT(std::stoul(parts[2]), 0u);
+        last = std::stoul(parts[1]);
+    }
+}
+
+TEST_F(CasetableProgress, IsCutToTheWidthOfTheTerminal)
+{
+    Setting setting = onTerminal();
+    setting.terminalColumns = 20;
+    Program program(endless_, setting);
+    program.waitForErrors(
+        [](const std::string& errors) { return statusLines(errors).size() >= 2; });
+    program.send(SIGINT);
+
+    const std::vector<std::string> lines = statusLines(program.finish().errors);
+
+    ASSERT_GE(lines.size(), 2u);
+    EXPECT_EQ(lines.front().size(), 19u) << lines.front();
+    for (const std::string& line : lines)
+        EXPECT_LT(line.size(), 20u) << line;
+}
+
+TEST_F(CasetableProgress, IsNothingInAPipe)
+{
+    Setting setting = in(tree_);
+    setting.output = Stream::Terminal;
+    Program program(endless_, setting);
+
+    EXPECT_EQ(program.errorsFor(700), "");
+
+    program.send(SIGINT);
+    EXPECT_EQ(program.finish().errors, "");
+}
+
+TEST_F(CasetableProgress, IsNothingWhenQuiet)
+{
+    Arguments arguments = endless_;
+    arguments.push_back("--quiet");
+    Program program(arguments, onTerminal());
+
+    EXPECT_EQ(program.errorsFor(700), "");
+
+    program.send(SIGINT);
+    EXPECT_EQ(program.finish().errors, "");
+}
+
+TEST_F(CasetableProgress, HoldsNoControlCharacterOfAFolderName)
+{
+    const TemporaryTree tree;
+    tree.knot("\x1b[31m\n\xff", 14);
+    Setting setting = in(tree);
+    setting.errors = Stream::Terminal;
+    Program program({"-n", "T", "-L", "\x1b[31m\n\xff"}, setting);
+    program.waitForErrors(
+        [](const std::string& errors) { return statusLines(errors).size() >= 2; });
+    program.send(SIGINT);
+
+    const std::string errors = program.finish().errors;
+
+    EXPECT_NE(errors.find(": \\x1b[31m\\n"), std::string::npos) << errors;
+    for (const std::string& line : statusLines(errors))
+        EXPECT_EQ(line.find_first_of("\x1b\n"), std::string::npos) << line;
+}
+
+TEST(CasetableRemark, OnATerminalTellsHowManyFilesAreInCases)
+{
+    const TemporaryTree tree;
+    for (const char* file : {"T1/a", "T1/b", "T2/a", "none"})
+        tree.file(std::string("results/") + file);
+    Setting setting = in(tree);
+    setting.errors = Stream::Terminal;
+
+    const Outcome outcome = run({"-n", "T", "results"}, setting);
+    const Outcome quiet = run({"-n", "T", "-q", "results"}, setting);
+
+    EXPECT_EQ(message(outcome.errors), "2 cases from 3 of 4 files; --unmatched lists the others");
+    EXPECT_EQ(quiet.errors, "");
+}
+
+} // namespace tests
+} // namespace casetable

@@ -1,0 +1,147 @@
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "tests/casetable/OrdinaryUser.h"
+#include "tests/casetable/Program.h"
+#include "tests/casetable/TemporaryTree.h"
+
+namespace casetable {
+namespace tests {
+
+namespace {
+
+class CasetableUnreadable : public testing::Test {
+protected:
+    void SetUp() override { SKIP_UNLESS_ORDINARY_USER_IS_POSSIBLE(); }
+
+    Outcome runAsOrdinaryUser(const Arguments& arguments) const
+    {
+        Setting setting = in(tree_);
+        setting.ordinaryUser = true;
+        return run(arguments, setting);
+    }
+
+    const TemporaryTree tree_;
+};
+
+} // namespace
+
+TEST_F(CasetableUnreadable, FolderStopsTheWalkWithTheMessageOfTheModule)
+{
+    tree_.file("results/T1/file");
+    tree_.folder("results/closed");
+
+    for (const mode_t mode : {0000, 0333, 0444}) { // Nothing, not to be listed, not to be entered.
+        tree_.setMode("results/closed", mode);
+        const Outcome outcome = runAsOrdinaryUser({"-n", "T", "results"});
+        EXPECT_EQ(outcome.exitCode, 3) << outcome;
+        EXPECT_EQ(outcome.output, "");
+        EXPECT_EQ(message(outcome.errors), "The specified path: results/closed is not readable.");
+    }
+}
+
+TEST_F(CasetableUnreadable, FolderIsLeftOutWithAWarningWhenKeptGoing)
+{
+    tree_.file("results/T1/file");
+    tree_.file("results/a/T2/file");
+    tree_.file("results/a/closed/T3/file");
+
+    for (const mode_t mode : {0000, 0333, 0444}) {
+        tree_.setMode("results/a/closed", mode);
+        const Outcome outcome = runAsOrdinaryUser({"-n", "T", "--keep-going", "results"});
+        EXPECT_EQ(outcome.exitCode, 0) << outcome;
+        EXPECT_EQ(outcome.output, "case,T\r\n0,1\r\n1,2\r\n");
+        EXPECT_EQ(message(outcome.errors), "warning: results/a/closed: Permission denied");
+    }
+}
+
+TEST_F(CasetableUnreadable, FoldersAreWarnedOfOneByOne)
+{
+    tree_.file("results/T1/file");
+    for (const char* name : {"x", "y", "z"}) {
+        tree_.folder(std::string("results/") + name);
+        tree_.setMode(std::string("results/") + name, 0);
+    }
+
+    const Outcome outcome = runAsOrdinaryUser({"-n", "T", "--keep-going", "results"});
+
+    EXPECT_EQ(outcome.exitCode, 0) << outcome;
+    for (const char* name : {"x", "y", "z"}) {
+        const std::string line =
+            std::string("casetable: warning: results/") + name + ": Permission denied\n";
+        EXPECT_NE(outcome.errors.find(line), std::string::npos) << outcome;
+        EXPECT_EQ(outcome.errors.size(), 3 * line.size());
+    }
+}
+
+TEST_F(CasetableUnreadable, FoldersAreLeftOutInSilenceWhenQuiet)
+{
+    tree_.file("results/T1/file");
+    tree_.folder("results/closed");
+    tree_.setMode("results/closed", 0);
+
+    for (const char* quiet : {"-q", "--quiet"}) {
+        const Outcome outcome = runAsOrdinaryUser({"-n", "T", "--keep-going", quiet, "results"});
+        EXPECT_EQ(outcome.exitCode, 0) << outcome;
+        EXPECT_EQ(outcome.output, "case,T\r\n0,1\r\n");
+        EXPECT_EQ(outcome.errors, "");
+    }
+}
+
+TEST_F(CasetableUnreadable, FolderBehindALinkIsTreatedAlike)
+{
+    tree_.file("results/T1/file");
+    tree_.folder("closed");
+    tree_.setMode("closed", 0);
+    tree_.link("results/link", "../closed");
+
+    const Outcome stopped = runAsOrdinaryUser({"-n", "T", "-L", "results"});
+    const Outcome keptGoing = runAsOrdinaryUser({"-n", "T", "-L", "--keep-going", "results"});
+
+    EXPECT_EQ(stopped.exitCode, 3) << stopped;
+    EXPECT_EQ(message(stopped.errors), "The specified path: results/link is not readable.");
+    EXPECT_EQ(keptGoing.exitCode, 0) << keptGoing;
+    EXPECT_EQ(message(keptGoing.errors), "warning: results/link: Permission denied");
+}
+
+TEST_F(CasetableUnreadable, FolderIsNamedInOneLineWhateverItsName)
+{
+    tree_.file("results/T1/file");
+    tree_.folder("results/a\nb\x1b\xff");
+    tree_.setMode("results/a\nb\x1b\xff", 0);
+
+    const Outcome stopped = runAsOrdinaryUser({"-n", "T", "results"});
+    const Outcome keptGoing = runAsOrdinaryUser({"-n", "T", "--keep-going", "results"});
+
+    // The module's message goes through a text of Qt, which holds no such byte.
+    EXPECT_EQ(message(stopped.errors),
+              "The specified path: results/a\\nb\\x1b\xef\xbf\xbd is not readable.");
+    EXPECT_EQ(message(keptGoing.errors), "warning: results/a\\nb\\x1b\\xff: Permission denied");
+}
+
+TEST_F(CasetableUnreadable, RootIsAnErrorThatNamesIt)
+{
+    tree_.file("results/T1/file");
+    tree_.setMode("results", 0);
+
+    for (const Arguments& arguments :
+         {Arguments{"-n", "T", "results"}, Arguments{"-n", "T", "--keep-going", "results"}}) {
+        const Outcome outcome = runAsOrdinaryUser(arguments);
+        EXPECT_EQ(outcome.exitCode, 3) << outcome;
+        EXPECT_EQ(outcome.output, "");
+        EXPECT_EQ(message(outcome.errors), "results: The specified directory is not readable.");
+    }
+}
+
+TEST_F(CasetableUnreadable, FilesAreListedLikeOthers)
+{
+    tree_.file("results/T1/file");
+    tree_.setMode("results/T1/file", 0);
+
+    EXPECT_EQ(runAsOrdinaryUser({"-n", "T", "--files", "results"}).output,
+              "path,case,T\r\nT1/file,0,1\r\n");
+}
+
+} // namespace tests
+} // namespace casetable

@@ -1,0 +1,175 @@
+#include <algorithm>
+#include <set>
+#include <sstream>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "tests/casetable/Program.h"
+#include "tests/casetable/TemporaryTree.h"
+
+namespace casetable {
+namespace tests {
+
+namespace {
+
+// Wrong usage is one line that names the culprit, and nothing else happens.
+void expectWrongUsage(const Arguments& arguments, const std::string& culprit)
+{
+    SCOPED_TRACE(testing::PrintToString(arguments));
+    const TemporaryTree tree;
+    tree.file("results/T1/file");
+
+    const Outcome outcome = run(tree, arguments);
+
+    EXPECT_EQ(outcome.exitCode, 2) << outcome;
+    EXPECT_EQ(outcome.output, "");
+    EXPECT_NE(message(outcome.errors).find(culprit), std::string::npos) << outcome;
+    EXPECT_EQ(tree.names("."), std::set<std::string>({"results"}));
+}
+
+} // namespace
+
+TEST(CasetableUsage, RefusesAnEmptyMarker)
+{
+    expectWrongUsage({"-s", "", "results"}, "--string");
+    expectWrongUsage({"-n", "", "results"}, "--number");
+    expectWrongUsage({"--string", "", "results"}, "--string");
+    expectWrongUsage({"--string=", "results"}, "--string");
+    expectWrongUsage({"--number=", "results"}, "--number");
+    expectWrongUsage({"-n", "T", "results", "--string="}, "--string");
+}
+
+TEST(CasetableUsage, RefusesATagThatIsEmptyOrHoldsControlCharacters)
+{
+    expectWrongUsage({"-n", "T", "-a", "*.log=", "results"}, "--aux '*.log='");
+    expectWrongUsage({"-n", "T", "--aux=*.log=", "results"}, "--aux '*.log='");
+    expectWrongUsage({"-n", "T", "-a", "=", "results"}, "--aux '='");
+    expectWrongUsage({"-n", "T", "-a", "*.log=a\nb", "results"}, "--aux '*.log=a\\nb'");
+    expectWrongUsage({"-n", "T", "-a", "*.log=\x1b[31m", "results"}, "--aux '*.log=\\x1b[31m'");
+    expectWrongUsage({"-n", "T", "-a", "*.log=a\x7f", "results"}, "--aux '*.log=a\\x7f'");
+}
+
+TEST(CasetableUsage, RefusesAnAuxWithoutEqualsSign)
+{
+    expectWrongUsage({"-n", "T", "-a", "*.log", "results"}, "--aux '*.log'");
+    expectWrongUsage({"-n", "T", "--aux", "", "results"}, "--aux");
+    expectWrongUsage({"-n", "T", "--aux=", "results"}, "--aux");
+}
+
+TEST(CasetableUsage, RefusesAnUnknownFormat)
+{
+    expectWrongUsage({"-n", "T", "-f", "xml", "results"}, "--format 'xml'");
+    expectWrongUsage({"-n", "T", "--format=CSV", "results"}, "--format 'CSV'");
+    expectWrongUsage({"-n", "T", "-f", "", "results"}, "--format");
+    expectWrongUsage({"-n", "T", "--format=", "results"}, "--format");
+    expectWrongUsage({"-n", "T", "-f", "a\nb", "results"}, "--format 'a\\nb'");
+}
+
+TEST(CasetableUsage, RefusesAnUnknownOption)
+{
+    expectWrongUsage({"-n", "T", "--colour", "results"}, "--colour");
+    expectWrongUsage({"-n", "T", "-x", "results"}, "-x");
+    expectWrongUsage({"-n", "T", "--a\nb", "results"}, "--a\\nb");
+    expectWrongUsage({"-n", "T", "--strings=a", "results"}, "--strings");
+}
+
+TEST(CasetableUsage, RefusesAnOptionWithoutItsValue)
+{
+    expectWrongUsage({"results", "-n"}, "--number");
+    expectWrongUsage({"results", "-s"}, "--string");
+    expectWrongUsage({"-n", "T", "results", "--output"}, "--output");
+    expectWrongUsage({"-n", "T", "results", "-f"}, "--format");
+    expectWrongUsage({"-n", "T", "results", "-a"}, "--aux");
+}
+
+TEST(CasetableUsage, RefusesAnEmptyOutput)
+{
+    expectWrongUsage({"-n", "T", "--output=", "results"}, "--output");
+    expectWrongUsage({"-n", "T", "-o", "", "results"}, "--output");
+}
+
+TEST(CasetableUsage, RefusesAnythingButOneRoot)
+{
+    expectWrongUsage({"-n", "T"}, "ROOT");
+    expectWrongUsage({}, "ROOT");
+    expectWrongUsage({"-n", "T", "results", "results2"}, "results2");
+    expectWrongUsage({"-n", "T", "results", "a\nb"}, "a\\nb");
+    expectWrongUsage({"-n", "T", "results", "--", "-x"}, "-x");
+}
+
+TEST(CasetableUsage, RefusesAnEmptyRoot)
+{
+    expectWrongUsage({"-n", "T", ""}, "ROOT");
+}
+
+TEST(CasetableUsage, RefusesToRunWithoutMarkers)
+{
+    expectWrongUsage({"results"}, "--string");
+    expectWrongUsage({"results"}, "--number");
+    expectWrongUsage({"-a", "*.log=log", "results"}, "marker");
+}
+
+TEST(CasetableUsage, RefusesOptionsThatExcludeEachOther)
+{
+    expectWrongUsage({"-n", "T", "--files", "--unmatched", "results"}, "--files and --unmatched");
+    expectWrongUsage({"-n", "T", "--unmatched", "-a", "*.log=log", "results"},
+                     "--aux and --unmatched");
+}
+
+TEST(CasetableUsage, LeavesAnEarlierOutputAsItWas)
+{
+    const TemporaryTree tree;
+    tree.file("results/T1/file");
+    tree.file("out", "earlier");
+
+    EXPECT_EQ(run(tree, {"-n", "T", "-f", "xml", "-o", "out", "results"}).exitCode, 2);
+
+    EXPECT_EQ(tree.content("out"), "earlier");
+}
+
+TEST(CasetableHelp, FitsAScreenAndListsOptionsExitCodesAndExamples)
+{
+    for (const char* option : {"-h", "--help"}) {
+        const Outcome outcome = run({option}, {});
+        EXPECT_EQ(outcome.exitCode, 0) << outcome;
+        EXPECT_EQ(outcome.errors, "");
+        for (const char* text :
+             {"casetable [OPTIONS] ROOT", "-s,--string MARKER", "-n,--number MARKER",
+              "-a,--aux SYNTAX=TAG", "-f,--format FORMAT", "-o,--output FILE", "--files",
+              "--unmatched", "--keep-going", "-L,--follow", "-q,--quiet", "--help", "--version",
+              "auto", "table", "csv", "json", "Exit codes", "Examples"})
+            EXPECT_NE(outcome.output.find(text), std::string::npos) << text << outcome;
+        const std::string codes = outcome.output.substr(outcome.output.find("Exit codes"));
+        for (const char* code : {"  0  ", "1  no file matched", "2  wrong usage", "3  the walk",
+                                 "4  the output", "130  interrupted"})
+            EXPECT_NE(codes.find(code), std::string::npos) << code << outcome;
+        EXPECT_LE(std::count(outcome.output.begin(), outcome.output.end(), '\n'), 40) << outcome;
+        std::istringstream lines(outcome.output);
+        for (std::string line; std::getline(lines, line);)
+            EXPECT_LE(line.size(), 100u) << line;
+    }
+}
+
+TEST(CasetableHelp, ComesWithoutRootAndMarkers)
+{
+    EXPECT_EQ(run({"--version"}, {}).output, "casetable " CASETABLE_VERSION "\n");
+    EXPECT_EQ(run({"--version"}, {}).exitCode, 0);
+    EXPECT_EQ(run({"-n", "T", "--help"}, {}).exitCode, 0);
+}
+
+TEST(CasetableHelp, ThatCannotBeWrittenIsAnError)
+{
+    for (const Stream stream : {Stream::FullDisk, Stream::NoReader, Stream::Closed}) {
+        for (const char* option : {"--help", "--version"}) {
+            Setting setting;
+            setting.output = stream;
+            const Outcome outcome = run({option}, setting);
+            EXPECT_EQ(outcome.exitCode, 4) << outcome;
+            message(outcome.errors);
+        }
+    }
+}
+
+} // namespace tests
+} // namespace casetable

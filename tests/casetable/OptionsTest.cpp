@@ -1,0 +1,113 @@
+#include "casetable/Options.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "casetable/ExitCode.h"
+
+namespace casetable {
+namespace tests {
+
+namespace {
+
+std::optional<Options> parse(std::vector<const char*> arguments)
+{
+    arguments.insert(arguments.begin(), "casetable");
+    return parseOptions(static_cast<int>(arguments.size()), arguments.data());
+}
+
+} // namespace
+
+TEST(Options, HaveDefaults)
+{
+    const std::optional<Options> options = parse({"-n", "T", "root"});
+
+    ASSERT_TRUE(options);
+    EXPECT_EQ(options->root, "root");
+    EXPECT_TRUE(options->identifiers.empty());
+    EXPECT_EQ(options->format, Format::Auto);
+    EXPECT_FALSE(options->output);
+    EXPECT_EQ(options->rows, Rows::Cases);
+    EXPECT_FALSE(options->keepGoing);
+    EXPECT_FALSE(options->follow);
+    EXPECT_FALSE(options->quiet);
+}
+
+TEST(Options, KeepTheOrderOfMarkersAndIdentifiers)
+{
+    const std::optional<Options> options =
+        parse({"-s", "a", "-a", "*.x=X", "--number=b", "-s", "c", "--aux", "k=v=Y", "root", "-nd"});
+
+    ASSERT_TRUE(options);
+    ASSERT_EQ(options->patterns.size(), 4u);
+    const std::vector<std::string> markers = {"a", "b", "c", "d"};
+    for (std::size_t k = 0; k < markers.size(); ++k) {
+        EXPECT_EQ(options->patterns[k].pattern, markers[k]);
+        EXPECT_EQ(options->patterns[k].valueType,
+                  k % 2 == 0 ? MetadataPattern::StringValue : MetadataPattern::NumberValue);
+    }
+    ASSERT_EQ(options->identifiers.size(), 2u);
+    EXPECT_EQ(options->identifiers[0].syntaxName, "*.x");
+    EXPECT_EQ(options->identifiers[0].tag, "X");
+    EXPECT_EQ(options->identifiers[1].syntaxName, "k=v");
+    EXPECT_EQ(options->identifiers[1].tag, "Y");
+}
+
+TEST(Options, KnowShortAndLongNames)
+{
+    for (const std::vector<const char*>& arguments :
+         {std::vector<const char*>{"-s", "m", "-f", "json", "-o", "file", "-L", "-q", "root"},
+          std::vector<const char*>{"--string", "m", "--format", "json", "--output", "file",
+                                   "--follow", "--quiet", "root"},
+          std::vector<const char*>{"-qLsm", "-fjson", "--output=file", "--", "root"}}) {
+        const std::optional<Options> options = parse(arguments);
+        ASSERT_TRUE(options);
+        EXPECT_EQ(options->patterns.at(0).pattern, "m");
+        EXPECT_EQ(options->format, Format::Json);
+        EXPECT_EQ(options->output, std::string("file"));
+        EXPECT_TRUE(options->follow);
+        EXPECT_TRUE(options->quiet);
+        EXPECT_EQ(options->root, "root");
+    }
+}
+
+TEST(Options, ChooseTheRows)
+{
+    EXPECT_EQ(parse({"-n", "T", "--files", "root"})->rows, Rows::Files);
+    EXPECT_EQ(parse({"-n", "T", "--unmatched", "root"})->rows, Rows::Unmatched);
+    EXPECT_TRUE(parse({"-n", "T", "--keep-going", "root"})->keepGoing);
+}
+
+TEST(Options, ChooseTheFormat)
+{
+    EXPECT_EQ(parse({"-n", "T", "-f", "auto", "root"})->format, Format::Auto);
+    EXPECT_EQ(parse({"-n", "T", "-f", "table", "root"})->format, Format::Table);
+    EXPECT_EQ(parse({"-n", "T", "-f", "csv", "root"})->format, Format::Csv);
+    EXPECT_EQ(parse({"-n", "T", "-f", "json", "root"})->format, Format::Json);
+}
+
+TEST(Options, ThatAreWrongRaiseAFailureOfUsage)
+{
+    for (const std::vector<const char*>& arguments : {std::vector<const char*>{},
+                                                      {"root"},
+                                                      {"-n", "T"},
+                                                      {"-n", "", "root"},
+                                                      {"-n", "T", "-a", "x", "root"},
+                                                      {"-n", "T", "-f", "x", "root"},
+                                                      {"-n", "T", "--what", "root"},
+                                                      {"-n", "T", "root", "root"}}) {
+        try {
+            parse(arguments);
+            ADD_FAILURE() << testing::PrintToString(arguments);
+        } catch (const Failure& failure) {
+            EXPECT_EQ(failure.code, ExitCode::WrongUsage);
+            EXPECT_STRNE(failure.what(), "");
+        }
+    }
+}
+
+} // namespace tests
+} // namespace casetable

@@ -1,0 +1,253 @@
+#include "casetable/Unmatched.h"
+
+#include <memory>
+#include <optional>
+#include <random>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "casetable/FileSystem.h"
+#include "crawler/CrawlerBasicImporterParser.h"
+#include "host/AuxFileInfoInterface.h"
+
+namespace casetable {
+namespace tests {
+
+namespace {
+
+using Patterns = std::vector<MetadataPattern>;
+
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+std::auto_ptr<CrawlerImporterParserInterface> makeParser()
+{
+    return std::auto_ptr<CrawlerImporterParserInterface>(new CrawlerBasicImporterParser);
+}
+#pragma GCC diagnostic pop
+
+// An importer that was given these files.
+struct Importing {
+    Importing(const std::vector<std::string>& files, const Patterns& patterns)
+        : importer(makeParser())
+    {
+        FolderCrawler::Result result;
+        result.folder = fileSystemRoot(fileSystem, "/");
+        result.files.assign(files.begin(), files.end());
+        importer.setCrawlResult(result);
+        importer.setMetadataPatternList(patterns);
+    }
+
+    FileSystem fileSystem;
+    MetadataFileCrawler importer;
+};
+
+// A plain restatement of how a path is matched: the metadata index of the first marker that fails
+// and whether it was found, or nothing for a match. Throws as the matching does where a marker
+// begins within the one before it and leaves that one no segment to cut a value from.
+struct Failed {
+    std::size_t metadataIndex;
+    bool markerFound;
+};
+
+bool isDigit(const std::string& text, std::size_t position)
+{
+    return position < text.size() && text[position] >= '0' && text[position] <= '9';
+}
+
+bool isOneOf(const std::string& text, std::size_t position, const char* choice)
+{
+    return position < text.size() && std::string(choice).find(text[position]) != std::string::npos;
+}
+
+bool numberFollows(const std::string& segment, std::size_t position)
+{
+    if (isOneOf(segment, position, "+-"))
+        ++position;
+    return isDigit(segment, position) ||
+           (isOneOf(segment, position, ".") && isDigit(segment, position + 1));
+}
+
+std::string withoutExtensions(std::string text)
+{
+    for (;;) {
+        const std::size_t separator = text.find_last_of("/\\");
+        const std::size_t begin = separator == std::string::npos ? 0 : separator + 1;
+        const std::string component = text.substr(begin);
+        const std::size_t dot = component.rfind('.');
+        if (dot == std::string::npos || component == "." || component == "..")
+            return text;
+        text.resize(begin + dot);
+    }
+}
+
+bool textFollows(const std::string& segment, std::size_t length)
+{
+    const std::string stripped = withoutExtensions(segment);
+    bool follows = false;
+    if (length < stripped.size() && stripped.find_first_of("/\\", length) != std::string::npos)
+        follows = true;
+    else
+        follows = stripped.empty() || length + 1 < stripped.size();
+    if (follows && length > segment.size())
+        throw std::out_of_range("overlap");
+    return follows;
+}
+
+std::optional<Failed> firstFailure(const std::string& path, const Patterns& patterns)
+{
+    std::vector<std::size_t> positions;
+    std::size_t start = 0;
+    for (std::size_t k = 0; k < patterns.size(); ++k) {
+        const std::size_t position = path.find(patterns[k].pattern, start);
+        if (position == std::string::npos)
+            return Failed{k, false};
+        positions.push_back(position);
+        start = position + 1;
+    }
+    positions.push_back(path.size());
+    for (std::size_t k = 0; k < patterns.size(); ++k) {
+        const std::string segment = path.substr(positions[k], positions[k + 1] - positions[k]);
+        const std::size_t length = patterns[k].pattern.size();
+        const bool follows = patterns[k].valueType == MetadataPattern::NumberValue
+                                 ? numberFollows(segment, length)
+                                 : textFollows(segment, length);
+        if (!follows)
+            return Failed{k, true};
+    }
+    return std::nullopt;
+}
+
+class RandomText {
+public:
+    explicit RandomText(unsigned seed) : engine_(seed) {}
+
+    std::size_t below(std::size_t end)
+    {
+        return std::uniform_int_distribution<std::size_t>(0, end - 1)(engine_);
+    }
+
+    // Few letters, so that markers are found, overlap and repeat.
+    std::string text(std::size_t shortest, std::size_t longest)
+    {
+        static const std::string letters = "TTP11-+.e//\\x\xff\n";
+        std::string text;
+        const std::size_t length = shortest + below(longest - shortest + 1);
+        while (text.size() < length)
+            text += letters[below(letters.size())];
+        return text;
+    }
+
+    Patterns patterns()
+    {
+        Patterns patterns;
+        for (std::size_t count = 1 + below(3); patterns.size() < count;)
+            patterns.emplace_back(text(1, 3), below(2) == 0 ? MetadataPattern::StringValue
+                                                            : MetadataPattern::NumberValue);
+        return patterns;
+    }
+
+private:
+    std::mt19937 engine_;
+};
+
+} // namespace
+
+TEST(Unmatched, AgreesWithAPlainRestatementOfTheMatching)
+{
+    RandomText random(20240607);
+    std::size_t found = 0;
+    std::size_t notFound = 0;
+    std::size_t matching = 0;
+    for (int round = 0; round < 3000; ++round) {
+        const Patterns patterns = random.patterns();
+        std::set<std::string> files;
+        while (files.size() < 8) {
+            const std::string file = random.text(1, 16);
+            try {
+                firstFailure(file, patterns);
+                files.insert(file);
+            } catch (const std::out_of_range&) { // Not for an importer.
+                if (random.below(100) == 0)
+                    break;
+            }
+        }
+        const Importing importing({files.begin(), files.end()}, patterns);
+
+        std::vector<UnmatchedFile> expected;
+        for (const std::string& file : files) {
+            if (const std::optional<Failed> failed = firstFailure(file, patterns)) {
+                expected.push_back({file, failed->metadataIndex, failed->markerFound});
+                ++(failed->markerFound ? found : notFound);
+            } else {
+                ++matching;
+            }
+        }
+        const std::vector<UnmatchedFile> unmatched = unmatchedFiles(importing.importer, patterns);
+        ASSERT_EQ(unmatched.size(), expected.size()) << "round " << round;
+        for (std::size_t i = 0; i < expected.size(); ++i) {
+            SCOPED_TRACE(testing::PrintToString(expected[i].path));
+            ASSERT_EQ(unmatched[i].path, expected[i].path);
+            ASSERT_EQ(unmatched[i].metadataIndex, expected[i].metadataIndex);
+            ASSERT_EQ(unmatched[i].markerFound, expected[i].markerFound);
+        }
+    }
+    EXPECT_GT(found, 500u);
+    EXPECT_GT(notFound, 500u);
+    EXPECT_GT(matching, 500u);
+}
+
+TEST(Unmatched, NeverListsAFileThatMatches)
+{
+    RandomText random(7);
+    std::size_t matched = 0;
+    for (int round = 0; round < 500; ++round) {
+        const Patterns patterns = {{"T", MetadataPattern::NumberValue},
+                                   {random.text(1, 1), MetadataPattern::StringValue}};
+        std::vector<std::string> files;
+        for (int i = 0; i < 20; ++i)
+            files.push_back(random.text(4, 20));
+        std::unique_ptr<Importing> importing;
+        ASSERT_NO_THROW(importing = std::make_unique<Importing>(files, patterns));
+
+        std::set<std::string> listed;
+        for (const UnmatchedFile& file : unmatchedFiles(importing->importer, patterns))
+            listed.insert(file.path);
+        for (const auto& file : importing->importer.identifiedAuxFiles()) {
+            ASSERT_EQ(listed.count(file->filePath()), 0u) << file->filePath();
+            listed.insert(file->filePath());
+            ++matched;
+        }
+        ASSERT_EQ(listed, std::set<std::string>(files.begin(), files.end()));
+    }
+    EXPECT_GT(matched, 100u);
+}
+
+TEST(Unmatched, ListsFilesInByteOrderOfPath)
+{
+    const Patterns patterns = {{"T", MetadataPattern::NumberValue}};
+    const Importing importing({"b", "\xff", "a/b", "a", "Z", "a.b"}, patterns);
+
+    std::vector<std::string> paths;
+    for (const UnmatchedFile& file : unmatchedFiles(importing.importer, patterns))
+        paths.push_back(file.path);
+
+    EXPECT_EQ(paths, std::vector<std::string>({"Z", "a", "a.b", "a/b", "b", "\xff"}));
+}
+
+TEST(Unmatched, IsSummedUpPerMarkerMostFirst)
+{
+    const Patterns patterns = {{"T", MetadataPattern::NumberValue},
+                               {"P", MetadataPattern::NumberValue},
+                               {"Q", MetadataPattern::NumberValue}};
+    const Importing importing({"a", "T1", "T1P", "T1x", "T1PQ"}, patterns);
+
+    EXPECT_EQ(failureSummary(importing.importer, patterns),
+              "marker 'P' failed for 3 files, 'T' failed for 1 file, 'Q' failed for 1 file");
+}
+
+} // namespace tests
+} // namespace casetable
