@@ -26,6 +26,7 @@ std::string text(const Json& json)
 std::vector<std::string> keys(const std::vector<std::string>& names)
 {
     std::vector<std::string> texts;
+    texts.reserve(names.size());
     for (const std::string& name : names)
         texts.push_back(Json::parse(text(name)).get<std::string>());
     return uniqueNames(std::move(texts));

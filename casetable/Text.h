@@ -8,7 +8,8 @@
 namespace casetable {
 
 /// `bytes` made safe to show on a terminal in one line: control and format characters, line
-/// separators, unassigned code points and bytes that are not UTF-8 become escapes (`\n`, `\x1b`,
+/// separators, unassigned and private-use code points and bytes that are not UTF-8 become escapes
+/// (`\n`, `\x1b`,
 /// `\u{202e}`), everything else stays. For people to read; a backslash in the text is not escaped.
 std::string printable(std::string_view bytes);
 

@@ -65,13 +65,16 @@ public:
 
     void run() override
     {
-        course_.started.set();
+        // The base's destructor waits for this thread, so what belongs to the derived object may be
+        // gone before run() ends.
+        Course& course = course_;
+        course.started.set();
         try {
             FolderCrawler::run();
         } catch (...) {
-            course_.failure = std::current_exception();
+            course.failure = std::current_exception();
         }
-        course_.finished.set();
+        course.finished.set();
     }
 
 private:

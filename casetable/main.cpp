@@ -70,9 +70,10 @@ ExitCode conclude(const Options& options, const Import& import, Console& console
         return ExitCode::NoCases;
     }
     const std::size_t matched = import.importer().identifiedAuxFiles().size();
-    console.note(std::to_string(import.table().GetNumberOfRows()) + " cases from " +
+    const bool mention = matched != files && options.rows != Rows::Unmatched;
+    console.note("cases: " + std::to_string(import.table().GetNumberOfRows()) + ", from " +
                  std::to_string(matched) + " of " + std::to_string(files) + " files" +
-                 (matched == files ? "" : "; --unmatched lists the others"));
+                 (mention ? "; --unmatched lists the others" : ""));
     return ExitCode::Cases;
 }
 
@@ -102,8 +103,9 @@ int main(int argc, char** argv)
 {
     using namespace casetable;
 
-    // A reader that goes away is a failed write, not a silent end.
+    // A reader that goes away, or a file that may not grow, is a failed write, not a sudden end.
     static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+    static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
     Console console;
     try {
         const std::optional<Options> options = parseOptions(argc, argv);

@@ -2,7 +2,8 @@
 
 namespace ortelo {
 
-ExceptionBase::ExceptionBase(const std::string& message, bool flag) : message_(message), flag_(flag)
+ExceptionBase::ExceptionBase(const std::string& message, bool flag)
+    : message_(message), flag_(flag) // NOLINT(bugprone-throw-keyword-missing): a member
 {
 }
 

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/casetable/Program.h"
+#include "tests/casetable/Sanitizer.h"
 #include "tests/casetable/TemporaryTree.h"
 
 namespace casetable {
@@ -58,6 +59,26 @@ TEST(CasetableDeepTree, IsWalkedBranchAfterBranch)
     const Outcome outcome = run({"-n", "T", "results"}, withFewDescriptors(tree));
 
     EXPECT_EQ(outcome.output, "case,T\r\n0,1\r\n1,2\r\n2,3\r\n") << outcome;
+}
+
+TEST(CasetableDeepTree, IsAnErrorRatherThanHalfATableWhereDescriptorsRunOut)
+{
+    SKIP_WHERE_SANITIZERS_NEED_DESCRIPTORS();
+    const TemporaryTree tree;
+    tree.file("results/T1/file");
+    tree.chain("results", 100, name, "T2.dat");
+    Setting setting = in(tree);
+    setting.prepare = [] {
+        const rlimit limit = {24, 24};
+        setrlimit(RLIMIT_NOFILE, &limit);
+    };
+
+    for (const char* option : {"--quiet", "--keep-going"}) {
+        const Outcome outcome = run({"-n", "T", option, "results"}, setting);
+        EXPECT_EQ(outcome.exitCode, 3) << outcome;
+        EXPECT_EQ(outcome.output, "");
+        EXPECT_NE(message(outcome.errors).find(": Too many open files"), std::string::npos);
+    }
 }
 
 } // namespace tests

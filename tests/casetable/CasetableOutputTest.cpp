@@ -156,6 +156,15 @@ TEST_F(CasetableOutput, HoldsNothingElseWhenTheStandardStreamsAreClosed)
     EXPECT_EQ(tree_.content("out"), "case,none\r\n");
 }
 
+TEST_F(CasetableOutput, NamedByADashIsStandardOutput)
+{
+    const Outcome outcome = write("-");
+
+    EXPECT_EQ(outcome.exitCode, 0) << outcome;
+    EXPECT_EQ(outcome.output, csv);
+    EXPECT_EQ(tree_.names("."), Names({"results"}));
+}
+
 TEST_F(CasetableOutput, GoesThroughTheNameOfStandardOutput)
 {
     const Outcome outcome = write("/dev/stdout");
@@ -274,6 +283,20 @@ TEST_F(CasetableOutput, NeedsAFolderThatCanBeWritten)
     }
     EXPECT_EQ(tree_.content("folder/out"), "earlier");
     EXPECT_EQ(tree_.names("folder"), Names({"out"}));
+}
+
+TEST_F(CasetableOutput, IsNoFileThatTheUserMayNotWrite)
+{
+    SKIP_UNLESS_ORDINARY_USER_IS_POSSIBLE();
+    tree_.file("out", "earlier");
+    tree_.setMode("out", 0444);
+    Setting setting = in(tree_);
+    setting.ordinaryUser = true;
+
+    expectFailure(run({"-n", "T", "-o", "out", "results"}, setting), "out: Permission denied");
+
+    EXPECT_EQ(tree_.content("out"), "earlier");
+    EXPECT_EQ(tree_.names("."), Names({"out", "results"}));
 }
 
 TEST_F(CasetableOutput, MayLieInTheTree)

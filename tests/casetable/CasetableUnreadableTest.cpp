@@ -134,6 +134,31 @@ TEST_F(CasetableUnreadable, RootIsAnErrorThatNamesIt)
     }
 }
 
+TEST_F(CasetableUnreadable, FolderAboveTheRootIsNoMissingRoot)
+{
+    tree_.file("closed/results/T1/file");
+    tree_.setMode("closed", 0);
+
+    const Outcome outcome = runAsOrdinaryUser({"-n", "T", "closed/results"});
+
+    EXPECT_EQ(outcome.exitCode, 3) << outcome;
+    EXPECT_EQ(message(outcome.errors), "closed/results: The specified directory is not readable.");
+}
+
+TEST_F(CasetableUnreadable, TargetOfALinkIsWarnedOf)
+{
+    tree_.file("results/T1/file");
+    tree_.file("closed/file");
+    tree_.setMode("closed", 0);
+    tree_.link("results/T1/link", "../../closed/file");
+
+    const Outcome outcome = runAsOrdinaryUser({"-n", "T", "--files", "results"});
+
+    EXPECT_EQ(outcome.exitCode, 0) << outcome;
+    EXPECT_EQ(outcome.output, "path,case,T\r\nT1/file,0,1\r\n");
+    EXPECT_EQ(message(outcome.errors), "warning: results/T1/link: Permission denied");
+}
+
 TEST_F(CasetableUnreadable, FilesAreListedLikeOthers)
 {
     tree_.file("results/T1/file");

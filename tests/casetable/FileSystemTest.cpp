@@ -7,12 +7,14 @@
 #include <vector>
 
 #include <dirent.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <gtest/gtest.h>
 
 #include "host/ExceptionBase.h"
 #include "tests/casetable/OrdinaryUser.h"
+#include "tests/casetable/Sanitizer.h"
 #include "tests/casetable/TemporaryTree.h"
 
 namespace casetable {
@@ -262,6 +264,60 @@ TEST(FileSystem, RaisesForAnUnreadableRootEvenWhenSuchFoldersAreLeftOut)
         fileSystem.leaveOutUnreadable = true;
         EXPECT_EQ(failureOf(*fileSystemRoot(fileSystem, tree.path("root"))),
                   tree.path("root") + ": Permission denied");
+    });
+}
+
+TEST(FileSystem, RaisesALackOfDescriptorsWhetherUnreadableFoldersAreLeftOutOrNot)
+{
+    SKIP_WHERE_SANITIZERS_NEED_DESCRIPTORS();
+    const TemporaryTree tree;
+    tree.file("folder/file");
+    for (const bool leaveOut : {false, true}) {
+        inOwnProcess([&tree, leaveOut] {
+            FileSystem fileSystem;
+            fileSystem.leaveOutUnreadable = leaveOut;
+            fileSystem.warn = [](const std::string& text) { ADD_FAILURE() << text; };
+            const auto entries = entriesByName(*fileSystemRoot(fileSystem, tree.path()));
+            const rlimit none = {0, 0};
+            ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+
+            EXPECT_EQ(failureOf(*entries.at("folder")),
+                      tree.path("folder") + ": Too many open files");
+        });
+    }
+}
+
+TEST(FileSystem, WarnsOfALinkWhoseTargetMayNotBeLookedAt)
+{
+    SKIP_UNLESS_ORDINARY_USER_IS_POSSIBLE();
+    const TemporaryTree tree;
+    tree.file("closed/file");
+    tree.setMode("closed", 0);
+    tree.link("root/link", "../closed/file");
+    asOrdinaryUser([&tree] {
+        FileSystem fileSystem;
+        std::vector<std::string> warnings;
+        fileSystem.warn = [&warnings](const std::string& text) { warnings.push_back(text); };
+
+        EXPECT_TRUE(entriesByName(*fileSystemRoot(fileSystem, tree.path("root"))).empty());
+
+        EXPECT_EQ(warnings,
+                  std::vector<std::string>({tree.path("root/link") + ": Permission denied"}));
+    });
+}
+
+TEST(FileSystem, TakesARootThatMayNotBeLookedAtToExistUnreadable)
+{
+    SKIP_UNLESS_ORDINARY_USER_IS_POSSIBLE();
+    const TemporaryTree tree;
+    tree.folder("closed/root");
+    tree.setMode("closed", 0);
+    asOrdinaryUser([&tree] {
+        FileSystem fileSystem;
+        const EntryPtr root = fileSystemRoot(fileSystem, tree.path("closed/root"));
+        EXPECT_TRUE(root->exists());
+        EXPECT_FALSE(root->isReadable());
+        EXPECT_EQ(failureOf(*root), tree.path("closed/root") + ": Permission denied");
     });
 }
 
