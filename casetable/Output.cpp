@@ -1,5 +1,6 @@
 #include "casetable/Output.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstddef>
@@ -7,6 +8,7 @@
 #include <system_error>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -42,6 +44,23 @@ std::string resolved(std::string path)
     return path;
 }
 
+// The descriptor that a path such as /dev/stdout stands for, or -1. To replace the file behind it
+// would cut off what others write there.
+int inheritedDescriptor(const std::string& path)
+{
+    if (path == "/dev/stdout")
+        return STDOUT_FILENO;
+    if (path == "/dev/stderr")
+        return STDERR_FILENO;
+    for (const std::string folder : {"/dev/fd/", "/proc/self/fd/"}) {
+        const std::string name = path.substr(std::min(folder.size(), path.size()));
+        if (path.compare(0, folder.size(), folder) == 0 && !name.empty() && name.size() < 5 &&
+            name.find_first_not_of("0123456789") == std::string::npos)
+            return std::stoi(name);
+    }
+    return -1;
+}
+
 bool isRegular(const struct stat& status)
 {
     return S_ISREG(status.st_mode);
@@ -75,13 +94,18 @@ Output::Output(std::optional<std::string> path)
     }
     name_ = target_ = *path;
     struct stat status = {};
+    if (inheritedDescriptor(target_) >= 0) {
+        if (::fstat(inheritedDescriptor(target_), &status) != 0)
+            fail(errno);
+        return;
+    }
     const bool exists = ::stat(target_.c_str(), &status) == 0;
     if (exists && S_ISDIR(status.st_mode))
         fail(EISDIR);
     if (exists && !isRegular(status))
         return;
-    if (!exists && errno == ELOOP)
-        fail(ELOOP);
+    if (!exists && (errno == ELOOP || errno == ENAMETOOLONG))
+        fail(errno);
     target_ = resolved(*path);
     if (exists && ::access(target_.c_str(), W_OK) != 0)
         fail(errno);
@@ -150,6 +174,8 @@ void Output::open()
     struct stat status = {};
     if (target_.empty())
         descriptor_ = STDOUT_FILENO;
+    else if (inheritedDescriptor(target_) >= 0)
+        descriptor_ = ::fcntl(inheritedDescriptor(target_), F_DUPFD_CLOEXEC, 0);
     else if (::stat(target_.c_str(), &status) == 0 && !isRegular(status))
         descriptor_ =
             retried([this] { return ::open(target_.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC); });
@@ -189,6 +215,12 @@ void Output::flush()
         const ssize_t count = retried([&] {
             return ::write(descriptor_, buffer_.data() + written, buffer_.size() - written);
         });
+        if (count < 0 && errno == EAGAIN) {
+            pollfd ready = {descriptor_, POLLOUT, 0};
+            if (retried([&ready] { return ::poll(&ready, 1, -1); }) < 0)
+                fail(errno);
+            continue;
+        }
         if (count < 0)
             fail(errno);
         written += static_cast<std::size_t>(count);

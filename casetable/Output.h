@@ -12,7 +12,8 @@ namespace casetable {
 /// A file is written under a temporary name in its folder and renamed by commit(), so until then an
 /// earlier file stays as it was, and without commit() nothing is left behind. An earlier file hands
 /// down its mode, and its owner as far as the user may set it. A link is followed, and what is not
-/// a regular file, such as a device or a pipe, is written directly.
+/// a regular file, such as a device or a pipe, is written directly; so is an inherited descriptor
+/// that is named by /dev/stdout, /dev/stderr, /dev/fd/N or /proc/self/fd/N.
 ///
 /// Every operation throws Failure with ExitCode::OutputFailed and the path when the system refuses,
 /// and Interrupted when a signal came in.

@@ -45,10 +45,7 @@ build() {
         (cd "$root" && cmake --preset "$preset") >"$log" 2>&1 || status=$?
     fi
     if [ $status -eq 0 ]; then
-        # Asking first costs a moment and lets an up-to-date build pass without a word.
-        if ! (cd "$root/build/$preset" && ninja -n "$target" 2>/dev/null) | grep -q 'no work to do'; then
-            say "building build/$preset"
-        fi
+        say "bringing build/$preset up to date"
         cmake --build "$root/build/$preset" --target "$target" >"$log" 2>&1 || status=$?
     fi
     [ $status -eq 0 ] || cat "$log" >&2

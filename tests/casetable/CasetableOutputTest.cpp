@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <csignal>
 #include <set>
 #include <string>
@@ -171,6 +172,46 @@ TEST_F(CasetableOutput, GoesThroughTheNameOfStandardOutput)
 
     EXPECT_EQ(outcome.exitCode, 0) << outcome;
     EXPECT_EQ(outcome.output, csv);
+}
+
+TEST_F(CasetableOutput, AppendsWhereTheNameOfStandardOutputStandsForAnAppendedFile)
+{
+    tree_.file("log", "earlier\n");
+    for (const char* name : {"/dev/stdout", "/dev/fd/1", "/proc/self/fd/1"}) {
+        tree_.file("log", "earlier\n");
+        Setting setting = in(tree_);
+        setting.prepare = [this] {
+            dup2(open(tree_.path("log").c_str(), O_WRONLY | O_APPEND), STDOUT_FILENO);
+        };
+
+        EXPECT_EQ(run({"-n", "T", "-o", name, "results"}, setting).exitCode, 0) << name;
+
+        EXPECT_EQ(tree_.content("log"), std::string("earlier\n") + csv) << name;
+    }
+    EXPECT_EQ(tree_.names("."), Names({"log", "results"}));
+}
+
+TEST_F(CasetableOutput, WaitsForTheReaderOfAPipeThatDoesNotBlock)
+{
+    for (int i = 100; i < 2000; ++i)
+        tree_.file("many/T" + std::to_string(i) + "/file");
+    Setting setting = in(tree_);
+    setting.output = Stream::SmallPipe;
+    setting.prepare = [] { fcntl(STDOUT_FILENO, F_SETFL, O_NONBLOCK); };
+    Program program({"-n", "T", "many"}, setting);
+    program.waitUntilOutputIsFull();
+
+    const Outcome outcome = program.finish();
+
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+    EXPECT_EQ(std::count(outcome.output.begin(), outcome.output.end(), '\n'), 1901);
+}
+
+TEST_F(CasetableOutput, RefusesANameThatIsTooLongBeforeTheWalk)
+{
+    const std::string name(300, 'n');
+
+    expectFailure(run(tree_, {"-n", "T", "-o", name, "no root"}), name + ": File name too long");
 }
 
 TEST_F(CasetableOutput, FailsOnAFullDevice)
