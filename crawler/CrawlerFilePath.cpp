@@ -1,6 +1,5 @@
 #include "crawler/CrawlerFilePath.h"
 
-#include <algorithm>
 #include <stdexcept>
 #include <utility>
 
