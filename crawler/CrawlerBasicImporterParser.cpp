@@ -8,25 +8,49 @@
 #include "crawler/CrawlerFilePath.h"
 
 struct CrawlerBasicImporterParser::Impl {
-    void registerCase(const boost::shared_ptr<CrawlerFilePath>& file);
+    using FilesOfCases =
+        std::map<std::vector<std::string>, std::vector<boost::shared_ptr<CrawlerFilePath>>>;
+
+    FilesOfCases::iterator registerCase(const boost::shared_ptr<CrawlerFilePath>& file,
+                                        FilesOfCases::iterator last);
+    void giveBackSpareMemory(FilesOfCases::iterator last);
 
     std::map<std::string, boost::shared_ptr<CrawlerFilePath>> filePathsByName;
-    std::map<std::vector<std::string>, std::vector<boost::shared_ptr<CrawlerFilePath>>>
-        filePathsByCase;
+    FilesOfCases filePathsByCase;
     std::vector<std::vector<std::string>> caseKeys;
 };
 
-void CrawlerBasicImporterParser::Impl::registerCase(const boost::shared_ptr<CrawlerFilePath>& file)
+// Returns the file's case. `last` is the case of the file registered before, or the end: neighbours
+// mostly share their case, and then one comparison finds it.
+CrawlerBasicImporterParser::Impl::FilesOfCases::iterator
+CrawlerBasicImporterParser::Impl::registerCase(const boost::shared_ptr<CrawlerFilePath>& file,
+                                               FilesOfCases::iterator last)
 {
     const std::vector<std::string>& key = file->metadataValues();
-    std::vector<boost::shared_ptr<CrawlerFilePath>>& files = filePathsByCase[key];
+    auto owner = last;
+    if (owner == filePathsByCase.end() || owner->first != key) {
+        owner = filePathsByCase.lower_bound(key);
+        if (owner == filePathsByCase.end() || owner->first != key)
+            owner = filePathsByCase.emplace_hint(owner, key, FilesOfCases::mapped_type());
+    }
+    std::vector<boost::shared_ptr<CrawlerFilePath>>& files = owner->second;
     if (files.empty()) {
+        giveBackSpareMemory(last);
         caseKeys.push_back(key);
         file->setCaseIndex(caseKeys.size() - 1);
     } else {
         file->setCaseIndex(files.front()->caseIndex());
     }
     files.push_back(file);
+    return owner;
+}
+
+// Called before a new case. The newest one so far mostly has all its files then; an older one, that
+// others interrupt time and again, must not be copied every time.
+void CrawlerBasicImporterParser::Impl::giveBackSpareMemory(FilesOfCases::iterator last)
+{
+    if (last != filePathsByCase.end() && last->second.front()->caseIndex() + 1 == caseKeys.size())
+        last->second.shrink_to_fit();
 }
 
 CrawlerBasicImporterParser::CrawlerBasicImporterParser() : impl_(new Impl) {}
@@ -36,7 +60,9 @@ CrawlerBasicImporterParser::~CrawlerBasicImporterParser() = default;
 void CrawlerBasicImporterParser::appendRawFilePath(const std::string& path)
 {
     boost::shared_ptr<CrawlerFilePath> file = boost::make_shared<CrawlerFilePath>(path);
-    impl_->filePathsByName[path] = std::move(file);
+    // The end is where the next path of a sorted walk belongs; from there it costs no search.
+    auto& files = impl_->filePathsByName;
+    files.emplace_hint(files.end(), path, nullptr)->second = std::move(file);
 }
 
 void CrawlerBasicImporterParser::clearFilePaths()
@@ -54,10 +80,11 @@ void CrawlerBasicImporterParser::applyMetadataPatternList(
     if (patterns.empty())
         return;
 
+    auto last = impl_->filePathsByCase.end();
     for (const auto& entry : impl_->filePathsByName) {
         entry.second->applyMetadataPatterns(patterns);
         if (entry.second->isMatched())
-            impl_->registerCase(entry.second);
+            last = impl_->registerCase(entry.second, last);
     }
 }
 

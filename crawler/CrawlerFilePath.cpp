@@ -3,12 +3,17 @@
 #include <stdexcept>
 #include <utility>
 
+#include <boost/container/small_vector.hpp>
 #include <boost/utility/string_view.hpp>
 
 namespace {
 
 // What a scanner answers that finds no value.
 const std::size_t noValue = std::string::npos;
+
+// On the stack for any list that a user is likely to write: most of the time of matching a path
+// would otherwise go into the memory for its positions.
+using Positions = boost::container::small_vector<std::size_t, 32>;
 
 bool isDigit(char c)
 {
@@ -33,7 +38,7 @@ bool isSeparator(char c)
 // Appends the position of each marker, in order, as far as they are found, and then the size of the
 // path. Only the start positions grow: a marker may be found inside the text of the one before.
 bool locateMarkers(const std::string& path, const std::vector<MetadataPattern>& patterns,
-                   std::vector<std::size_t>& positions)
+                   Positions& positions)
 {
     std::size_t start = 0;
     bool allFound = true;
@@ -187,17 +192,14 @@ bool CrawlerFilePath::applyMetadataPatterns(const std::vector<MetadataPattern>& 
     if (patterns.empty())
         return false;
 
-    std::vector<std::size_t> positions;
-    positions.reserve(patterns.size() + 1);
+    Positions positions;
     const bool matched =
-        locateMarkers(rawPath_, patterns, positions) && extractValues(patterns, positions);
+        locateMarkers(rawPath_, patterns, positions) && extractValues(patterns, positions.data());
     // An unmatched file keeps the values of its last match, on purpose; nobody reads them.
     if (matched) {
-        std::vector<std::string> values;
-        values.reserve(metadataInfos_.size());
-        for (const MetadataInfo& info : metadataInfos_)
-            values.push_back(info.value);
-        metadataValues_ = std::move(values);
+        metadataValues_.resize(metadataInfos_.size());
+        for (std::size_t k = 0; k < metadataInfos_.size(); ++k)
+            metadataValues_[k] = metadataInfos_[k].value;
     }
     matched_ = matched;
     return matched_;
@@ -205,7 +207,7 @@ bool CrawlerFilePath::applyMetadataPatterns(const std::vector<MetadataPattern>& 
 
 // What was read before a pattern that fails stays in the metadata infos, on purpose.
 bool CrawlerFilePath::extractValues(const std::vector<MetadataPattern>& patterns,
-                                    const std::vector<std::size_t>& positions)
+                                    const std::size_t* positions)
 {
     for (std::size_t k = 0; k < patterns.size(); ++k) {
         const std::size_t markerLength = patterns[k].pattern.size();
@@ -222,6 +224,9 @@ bool CrawlerFilePath::extractValues(const std::vector<MetadataPattern>& patterns
         info.valuePosition = positions[k] + markerLength;
         info.valueLength = end - markerLength;
         info.value.assign(rawPath_, info.valuePosition, info.valueLength);
+        // Only now, so that a path without any value takes no memory.
+        if (k == 0)
+            metadataInfos_.reserve(metadataInfos_.size() + patterns.size());
         metadataInfos_.push_back(std::move(info));
     }
     return true;

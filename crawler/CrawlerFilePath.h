@@ -10,7 +10,7 @@
 
 /// The parser's record of one crawled file: its path, what a pattern list read out of it, and the
 /// case that it joined. Created with boost::make_shared and shared by the parser with its callers.
-class CrawlerFilePath : public virtual AuxFileInfoInterface {
+class CrawlerFilePath final : public virtual AuxFileInfoInterface {
 public:
     /// Keeps `rawPath` as it stands and asks auxFileType() for its kind.
     explicit CrawlerFilePath(const std::string& rawPath);
@@ -42,8 +42,7 @@ public:
     bool applyMetadataPatterns(const std::vector<MetadataPattern>& patterns);
 
 private:
-    bool extractValues(const std::vector<MetadataPattern>& patterns,
-                       const std::vector<std::size_t>& positions);
+    bool extractValues(const std::vector<MetadataPattern>& patterns, const std::size_t* positions);
 
     std::string rawPath_;
     std::size_t caseIndex_ = 0;

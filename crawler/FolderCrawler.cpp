@@ -11,6 +11,17 @@ namespace {
 // sanitizers. Only address space is reserved; memory is taken as the walk descends.
 const unsigned crawlStackBytes = 64U * 1024U * 1024U;
 
+// The joined path in one piece of memory of its own size: a walk keeps as many as there are files.
+std::string pathBelow(const std::string& relativePath, std::string fileName)
+{
+    if (relativePath.empty())
+        return fileName;
+    std::string path;
+    path.reserve(relativePath.size() + 1 + fileName.size());
+    path.append(relativePath).append(1, '/').append(fileName);
+    return path;
+}
+
 } // namespace
 
 const std::string FolderCrawler::ROOT_PATH_DOES_NOT_EXIST_ERROR_STRING =
@@ -63,8 +74,7 @@ void FolderCrawler::crawlFolder(const FileInfoInterface& folder, const std::stri
     for (const auto& entry : folder.entries(std::string())) {
         if (aborted_)
             return;
-        std::string path =
-            relativePath.empty() ? entry->fileName() : relativePath + "/" + entry->fileName();
+        std::string path = pathBelow(relativePath, entry->fileName());
         if (entry->isFile()) {
             files.push_back(std::move(path));
             continue;

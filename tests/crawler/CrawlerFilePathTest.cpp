@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "host/AuxFileInfoInterface.h"
+#include "tests/crawler/Allocations.h"
 #include "tests/crawler/PlainMatching.h"
 
 namespace {
@@ -675,6 +676,40 @@ std::string seen(bool matched, std::size_t caseIndex, const std::vector<Metadata
     for (const std::string& value : values)
         text += " \"" + value + "\"";
     return text;
+}
+
+TEST(CrawlerFilePath, TakesNoMemoryForAPathWithoutAValue)
+{
+    const Patterns patterns = {{"Mach", NumberValue}, {"AoA", StringValue}};
+    const Patterns many(24, MetadataPattern("", NumberValue));
+    for (const char* const path : {"a/rather/long/path/without/any/marker/at/all.dat",
+                                   "a/rather/long/path/with/Mach0.80/and/nothing/else.dat",
+                                   "a/rather/long/path/with/Mach-/AoA2.5/in/its/folders.dat"}) {
+        SCOPED_TRACE(path);
+        CrawlerFilePath file(path);
+        const std::size_t before = doubles::allocations();
+
+        const bool matched =
+            file.applyMetadataPatterns(patterns) || file.applyMetadataPatterns(many);
+
+        EXPECT_EQ(doubles::allocations(), before);
+        EXPECT_FALSE(matched);
+    }
+}
+
+TEST(CrawlerFilePath, TakesMemoryTwiceForItsFirstMetadataAndNoMoreForOthers)
+{
+    const Patterns patterns = {{"Mach", NumberValue}, {"AoA", StringValue}, {"run_", NumberValue}};
+    const Patterns others = {{"AoA", NumberValue}, {"run_", NumberValue}, {"f", StringValue}};
+    CrawlerFilePath file("a/rather/long/path/with/Mach0.80/AoA-2.5/run_0007/flow.vtu");
+    const std::size_t before = doubles::allocations();
+
+    ASSERT_TRUE(file.applyMetadataPatterns(patterns));
+    EXPECT_EQ(doubles::allocations(), before + 2);
+    file.clearMetadataInfoList();
+    ASSERT_TRUE(file.applyMetadataPatterns(others));
+    EXPECT_EQ(doubles::allocations(), before + 2);
+    EXPECT_EQ(file.metadataValues(), (Texts{"-2.5", "0007", "low"}));
 }
 
 TEST(CrawlerFilePath, EqualsThePlainRulesForRandomPathsAndPatterns)
