@@ -35,6 +35,8 @@ public:
         return result;
     }
 
+    using SyntaxNameFilter::selectedPositions;
+
     // Replaces the cache; the old names are not merged.
     void setCache(const std::set<std::string>& names) { cache_ = names; }
 
@@ -44,7 +46,7 @@ private:
 
 class AuxFileCollection : public virtual AuxFileCollectionInterface {
 public:
-    void addFile(std::size_t index, const std::string& tag, const std::string& path)
+    void addFile(std::size_t index, const std::string& tag, std::string path)
     {
         auto number = tagNumbers_.find(tag);
         if (number == tagNumbers_.end()) {
@@ -55,7 +57,7 @@ public:
             throw std::length_error("case index too large");
         if (index >= filesPerIndex_.size())
             filesPerIndex_.resize(index + 1);
-        filesPerIndex_[index][number->second].push_back(path);
+        filesPerIndex_[index][number->second].push_back(std::move(path));
     }
 
     bool isEmpty() const override { return filesPerIndex_.empty(); }
@@ -84,6 +86,8 @@ private:
 } // namespace
 
 struct AuxFileIdentifierValidator::Impl {
+    using FilesByPath = std::map<std::string, boost::shared_ptr<AuxFileInfoInterface>>;
+
     Impl(const IdentifierProviderInterface& provider,
          std::vector<boost::shared_ptr<AuxFileInfoInterface>> auxFiles,
          boost::shared_ptr<TagValidator> tagValidator)
@@ -91,20 +95,26 @@ struct AuxFileIdentifierValidator::Impl {
     {
         QStringList candidates;
         candidates.reserve(static_cast<int>(this->auxFiles.size()));
+        entryOfCandidate.reserve(this->auxFiles.size());
         for (const auto& file : this->auxFiles) {
             candidates.append(QString::fromStdString(file->filePath()));
             // The way back from QString is how a selected candidate finds its file again, also
             // where the path is not UTF-8 and differs from it.
-            pathMap[candidates.back().toStdString()] = file;
+            const auto entry =
+                pathMap.emplace_hint(pathMap.end(), candidates.back().toStdString(), nullptr);
+            entry->second = file;
+            entryOfCandidate.emplace_back(entry);
         }
         syntaxFilter = boost::make_shared<CachingSyntaxNameFilter>(candidates);
     }
 
     const IdentifierProviderInterface& provider;
     std::vector<boost::shared_ptr<AuxFileInfoInterface>> auxFiles;
-    std::map<std::string, boost::shared_ptr<AuxFileInfoInterface>> pathMap;
+    FilesByPath pathMap;
     boost::shared_ptr<TagValidator> tagValidator;
     boost::shared_ptr<CachingSyntaxNameFilter> syntaxFilter;
+    // Where in pathMap the path of each candidate stands, so that selecting looks nothing up.
+    std::vector<FilesByPath::const_iterator> entryOfCandidate;
 };
 
 AuxFileIdentifierValidator::IdentifierProviderInterface::~IdentifierProviderInterface() = default;
@@ -154,9 +164,11 @@ boost::shared_ptr<AuxFileCollectionInterface> AuxFileIdentifierValidator::auxFil
         if (!impl_->tagValidator->validate(identifier.tag).isValid() ||
             !impl_->syntaxFilter->validate(identifier.syntaxName).isValid())
             continue;
-        for (const QString& path : impl_->syntaxFilter->filter(identifier.syntaxName)) {
-            const auto& file = impl_->pathMap.find(path.toStdString())->second;
-            if (recorded.insert(file).second)
+        for (const int position : impl_->syntaxFilter->selectedPositions(identifier.syntaxName)) {
+            const auto& file = impl_->entryOfCandidate[static_cast<std::size_t>(position)]->second;
+            const std::size_t count = recorded.size();
+            recorded.insert(recorded.end(), file);
+            if (recorded.size() != count)
                 collection->addFile(file->caseIndex(), identifier.tag, file->filePath());
         }
     }

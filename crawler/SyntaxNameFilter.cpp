@@ -1,5 +1,7 @@
 #include "crawler/SyntaxNameFilter.h"
 
+#include <algorithm>
+
 #include <QRegExp>
 #include <QString>
 
@@ -7,24 +9,101 @@ template class ortelo::ValidatorInterface<std::string>;
 
 namespace {
 
+const QChar anyCharacters('*');
+const QChar oneCharacter('?');
+
 // A catch-all would select every candidate; it is refused on purpose.
 bool passesAsteriskTest(const std::string& name)
 {
     return name.find_first_not_of('*') != std::string::npos;
 }
 
-QStringList selection(const QStringList& syntaxes, const std::string& name)
-{
-    const QRegExp expression(QString::fromStdString(name), Qt::CaseSensitive, QRegExp::Wildcard);
-    QStringList selected;
-    for (const QString& syntax : syntaxes) {
-        if (expression.lastIndexIn(syntax, -1, QRegExp::CaretAtZero) == -1)
-            continue;
-        const QString match = expression.capturedTexts().at(0);
-        if (syntax.endsWith(match, Qt::CaseSensitive))
-            selected.append(syntax);
+// The rule as it is defined: the last match, searched backwards, is also the candidate's end.
+class ExpressionMatch {
+public:
+    explicit ExpressionMatch(const QString& name)
+        : expression_(name, Qt::CaseSensitive, QRegExp::Wildcard)
+    {
     }
-    return selected;
+
+    bool selects(const QString& candidate) const
+    {
+        return expression_.lastIndexIn(candidate, -1, QRegExp::CaretAtZero) != -1 &&
+               candidate.endsWith(expression_.capturedTexts().at(0), Qt::CaseSensitive);
+    }
+
+private:
+    QRegExp expression_;
+};
+
+// The same for names of literals, '*' and '?', without an expression. Such a name is a list of runs
+// with any text between them. Where a candidate ends with the last run and holds the others in
+// order to the left of it, the last match reaches the candidate's end; where it does not, no match
+// does. A match that closes with an asterisk always reaches it.
+class RunMatch {
+public:
+    // False for names with sets, and with characters that QRegExp reads in ways of its own.
+    static bool canRead(const QString& name)
+    {
+        return std::none_of(
+                   name.begin(), name.end(),
+                   [](QChar c) { return c == '[' || c == ']' || c == '\\' || c.isNull(); }) &&
+               std::any_of(name.begin(), name.end(), [](QChar c) { return c != anyCharacters; });
+    }
+
+    explicit RunMatch(const QString& name)
+        : runs_(name.split(anyCharacters)), isOpenEnded_(name.endsWith(anyCharacters))
+    {
+        runs_.removeAll(QString());
+    }
+
+    bool selects(const QString& candidate) const
+    {
+        // The runs from number `run` on have been found, the first of those at `begin`.
+        int begin = candidate.size();
+        int run = runs_.size();
+        if (!isOpenEnded_) {
+            --run;
+            begin -= runs_[run].size();
+            if (begin < 0 || !standsAt(candidate, begin, runs_[run]))
+                return false;
+        }
+        while (run > 0) {
+            --run;
+            begin = lastPositionBefore(candidate, begin, runs_[run]);
+            if (begin < 0)
+                return false;
+        }
+        return true;
+    }
+
+private:
+    static bool standsAt(const QString& candidate, int position, const QString& run)
+    {
+        return std::equal(
+            run.begin(), run.end(), candidate.begin() + position,
+            [](QChar wanted, QChar c) { return wanted == c || wanted == oneCharacter; });
+    }
+
+    // The last position of `run` in front of `end`, or a negative number.
+    static int lastPositionBefore(const QString& candidate, int end, const QString& run)
+    {
+        int position = end - run.size();
+        while (position >= 0 && !standsAt(candidate, position, run))
+            --position;
+        return position;
+    }
+
+    QStringList runs_;
+    bool isOpenEnded_;
+};
+
+// Calls `act` with the match that suits `name`.
+template <class Act> auto withMatch(const std::string& name, Act act)
+{
+    const QString syntaxName = QString::fromStdString(name);
+    return RunMatch::canRead(syntaxName) ? act(RunMatch(syntaxName))
+                                         : act(ExpressionMatch(syntaxName));
 }
 
 } // namespace
@@ -40,13 +119,35 @@ SyntaxNameFilter::~SyntaxNameFilter() = default;
 
 QStringList SyntaxNameFilter::filter(const std::string& name) const
 {
-    return passesAsteriskTest(name) ? selection(syntaxes_, name) : QStringList();
+    QStringList selected;
+    for (const int position : selectedPositions(name))
+        selected.append(syntaxes_[position]);
+    return selected;
 }
 
 ortelo::ValidationResult SyntaxNameFilter::validate(const std::string& name) const
 {
     ortelo::ValidationResult result;
-    if (!passesAsteriskTest(name) || selection(syntaxes_, name).isEmpty())
+    const bool selectsAny =
+        passesAsteriskTest(name) && withMatch(name, [this](const auto& match) {
+            return std::any_of(syntaxes_.begin(), syntaxes_.end(),
+                               [&](const QString& syntax) { return match.selects(syntax); });
+        });
+    if (!selectsAny)
         result.setErrorString("Invalid pattern.");
     return result;
+}
+
+std::vector<int> SyntaxNameFilter::selectedPositions(const std::string& name) const
+{
+    std::vector<int> positions;
+    if (!passesAsteriskTest(name))
+        return positions;
+    withMatch(name, [&](const auto& match) {
+        for (int position = 0; position < syntaxes_.size(); ++position) {
+            if (match.selects(syntaxes_[position]))
+                positions.push_back(position);
+        }
+    });
+    return positions;
 }

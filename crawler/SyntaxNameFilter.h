@@ -2,6 +2,7 @@
 #define CRAWLER_SYNTAXNAMEFILTER_H
 
 #include <string>
+#include <vector>
 
 #include <QStringList>
 
@@ -33,6 +34,10 @@ public:
     /// Valid when `name` selects at least one candidate, otherwise invalid with the message
     /// "Invalid pattern.".
     ortelo::ValidationResult validate(const std::string& name) const override;
+
+protected:
+    /// Where the candidates that filter() selects stand in the list, from 0, ascending.
+    std::vector<int> selectedPositions(const std::string& name) const;
 
 private:
     QStringList syntaxes_;

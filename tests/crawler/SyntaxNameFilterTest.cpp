@@ -276,12 +276,44 @@ void expectTheRule(const Texts& names, const Texts& candidates, std::size_t& sel
 
 TEST(SyntaxNameFilter, EqualsTheRuleForAllShortNamesAndTexts)
 {
-    const std::string alphabet = "ab*?[]./";
+    const std::string alphabet = "ab*?[]^\\-./";
     std::size_t selections = 0;
 
-    expectTheRule(textsUpTo(alphabet, 4), textsUpTo(alphabet, 3), selections);
+    expectTheRule(textsUpTo(alphabet, 3), textsUpTo(alphabet, 3), selections);
+    expectTheRule(allTexts(alphabet, 4), textsUpTo(alphabet, 2), selections);
 
-    EXPECT_GT(selections, 40000u);
+    EXPECT_GT(selections, 20000u);
+}
+
+TEST(SyntaxNameFilter, EqualsTheRuleForAllNamesOfLettersAndWildcards)
+{
+    std::size_t selections = 0;
+
+    expectTheRule(textsUpTo("ab*?", 5), textsUpTo("ab", 5), selections);
+    expectTheRule(textsUpTo("a*?", 7), textsUpTo("ab", 4), selections);
+
+    EXPECT_GT(selections, 20000u);
+}
+
+TEST(SyntaxNameFilter, EqualsTheRuleForNamesWithPeculiarCharacters)
+{
+    const Texts pieces = {std::string(1, '\0'),
+                          "\xef\xbb\xbf",
+                          "\xef\xbf\xbd",
+                          "\xf0\x9f\x98\x80",
+                          "*",
+                          "?",
+                          "a",
+                          "\n"};
+    Texts all = {""};
+    for (std::size_t i = 0; all.size() < 8 * 8 * 8; ++i)
+        for (const std::string& piece : pieces)
+            all.push_back(all[i] + piece);
+    std::size_t selections = 0;
+
+    expectTheRule(all, all, selections);
+
+    EXPECT_GT(selections, 1000u);
 }
 
 std::string randomText(std::mt19937& random, const Texts& letters, std::size_t maxLength)
@@ -321,6 +353,43 @@ TEST(SyntaxNameFilter, EqualsTheRuleForRandomLongerNamesAndTexts)
             return;
     }
     EXPECT_GT(selections, 1000u);
+}
+
+TEST(SyntaxNameFilter, EqualsTheRuleForNamesMadeFromLongPaths)
+{
+    const unsigned seed = 3;
+    std::mt19937 random(seed);
+    const Texts letters = {"a", "b", "/", ".", "aa", "ab"};
+    std::size_t selections = 0;
+    for (int round = 0; round < 800; ++round) {
+        Texts candidates(1 + random() % 4);
+        for (std::string& candidate : candidates)
+            candidate = randomText(random, letters, 60);
+        Texts names;
+        for (const std::string& candidate : candidates) {
+            // Pieces of a candidate in their order, with wildcards for what is left out.
+            std::string name;
+            for (std::size_t i = random() % 20; i < candidate.size();) {
+                const std::size_t length = 1 + random() % 12;
+                name += candidate.substr(i, length);
+                i += length;
+                if (random() % 2 == 0) {
+                    name += "*";
+                    i += random() % 9;
+                } else if (random() % 2 == 0) {
+                    name += "?";
+                    ++i;
+                }
+            }
+            names.push_back(name);
+        }
+        SCOPED_TRACE("seed " + std::to_string(seed) + ", round " + std::to_string(round) +
+                     ", candidates " + testing::PrintToString(candidates));
+        expectTheRule(names, candidates, selections);
+        if (HasFatalFailure())
+            return;
+    }
+    EXPECT_GT(selections, 500u);
 }
 
 } // namespace
