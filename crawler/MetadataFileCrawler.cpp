@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <locale>
 #include <utility>
 
 #include <boost/format.hpp>
@@ -53,7 +54,43 @@ vtkVariant makeCaseCell(const std::string& text, MetadataPattern::ValueType valu
         if (!boost::conversion::try_lexical_convert(text, number))
             return nullVariant;
     }
-    return vtkVariant(vtkVariant(text.c_str()), VTK_STRING);
+    return vtkVariant(text.c_str());
+}
+
+// boost::lexical_cast reads numbers as the host's global locale writes them.
+bool numbersAreClassic()
+{
+    return std::locale() == std::locale::classic();
+}
+
+const char* skipDigits(const char* text)
+{
+    while (*text >= '0' && *text <= '9')
+        ++text;
+    return text;
+}
+
+// True for the plain forms: a sign, digits with a fraction, an exponent of one or two digits, all
+// so short that nothing overflows. Where numbers are classic, boost::lexical_cast<double> accepts
+// each of them. Of other texts this says nothing.
+bool isPlainNumber(const std::string& text)
+{
+    const std::size_t longestPlainNumber = 64;
+    if (text.size() > longestPlainNumber)
+        return false;
+    const char* const begin = text.c_str() + (text[0] == '-' || text[0] == '+' ? 1 : 0);
+    const char* end = skipDigits(begin);
+    if (end == begin)
+        return false;
+    if (*end == '.')
+        end = skipDigits(end + 1);
+    if (*end == 'e' || *end == 'E') {
+        const char* const digits = end + (end[1] == '-' || end[1] == '+' ? 2 : 1);
+        end = skipDigits(digits);
+        if (end == digits || end > digits + 2)
+            return false;
+    }
+    return end == text.c_str() + text.size();
 }
 
 vtkSmartPointer<vtkAbstractArray> makeColumn(MetadataPattern::ValueType valueType)
@@ -80,15 +117,42 @@ void addCaseColumns(
     }
 }
 
-void addCaseRows(const CrawlerImporterParserInterface& parser,
-                 std::vector<MetadataPattern> patterns, vtkTable& table)
+// A column of the table by its kind. Both are empty where the table refused the column, because the
+// parser's number of cases changed under way.
+struct CaseColumn {
+    vtkStringArray* texts;
+    vtkVariantArray* variants;
+};
+
+// Puts makeCaseCell(text, valueType) into the column, without the detours that the common texts do
+// not need.
+void setCell(const CaseColumn& column, vtkIdType row, const std::string& text,
+             MetadataPattern::ValueType valueType, bool acceptPlainNumbers)
 {
+    if (column.texts != nullptr)
+        column.texts->SetValue(row, text.c_str());
+    else if (column.variants != nullptr && acceptPlainNumbers && isPlainNumber(text))
+        column.variants->SetValue(row, vtkVariant(text.c_str()));
+    else if (column.variants != nullptr)
+        column.variants->SetValue(row, makeCaseCell(text, valueType));
+}
+
+void addCaseRows(
+    const CrawlerImporterParserInterface& parser,
+    std::vector<MetadataPattern> patterns, // NOLINT(performance-unnecessary-value-param)
+    vtkTable& table)
+{
+    std::vector<CaseColumn> columns;
+    for (std::size_t j = 0; j < patterns.size(); ++j) {
+        vtkAbstractArray* const column = table.GetColumn(static_cast<vtkIdType>(j));
+        columns.push_back(
+            {vtkStringArray::SafeDownCast(column), vtkVariantArray::SafeDownCast(column)});
+    }
+    const bool acceptPlainNumbers = numbersAreClassic();
     for (std::size_t row = 0; row < parser.numDefinedCases(); ++row) {
-        const auto values = vtkSmartPointer<vtkVariantArray>::New();
         for (std::size_t j = 0; j < patterns.size(); ++j)
-            values->InsertNextValue(
-                makeCaseCell(parser.caseMetadataSValue(row, j), patterns[j].valueType));
-        table.SetRow(static_cast<vtkIdType>(row), values);
+            setCell(columns[j], static_cast<vtkIdType>(row), parser.caseMetadataSValue(row, j),
+                    patterns[j].valueType, acceptPlainNumbers);
     }
 }
 
@@ -133,11 +197,13 @@ void MetadataFileCrawler::setCrawlResult(const FolderCrawler::Result& result)
         throw ortelo::ExceptionBase(
             "The specified path: " + folder->fullPath() + " is not readable.", false);
 
-    // Copied whole before anything changes, so that running out of memory here changes nothing.
-    FolderCrawler::Result accepted = result;
-    impl_->crawlResult.folder.swap(accepted.folder);
-    impl_->crawlResult.files.swap(accepted.files);
-    impl_->crawlResult.errorString.swap(accepted.errorString);
+    {
+        // Copied whole before anything changes, so that running out of memory here changes nothing.
+        FolderCrawler::Result accepted = result;
+        impl_->crawlResult.folder.swap(accepted.folder);
+        impl_->crawlResult.files.swap(accepted.files);
+        impl_->crawlResult.errorString.swap(accepted.errorString);
+    }
     const boost::shared_ptr<CrawlerImporterParserInterface> parser = impl_->parser;
     for (const std::string& path : impl_->crawlResult.files)
         parser->appendRawFilePath(path);

@@ -1,4 +1,5 @@
 #include <cstddef>
+#include <locale>
 #include <memory>
 #include <new>
 #include <random>
@@ -12,6 +13,7 @@
 #include <boost/shared_ptr.hpp>
 
 #include <vtkAbstractArray.h>
+#include <vtkObject.h>
 #include <vtkSmartPointer.h>
 #include <vtkStringArray.h>
 #include <vtkTable.h>
@@ -220,6 +222,24 @@ TEST(MetadataFileCrawlerExtract, StopsTheRowsWhenTheParserNoLongerHasThem)
               given.parserCalls());
 }
 
+TEST(MetadataFileCrawlerExtract, FillsTheColumnsThatItHasWhenTheParsersCountChangesBetweenThem)
+{
+    vtkObject::GlobalWarningDisplayOff();
+    const Arrangement given({{"T", String}, {"P", Number}}, {{"a", "1"}, {"b", "2"}, {"c", "3"}});
+    int counts = 0;
+    given.parser->hook = [&](const std::string& call) {
+        if (call == "numDefinedCases()" && ++counts == 3)
+            given.parser->cases.resize(2);
+    };
+    RecordingContext context;
+
+    given.importer->extract(context);
+
+    vtkObject::GlobalWarningDisplayOn();
+    EXPECT_EQ((Texts{"T"}), columnNames(*context.table));
+    EXPECT_EQ((Cases{{"a"}, {"b"}, {""}}), cells(*context.table));
+}
+
 TEST(MetadataFileCrawlerExtract, PutsTheCasesInRowsAndThePatternsInColumns)
 {
     const vtkSmartPointer<vtkTable> table =
@@ -413,6 +433,115 @@ TEST(MetadataFileCrawlerExtract, AgreesWithLexicalCastOnRandomNumberTexts)
 
         ASSERT_EQ(expected, columnOf(Number, texts));
     }
+}
+
+/// Every text of up to `length` letters of `alphabet`.
+Texts allTexts(const std::string& alphabet, std::size_t length)
+{
+    Texts texts = {""};
+    std::size_t shorter = 0;
+    for (std::size_t i = 0; i < length; ++i) {
+        const std::size_t end = texts.size();
+        for (; shorter < end; ++shorter) {
+            for (const char letter : alphabet)
+                texts.push_back(texts[shorter] + letter);
+        }
+    }
+    return texts;
+}
+
+/// The cells that the definition gives for number texts, and how many of them are kept.
+Texts cellsByLexicalCast(const Texts& texts, std::size_t& kept)
+{
+    Texts cells;
+    for (const std::string& text : texts) {
+        double number = 0;
+        const bool converts = boost::conversion::try_lexical_convert(text, number);
+        kept += converts ? 1 : 0;
+        cells.push_back(converts ? text : "NULL");
+    }
+    return cells;
+}
+
+TEST(MetadataFileCrawlerExtract, AgreesWithLexicalCastOnAllShortNumberTexts)
+{
+    const Texts texts = allTexts("019+-.eEDnaifx", 4);
+    std::size_t kept = 0;
+    const Texts expected = cellsByLexicalCast(texts, kept);
+
+    const Texts column = columnOf(Number, texts);
+
+    ASSERT_EQ(41371u, texts.size());
+    ASSERT_GT(kept, 500u);
+    for (std::size_t i = 0; i < texts.size(); ++i)
+        ASSERT_EQ(expected[i], column[i]) << "for the text \"" << texts[i] << "\"";
+}
+
+TEST(MetadataFileCrawlerExtract, AgreesWithLexicalCastOnLongDigitStringsAndLargeExponents)
+{
+    Texts texts;
+    for (const std::size_t length :
+         {1, 15, 30, 59, 60, 61, 62, 63, 64, 65, 66, 300, 308, 309, 400}) {
+        for (const char* const sign : {"", "-", "+"}) {
+            for (const std::string& digits :
+                 {std::string(length, '9'), std::string(length, '0'),
+                  "1" + std::string(length - 1, '0'), "0." + std::string(length, '0') + "1",
+                  std::string(length, '9') + ".", std::string(length, '1') + "." + "5"}) {
+                for (const char* const exponent : {"",      "e",           "e5",
+                                                   "E+05",  "e-5",         "e99",
+                                                   "e-99",  "e100",        "e-100",
+                                                   "e245",  "e250",        "e307",
+                                                   "e308",  "e309",        "e-307",
+                                                   "e-308", "e-323",       "e-324",
+                                                   "e-400", "e0000000099", "e99999999999999999999",
+                                                   "D5"})
+                    texts.push_back(sign + digits + exponent);
+            }
+        }
+    }
+    std::size_t kept = 0;
+    const Texts expected = cellsByLexicalCast(texts, kept);
+
+    const Texts column = columnOf(Number, texts);
+
+    ASSERT_GT(kept, texts.size() / 3);
+    ASSERT_LT(kept, texts.size());
+    for (std::size_t i = 0; i < texts.size(); ++i)
+        ASSERT_EQ(expected[i], column[i]) << "for the text \"" << texts[i] << "\"";
+}
+
+/// A host that writes numbers with a decimal comma everywhere, until the end of the scope.
+class GlobalDecimalComma {
+public:
+    GlobalDecimalComma()
+        : previous_(std::locale::global(std::locale(std::locale::classic(), new Comma)))
+    {
+    }
+    ~GlobalDecimalComma() { std::locale::global(previous_); }
+    GlobalDecimalComma(const GlobalDecimalComma&) = delete;
+    GlobalDecimalComma& operator=(const GlobalDecimalComma&) = delete;
+
+private:
+    struct Comma : std::numpunct<char> {
+        char do_decimal_point() const override { return ','; }
+    };
+
+    std::locale previous_;
+};
+
+TEST(MetadataFileCrawlerExtract, AgreesWithLexicalCastUnderTheGlobalLocaleOfItsHost)
+{
+    const Texts texts = allTexts("15.,e-", 4);
+    std::size_t kept = 0;
+    const GlobalDecimalComma host;
+    const Texts expected = cellsByLexicalCast(texts, kept);
+
+    const Texts column = columnOf(Number, texts);
+
+    EXPECT_EQ((Texts{"1,5", "NULL"}), columnOf(Number, {"1,5", "1.5"}));
+    ASSERT_GT(kept, 100u);
+    for (std::size_t i = 0; i < texts.size(); ++i)
+        ASSERT_EQ(expected[i], column[i]) << "for the text \"" << texts[i] << "\"";
 }
 
 TEST(MetadataFileCrawlerExtract, GivesTwoDistinctTablesOfTheSameContentForTwoCalls)
