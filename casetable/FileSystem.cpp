@@ -1,5 +1,6 @@
 #include "casetable/FileSystem.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <optional>
@@ -169,6 +170,27 @@ template <class Visit> void readEntries(int folder, Visit visit)
     }
 }
 
+struct Listed {
+    std::string name;
+    Kind kind;
+};
+
+// The order of the paths below: a folder's go on with a separator. A tree walked in it gives all
+// its files in byte order of path, which is what the importer keeps them in.
+bool standsBefore(const Listed& left, const Listed& right)
+{
+    const std::size_t length = std::min(left.name.size(), right.name.size());
+    const int order = left.name.compare(0, length, right.name, 0, length);
+    if (order != 0)
+        return order < 0;
+    const auto next = [length](const Listed& listed) {
+        if (length < listed.name.size())
+            return int{static_cast<unsigned char>(listed.name[length])};
+        return listed.kind == Kind::File ? -1 : int{'/'};
+    };
+    return next(left) < next(right);
+}
+
 // One entry of a listing, or the root.
 class Entry : public FileInfoInterface {
 public:
@@ -248,16 +270,25 @@ private:
         if (fileSystem_.followLinks)
             folder->setStatus(statusAt(opened.number(), "", AT_EMPTY_PATH));
 
-        std::vector<boost::shared_ptr<FileInfoInterface const>> entries;
+        std::vector<Listed> listed;
         readEntries(opened.number(), [&](const char* name, unsigned char type) {
             const std::optional<Kind> kind = kindOf(*folder, opened.number(), name, type);
-            if (!kind || isLeftOut(*folder, opened.number(), name, *kind))
-                return;
-            if (*kind == Kind::File)
-                ++fileSystem_.filesSeen;
-            entries.emplace_back(boost::make_shared<Entry>(fileSystem_, folder, name, *kind));
+            if (kind && !isLeftOut(*folder, opened.number(), name, *kind))
+                listed.push_back({name, *kind});
         });
         folder->keep(std::move(opened));
+
+        std::sort(listed.begin(), listed.end(), standsBefore);
+        std::vector<boost::shared_ptr<FileInfoInterface const>> entries;
+        entries.reserve(listed.size());
+        std::size_t files = 0;
+        for (Listed& each : listed) {
+            if (each.kind == Kind::File)
+                ++files;
+            entries.emplace_back(
+                boost::make_shared<Entry>(fileSystem_, folder, std::move(each.name), each.kind));
+        }
+        fileSystem_.filesSeen += files;
         return entries;
     }
 

@@ -1,7 +1,10 @@
 #include "casetable/FileSystem.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <list>
 #include <map>
+#include <random>
 #include <set>
 #include <string>
 #include <vector>
@@ -12,6 +15,7 @@
 
 #include <gtest/gtest.h>
 
+#include "crawler/FolderCrawler.h"
 #include "host/ExceptionBase.h"
 #include "tests/casetable/OrdinaryUser.h"
 #include "tests/casetable/Sanitizer.h"
@@ -96,6 +100,45 @@ TEST(FileSystem, LeavesOutWhatIsNeitherFileNorFolder)
 
     ASSERT_EQ(entries.size(), 1u);
     EXPECT_EQ(entries.begin()->first, "folder");
+}
+
+TEST(FileSystem, ListsInByteOrderOfThePathsBelow)
+{
+    const TemporaryTree tree;
+    for (const char* const file : {"b", "a.txt", "a!", "A", "a0", "ab", "\xff", "a/x"})
+        tree.file(file);
+
+    FileSystem fileSystem;
+
+    std::vector<std::string> names;
+    for (const EntryPtr& entry : fileSystemRoot(fileSystem, tree.path())->entries(std::string()))
+        names.push_back(entry->fileName());
+
+    // The folder stands where its path goes on with a separator: behind '!' and '.', before '0'.
+    EXPECT_EQ(names, (std::vector<std::string>{"A", "a!", "a.txt", "a", "a0", "ab", "b", "\xff"}));
+}
+
+TEST(FileSystem, GivesAWalkInByteOrderOfItsPaths)
+{
+    const TemporaryTree tree;
+    const unsigned seed = 7;
+    std::mt19937 random(seed);
+    const std::string letters = "a!.0\xff";
+    for (int i = 0; i < 300; ++i) {
+        std::string path = "d";
+        for (auto length = random() % 5; length > 0; --length)
+            path += random() % 4 == 0 && path.back() != '/' ? '/' : letters[random() % 5];
+        tree.file(path + "f" + std::to_string(i));
+    }
+    FileSystem fileSystem;
+    FolderCrawler crawler(fileSystemRoot(fileSystem, tree.path()));
+
+    crawler.start();
+    crawler.wait();
+
+    const std::list<std::string>& files = crawler.result().files;
+    EXPECT_EQ(files.size(), 300u);
+    EXPECT_TRUE(std::is_sorted(files.begin(), files.end())) << testing::PrintToString(files);
 }
 
 TEST(FileSystem, TakesNamesAsBytes)
