@@ -56,9 +56,16 @@ void Console::warning(const std::string& message)
 
 void Console::note(const std::string& message)
 {
+    if (!showsNotes())
+        return;
     const std::lock_guard<std::mutex> lock(mutex_);
-    if (terminal_ && !quiet_)
-        writeLine(message);
+    writeLine(message);
+}
+
+bool Console::showsNotes() const
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return terminal_ && !quiet_;
 }
 
 void Console::setStatus(const std::string& text)

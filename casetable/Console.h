@@ -24,6 +24,9 @@ public:
     /// A remark on how it went, shown on a terminal unless quiet.
     void note(const std::string& message);
 
+    /// Whether notes are shown.
+    bool showsNotes() const;
+
     /// Shows `text`, cut to the terminal's width, in place of the last status; on a terminal unless
     /// quiet.
     void setStatus(const std::string& text);
@@ -36,7 +39,7 @@ private:
     const bool terminal_;
     bool quiet_ = false;
     bool statusShown_ = false;
-    std::mutex mutex_;
+    mutable std::mutex mutex_;
 };
 
 } // namespace casetable

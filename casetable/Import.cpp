@@ -97,13 +97,13 @@ chooseAuxFiles(const MetadataFileCrawler& importer,
 
 } // namespace
 
-Import::Import(FolderCrawler::Result result, const std::vector<MetadataPattern>& patterns,
+Import::Import(std::unique_ptr<FolderCrawler> crawler, const std::vector<MetadataPattern>& patterns,
                const std::vector<AuxFileIdentifier>& identifiers)
     : importer_(makeParser())
 {
     try {
-        importer_.setCrawlResult(result);
-        result = FolderCrawler::Result(); // The importer has its own copy; there may be many files.
+        importer_.setCrawlResult(crawler->result());
+        crawler.reset();
         try {
             importer_.setMetadataPatternList(patterns);
         } catch (const std::out_of_range& failure) {

@@ -1,6 +1,7 @@
 #ifndef CASETABLE_IMPORT_H
 #define CASETABLE_IMPORT_H
 
+#include <memory>
 #include <vector>
 
 #include <boost/shared_ptr.hpp>
@@ -19,11 +20,13 @@ namespace casetable {
 /// A finished import: the importer for questions about files, and what it extracted.
 class Import {
 public:
-    /// Runs the importer on a finished walk. Identifiers are looked at only when there are cases.
+    /// Runs the importer on a finished walk, and destroys the crawler when the importer has its own
+    /// copy of the result; there may be many files. Identifiers are looked at only when there are
+    /// cases.
     ///
     /// Throws Failure with ExitCode::ImportFailed when the importer refuses the folder, an
     /// identifier selects nothing or the markers overlap in a path.
-    Import(FolderCrawler::Result result, const std::vector<MetadataPattern>& patterns,
+    Import(std::unique_ptr<FolderCrawler> crawler, const std::vector<MetadataPattern>& patterns,
            const std::vector<AuxFileIdentifier>& identifiers);
 
     const MetadataFileCrawler& importer() const { return importer_; }

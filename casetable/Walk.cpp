@@ -3,6 +3,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <exception>
+#include <memory>
 #include <mutex>
 #include <utility>
 
@@ -47,7 +48,7 @@ private:
     bool happened_ = false;
 };
 
-// What the crawl's thread tells the caller's. Outlives the thread.
+// What the crawl's thread tells the caller's.
 struct Course {
     Event started;
     Event finished;
@@ -58,30 +59,32 @@ struct Course {
 // the program.
 class Crawl : public FolderCrawler {
 public:
-    Crawl(boost::shared_ptr<FileInfoInterface const> root, Course& course)
-        : FolderCrawler(std::move(root)), course_(course)
+    explicit Crawl(boost::shared_ptr<FileInfoInterface const> root)
+        : FolderCrawler(std::move(root)), course_(std::make_shared<Course>())
     {
     }
+
+    Course& course() const { return *course_; }
 
     void run() override
     {
         // The base's destructor waits for this thread, so what belongs to the derived object may be
         // gone before run() ends.
-        Course& course = course_;
-        course.started.set();
+        const std::shared_ptr<Course> course = course_;
+        course->started.set();
         try {
             FolderCrawler::run();
         } catch (...) {
-            course.failure = std::current_exception();
+            course->failure = std::current_exception();
         }
-        course.finished.set();
+        course->finished.set();
     }
 
 private:
-    Course& course_;
+    const std::shared_ptr<Course> course_;
 };
 
-void start(Crawl& crawl, Course& course)
+void start(Crawl& crawl)
 {
     {
         const SignalsBlocked signalsBlocked;
@@ -90,7 +93,7 @@ void start(Crawl& crawl, Course& course)
     if (!crawl.isRunning() && !crawl.isFinished())
         throw Failure(ExitCode::ImportFailed, "the system has no thread left for the walk");
     // From here on the thread is inside run(), so that the crawl may be destroyed at any time.
-    course.started.wait();
+    crawl.course().started.wait();
 }
 
 // Clears the status line however the walk ends.
@@ -125,15 +128,16 @@ std::string withPath(const std::string& text, const std::string& path)
 
 } // namespace
 
-FolderCrawler::Result walk(FileSystem& fileSystem, const std::string& path, Console& console)
+std::unique_ptr<FolderCrawler> walk(FileSystem& fileSystem, const std::string& path,
+                                    Console& console)
 {
-    Course course;
     Progress progress;
     StatusLine status(console);
-    Crawl crawl(fileSystemRoot(fileSystem, path), course);
-    QObject::connect(&crawl, SIGNAL(processingDirectory(QString)), &progress,
+    auto crawl = std::make_unique<Crawl>(fileSystemRoot(fileSystem, path));
+    Course& course = crawl->course();
+    QObject::connect(crawl.get(), SIGNAL(processingDirectory(QString)), &progress,
                      SLOT(enterFolder(QString)), Qt::DirectConnection);
-    start(crawl, course);
+    start(*crawl);
     while (!course.finished.waitFor(interruptInterval)) {
         if (isInterrupted()) {
             // The walk stops at its next entry. Should the system keep it waiting for that, a
@@ -143,15 +147,15 @@ FolderCrawler::Result walk(FileSystem& fileSystem, const std::string& path, Cons
         }
         status.update(progress, fileSystem);
     }
-    crawl.wait();
+    crawl->wait();
     throwIfInterrupted();
     if (course.failure)
         std::rethrow_exception(course.failure);
 
-    FolderCrawler::Result result = crawl.result();
-    if (!result.errorString.isNull())
-        throw Failure(ExitCode::ImportFailed, withPath(result.errorString.toStdString(), path));
-    return result;
+    const QString& error = crawl->result().errorString;
+    if (!error.isNull())
+        throw Failure(ExitCode::ImportFailed, withPath(error.toStdString(), path));
+    return crawl;
 }
 
 } // namespace casetable

@@ -1,6 +1,7 @@
 #ifndef CASETABLE_WALK_H
 #define CASETABLE_WALK_H
 
+#include <memory>
 #include <string>
 
 #include "crawler/FolderCrawler.h"
@@ -10,11 +11,14 @@ namespace casetable {
 class Console;
 struct FileSystem;
 
-/// Crawls the tree at `path` on a thread of its own and shows the progress on `console`.
+/// Crawls the tree at `path` on a thread of its own, shows the progress on `console` and returns
+/// the crawler when its thread has finished. Its entries refer to `fileSystem`, which must outlive
+/// it.
 ///
 /// Throws Failure when the walk fails, with the crawler's text and the path, and Interrupted, after
 /// the walk has stopped, when a signal comes in.
-FolderCrawler::Result walk(FileSystem& fileSystem, const std::string& path, Console& console);
+std::unique_ptr<FolderCrawler> walk(FileSystem& fileSystem, const std::string& path,
+                                    Console& console);
 
 } // namespace casetable
 

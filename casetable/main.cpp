@@ -69,6 +69,8 @@ ExitCode conclude(const Options& options, const Import& import, Console& console
                                   : failureSummary(import.importer(), options.patterns)));
         return ExitCode::NoCases;
     }
+    if (!console.showsNotes())
+        return ExitCode::Cases; // Counting takes memory for as many files as there are.
     const std::size_t matched = import.importer().identifiedAuxFiles().size();
     const bool mention = matched != files && options.rows != Rows::Unmatched;
     console.note("cases: " + std::to_string(import.table().GetNumberOfRows()) + ", from " +
