@@ -273,22 +273,20 @@ private:
         std::vector<Listed> listed;
         readEntries(opened.number(), [&](const char* name, unsigned char type) {
             const std::optional<Kind> kind = kindOf(*folder, opened.number(), name, type);
-            if (kind && !isLeftOut(*folder, opened.number(), name, *kind))
-                listed.push_back({name, *kind});
+            if (!kind || isLeftOut(*folder, opened.number(), name, *kind))
+                return;
+            if (*kind == Kind::File)
+                ++fileSystem_.filesSeen;
+            listed.push_back({name, *kind});
         });
         folder->keep(std::move(opened));
 
         std::sort(listed.begin(), listed.end(), standsBefore);
         std::vector<boost::shared_ptr<FileInfoInterface const>> entries;
         entries.reserve(listed.size());
-        std::size_t files = 0;
-        for (Listed& each : listed) {
-            if (each.kind == Kind::File)
-                ++files;
+        for (Listed& each : listed)
             entries.emplace_back(
                 boost::make_shared<Entry>(fileSystem_, folder, std::move(each.name), each.kind));
-        }
-        fileSystem_.filesSeen += files;
         return entries;
     }
 

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <map>
 #include <set>
 #include <stdexcept>
@@ -95,7 +96,8 @@ struct AuxFileIdentifierValidator::Impl {
     {
         QStringList candidates;
         candidates.reserve(static_cast<int>(this->auxFiles.size()));
-        entryOfCandidate.reserve(this->auxFiles.size());
+        std::vector<FilesByPath::const_iterator> entries;
+        entries.reserve(this->auxFiles.size());
         for (const auto& file : this->auxFiles) {
             candidates.append(QString::fromStdString(file->filePath()));
             // The way back from QString is how a selected candidate finds its file again, also
@@ -103,8 +105,11 @@ struct AuxFileIdentifierValidator::Impl {
             const auto entry =
                 pathMap.emplace_hint(pathMap.end(), candidates.back().toStdString(), nullptr);
             entry->second = file;
-            entryOfCandidate.emplace_back(entry);
+            entries.emplace_back(entry);
         }
+        fileOfCandidate.reserve(entries.size());
+        for (const auto& entry : entries)
+            fileOfCandidate.push_back(entry->second);
         syntaxFilter = boost::make_shared<CachingSyntaxNameFilter>(candidates);
     }
 
@@ -113,8 +118,8 @@ struct AuxFileIdentifierValidator::Impl {
     FilesByPath pathMap;
     boost::shared_ptr<TagValidator> tagValidator;
     boost::shared_ptr<CachingSyntaxNameFilter> syntaxFilter;
-    // Where in pathMap the path of each candidate stands, so that selecting looks nothing up.
-    std::vector<FilesByPath::const_iterator> entryOfCandidate;
+    // What pathMap holds for each candidate, so that selecting looks nothing up.
+    std::vector<boost::shared_ptr<AuxFileInfoInterface>> fileOfCandidate;
 };
 
 AuxFileIdentifierValidator::IdentifierProviderInterface::~IdentifierProviderInterface() = default;
@@ -160,14 +165,15 @@ boost::shared_ptr<AuxFileCollectionInterface> AuxFileIdentifierValidator::auxFil
 {
     const auto collection = boost::make_shared<AuxFileCollection>();
     std::set<boost::shared_ptr<AuxFileInfoInterface>> recorded;
+    auto next = recorded.end(); // Where the next file most likely belongs: they were made in a row.
     for (const AuxFileIdentifier& identifier : impl_->provider.identifiers()) {
         if (!impl_->tagValidator->validate(identifier.tag).isValid() ||
             !impl_->syntaxFilter->validate(identifier.syntaxName).isValid())
             continue;
         for (const int position : impl_->syntaxFilter->selectedPositions(identifier.syntaxName)) {
-            const auto& file = impl_->entryOfCandidate[static_cast<std::size_t>(position)]->second;
+            const auto& file = impl_->fileOfCandidate[static_cast<std::size_t>(position)];
             const std::size_t count = recorded.size();
-            recorded.insert(recorded.end(), file);
+            next = std::next(recorded.insert(next, file));
             if (recorded.size() != count)
                 collection->addFile(file->caseIndex(), identifier.tag, file->filePath());
         }

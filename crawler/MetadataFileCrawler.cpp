@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <locale>
+#include <new>
 #include <utility>
 
 #include <boost/format.hpp>
@@ -57,7 +58,8 @@ vtkVariant makeCaseCell(const std::string& text, MetadataPattern::ValueType valu
     return vtkVariant(text.c_str());
 }
 
-// boost::lexical_cast reads numbers as the host's global locale writes them.
+// boost::lexical_cast reads numbers as the host's global locale writes them. Asked once for all
+// cells: a locale does not change during an extraction.
 bool numbersAreClassic()
 {
     return std::locale() == std::locale::classic();
@@ -101,8 +103,8 @@ vtkSmartPointer<vtkAbstractArray> makeColumn(MetadataPattern::ValueType valueTyp
 }
 
 // The parser is asked for its number of cases once per column here and once before each row below:
-// a host's own parser relies on it. Both work on a copy of the patterns, so that nothing that the
-// parser calls back can change the list under way.
+// a host's own parser relies on it. Each works on a copy of the patterns of its own, so that
+// nothing that the parser calls back can change its list under way.
 void addCaseColumns(
     const CrawlerImporterParserInterface& parser,
     std::vector<MetadataPattern> patterns, // NOLINT(performance-unnecessary-value-param)
@@ -112,47 +114,82 @@ void addCaseColumns(
         const vtkSmartPointer<vtkAbstractArray> column = makeColumn(pattern.valueType);
         column->SetNumberOfComponents(1);
         column->SetNumberOfTuples(static_cast<vtkIdType>(parser.numDefinedCases()));
-        column->SetName(uniqueColumnName(pattern.pattern, table).c_str());
+        // A name ends at a NUL; so must what is made unique.
+        column->SetName(uniqueColumnName(pattern.pattern.c_str(), table).c_str());
         table.AddColumn(column);
     }
 }
 
-// A column of the table by its kind. Both are empty where the table refused the column, because the
-// parser's number of cases changed under way.
+// The fresh cells of a column by its kind; one of the two is null.
 struct CaseColumn {
-    vtkStringArray* texts;
-    vtkVariantArray* variants;
+    vtkStdString* texts;
+    vtkVariant* variants;
 };
 
-// Puts makeCaseCell(text, valueType) into the column, without the detours that the common texts do
-// not need.
-void setCell(const CaseColumn& column, vtkIdType row, const std::string& text,
-             MetadataPattern::ValueType valueType, bool acceptPlainNumbers)
+// A fresh cell owns nothing, so the text may be built in its place instead of being copied there.
+void buildCell(vtkVariant& cell, const std::string& text)
 {
-    if (column.texts != nullptr)
-        column.texts->SetValue(row, text.c_str());
-    else if (column.variants != nullptr && acceptPlainNumbers && isPlainNumber(text))
-        column.variants->SetValue(row, vtkVariant(text.c_str()));
-    else if (column.variants != nullptr)
-        column.variants->SetValue(row, makeCaseCell(text, valueType));
+    try {
+        new (&cell) vtkVariant(text.c_str());
+    } catch (...) {
+        new (&cell) vtkVariant;
+        throw;
+    }
 }
 
-void addCaseRows(
-    const CrawlerImporterParserInterface& parser,
-    std::vector<MetadataPattern> patterns, // NOLINT(performance-unnecessary-value-param)
-    vtkTable& table)
+// Puts makeCaseCell(text, valueType) into the column, without the detours that a text which stays
+// as it is does not need.
+void setCell(const CaseColumn& column, std::size_t row, const std::string& text,
+             MetadataPattern::ValueType valueType, bool acceptPlainNumbers)
+{
+    const bool staysAsItIs =
+        valueType != MetadataPattern::NumberValue || (acceptPlainNumbers && isPlainNumber(text));
+    if (column.texts != nullptr && staysAsItIs)
+        column.texts[row] = text.c_str();
+    else if (column.texts != nullptr)
+        column.texts[row] = makeCaseCell(text, valueType).ToString();
+    else if (staysAsItIs)
+        buildCell(column.variants[row], text);
+    else
+        column.variants[row] = makeCaseCell(text, valueType);
+}
+
+std::vector<CaseColumn> caseColumns(vtkTable& table)
 {
     std::vector<CaseColumn> columns;
-    for (std::size_t j = 0; j < patterns.size(); ++j) {
-        vtkAbstractArray* const column = table.GetColumn(static_cast<vtkIdType>(j));
-        columns.push_back(
-            {vtkStringArray::SafeDownCast(column), vtkVariantArray::SafeDownCast(column)});
+    for (vtkIdType j = 0; j < table.GetNumberOfColumns(); ++j) {
+        auto* const texts = vtkStringArray::SafeDownCast(table.GetColumn(j));
+        auto* const variants = vtkVariantArray::SafeDownCast(table.GetColumn(j));
+        columns.push_back({texts != nullptr ? texts->GetPointer(0) : nullptr,
+                           variants != nullptr ? variants->GetPointer(0) : nullptr});
     }
+    return columns;
+}
+
+void addCaseRows(const CrawlerImporterParserInterface& parser,
+                 std::vector<MetadataPattern> patterns, vtkTable& table)
+{
+    const std::vector<CaseColumn> columns = caseColumns(table);
+    const auto rows = static_cast<std::size_t>(table.GetNumberOfRows());
     const bool acceptPlainNumbers = numbersAreClassic();
     for (std::size_t row = 0; row < parser.numDefinedCases(); ++row) {
+        // A parser whose number of cases changes under way may have more than there are rows.
+        const bool hasRow = row < rows;
+        if (columns.size() == patterns.size()) {
+            for (std::size_t j = 0; j < patterns.size(); ++j) {
+                const std::string text = parser.caseMetadataSValue(row, j);
+                if (hasRow)
+                    setCell(columns[j], row, text, patterns[j].valueType, acceptPlainNumbers);
+            }
+            continue;
+        }
+        // Or the table has refused a column; then it decides what becomes of the values.
+        const auto values = vtkSmartPointer<vtkVariantArray>::New();
         for (std::size_t j = 0; j < patterns.size(); ++j)
-            setCell(columns[j], static_cast<vtkIdType>(row), parser.caseMetadataSValue(row, j),
-                    patterns[j].valueType, acceptPlainNumbers);
+            values->InsertNextValue(
+                makeCaseCell(parser.caseMetadataSValue(row, j), patterns[j].valueType));
+        if (hasRow)
+            table.SetRow(static_cast<vtkIdType>(row), values);
     }
 }
 

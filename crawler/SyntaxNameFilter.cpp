@@ -42,7 +42,8 @@ private:
 // does. A match that closes with an asterisk always reaches it.
 class RunMatch {
 public:
-    // False for names with sets, and with characters that QRegExp reads in ways of its own.
+    // False for names with sets or with characters that QRegExp reads in ways of its own, and for
+    // those that have no run at all.
     static bool canRead(const QString& name)
     {
         return std::none_of(

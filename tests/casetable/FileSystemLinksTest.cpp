@@ -2,6 +2,7 @@
 
 #include <set>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -40,6 +41,23 @@ Names namesAt(const TemporaryTree& tree, const std::string& root, const Names& p
 }
 
 } // namespace
+
+TEST(FileSystemLinks, ToFoldersStandInTheListingAsFoldersDo)
+{
+    const TemporaryTree tree;
+    tree.file("elsewhere/file");
+    tree.link("root/a", "../elsewhere");
+    tree.link("root/a.txt", "../elsewhere/file");
+    tree.file("root/a0");
+    FileSystem fileSystem;
+    fileSystem.followLinks = true;
+
+    std::vector<std::string> names;
+    for (const auto& entry : fileSystemRoot(fileSystem, tree.path("root"))->entries(std::string()))
+        names.push_back(entry->fileName());
+
+    EXPECT_EQ(names, (std::vector<std::string>{"a.txt", "a", "a0"}));
+}
 
 TEST(FileSystemLinks, ToFoldersAreFoldersUnderTheirOwnName)
 {

@@ -12,9 +12,25 @@
 #define BUILT_WITH_ADDRESS_SANITIZER 0
 #endif
 
+#if defined(__SANITIZE_THREAD__)
+#define BUILT_WITH_THREAD_SANITIZER 1
+#elif defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+#define BUILT_WITH_THREAD_SANITIZER 1
+#endif
+#endif
+#ifndef BUILT_WITH_THREAD_SANITIZER
+#define BUILT_WITH_THREAD_SANITIZER 0
+#endif
+
 // The sanitizers that go with it open pipes to look at memory, and take a refusal for a wrong type.
 #define SKIP_WHERE_SANITIZERS_NEED_DESCRIPTORS()                                                   \
     if (BUILT_WITH_ADDRESS_SANITIZER)                                                              \
     GTEST_SKIP() << "the sanitizers need descriptors of their own"
+
+// They reserve terabytes of address space.
+#define SKIP_WHERE_SANITIZERS_NEED_ADDRESSES()                                                     \
+    if (BUILT_WITH_ADDRESS_SANITIZER || BUILT_WITH_THREAD_SANITIZER)                               \
+    GTEST_SKIP() << "the sanitizers need addresses of their own"
 
 #endif

@@ -222,22 +222,92 @@ TEST(MetadataFileCrawlerExtract, StopsTheRowsWhenTheParserNoLongerHasThem)
               given.parserCalls());
 }
 
-TEST(MetadataFileCrawlerExtract, FillsTheColumnsThatItHasWhenTheParsersCountChangesBetweenThem)
+/// Keeps the toolkit's own complaints off standard error until the end of the scope.
+struct WithoutToolkitWarnings {
+    WithoutToolkitWarnings() { vtkObject::GlobalWarningDisplayOff(); }
+    ~WithoutToolkitWarnings() { vtkObject::GlobalWarningDisplayOn(); }
+    WithoutToolkitWarnings(const WithoutToolkitWarnings&) = delete;
+    WithoutToolkitWarnings& operator=(const WithoutToolkitWarnings&) = delete;
+};
+
+TEST(MetadataFileCrawlerExtract, FillsTheColumnsThatTheTableTookWhenItRefusedOne)
 {
-    vtkObject::GlobalWarningDisplayOff();
-    const Arrangement given({{"T", String}, {"P", Number}}, {{"a", "1"}, {"b", "2"}, {"c", "3"}});
-    int counts = 0;
+    const WithoutToolkitWarnings quiet;
+    const Cases cases = {{"a", "1", "x"}, {"b", "2", "y"}, {"c", "3", "z"}};
+    // The column whose count differs from those of the others.
+    for (const int refused : {1, 2}) {
+        for (const std::size_t otherCount : {2U, 4U}) {
+            SCOPED_TRACE(testing::Message() << refused << " " << otherCount);
+            const Arrangement given({{"A", String}, {"B", Number}, {"C", String}}, cases);
+            int counts = 0;
+            given.parser->hook = [&](const std::string& call) {
+                if (call == "numDefinedCases()") {
+                    const bool differs = ++counts == refused + 2;
+                    given.parser->cases = cases;
+                    given.parser->cases.resize(differs ? otherCount : cases.size());
+                }
+            };
+            RecordingContext context;
+
+            given.importer->extract(context);
+
+            EXPECT_EQ((refused == 1 ? Texts{"A", "C"} : Texts{"A", "B"}),
+                      columnNames(*context.table));
+            EXPECT_EQ((Cases{{"a", "1"}, {"b", "2"}, {"c", "3"}}), cells(*context.table));
+        }
+    }
+}
+
+TEST(MetadataFileCrawlerExtract, HasNoRowForACaseThatComesAfterTheColumns)
+{
+    const Arrangement given({{"T", String}, {"P", Number}}, {{"a", "1"}, {"b", "2"}});
     given.parser->hook = [&](const std::string& call) {
-        if (call == "numDefinedCases()" && ++counts == 3)
-            given.parser->cases.resize(2);
+        if (call == "caseMetadataSValue(0,0)")
+            given.parser->cases.push_back({"c", "3"});
     };
     RecordingContext context;
 
     given.importer->extract(context);
 
-    vtkObject::GlobalWarningDisplayOn();
-    EXPECT_EQ((Texts{"T"}), columnNames(*context.table));
-    EXPECT_EQ((Cases{{"a"}, {"b"}, {""}}), cells(*context.table));
+    EXPECT_EQ((Cases{{"a", "1"}, {"b", "2"}}), cells(*context.table));
+    EXPECT_EQ("caseMetadataSValue(2,1)", given.parserCalls().at(given.parserCalls().size() - 2));
+}
+
+TEST(MetadataFileCrawlerExtract, HasNoRowForACaseThatComesAfterARefusedColumn)
+{
+    const WithoutToolkitWarnings quiet;
+    const Cases cases = {{"a", "x"}, {"b", "y"}, {"c", "z"}};
+    const Arrangement given({{"A", String}, {"B", String}}, cases);
+    int counts = 0;
+    given.parser->hook = [&](const std::string& call) {
+        if (call == "numDefinedCases()") {
+            given.parser->cases = cases;
+            given.parser->cases.resize(++counts == 2 ? 2 : 3);
+        }
+    };
+    RecordingContext context;
+
+    given.importer->extract(context);
+
+    EXPECT_EQ((Texts{"A"}), columnNames(*context.table));
+    EXPECT_EQ((Cases{{"a"}, {"b"}}), cells(*context.table));
+}
+
+TEST(MetadataFileCrawlerExtract, ChecksNumbersAlsoInAColumnThatWasMadeForText)
+{
+    const Arrangement given({{"T", String}, {"P", Number}}, {{"a", "1"}, {"2", "b"}});
+    int counts = 0;
+    given.parser->hook = [&](const std::string& call) {
+        if (call == "numDefinedCases()" && ++counts == 2)
+            given.importer->setMetadataPatternList({{"T", Number}, {"P", String}});
+    };
+    RecordingContext context;
+
+    given.importer->extract(context);
+
+    ASSERT_NE(nullptr, vtkStringArray::SafeDownCast(context.table->GetColumn(0)));
+    ASSERT_NE(nullptr, vtkVariantArray::SafeDownCast(context.table->GetColumn(1)));
+    EXPECT_EQ((Cases{{"NULL", "1"}, {"2", "b"}}), cells(*context.table));
 }
 
 TEST(MetadataFileCrawlerExtract, PutsTheCasesInRowsAndThePatternsInColumns)
@@ -290,6 +360,23 @@ TEST(MetadataFileCrawlerExtract, MakesColumnNamesUnique)
             extractTable(patterns, {Texts(row.markers.size(), "v")});
         EXPECT_EQ(row.names, columnNames(*table));
     }
+}
+
+TEST(MetadataFileCrawlerExtract, MakesNamesUniqueAsFarAsTheyReach)
+{
+    const std::string withNul("Date\0x", 6);
+
+    EXPECT_EQ((Texts{"Date", "Date(2)", "Date(3)"}),
+              columnNames(*extractTable({{"Date", String}, {withNul, String}, {withNul, Number}},
+                                        {{"a", "b", "1"}})));
+}
+
+TEST(MetadataFileCrawlerExtract, RefusesNumbersWithMoreBehindANul)
+{
+    const Texts texts = {std::string("5\0", 2), std::string("5\0x", 3), std::string("\0", 1),
+                         std::string("1e5\0", 4)};
+
+    EXPECT_EQ(Texts(texts.size(), "NULL"), columnOf(Number, texts));
 }
 
 TEST(MetadataFileCrawlerExtract, CountsANamesRepetitionsPastTen)

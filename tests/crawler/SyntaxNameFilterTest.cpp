@@ -295,6 +295,15 @@ TEST(SyntaxNameFilter, EqualsTheRuleForAllNamesOfLettersAndWildcards)
     EXPECT_GT(selections, 20000u);
 }
 
+TEST(SyntaxNameFilter, EqualsTheRuleForCharactersThatOtherNotationsUse)
+{
+    std::size_t selections = 0;
+
+    expectTheRule(textsUpTo("a*$()+{|}^", 3), textsUpTo("a$()+{|}^", 2), selections);
+
+    EXPECT_GT(selections, 1000u);
+}
+
 TEST(SyntaxNameFilter, EqualsTheRuleForNamesWithPeculiarCharacters)
 {
     const Texts pieces = {std::string(1, '\0'),
