@@ -115,7 +115,8 @@ void addCaseColumns(
         column->SetNumberOfComponents(1);
         column->SetNumberOfTuples(static_cast<vtkIdType>(parser.numDefinedCases()));
         // A name ends at a NUL; so must what is made unique.
-        column->SetName(uniqueColumnName(pattern.pattern.c_str(), table).c_str());
+        const std::string base = pattern.pattern.substr(0, pattern.pattern.find('\0'));
+        column->SetName(uniqueColumnName(base, table).c_str());
         table.AddColumn(column);
     }
 }
