@@ -1,7 +1,9 @@
 #ifndef BENCHMARKS_HOST_H
 #define BENCHMARKS_HOST_H
 
+#include <cstddef>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include <boost/shared_ptr.hpp>
@@ -59,6 +61,17 @@ public:
 
     vtkSmartPointer<vtkTable> table;
 };
+
+/// How many files a collection holds.
+inline std::size_t recordedFiles(const AuxFileCollectionInterface& collection)
+{
+    std::size_t count = 0;
+    for (std::size_t index = 0; index < collection.indexCount(); ++index) {
+        for (const std::string& tag : collection.tags())
+            count += collection.filePaths(index, tag).size();
+    }
+    return count;
+}
 
 } // namespace campaign
 

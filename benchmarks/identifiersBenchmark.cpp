@@ -42,16 +42,6 @@ std::unique_ptr<AuxFileIdentifierValidator> makeValidator(const campaign::Identi
         provider, files, boost::make_shared<casetable::PlainTagValidator>());
 }
 
-std::size_t recordedFiles(const AuxFileCollectionInterface& collection)
-{
-    std::size_t count = 0;
-    for (std::size_t index = 0; index < collection.indexCount(); ++index) {
-        for (const std::string& tag : collection.tags())
-            count += collection.filePaths(index, tag).size();
-    }
-    return count;
-}
-
 void construct(benchmark::State& state)
 {
     const campaign::IdentifierList provider;
@@ -99,7 +89,7 @@ void auxFiles(benchmark::State& state)
         state.ResumeTiming();
         collection = validator->auxFiles();
     }
-    campaign::expectCount(state, recordedFiles(*collection),
+    campaign::expectCount(state, campaign::recordedFiles(*collection),
                           files.size() / campaign::filesPerCase * 6);
     campaign::reportItems(state, files.size());
 }

@@ -49,16 +49,6 @@ void report(const char* name, std::size_t value)
     std::printf("%s %zu\n", name, value);
 }
 
-std::size_t recordedFiles(const AuxFileCollectionInterface& collection)
-{
-    std::size_t count = 0;
-    for (std::size_t index = 0; index < collection.indexCount(); ++index) {
-        for (const std::string& tag : collection.tags())
-            count += collection.filePaths(index, tag).size();
-    }
-    return count;
-}
-
 void runImport(const char* root, MetadataFileCrawler& importer, campaign::TableKeeper& context)
 {
     const std::vector<MetadataPattern> patterns = campaign::patterns();
@@ -105,7 +95,7 @@ void chooseAuxFiles(const MetadataFileCrawler& importer)
                collection = validator->auxFiles();
            }));
     report("valid", std::size_t{valid});
-    report("recorded", recordedFiles(*collection));
+    report("recorded", campaign::recordedFiles(*collection));
 }
 
 double median(std::vector<double> values)
