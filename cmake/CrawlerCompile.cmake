@@ -1,3 +1,18 @@
+# Without it an executable of position-independent objects is still not linked as one.
+include(CheckPIESupported)
+check_pie_supported()
+
+# What Linux distributions ask of programs that read what others wrote: checked stacks and copies, an
+# address space that differs from run to run, and tables that nothing writes to after the start.
+function(crawler_harden target)
+  target_compile_options(${target} PRIVATE -fstack-protector-strong)
+  # Only an optimised build has the checks, and others warn.
+  set(optimised $<OR:$<CONFIG:Release>,$<CONFIG:RelWithDebInfo>,$<CONFIG:MinSizeRel>>)
+  target_compile_options(${target} PRIVATE $<${optimised}:-U_FORTIFY_SOURCE>
+                                           $<${optimised}:-D_FORTIFY_SOURCE=2>)
+  target_link_options(${target} PRIVATE LINKER:-z,relro LINKER:-z,now)
+endfunction()
+
 # Compiles one of this project's own targets the project's way, without touching the flags of a
 # project that includes it.
 function(crawler_compile target standard)
@@ -12,6 +27,9 @@ function(crawler_compile target standard)
   target_compile_options(${target} PRIVATE -Wall -Wextra)
   if(CRAWLER_WARNINGS_AS_ERRORS)
     target_compile_options(${target} PRIVATE -Werror)
+  endif()
+  if(NOT CRAWLER_SANITIZE)
+    crawler_harden(${target})
   endif()
   if(CRAWLER_SANITIZE)
     target_compile_options(${target} PRIVATE -fsanitize=${CRAWLER_SANITIZE}
