@@ -38,8 +38,9 @@ public:
 
     using SyntaxNameFilter::selectedPositions;
 
-    // Replaces the cache; the old names are not merged.
-    void setCache(const std::set<std::string>& names) { cache_ = names; }
+    // Replaces the cache, or leaves it as it is where there is no memory; the old names are not
+    // merged.
+    void setCache(std::set<std::string> names) { cache_.swap(names); }
 
 private:
     mutable std::set<std::string> cache_;

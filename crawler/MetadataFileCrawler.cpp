@@ -5,9 +5,9 @@
 #include <cstdint>
 #include <locale>
 #include <new>
+#include <string>
 #include <utility>
 
-#include <boost/format.hpp>
 #include <boost/lexical_cast/try_lexical_convert.hpp>
 
 #include <vtkSmartPointer.h>
@@ -43,7 +43,7 @@ std::string uniqueColumnName(const std::string& base, vtkTable& table)
 {
     std::string candidate = base;
     for (std::uint64_t counter = 2; table.GetColumnByName(candidate.c_str()) != nullptr; ++counter)
-        candidate = (boost::format("%1%(%2%)") % base % counter).str();
+        candidate = base + "(" + std::to_string(counter) + ")";
     return candidate;
 }
 
@@ -127,11 +127,12 @@ struct CaseColumn {
     vtkVariant* variants;
 };
 
-// A fresh cell owns nothing, so the text may be built in its place instead of being copied there.
-void buildCell(vtkVariant& cell, const std::string& text)
+// A fresh cell owns nothing, so the content may be built in its place instead of being assigned: an
+// assignment that runs out of memory leaves a cell that owns what it does not have.
+template <class Content> void buildCell(vtkVariant& cell, const Content& content)
 {
     try {
-        new (&cell) vtkVariant(text.c_str());
+        new (&cell) vtkVariant(content);
     } catch (...) {
         new (&cell) vtkVariant;
         throw;
@@ -150,9 +151,9 @@ void setCell(const CaseColumn& column, std::size_t row, const std::string& text,
     else if (column.texts != nullptr)
         column.texts[row] = makeCaseCell(text, valueType).ToString();
     else if (staysAsItIs)
-        buildCell(column.variants[row], text);
+        buildCell(column.variants[row], text.c_str());
     else
-        column.variants[row] = makeCaseCell(text, valueType);
+        buildCell(column.variants[row], makeCaseCell(text, valueType));
 }
 
 std::vector<CaseColumn> caseColumns(vtkTable& table)
