@@ -13,7 +13,7 @@ namespace tests {
 
 namespace {
 
-const int levels = 1500;
+const int levels = 3000;
 const std::string name = "folder";
 
 Setting withFewDescriptors(const TemporaryTree& tree)

@@ -28,6 +28,11 @@
     if (BUILT_WITH_ADDRESS_SANITIZER)                                                              \
     GTEST_SKIP() << "the sanitizers need descriptors of their own"
 
+// They write on their own account, and what is meant for the program's calls meets theirs.
+#define SKIP_WHERE_SANITIZERS_WRITE()                                                              \
+    if (BUILT_WITH_ADDRESS_SANITIZER || BUILT_WITH_THREAD_SANITIZER)                               \
+    GTEST_SKIP() << "the sanitizers write, too"
+
 // They reserve terabytes of address space.
 #define SKIP_WHERE_SANITIZERS_NEED_ADDRESSES()                                                     \
     if (BUILT_WITH_ADDRESS_SANITIZER || BUILT_WITH_THREAD_SANITIZER)                               \

@@ -1,0 +1,246 @@
+#include <chrono>
+#include <csignal>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <fcntl.h>
+#include <sched.h>
+#include <sys/ioctl.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "tests/casetable/OrdinaryUser.h"
+#include "tests/casetable/Program.h"
+#include "tests/casetable/Sanitizer.h"
+#include "tests/casetable/TemporaryTree.h"
+
+namespace casetable {
+namespace tests {
+
+namespace {
+
+using Names = std::set<std::string>;
+
+const std::vector<std::string> formats = {"csv", "json", "table"};
+
+// Ends in failure where the program writes more than its buffer holds, so that some of the output
+// is out already.
+class CasetableOutputFaults : public testing::Test {
+protected:
+    CasetableOutputFaults()
+    {
+        for (int i = 0; i < files; ++i)
+            tree_.file("results/T1/" + std::string(200, 'x') + std::to_string(i));
+        tree_.file("out", "earlier");
+        tree_.setMode("out", 0640);
+    }
+
+    static Arguments writing(const std::string& format, const std::string& file)
+    {
+        return {"-n", "T", "--files", "-f", format, "-o", file, "results"};
+    }
+
+    void expectEarlierFileAlone() const
+    {
+        EXPECT_EQ(tree_.content("out"), "earlier");
+        EXPECT_EQ(tree_.mode("out"), 0640u);
+        EXPECT_EQ(tree_.names("."), Names({"out", "results"}));
+    }
+
+    void expectFailure(const Outcome& outcome, const std::string& text) const
+    {
+        EXPECT_EQ(outcome.exitCode, 4) << outcome.errors;
+        EXPECT_EQ(message(outcome.errors), text);
+    }
+
+    static const int files = 2000;
+    const TemporaryTree tree_;
+};
+
+// Has a tracer make a system call fail, or send a signal at it.
+Setting withInjection(const TemporaryTree& tree, const std::string& systemCall,
+                      const std::string& fault)
+{
+    Setting setting = in(tree);
+    setting.program = {"strace",
+                       "-f",
+                       "-qqq",
+                       "-o",
+                       "/dev/null",
+                       "-e",
+                       "trace=" + systemCall,
+                       "-e",
+                       "inject=" + systemCall + ":" + fault,
+                       "-E",
+                       "ASAN_OPTIONS=detect_leaks=0"};
+    return setting;
+}
+
+bool canInject(const TemporaryTree& tree)
+{
+    return run({"--version"}, withInjection(tree, "rename", "error=EIO")).exitCode == 0;
+}
+
+#define SKIP_UNLESS_FAULTS_CAN_BE_INJECTED()                                                       \
+    SKIP_WHERE_SANITIZERS_WRITE();                                                                 \
+    if (!canInject(tree_))                                                                         \
+    GTEST_SKIP() << "no strace, or not permitted"
+
+} // namespace
+
+TEST_F(CasetableOutputFaults, AreToldInOneLineForAFullDeviceInEveryFormat)
+{
+    for (const std::string& format : formats) {
+        SCOPED_TRACE(format);
+        const Outcome outcome = run(tree_, writing(format, "/dev/full"));
+        expectFailure(outcome, "/dev/full: No space left on device");
+        EXPECT_EQ(outcome.output, "");
+
+        Setting setting = in(tree_);
+        setting.output = Stream::FullDisk;
+        expectFailure(run(writing(format, "-"), setting),
+                      "standard output: No space left on device");
+    }
+    expectEarlierFileAlone();
+}
+
+TEST_F(CasetableOutputFaults, LeaveTheEarlierFileOnADiskThatFillsUp)
+{
+    const std::string refused = "no mount is permitted";
+    inOwnProcess([this, &refused] {
+        // The mount is seen by this process and the program alone, and goes with them.
+        tree_.folder("disk");
+        if (unshare(CLONE_NEWNS) != 0 ||
+            mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            mount("none", tree_.path("disk").c_str(), "tmpfs", 0, "size=256k") != 0) {
+            tree_.file(refused);
+            return;
+        }
+        tree_.file("disk/out", "earlier");
+        for (const std::string& format : formats) {
+            SCOPED_TRACE(format);
+            expectFailure(run(tree_, writing(format, "disk/out")),
+                          "disk/out: No space left on device");
+            EXPECT_EQ(tree_.content("disk/out"), "earlier");
+            expectFailure(run(tree_, writing(format, "disk/new")),
+                          "disk/new: No space left on device");
+            EXPECT_EQ(tree_.names("disk"), Names({"out"}));
+        }
+        EXPECT_EQ(run(tree_, {"-n", "T", "-o", "disk/out", "results"}).exitCode, 0)
+            << "the space is free again";
+        EXPECT_EQ(tree_.content("disk/out"), "case,T\r\n0,1\r\n");
+        EXPECT_EQ(umount(tree_.path("disk").c_str()), 0);
+    });
+    if (tree_.exists(refused))
+        GTEST_SKIP() << refused;
+}
+
+TEST_F(CasetableOutputFaults, LeaveTheEarlierFileWhereFilesMayNotGrowSoLarge)
+{
+    SKIP_WHERE_SANITIZERS_WRITE();
+    for (const std::string& format : formats) {
+        for (const rlim_t bytes : {rlim_t{0}, rlim_t{1}, rlim_t{65536}, rlim_t{100'000}}) {
+            SCOPED_TRACE(format + ", " + std::to_string(bytes));
+            Setting setting = in(tree_);
+            setting.prepare = [bytes] {
+                const rlimit limit = {bytes, bytes};
+                setrlimit(RLIMIT_FSIZE, &limit);
+            };
+            expectFailure(run(writing(format, "out"), setting), "out: File too large");
+            expectEarlierFileAlone();
+        }
+    }
+}
+
+TEST_F(CasetableOutputFaults, AreToldWhenTheReaderOfAPipeGoesAwayHalfWay)
+{
+    tree_.pipe("pipe");
+    for (const std::string& format : formats) {
+        SCOPED_TRACE(format);
+        const int reader = open(tree_.path("pipe").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+        ASSERT_GE(reader, 0);
+        Program program(writing(format, "pipe"), in(tree_));
+        const auto giveUp = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+        int held = 0;
+        while (held < 65536 && ioctl(reader, FIONREAD, &held) == 0 &&
+               std::chrono::steady_clock::now() < giveUp)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        EXPECT_EQ(held, 65536) << "the pipe is full";
+        close(reader);
+
+        expectFailure(program.finish(), "pipe: Broken pipe");
+    }
+    EXPECT_EQ(tree_.names("."), Names({"out", "pipe", "results"}));
+}
+
+TEST_F(CasetableOutputFaults, OfAnyStepLeaveTheEarlierFileAndNoOther)
+{
+    SKIP_UNLESS_FAULTS_CAN_BE_INJECTED();
+    struct Fault {
+        std::string systemCall;
+        std::string fault;
+        std::string text;
+    };
+    for (const Fault& fault : {Fault{"fchmod", "error=EPERM", "Operation not permitted"},
+                               Fault{"write", "error=ENOSPC:when=1", "No space left on device"},
+                               Fault{"write", "error=EIO:when=2", "Input/output error"},
+                               Fault{"write", "error=EDQUOT:when=5", "Disk quota exceeded"},
+                               Fault{"fsync", "error=EIO", "Input/output error"},
+                               Fault{"rename", "error=EACCES", "Permission denied"}}) {
+        SCOPED_TRACE(fault.systemCall + " " + fault.fault);
+        const Outcome outcome =
+            run(writing("csv", "out"), withInjection(tree_, fault.systemCall, fault.fault));
+        expectFailure(outcome, "out: " + fault.text);
+        expectEarlierFileAlone();
+    }
+}
+
+TEST_F(CasetableOutputFaults, OfAnInterruptAtAnyStepLeaveTheEarlierFileAndNoOther)
+{
+    SKIP_UNLESS_FAULTS_CAN_BE_INJECTED();
+    for (const std::string step : {"fchmod", "write", "fsync"}) {
+        for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+            SCOPED_TRACE(step + ", signal " + std::to_string(signal));
+            const Outcome outcome =
+                run(writing("csv", "out"),
+                    withInjection(tree_, step, "signal=" + std::to_string(signal) + ":when=1"));
+            EXPECT_EQ(outcome.exitCode, 128 + signal) << outcome;
+            EXPECT_EQ(outcome.errors, "");
+            expectEarlierFileAlone();
+        }
+    }
+}
+
+TEST_F(CasetableOutputFaults, OfAnInterruptBehindTheRenameAreTooLate)
+{
+    SKIP_UNLESS_FAULTS_CAN_BE_INJECTED();
+    const Outcome whole = run(tree_, writing("csv", "-"));
+    const Outcome outcome =
+        run(writing("csv", "out"), withInjection(tree_, "rename", "signal=SIGINT"));
+
+    EXPECT_EQ(outcome.exitCode, 0) << outcome;
+    EXPECT_EQ(tree_.content("out"), whole.output);
+    EXPECT_EQ(tree_.names("."), Names({"out", "results"}));
+}
+
+TEST_F(CasetableOutputFaults, AreToldForAFolderThatMayNotBeWrittenInEveryFormat)
+{
+    SKIP_UNLESS_ORDINARY_USER_IS_POSSIBLE();
+    tree_.setMode(".", 0555);
+    Setting setting = in(tree_);
+    setting.ordinaryUser = true;
+    for (const std::string& format : formats) {
+        SCOPED_TRACE(format);
+        expectFailure(run(writing(format, "out"), setting), "out: Permission denied");
+        expectFailure(run(writing(format, "new"), setting), "new: Permission denied");
+        expectEarlierFileAlone();
+    }
+}
+
+} // namespace tests
+} // namespace casetable
