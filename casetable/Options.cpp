@@ -1,6 +1,7 @@
 #include "casetable/Options.h"
 
 #include <algorithm>
+#include <cctype>
 #include <functional>
 #include <iterator>
 #include <map>
@@ -75,6 +76,7 @@ AuxFileIdentifier parseIdentifier(const std::string& text)
 const char* const longOptionsWithValue[] = {"--string", "--number", "--aux", "--format",
                                             "--output"};
 const char* const shortOptionsWithValue = "snafo";
+const char* const shortFlags = "hLq";
 
 // True when the value of the option in `argument` is the argument after it.
 bool takesNextArgument(const std::string& argument)
@@ -87,11 +89,25 @@ bool takesNextArgument(const std::string& argument)
     return argument.find_first_of(shortOptionsWithValue, 1) == argument.size() - 1;
 }
 
-// The library takes the value of "--option=" from the next argument; here it is an empty value.
-void refuseMissingValues(int argc, const char* const* argv)
+// True for flags in one argument, such as -qL, with something behind them that is no letter.
+bool hasOtherBehindFlags(const std::string& argument)
+{
+    if (argument.size() < 2 || argument[0] != '-')
+        return false;
+    const std::size_t behind = argument.find_first_not_of(shortFlags, 1);
+    return behind != std::string::npos && behind > 1 &&
+           std::isalpha(static_cast<unsigned char>(argument[behind])) == 0;
+}
+
+// The library reads some arguments in ways that nobody would expect. It takes the value of
+// "--option=" from the next argument; here it is an empty value. And what stands behind flags it
+// reads as an argument of its own, which may even be the folder.
+void refuseSurprises(int argc, const char* const* argv)
 {
     for (int i = 1; i < argc && std::string(argv[i]) != "--"; ++i) {
         const std::string argument = argv[i];
+        if (hasOtherBehindFlags(argument))
+            failUsage("The following argument was not expected: " + argument);
         for (const std::string option : longOptionsWithValue) {
             if (argument == option + "=")
                 failUsage(option + ": the value is empty");
@@ -113,7 +129,7 @@ void print(const std::string& text)
 
 std::optional<Options> parseOptions(int argc, const char* const* argv)
 {
-    refuseMissingValues(argc, argv);
+    refuseSurprises(argc, argv);
 
     Options options;
     CLI::App app(description, "casetable");

@@ -31,6 +31,11 @@ function(crawler_compile target standard)
   if(NOT CRAWLER_SANITIZE)
     crawler_harden(${target})
   endif()
+  if(CRAWLER_BUILD_FUZZERS)
+    # The fuzzer steers by what it sees executed, so everything that it tries tells.
+    target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
+    target_link_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
+  endif()
   if(CRAWLER_SANITIZE)
     target_compile_options(${target} PRIVATE -fsanitize=${CRAWLER_SANITIZE}
                                              -fno-sanitize-recover=all -fno-omit-frame-pointer)

@@ -109,5 +109,28 @@ TEST(Options, ThatAreWrongRaiseAFailureOfUsage)
     }
 }
 
+TEST(Options, RefuseAnythingButLettersBehindFlagsInOneArgument)
+{
+    for (const char* const argument :
+         {"-q--X", "-q5", "-q-", "-q-files", "-q-version", "-q-output=", "-qL-", "-L=x", "-h5",
+          "-q!", "-q ", "-q\n", "-L\xc3\xa4"}) {
+        SCOPED_TRACE(argument);
+        for (const std::vector<const char*>& arguments :
+             {std::vector<const char*>{"-n", "T", argument},
+              std::vector<const char*>{"-nT", argument, "root"}}) {
+            try {
+                parse(arguments);
+                ADD_FAILURE() << testing::PrintToString(arguments);
+            } catch (const Failure& failure) {
+                EXPECT_EQ(failure.code, ExitCode::WrongUsage);
+                EXPECT_NE(std::string(failure.what()).find(argument), std::string::npos);
+            }
+        }
+    }
+    // Values may look like that.
+    EXPECT_EQ(parse({"-n", "-q5", "--", "-q5"})->root, "-q5");
+    EXPECT_EQ(parse({"-qn-5", "root"})->patterns.at(0).pattern, "-5");
+}
+
 } // namespace tests
 } // namespace casetable

@@ -1,0 +1,267 @@
+// A command line, its arguments divided by NULs, compared with a plain reading of it. Requests for
+// help and for the version are left out, since they print.
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "casetable/ExitCode.h"
+#include "casetable/Options.h"
+#include "fuzz/Input.h"
+
+namespace {
+
+/// The wrong usages are all alike here.
+struct WrongUsage {};
+
+bool holdsControlCharacter(const std::string& text)
+{
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        if (byte < 0x20 || byte == 0x7f)
+            return true;
+        if (byte == 0xc2 && i + 1 < text.size()) {
+            const auto next = static_cast<unsigned char>(text[i + 1]);
+            if (next >= 0x80 && next <= 0x9f)
+                return true;
+        }
+    }
+    return false;
+}
+
+/// Reads the arguments one by one from the left.
+class PlainReading {
+public:
+    explicit PlainReading(const fuzz::Texts& arguments) : arguments_(arguments)
+    {
+        while (next_ < arguments_.size()) {
+            const std::string argument = arguments_[next_++];
+            if (onlyRoots_)
+                takeRoot(argument);
+            else if (argument == "--")
+                onlyRoots_ = true;
+            else if (looksLikeAnOption(argument, 2))
+                takeLong(argument);
+            else if (looksLikeAnOption(argument, 1))
+                takeShort(argument);
+            else
+                takeRoot(argument);
+        }
+        if (roots_ != 1 || options.root.empty() || options.patterns.empty() ||
+            (files_ && unmatched_) || (unmatched_ && !options.identifiers.empty()))
+            throw WrongUsage();
+        options.rows = files_       ? casetable::Rows::Files
+                       : unmatched_ ? casetable::Rows::Unmatched
+                                    : casetable::Rows::Cases;
+    }
+
+    casetable::Options options;
+
+private:
+    /// So many hyphens and then a character that a name may begin with.
+    static bool looksLikeAnOption(const std::string& argument, std::size_t hyphens)
+    {
+        if (argument.size() <= hyphens || argument.substr(0, hyphens) != std::string(hyphens, '-'))
+            return false;
+        const char first = argument[hyphens];
+        if (hyphens == 1 && first >= '0' && first <= '9')
+            return false; // A negative number.
+        return first != '-' && first != '!' && first != ' ' && first != '\n';
+    }
+
+    void takeRoot(const std::string& argument)
+    {
+        options.root = argument;
+        ++roots_;
+    }
+
+    std::string nextArgument()
+    {
+        if (next_ == arguments_.size())
+            throw WrongUsage();
+        return arguments_[next_++];
+    }
+
+    void takeLong(const std::string& argument)
+    {
+        static const std::map<std::string, char> letters = {
+            {"--string", 's'},    {"--number", 'n'},    {"--aux", 'a'},   {"--format", 'f'},
+            {"--output", 'o'},    {"--follow", 'L'},    {"--quiet", 'q'}, {"--files", 'F'},
+            {"--unmatched", 'U'}, {"--keep-going", 'K'}};
+        const std::size_t equals = argument.find('=');
+        const auto letter = letters.find(argument.substr(0, equals));
+        if (letter == letters.end())
+            throw WrongUsage();
+        if (equals == std::string::npos)
+            take(letter->second, [this] { return nextArgument(); });
+        else
+            take(letter->second, [&] { return argument.substr(equals + 1); });
+    }
+
+    void takeShort(const std::string& argument)
+    {
+        std::size_t at = 1;
+        while (at < argument.size()) {
+            const char letter = argument[at++];
+            if (std::string("snafoLq").find(letter) == std::string::npos)
+                throw WrongUsage();
+            take(letter, [&] {
+                const std::string rest = argument.substr(at);
+                at = argument.size();
+                return rest.empty() ? nextArgument() : rest;
+            });
+        }
+    }
+
+    template <class Value> void take(char letter, Value value)
+    {
+        switch (letter) {
+        case 's':
+            takeMarker(value(), MetadataPattern::StringValue);
+            break;
+        case 'n':
+            takeMarker(value(), MetadataPattern::NumberValue);
+            break;
+        case 'a':
+            takeIdentifier(value());
+            break;
+        case 'f':
+            takeFormat(value());
+            break;
+        case 'o':
+            takeOutput(value());
+            break;
+        case 'L':
+            options.follow = true;
+            break;
+        case 'q':
+            options.quiet = true;
+            break;
+        case 'K':
+            options.keepGoing = true;
+            break;
+        case 'F':
+            files_ = true;
+            break;
+        default:
+            unmatched_ = true;
+        }
+    }
+
+    void takeMarker(const std::string& marker, MetadataPattern::ValueType type)
+    {
+        if (marker.empty())
+            throw WrongUsage();
+        options.patterns.emplace_back(marker, type);
+    }
+
+    void takeIdentifier(const std::string& text)
+    {
+        const std::size_t divider = text.find_last_of('=');
+        if (divider == std::string::npos || divider + 1 == text.size() ||
+            holdsControlCharacter(text.substr(divider)))
+            throw WrongUsage();
+        options.identifiers.push_back({text.substr(0, divider), text.substr(divider + 1)});
+    }
+
+    void takeFormat(const std::string& name)
+    {
+        if (name == "auto")
+            options.format = casetable::Format::Auto;
+        else if (name == "table")
+            options.format = casetable::Format::Table;
+        else if (name == "csv")
+            options.format = casetable::Format::Csv;
+        else if (name == "json")
+            options.format = casetable::Format::Json;
+        else
+            throw WrongUsage();
+    }
+
+    void takeOutput(const std::string& file)
+    {
+        if (file.empty())
+            throw WrongUsage();
+        options.output = file;
+        if (file == "-")
+            options.output.reset();
+    }
+
+    const fuzz::Texts& arguments_;
+    std::size_t next_ = 0;
+    bool onlyRoots_ = false;
+    int roots_ = 0;
+    bool files_ = false;
+    bool unmatched_ = false;
+};
+
+std::string shown(const casetable::Options& options)
+{
+    std::string text =
+        "root " + fuzz::shown(options.root) + " patterns " + fuzz::shown(options.patterns) + " aux";
+    for (const AuxFileIdentifier& identifier : options.identifiers)
+        text += " " + fuzz::shown(identifier.syntaxName) + "=" + fuzz::shown(identifier.tag);
+    return text + " format " + std::to_string(static_cast<int>(options.format)) + " output " +
+           (options.output ? fuzz::shown(*options.output) : "none") + " rows " +
+           std::to_string(static_cast<int>(options.rows)) + " keepGoing " +
+           std::to_string(options.keepGoing) + " follow " + std::to_string(options.follow) +
+           " quiet " + std::to_string(options.quiet);
+}
+
+/// Asks for something to be printed, or gives a flag a value, which is nowhere promised to work or
+/// to fail; such a value may also be the argument of an option, but that is no loss.
+bool isLeftOut(const std::string& argument)
+{
+    if (argument.substr(0, 3) == "--h" || argument.substr(0, 3) == "--v")
+        return true;
+    if (argument.size() > 1 && argument[0] == '-' && argument[1] != '-')
+        return argument.find('h') != std::string::npos;
+    for (const char* const flag :
+         {"--follow=", "--quiet=", "--files=", "--unmatched=", "--keep-going="}) {
+        if (argument.find(flag) == 0)
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
+{
+    // Every NUL ends an argument; what follows the last is one too.
+    fuzz::Texts arguments(1);
+    for (std::size_t i = 0; i < size; ++i) {
+        if (bytes[i] == 0)
+            arguments.emplace_back();
+        else
+            arguments.back() += static_cast<char>(bytes[i]);
+    }
+    std::vector<const char*> argv = {"casetable"};
+    for (const std::string& argument : arguments) {
+        if (isLeftOut(argument))
+            return -1;
+        argv.push_back(argument.c_str());
+    }
+
+    std::string seen;
+    try {
+        const std::optional<casetable::Options> options =
+            casetable::parseOptions(static_cast<int>(argv.size()), argv.data());
+        seen = options ? shown(*options) : "something was printed";
+    } catch (const casetable::Failure& failure) {
+        seen = failure.code != casetable::ExitCode::WrongUsage ? "another exit code"
+               : failure.what()[0] == '\0'                     ? "no message"
+                                                               : "wrong usage";
+    }
+    std::string expected = "wrong usage";
+    try {
+        expected = shown(PlainReading(arguments).options);
+    } catch (const WrongUsage&) {
+    }
+    fuzz::expectSame("what the command line says", seen, expected, fuzz::shown(arguments));
+    return 0;
+}
