@@ -11,8 +11,8 @@ namespace {
 // What a scanner answers that finds no value.
 const std::size_t noValue = std::string::npos;
 
-// On the stack for any list that a user is likely to write: most of the time of matching a path
-// would otherwise go into the memory for its positions.
+// On the stack for any list that a user is likely to write, so that a path without values takes no
+// memory.
 using Positions = boost::container::small_vector<std::size_t, 32>;
 
 bool isDigit(char c)

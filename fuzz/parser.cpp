@@ -9,7 +9,7 @@
 
 #include "crawler/CrawlerBasicImporterParser.h"
 #include "fuzz/Input.h"
-#include "fuzz/ParserModel.h"
+#include "tests/crawler/ParserModel.h"
 
 namespace {
 

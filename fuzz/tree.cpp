@@ -25,12 +25,12 @@
 #include "crawler/MetadataFileCrawler.h"
 #include "fuzz/CaseTable.h"
 #include "fuzz/Input.h"
-#include "fuzz/ParserModel.h"
 #include "host/AuxFileCollectionInterface.h"
 #include "host/ExceptionBase.h"
 #include "host/FileInfoInterface.h"
 #include "tests/crawler/AuxFileDoubles.h"
 #include "tests/crawler/Doubles.h"
+#include "tests/crawler/ParserModel.h"
 
 namespace {
 

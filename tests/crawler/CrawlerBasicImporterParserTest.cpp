@@ -15,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include "host/AuxFileInfoInterface.h"
+#include "tests/crawler/ParserModel.h"
 #include "tests/crawler/PlainMatching.h"
 
 namespace {
@@ -483,60 +484,7 @@ TEST(CrawlerBasicImporterParser, StaysUsableAfterAnOverlapThrew)
     EXPECT_EQ(caseValues(parser), Texts{"xx"});
 }
 
-/// A path in the model, with the record that the parser showed for it.
-struct ModelFile {
-    plain::Record record;
-    File shown;
-};
-
-/// The parser's rules without any cleverness: lists that are searched from end to end.
-struct Model {
-    std::vector<std::shared_ptr<ModelFile>> files;
-    std::vector<Texts> cases;
-
-    static bool comesBefore(const std::string& left, const std::string& right)
-    {
-        for (std::size_t i = 0; i < left.size() && i < right.size(); ++i) {
-            const auto leftByte = static_cast<unsigned char>(left[i]);
-            const auto rightByte = static_cast<unsigned char>(right[i]);
-            if (leftByte != rightByte)
-                return leftByte < rightByte;
-        }
-        return left.size() < right.size();
-    }
-
-    void append(const std::string& path)
-    {
-        auto fresh = std::make_shared<ModelFile>();
-        fresh->record.path = path;
-        std::size_t at = 0;
-        while (at < files.size() && comesBefore(files[at]->record.path, path))
-            ++at;
-        if (at < files.size() && files[at]->record.path == path)
-            files[at] = fresh;
-        else
-            files.insert(files.begin() + static_cast<std::ptrdiff_t>(at), fresh);
-    }
-
-    void apply(const Patterns& patterns)
-    {
-        for (const auto& file : files)
-            file->record.infos.clear();
-        cases.clear();
-        if (patterns.empty())
-            return;
-        for (const auto& file : files) {
-            if (!plain::apply(file->record, patterns))
-                continue;
-            const auto known = std::find(cases.begin(), cases.end(), file->record.values);
-            file->record.caseIndex = static_cast<std::size_t>(known - cases.begin());
-            if (known == cases.end())
-                cases.push_back(file->record.values);
-        }
-    }
-};
-
-std::string seenOfCases(const CrawlerImporterParserInterface& parser, const Model& model)
+std::string seenOfCases(const CrawlerImporterParserInterface& parser, const model::Parser& model)
 {
     std::string text = std::to_string(parser.numDefinedCases()) + " cases";
     for (std::size_t i = 0; i < parser.numDefinedCases() && i < model.cases.size(); ++i) {
@@ -547,7 +495,7 @@ std::string seenOfCases(const CrawlerImporterParserInterface& parser, const Mode
     return text;
 }
 
-std::string expectedOfCases(const Model& model)
+std::string expectedOfCases(const model::Parser& model)
 {
     std::string text = std::to_string(model.cases.size()) + " cases";
     for (const Texts& values : model.cases) {
@@ -570,15 +518,15 @@ std::string seenOfInfos(const std::vector<MetadataInfo>& infos)
 
 /// Holds all that the parser shows against the model, and every record that it ever showed, the
 /// replaced and cleared ones included.
-void expectSame(const CrawlerImporterParserInterface& parser, const Model& model,
-                std::vector<std::shared_ptr<ModelFile>>& shownFiles)
+void expectSame(const CrawlerImporterParserInterface& parser, const model::Parser& model,
+                std::vector<std::shared_ptr<model::File>>& shownFiles)
 {
     ASSERT_EQ(seenOfCases(parser, model), expectedOfCases(model));
 
     const std::vector<File> files = parser.crawlerFilePathList();
     ASSERT_EQ(files.size(), model.files.size());
     for (std::size_t i = 0; i < files.size(); ++i) {
-        ModelFile& expected = *model.files[i];
+        model::File& expected = *model.files[i];
         ASSERT_EQ(files[i]->filePath(), expected.record.path);
         ASSERT_EQ(seenOfInfos(parser.metadataInfoList(expected.record.path)),
                   seenOfInfos(expected.record.infos));
@@ -607,8 +555,8 @@ TEST(CrawlerBasicImporterParser, EqualsTheNaiveModelForRandomSequences)
     for (int round = 0; round < 1000; ++round) {
         const std::string& alphabet = alphabets[round % 2];
         CrawlerBasicImporterParser parser;
-        Model model;
-        std::vector<std::shared_ptr<ModelFile>> shownFiles;
+        model::Parser model;
+        std::vector<std::shared_ptr<model::File>> shownFiles;
         std::string history = "seed " + std::to_string(seed) + ", round " + std::to_string(round);
         for (int step = 0; step < 60; ++step) {
             const std::size_t action = plain::below(random, 20);

@@ -1,5 +1,5 @@
-#ifndef FUZZ_PARSERMODEL_H
-#define FUZZ_PARSERMODEL_H
+#ifndef TESTS_CRAWLER_PARSERMODEL_H
+#define TESTS_CRAWLER_PARSERMODEL_H
 
 #include <algorithm>
 #include <cstddef>
