@@ -260,7 +260,8 @@ const std::list<std::string>& MetadataFileCrawler::files() const
 
 void MetadataFileCrawler::setMetadataPatternList(const std::vector<MetadataPattern>& patterns)
 {
-    impl_->patterns = patterns;
+    // Copied whole before the old list goes, so that running out of memory here changes nothing.
+    impl_->patterns = std::vector<MetadataPattern>(patterns);
     impl_->parser->applyMetadataPatternList(patterns);
 }
 

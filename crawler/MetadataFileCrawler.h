@@ -57,6 +57,7 @@ public:
     const std::list<std::string>& files() const;
 
     /// Keeps a copy of `patterns`, also when the parser then throws, and has the parser apply them.
+    /// Throws std::bad_alloc, with nothing changed, when there is no memory for the copy.
     void setMetadataPatternList(const std::vector<MetadataPattern>& patterns);
 
     /// True when the parser defined at least one case.

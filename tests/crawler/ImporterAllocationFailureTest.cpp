@@ -141,8 +141,10 @@ struct Import {
         importer->setCrawlResult(first);
         importer->setMetadataPatternList(firstPatterns);
     }
+    Import(const Import&) = delete;
+    Import& operator=(const Import&) = delete;
 
-    CrawlerBasicImporterParser* parser;
+    CrawlerBasicImporterParser* parser; // Owned by the importer.
     std::unique_ptr<MetadataFileCrawler> importer;
     boost::shared_ptr<PlainEntry> secondFolder = folder("second");
     FolderCrawler::Result first;
@@ -161,6 +163,16 @@ std::unique_ptr<Import> makeSecondImport()
     import->importer->setCrawlResult(import->second);
     import->importer->setMetadataPatternList(secondPatterns);
     return import;
+}
+
+std::vector<std::string> columnNamesOf(Import& import)
+{
+    import.importer->extract(import.context);
+    vtkTable& table = *import.context.table;
+    std::vector<std::string> names;
+    for (vtkIdType j = 0; j < table.GetNumberOfColumns(); ++j)
+        names.emplace_back(table.GetColumnName(j));
+    return names;
 }
 
 std::string state(Import& import)
@@ -229,8 +241,19 @@ TEST(AllocationFailure, ChangesNothingWhenARefusalRunsOutOfMemory)
 
 TEST(AllocationFailure, LeavesAnImporterThatCanExtractWhenItsPatternsCouldNotBeApplied)
 {
+    // The last list begins with what fits into the place of the old one's beginning.
     for (const std::vector<MetadataPattern>& patterns :
-         {secondPatterns, {secondPatterns.front()}, {}}) {
+         {secondPatterns,
+          {secondPatterns.front()},
+          {},
+          {firstPatterns.back(),
+           {"a marker that is longer than each of the first ones",
+            MetadataPattern::StringValue}}}) {
+        const auto whole = makeSecondImport();
+        whole->importer->setMetadataPatternList(patterns);
+        const std::vector<std::string> newNames = columnNamesOf(*whole);
+        whole->importer->setMetadataPatternList(firstPatterns);
+        const std::vector<std::string> oldNames = columnNamesOf(*whole);
         failEverywhere(
             "setMetadataPatternList",
             [] {
@@ -243,10 +266,13 @@ TEST(AllocationFailure, LeavesAnImporterThatCanExtractWhenItsPatternsCouldNotBeA
                 import.importer->extract(import.context);
                 return state(import) + lines(*import.context.table);
             },
-            [](Import& import) {
-                import.importer->extract(import.context);
+            [&](Import& import) {
+                const std::vector<std::string> names = columnNamesOf(import);
                 EXPECT_EQ(static_cast<vtkIdType>(import.parser->numDefinedCases()),
                           import.context.table->GetNumberOfRows());
+                const bool hasColumns = import.parser->numDefinedCases() > 0;
+                EXPECT_TRUE(!hasColumns || names == oldNames || names == newNames)
+                    << ::testing::PrintToString(names);
             });
     }
 }
