@@ -132,7 +132,7 @@ TEST_F(CasetableOutput, GoesThroughANamedPipe)
 {
     tree_.pipe("pipe");
     const int reader = open(tree_.path("pipe").c_str(), O_RDONLY | O_NONBLOCK);
-    ASSERT_GE(reader, 0);
+    EXPECT_GE(reader, 0);
 
     const Outcome outcome = write("pipe");
     char buffer[100];

@@ -98,9 +98,8 @@ struct stat status(const std::string& path)
 
 } // namespace
 
-TemporaryTree::TemporaryTree()
+TemporaryTree::TemporaryTree() : path_(folderForTrees() + "/casetable-test-XXXXXX")
 {
-    path_ = folderForTrees() + "/casetable-test-XXXXXX";
     if (mkdtemp(&path_[0]) == nullptr)
         checked(-1, path_);
 }

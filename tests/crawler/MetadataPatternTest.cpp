@@ -149,7 +149,7 @@ TEST(MetadataPattern, SurvivesAssignmentToItself)
         EXPECT_EQ(pattern.pattern, marker);
         EXPECT_EQ(pattern.valueType, MetadataPattern::NumberValue);
 
-        pattern = same;
+        pattern = same; // cppcheck-suppress accessMoved // it was itself
         EXPECT_EQ(pattern.pattern, marker);
         EXPECT_EQ(pattern.valueType, MetadataPattern::NumberValue);
     }
