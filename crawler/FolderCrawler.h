@@ -20,8 +20,11 @@ class FileInfoInterface;
 /// wait for it to finish and read result(). The tree is seen through FileInfoInterface alone, and
 /// every call to it is made on the crawler's thread.
 ///
-/// The walk recurses once per folder level. The thread's stack is 64 MiB of address space, enough
-/// for trees of 20,000 levels; setStackSize() before start() changes that.
+/// The walk recurses once per folder level and takes about 300 bytes of stack for each (288
+/// measured in an optimised build on x86-64, 1,168 under AddressSanitizer), besides what the host's
+/// own operations take at the deepest. The thread's stack is 64 MiB of address space, so that trees
+/// of 20,000 levels take less than half of it in any build; setStackSize() before start() changes
+/// that.
 class CRAWLER_API FolderCrawler : public QThread {
     Q_OBJECT
 
