@@ -161,6 +161,19 @@ TEST(CasetableExitCode, IsFourForClosedOutput)
     EXPECT_EQ(message(outcome.errors), "standard output: Bad file descriptor");
 }
 
+TEST(CasetableExitCode, IsFourWithOneLineThoughNoFileMatchedEither)
+{
+    const TemporaryTree tree;
+    tree.file("results/T1/file");
+    Setting setting = in(tree);
+    setting.output = Stream::FullDisk;
+
+    const Outcome outcome = run({"-n", "none", "results"}, setting);
+
+    EXPECT_EQ(outcome.exitCode, 4) << outcome;
+    EXPECT_EQ(message(outcome.errors), "standard output: No space left on device");
+}
+
 TEST(CasetableExitCode, DoesNotDependOnWhetherMessagesCanBeWritten)
 {
     const TemporaryTree tree;

@@ -2,10 +2,12 @@
 #include <set>
 #include <string>
 
+#include <fcntl.h>
 #include <sys/syscall.h>
 
 #include <gtest/gtest.h>
 
+#include "tests/casetable/Injection.h"
 #include "tests/casetable/Program.h"
 #include "tests/casetable/TemporaryTree.h"
 
@@ -78,6 +80,30 @@ TEST(CasetableInterrupt, OfTheWalkLeavesAnEarlierOutputAsItWas)
     EXPECT_EQ(tree.names("."), Names({"out", "results"}));
 }
 
+TEST(CasetableInterrupt, EndsAWalkThatTheSystemKeepsWaitingWhenItComesAgain)
+{
+    const TemporaryTree tree;
+    SKIP_UNLESS_FAULTS_CAN_BE_INJECTED(tree);
+    tree.file("results/T1/file");
+    tree.file("out", "earlier");
+    // A delay stands in for a disk that does not answer.
+    Setting setting = withInjection(tree, "getdents64", "delay_enter=5000000",
+                                    {"-D", "-P", tree.path("results")});
+    setting.errors = Stream::Terminal;
+    Program program({"-n", "T", "-o", "out", tree.path("results")}, setting);
+    program.waitForErrors(isWalking);
+
+    for (int i = 0; i < 30; ++i) {
+        program.send(SIGINT);
+        program.errorsFor(100); // Returns at once when the program has ended.
+    }
+    const Outcome outcome = program.finish();
+
+    EXPECT_EQ(outcome.signal, SIGINT) << outcome;
+    EXPECT_EQ(tree.content("out"), "earlier");
+    EXPECT_EQ(tree.names("."), Names({"out", "results"}));
+}
+
 TEST(CasetableInterrupt, StopsWritingToAPipeThatNobodyReads)
 {
     const TemporaryTree tree;
@@ -95,6 +121,26 @@ TEST(CasetableInterrupt, StopsWritingToAPipeThatNobodyReads)
     EXPECT_EQ(outcome.exitCode, 130) << outcome.errors;
     EXPECT_EQ(outcome.errors, "");
     EXPECT_LT(outcome.output.size(), 2000u * 100u);
+}
+
+TEST(CasetableInterrupt, StopsWaitingForTheReaderOfAPipeThatDoesNotBlock)
+{
+    const TemporaryTree tree;
+    for (int i = 0; i < 2000; ++i)
+        tree.file("results/T1/" + std::string(100, 'x') + std::to_string(i));
+    Setting setting = in(tree);
+    setting.output = Stream::SmallPipe;
+    setting.prepare = [] { fcntl(STDOUT_FILENO, F_SETFL, O_NONBLOCK); };
+
+    Program program({"-n", "T", "--files", "results"}, setting);
+    program.waitUntilOutputIsFull();
+    if (!program.waitUntilIn(SYS_poll))
+        GTEST_SKIP() << "the system does not tell where a program waits";
+    program.send(SIGINT);
+    const Outcome outcome = program.finish();
+
+    EXPECT_EQ(outcome.exitCode, 130) << outcome.errors;
+    EXPECT_EQ(outcome.errors, "");
 }
 
 TEST(CasetableInterrupt, StopsWaitingForAReaderOfANamedPipe)

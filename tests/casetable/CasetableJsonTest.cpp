@@ -103,6 +103,18 @@ TEST(CasetableJson, KeepsEveryValueWhereNamesDifferOnlyInBytesThatAreNotUtf8)
     EXPECT_EQ(json["cases"][0]["values"].size(), 2u) << json;
 }
 
+TEST(CasetableJson, KeepsTheFilesOfTagsThatDifferOnlyInBytesThatAreNotUtf8)
+{
+    const TemporaryTree tree;
+    tree.file("results/T1/a.log");
+    tree.file("results/T1/b.dat");
+
+    const Json json = runJson(tree, {"-n", "T", "-a", "*.log=\xfe", "-a", "*.dat=\xff"});
+
+    EXPECT_EQ(json["cases"][0]["aux"],
+              Json({{"\xef\xbf\xbd", {"T1/a.log"}}, {"\xef\xbf\xbd(2)", {"T1/b.dat"}}}));
+}
+
 TEST(CasetableJson, NamesColumnsOfOneMarkerApartWithAndWithoutCases)
 {
     const TemporaryTree tree;

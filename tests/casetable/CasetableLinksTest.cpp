@@ -1,9 +1,14 @@
 #include <set>
 #include <string>
 
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+
 #include <gtest/gtest.h>
 
 #include "tests/casetable/Csv.h"
+#include "tests/casetable/OrdinaryUser.h"
 #include "tests/casetable/Program.h"
 #include "tests/casetable/TemporaryTree.h"
 
@@ -139,6 +144,60 @@ TEST(CasetableLinks, ToMissingFoldersAndToThemselvesAreLeftOutWithoutAWord)
 
     EXPECT_EQ(outcome.output, "path,case,fi\r\nfile,0,le\r\n");
     EXPECT_EQ(outcome.errors, "");
+}
+
+TEST(CasetableLinks, ToNamesThatAreTooLongAreBrokenOnes)
+{
+    const TemporaryTree tree;
+    tree.file("results/file");
+    tree.link("results/link", std::string(300, 'n'));
+
+    for (const char* option : {"--quiet", "--follow", "--keep-going"}) {
+        const Outcome outcome = run(tree, {"-s", "fi", option, "--files", "results"});
+        EXPECT_EQ(outcome.output, "path,case,fi\r\nfile,0,le\r\n") << option;
+        EXPECT_EQ(outcome.errors, "") << option;
+    }
+}
+
+TEST(CasetableLinks, ToAFolderFarAboveTheRootDoNotLeadIntoTheRootAgain)
+{
+    const TemporaryTree tree;
+    tree.file("all/of/the/results/a/file");
+    tree.file("all/of/file");
+    tree.link("all/of/the/results/a/out", "../../../..");
+
+    EXPECT_EQ(paths(tree, {"-L"}, "all/of/the/results"), Paths({"a/file", "a/out/of/file"}));
+}
+
+TEST(CasetableLinks, ToAnotherFileSystemAreFollowedWhereItNumbersItsFoldersAlike)
+{
+    const TemporaryTree tree;
+    const std::string refused = "no mount is permitted";
+    inOwnProcess([&tree, &refused] {
+        tree.folder("one");
+        tree.folder("two");
+        // The mounts are seen by this process and the program alone, and go with them.
+        if (unshare(CLONE_NEWNS) != 0 ||
+            mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            mount("none", tree.path("one").c_str(), "tmpfs", 0, nullptr) != 0 ||
+            mount("none", tree.path("two").c_str(), "tmpfs", 0, nullptr) != 0) {
+            tree.file(refused);
+            return;
+        }
+        struct stat one = {};
+        struct stat two = {};
+        ASSERT_EQ(stat(tree.path("one").c_str(), &one), 0);
+        ASSERT_EQ(stat(tree.path("two").c_str(), &two), 0);
+        EXPECT_EQ(one.st_ino, two.st_ino);
+        tree.link("one/link", "../two");
+        tree.file("two/file");
+
+        EXPECT_EQ(paths(tree, {"-L"}, "one"), Paths({"link/file"}));
+        EXPECT_EQ(umount(tree.path("one").c_str()), 0);
+        EXPECT_EQ(umount(tree.path("two").c_str()), 0);
+    });
+    if (tree.exists(refused))
+        GTEST_SKIP() << refused;
 }
 
 } // namespace tests

@@ -1,6 +1,8 @@
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <set>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -14,6 +16,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/casetable/Injection.h"
 #include "tests/casetable/OrdinaryUser.h"
 #include "tests/casetable/Program.h"
 #include "tests/casetable/Sanitizer.h"
@@ -61,35 +64,6 @@ protected:
     static const int files = 2000;
     const TemporaryTree tree_;
 };
-
-// Has a tracer make a system call fail, or send a signal at it.
-Setting withInjection(const TemporaryTree& tree, const std::string& systemCall,
-                      const std::string& fault)
-{
-    Setting setting = in(tree);
-    setting.program = {"strace",
-                       "-f",
-                       "-qqq",
-                       "-o",
-                       "/dev/null",
-                       "-e",
-                       "trace=" + systemCall,
-                       "-e",
-                       "inject=" + systemCall + ":" + fault,
-                       "-E",
-                       "ASAN_OPTIONS=detect_leaks=0"};
-    return setting;
-}
-
-bool canInject(const TemporaryTree& tree)
-{
-    return run({"--version"}, withInjection(tree, "rename", "error=EIO")).exitCode == 0;
-}
-
-#define SKIP_UNLESS_FAULTS_CAN_BE_INJECTED()                                                       \
-    SKIP_WHERE_SANITIZERS_WRITE();                                                                 \
-    if (!canInject(tree_))                                                                         \
-    GTEST_SKIP() << "no strace, or not permitted"
 
 } // namespace
 
@@ -180,7 +154,7 @@ TEST_F(CasetableOutputFaults, AreToldWhenTheReaderOfAPipeGoesAwayHalfWay)
 
 TEST_F(CasetableOutputFaults, OfAnyStepLeaveTheEarlierFileAndNoOther)
 {
-    SKIP_UNLESS_FAULTS_CAN_BE_INJECTED();
+    SKIP_UNLESS_FAULTS_CAN_BE_INJECTED(tree_);
     struct Fault {
         std::string systemCall;
         std::string fault;
@@ -200,9 +174,69 @@ TEST_F(CasetableOutputFaults, OfAnyStepLeaveTheEarlierFileAndNoOther)
     }
 }
 
+TEST_F(CasetableOutputFaults, OfTheCloseLeaveTheEarlierFileAndNoOther)
+{
+    SKIP_UNLESS_FAULTS_CAN_BE_INJECTED(tree_);
+    // Which close of the main thread is the one behind the write.
+    Setting counting = in(tree_);
+    counting.program = {"strace", "-qqq", "-o", "trace", "-e", "trace=close,fsync"};
+    ASSERT_EQ(run(writing("csv", "new"), counting).exitCode, 0);
+    std::istringstream trace(tree_.content("trace"));
+    int closes = 1;
+    for (std::string line; std::getline(trace, line) && line.compare(0, 5, "fsync") != 0;)
+        closes += line.compare(0, 5, "close") == 0 ? 1 : 0;
+    ASSERT_FALSE(trace.eof()) << tree_.content("trace");
+    tree_.remove("new");
+    tree_.remove("trace");
+
+    for (const std::string error : {"EIO", "EDQUOT"}) {
+        const Outcome outcome = run(
+            writing("csv", "out"),
+            withInjection(tree_, "close", "error=" + error + ":when=" + std::to_string(closes)));
+        expectFailure(outcome, "out: " + std::string(error == "EIO" ? "Input/output error"
+                                                                    : "Disk quota exceeded"));
+        expectEarlierFileAlone();
+    }
+}
+
+TEST_F(CasetableOutputFaults, OfTheCloseAreToldForADeviceToo)
+{
+    SKIP_UNLESS_FAULTS_CAN_BE_INJECTED(tree_);
+    const Outcome outcome =
+        run(writing("csv", "/dev/null"),
+            withInjection(tree_, "close", "error=EIO", {"-P", "/dev/null", "-o", "trace"}));
+
+    expectFailure(outcome, "/dev/null: Input/output error");
+    const std::string trace = tree_.content("trace");
+    EXPECT_EQ(std::count(trace.begin(), trace.end(), '\n'), 1)
+        << "a descriptor whose close has failed is gone; it may be another's already: " << trace;
+}
+
+TEST_F(CasetableOutputFaults, AreNotToldForAShortWrite)
+{
+    SKIP_UNLESS_FAULTS_CAN_BE_INJECTED(tree_);
+    const std::string whole = run(tree_, writing("csv", "-")).output;
+
+    // The system says that it took so many bytes; the injection swallows them.
+    EXPECT_EQ(run(writing("csv", "-"), withInjection(tree_, "write", "retval=100:when=1")).output,
+              whole.substr(100));
+    EXPECT_EQ(run(writing("csv", "-"), withInjection(tree_, "write", "retval=7:when=1..2")).output,
+              whole.substr(14));
+}
+
+TEST_F(CasetableOutputFaults, AreNotToldForAShortWriteOfAMessage)
+{
+    SKIP_UNLESS_FAULTS_CAN_BE_INJECTED(tree_);
+    const std::string whole = run(tree_, {"-n", "T", "missing"}).errors;
+
+    EXPECT_EQ(
+        run({"-n", "T", "missing"}, withInjection(tree_, "write", "retval=10:when=1..2")).errors,
+        whole.substr(20));
+}
+
 TEST_F(CasetableOutputFaults, OfAnInterruptAtAnyStepLeaveTheEarlierFileAndNoOther)
 {
-    SKIP_UNLESS_FAULTS_CAN_BE_INJECTED();
+    SKIP_UNLESS_FAULTS_CAN_BE_INJECTED(tree_);
     for (const std::string step : {"fchmod", "write", "fsync"}) {
         for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
             SCOPED_TRACE(step + ", signal " + std::to_string(signal));
@@ -216,9 +250,21 @@ TEST_F(CasetableOutputFaults, OfAnInterruptAtAnyStepLeaveTheEarlierFileAndNoOthe
     }
 }
 
+TEST_F(CasetableOutputFaults, OfAnInterruptBetweenTwoWritesStopTheOutput)
+{
+    SKIP_UNLESS_FAULTS_CAN_BE_INJECTED(tree_);
+    const std::string whole = run(tree_, writing("csv", "-")).output;
+    const Outcome outcome =
+        run(writing("csv", "-"), withInjection(tree_, "write", "signal=SIGTERM:when=2"));
+
+    EXPECT_EQ(outcome.exitCode, 128 + SIGTERM) << outcome.errors;
+    EXPECT_LT(outcome.output.size(), whole.size());
+    EXPECT_EQ(whole.compare(0, outcome.output.size(), outcome.output), 0);
+}
+
 TEST_F(CasetableOutputFaults, OfAnInterruptBehindTheRenameAreTooLate)
 {
-    SKIP_UNLESS_FAULTS_CAN_BE_INJECTED();
+    SKIP_UNLESS_FAULTS_CAN_BE_INJECTED(tree_);
     const Outcome whole = run(tree_, writing("csv", "-"));
     const Outcome outcome =
         run(writing("csv", "out"), withInjection(tree_, "rename", "signal=SIGINT"));

@@ -119,6 +119,46 @@ TEST_F(CasetableOutput, FollowsALinkToAFileThatDoesNotExistYet)
     EXPECT_EQ(tree_.names("folder"), Names({"file"}));
 }
 
+TEST_F(CasetableOutput, FollowsALinkToAnAbsolutePath)
+{
+    tree_.folder("folder");
+    tree_.link("out", tree_.path("folder/file"));
+
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(write("out").exitCode, 0);
+        EXPECT_TRUE(tree_.isLink("out"));
+        EXPECT_FALSE(tree_.isLink("folder/file"));
+        EXPECT_EQ(tree_.content("folder/file"), csv);
+    }
+}
+
+TEST_F(CasetableOutput, FollowsAsManyLinksAsTheSystem)
+{
+    tree_.file("links/0", "earlier");
+    int links = 0;
+    do {
+        tree_.link("links/" + std::to_string(links + 1), std::to_string(links));
+        ++links;
+    } while (links < 100 &&
+             access(tree_.path("links/" + std::to_string(links)).c_str(), F_OK) == 0);
+    const std::string last = "links/" + std::to_string(links - 1);
+
+    EXPECT_EQ(write(last).exitCode, 0);
+    EXPECT_TRUE(tree_.isLink(last));
+    EXPECT_EQ(tree_.content("links/0"), csv);
+    expectFailure(write("links/" + std::to_string(links)),
+                  "links/" + std::to_string(links) + ": Too many levels of symbolic links");
+}
+
+TEST_F(CasetableOutput, IsNoLinkToItself)
+{
+    tree_.link("out", "out");
+
+    expectFailure(run(tree_, {"-n", "T", "-o", "out", "no root"}),
+                  "out: Too many levels of symbolic links");
+    EXPECT_TRUE(tree_.isLink("out"));
+}
+
 TEST_F(CasetableOutput, DoesNotReplaceADevice)
 {
     EXPECT_EQ(write("/dev/null").exitCode, 0);
@@ -189,6 +229,38 @@ TEST_F(CasetableOutput, AppendsWhereTheNameOfStandardOutputStandsForAnAppendedFi
         EXPECT_EQ(tree_.content("log"), std::string("earlier\n") + csv) << name;
     }
     EXPECT_EQ(tree_.names("."), Names({"log", "results"}));
+}
+
+TEST_F(CasetableOutput, AppendsWhereTheNameOfAnotherDescriptorStandsForAnAppendedFile)
+{
+    const int high = 1000;
+    for (const std::string name :
+         {"/dev/stderr", "/dev/fd/2", "/dev/fd/1000", "/proc/self/fd/1000"}) {
+        SCOPED_TRACE(name);
+        tree_.file("log", "earlier\n");
+        Setting setting = in(tree_);
+        setting.prepare = [&] {
+            const rlimit limit = {high + 1, high + 1};
+            setrlimit(RLIMIT_NOFILE, &limit);
+            dup2(open(tree_.path("log").c_str(), O_WRONLY | O_APPEND),
+                 name.back() == '0' ? high : STDERR_FILENO);
+        };
+
+        EXPECT_EQ(run({"-n", "T", "-o", name, "results"}, setting).exitCode, 0);
+
+        EXPECT_EQ(tree_.content("log"), "earlier\n" + csv);
+        EXPECT_EQ(tree_.names("."), Names({"log", "results"}));
+    }
+}
+
+TEST_F(CasetableOutput, IsNoDescriptorThatIsNotOpen)
+{
+    for (const std::string name : {"/dev/fd/77", "/proc/self/fd/9999"})
+        expectFailure(run(tree_, {"-n", "T", "-o", name, "no root"}),
+                      name + ": Bad file descriptor");
+    // No number that a descriptor can have.
+    for (const std::string name : {"/dev/fd/99999999999999999999", "/dev/fd/", "/dev/fd/1x"})
+        EXPECT_EQ(write(name).exitCode, 4) << name;
 }
 
 TEST_F(CasetableOutput, WaitsForTheReaderOfAPipeThatDoesNotBlock)
@@ -324,6 +396,38 @@ TEST_F(CasetableOutput, NeedsAFolderThatCanBeWritten)
     }
     EXPECT_EQ(tree_.content("folder/out"), "earlier");
     EXPECT_EQ(tree_.names("folder"), Names({"out"}));
+}
+
+TEST_F(CasetableOutput, GoesThroughANamedPipeInAFolderThatMayNotBeWritten)
+{
+    SKIP_UNLESS_ORDINARY_USER_IS_POSSIBLE();
+    tree_.pipe("folder/pipe");
+    tree_.setMode("folder", 0555);
+    const int reader = open(tree_.path("folder/pipe").c_str(), O_RDONLY | O_NONBLOCK);
+    ASSERT_GE(reader, 0);
+    Setting setting = in(tree_);
+    setting.ordinaryUser = true;
+
+    const Outcome outcome = run({"-n", "T", "-o", "folder/pipe", "results"}, setting);
+    char buffer[100];
+    const ssize_t count = read(reader, buffer, sizeof buffer);
+    close(reader);
+
+    EXPECT_EQ(outcome.exitCode, 0) << outcome;
+    ASSERT_GT(count, 0);
+    EXPECT_EQ(std::string(buffer, static_cast<std::size_t>(count)), csv);
+}
+
+TEST_F(CasetableOutput, NeedsAFolderThatCanBeEntered)
+{
+    SKIP_UNLESS_ORDINARY_USER_IS_POSSIBLE();
+    tree_.folder("folder");
+    tree_.setMode("folder", 0666);
+    Setting setting = in(tree_);
+    setting.ordinaryUser = true;
+
+    expectFailure(run({"-n", "T", "-o", "folder/out", "no root"}, setting),
+                  "folder/out: Permission denied");
 }
 
 TEST_F(CasetableOutput, IsNoFileThatTheUserMayNotWrite)

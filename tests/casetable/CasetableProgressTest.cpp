@@ -92,6 +92,25 @@ TEST_F(CasetableProgress, IsCutToTheWidthOfTheTerminal)
         EXPECT_LT(line.size(), 20u) << line;
 }
 
+TEST_F(CasetableProgress, IsCutToTheUsualWidthWhereTheTerminalDoesNotTellIts)
+{
+    const TemporaryTree tree;
+    const std::string root(100, 'r');
+    tree.knot(root, 14);
+    Setting setting = in(tree);
+    setting.errors = Stream::Terminal;
+    setting.terminalColumns = 0;
+    Program program({"-n", "T", "-L", root}, setting);
+    program.waitForErrors(
+        [](const std::string& errors) { return statusLines(errors).size() >= 2; });
+    program.send(SIGINT);
+
+    const std::vector<std::string> lines = statusLines(program.finish().errors);
+
+    ASSERT_GE(lines.size(), 2u);
+    EXPECT_EQ(lines.front().size(), 79u) << lines.front();
+}
+
 TEST_F(CasetableProgress, IsNothingInAPipe)
 {
     Setting setting = in(tree_);
@@ -147,6 +166,21 @@ TEST(CasetableRemark, OnATerminalTellsHowManyFilesAreInCases)
 
     EXPECT_EQ(message(outcome.errors), "cases: 2, from 3 of 4 files; --unmatched lists the others");
     EXPECT_EQ(quiet.errors, "");
+}
+
+TEST(CasetableRemark, MentionsUnmatchedFilesOnlyWhereThereAreSomeThatAreNotListed)
+{
+    const TemporaryTree tree;
+    for (const char* file : {"results/T1/a", "results/none", "all/T1/a"})
+        tree.file(file);
+    Setting setting = in(tree);
+    setting.errors = Stream::Terminal;
+
+    EXPECT_EQ(message(run({"-n", "T", "--unmatched", "results"}, setting).errors),
+              "cases: 1, from 1 of 2 files");
+    EXPECT_EQ(message(run({"-n", "T", "--files", "results"}, setting).errors),
+              "cases: 1, from 1 of 2 files; --unmatched lists the others");
+    EXPECT_EQ(message(run({"-n", "T", "all"}, setting).errors), "cases: 1, from 1 of 1 files");
 }
 
 } // namespace tests

@@ -22,6 +22,22 @@ TEST(CasetableTable, AlignsTextToTheLeftAndNumbersToTheRight)
               "   1  delta    0.8\n");
 }
 
+TEST(CasetableTable, AlignsByTheKindOfAColumnWhateverItsName)
+{
+    const TemporaryTree tree;
+    tree.file("results/case_delta/T10/file");
+    tree.file("results/case_ab/T5/file");
+
+    EXPECT_EQ(run(tree, {"-s", "case", "-n", "T", "-f", "table", "results"}).output,
+              "case  case(2)   T\n"
+              "   0  _ab       5\n"
+              "   1  _delta   10\n");
+    EXPECT_EQ(run(tree, {"-s", "case", "--files", "-f", "table", "results"}).output,
+              "path                 case  case(2)\n"
+              "case_ab/T5/file         0  _ab\n"
+              "case_delta/T10/file     1  _delta\n");
+}
+
 TEST(CasetableTable, AlignsByTheColumnsThatCharactersTakeOnATerminal)
 {
     const TemporaryTree tree;

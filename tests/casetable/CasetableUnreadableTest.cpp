@@ -1,3 +1,5 @@
+#include <set>
+#include <sstream>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -166,6 +168,60 @@ TEST_F(CasetableUnreadable, FilesAreListedLikeOthers)
 
     EXPECT_EQ(runAsOrdinaryUser({"-n", "T", "--files", "results"}).output,
               "path,case,T\r\nT1/file,0,1\r\n");
+}
+
+TEST_F(CasetableUnreadable, FoldersAmongLoopsOfLinksAreWarnedOfOnEveryWayToThem)
+{
+    tree_.file("results/a/file");
+    tree_.file("results/b/file");
+    tree_.file("results/b/closed/file");
+    tree_.link("results/a/itself", ".");
+    tree_.link("results/a/to b", "../b");
+    tree_.link("results/b/to a", "../a");
+    tree_.link("results/b/up", "../..");
+    tree_.link("results/into file", "b/closed/file");
+    tree_.link("results/to closed", "b/closed");
+    const Arguments arguments = {"-s", "fi", "-L", "--keep-going", "--files", "results"};
+
+    for (const mode_t mode : {0000, 0111, 0333, 0444}) {
+        SCOPED_TRACE(mode);
+        tree_.setMode("results/b/closed", mode);
+        const bool mayBeEntered = (mode & 0111) != 0;
+        const Outcome outcome = runAsOrdinaryUser(arguments);
+
+        EXPECT_EQ(outcome.exitCode, 0) << outcome;
+        EXPECT_EQ(outcome.output, std::string("path,case,fi\r\na/file,0,le\r\na/to b/file,0,le\r\n"
+                                              "b/file,0,le\r\nb/to a/file,0,le\r\n") +
+                                      (mayBeEntered ? "into file,0,le\r\n" : ""));
+        std::multiset<std::string> warnings;
+        std::istringstream lines(outcome.errors);
+        for (std::string line; std::getline(lines, line);)
+            warnings.insert(line);
+        std::multiset<std::string> expected;
+        for (const std::string path : {"a/to b/closed", "b/closed", "to closed"})
+            expected.insert("casetable: warning: results/" + path + ": Permission denied");
+        if (!mayBeEntered)
+            expected.insert("casetable: warning: results/into file: Permission denied");
+        EXPECT_EQ(warnings, expected);
+    }
+}
+
+TEST_F(CasetableUnreadable, FolderInALoopOfLinksStopsTheWalkUnlessItKeepsGoing)
+{
+    tree_.file("results/a/T1");
+    tree_.link("results/a/up", "..");
+    tree_.link("results/b/to a", "../a");
+    tree_.link("results/b/to c", "../c");
+    tree_.link("results/c/to b", "../b");
+    tree_.setMode("results/c", 0);
+
+    const Outcome stopped = runAsOrdinaryUser({"-n", "T", "-L", "results"});
+    const Outcome keptGoing = runAsOrdinaryUser({"-n", "T", "-L", "--keep-going", "-q", "results"});
+
+    EXPECT_EQ(stopped.exitCode, 3) << stopped;
+    EXPECT_EQ(message(stopped.errors), "The specified path: results/b/to c is not readable.");
+    EXPECT_EQ(keptGoing.output, "case,T\r\n0,1\r\n") << keptGoing;
+    EXPECT_EQ(keptGoing.errors, "");
 }
 
 } // namespace tests

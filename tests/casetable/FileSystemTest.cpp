@@ -10,8 +10,10 @@
 #include <vector>
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
@@ -211,6 +213,24 @@ TEST(FileSystem, AnswersForARootThatIsAFile)
     EXPECT_FALSE(root->isDirectory());
     EXPECT_TRUE(root->isFile());
     EXPECT_EQ(failureOf(*root), tree.path("file") + ": Not a directory");
+}
+
+TEST(FileSystem, AnswersForARootThatIsNeitherFileNorFolder)
+{
+    const TemporaryTree tree;
+    tree.pipe("pipe");
+    tree.socket("socket");
+    FileSystem fileSystem;
+
+    for (const std::string& path :
+         {tree.path("pipe"), tree.path("socket"), std::string("/dev/null")}) {
+        SCOPED_TRACE(path);
+        const EntryPtr root = fileSystemRoot(fileSystem, path);
+        EXPECT_TRUE(root->exists());
+        EXPECT_FALSE(root->isDirectory());
+        EXPECT_FALSE(root->isFile());
+        EXPECT_EQ(failureOf(*root), path + ": Not a directory");
+    }
 }
 
 TEST(FileSystem, RaisesWhyAFolderCannotBeListed)
@@ -413,6 +433,24 @@ TEST(FileSystem, ClosesItsDescriptorsWithTheEntries)
     }
 
     EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST(FileSystem, TakesAnyDescriptorThatTheSystemGives)
+{
+    const TemporaryTree tree;
+    tree.file("folder/inner/file");
+    inOwnProcess([&tree] {
+        // The next to be opened gets the number of standard input.
+        ASSERT_EQ(close(STDIN_FILENO), 0);
+        FileSystem fileSystem;
+        {
+            const auto entries = entriesByName(*fileSystemRoot(fileSystem, tree.path()));
+            EXPECT_NE(fcntl(STDIN_FILENO, F_GETFD), -1);
+            ASSERT_EQ(entries.count("folder"), 1u);
+            EXPECT_EQ(entriesByName(*entries.at("folder")).count("inner"), 1u);
+        }
+        EXPECT_EQ(fcntl(STDIN_FILENO, F_GETFD), -1) << "it is closed with the entries";
+    });
 }
 
 TEST(FileSystem, KeepsToTheFoldersListedWhenTheyAreRenamed)

@@ -86,5 +86,26 @@ TEST(Interrupt, IsBlockedOnlyDuringALifeOfSignalsBlocked)
     }
 }
 
+TEST(Interrupt, StaysIgnoredWhereTheCallerIgnoresItAlsoOnceReleased)
+{
+    inOwnProcess([] {
+        std::signal(SIGHUP, SIG_IGN);
+        catchInterrupts();
+        releaseInterrupts();
+        raise(SIGHUP);
+    });
+}
+
+TEST(Interrupt, StaysBlockedWhereItWasBlockedBefore)
+{
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        const SignalsBlocked before;
+        {
+            const SignalsBlocked signalsBlocked;
+        }
+        EXPECT_TRUE(isBlocked(signal));
+    }
+}
+
 } // namespace tests
 } // namespace casetable

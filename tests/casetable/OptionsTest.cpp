@@ -1,5 +1,6 @@
 #include "casetable/Options.h"
 
+#include <cstring>
 #include <optional>
 #include <string>
 #include <vector>
@@ -130,6 +131,46 @@ TEST(Options, RefuseAnythingButLettersBehindFlagsInOneArgument)
     // Values may look like that.
     EXPECT_EQ(parse({"-n", "-q5", "--", "-q5"})->root, "-q5");
     EXPECT_EQ(parse({"-qn-5", "root"})->patterns.at(0).pattern, "-5");
+}
+
+TEST(Options, TakeAnyNextArgumentAsTheValue)
+{
+    for (const char* const value : {"-q5=x", "-L!=x", "-qL-=x"}) {
+        SCOPED_TRACE(value);
+        for (const char* const option : {"-s", "-n", "--string", "--number", "-qs", "-Lqn"})
+            EXPECT_EQ(parse({option, value, "root"})->patterns.at(0).pattern, value) << option;
+        for (const char* const option : {"-a", "--aux", "-qa"})
+            EXPECT_EQ(parse({"-nT", option, value, "root"})->identifiers.size(), 1u) << option;
+        for (const char* const option : {"-o", "--output", "-Lo"})
+            EXPECT_EQ(parse({"-nT", option, value, "root"})->output, std::string(value)) << option;
+        for (const char* const option : {"-f", "--format", "-qf"}) {
+            try {
+                parse({"-nT", option, value, "root"});
+                ADD_FAILURE() << option;
+            } catch (const Failure& failure) {
+                EXPECT_EQ(failure.what(), "--format '" + std::string(value) +
+                                              "': unknown format; choose auto, table, csv or json");
+            }
+        }
+    }
+}
+
+TEST(Options, RefuseAnEmptyValueAlsoBehindAValueThatLooksLikeAnOption)
+{
+    // The letters behind the first are the marker; it takes no further argument.
+    for (const char* const marker : {"-nn", "-sao", "-qnf", "-nLs"}) {
+        for (const char* const option :
+             {"--string=", "--number=", "--aux=", "--format=", "--output="}) {
+            SCOPED_TRACE(std::string(marker) + " " + option);
+            try {
+                parse({marker, option, "csv"});
+                ADD_FAILURE();
+            } catch (const Failure& failure) {
+                EXPECT_EQ(failure.what(),
+                          std::string(option, std::strlen(option) - 1) + ": the value is empty");
+            }
+        }
+    }
 }
 
 } // namespace tests

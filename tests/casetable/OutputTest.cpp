@@ -1,9 +1,13 @@
 #include "casetable/Output.h"
 
 #include <csignal>
+#include <filesystem>
+#include <iterator>
+#include <optional>
 #include <set>
 #include <string>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -23,6 +27,12 @@ using Names = std::set<std::string>;
 
 // More than any buffer holds back.
 const std::string plenty(1000000, 'x');
+
+std::size_t openDescriptors()
+{
+    const std::filesystem::directory_iterator listing("/proc/self/fd");
+    return static_cast<std::size_t>(std::distance(begin(listing), end(listing)));
+}
 
 } // namespace
 
@@ -180,6 +190,81 @@ TEST(Output, RefusesAFileThatItsUserMayNotWrite)
         EXPECT_THROW(Output(tree.path("file")), Failure);
         EXPECT_EQ(tree.content("file"), "earlier");
     });
+}
+
+TEST(Output, MayLieInTheRootFolder)
+{
+    const std::string path = "/casetable-test-that-nobody-has-made";
+    if (access("/", W_OK) == 0) {
+        EXPECT_NO_THROW(Output{path});
+    } else {
+        try {
+            const Output output(path);
+            ADD_FAILURE() << "no failure";
+        } catch (const Failure& failure) {
+            EXPECT_STRNE(failure.what(), (path + ": No such file or directory").c_str());
+        }
+    }
+    EXPECT_NE(access(path.c_str(), F_OK), 0);
+}
+
+TEST(Output, LeavesTheMaskOfNewFilesAsItWas)
+{
+    const TemporaryTree tree;
+    inOwnProcess([&tree] {
+        umask(027);
+        Output output(tree.path("file"));
+        output.commit();
+        EXPECT_EQ(umask(0), 027u);
+    });
+}
+
+TEST(Output, LeavesStandardOutputOpen)
+{
+    inOwnProcess([] {
+        {
+            Output output(std::nullopt);
+            output.commit();
+        }
+        EXPECT_NE(fcntl(STDOUT_FILENO, F_GETFD), -1);
+    });
+}
+
+TEST(Output, ClosesWhatItOpens)
+{
+    const TemporaryTree tree;
+    tree.pipe("pipe");
+    const int reader = open(tree.path("pipe").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    ASSERT_GE(reader, 0);
+    const std::size_t before = openDescriptors();
+    for (const std::string& path : {tree.path("file"), tree.path("pipe"), std::string("/dev/null"),
+                                    std::string("/dev/fd/1")}) {
+        SCOPED_TRACE(path);
+        for (const bool commits : {false, true}) {
+            Output output(path);
+            output.isTerminal();
+            output.write(path == tree.path("file") || path == "/dev/null" ? plenty : "");
+            if (commits)
+                output.commit();
+        }
+        EXPECT_EQ(openDescriptors(), before);
+    }
+    close(reader);
+}
+
+TEST(Output, NamesThePathAndTheReasonWhenTheFolderGoesAwayMeanwhile)
+{
+    const TemporaryTree tree;
+    tree.folder("folder");
+    Output output(tree.path("folder/file"));
+    tree.remove("folder");
+    try {
+        output.commit();
+        ADD_FAILURE() << "no failure";
+    } catch (const Failure& failure) {
+        EXPECT_EQ(failure.code, ExitCode::OutputFailed);
+        EXPECT_EQ(failure.what(), tree.path("folder/file") + ": No such file or directory");
+    }
 }
 
 } // namespace tests

@@ -42,6 +42,8 @@ TEST(PlainTagValidator, RefusesControlCharactersBeyondAscii)
 {
     EXPECT_FALSE(PlainTagValidator().validate("a\xc2\x9b").isValid());
     EXPECT_FALSE(PlainTagValidator().validate("\xc2\x80").isValid());
+    EXPECT_FALSE(PlainTagValidator().validate("\xc2\x9f").isValid());
+    EXPECT_TRUE(PlainTagValidator().validate("\xc3\x80").isValid());
     EXPECT_TRUE(PlainTagValidator().validate("\xc2\xa1").isValid());
 }
 

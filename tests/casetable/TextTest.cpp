@@ -1,5 +1,6 @@
 #include "casetable/Text.h"
 
+#include <clocale>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -105,6 +106,15 @@ TEST(Text, TakesTheColumnsThatATerminalGivesIt)
                            Row{"\xe7\xbf\xbc\xe5\x9e\x8b", 4}, Row{"\xf0\x9f\x98\x80", 2},
                            Row{"\xe3\x80\x80", 2}, Row{"\xef\xbd\xb1", 1}, Row{"\\u{202e}", 8}})
         EXPECT_EQ(displayWidth(row.text), row.width) << row.text;
+}
+
+TEST(Text, LeavesTheLanguageOfTheThreadAsItWas)
+{
+    const locale_t before = uselocale(nullptr);
+
+    EXPECT_EQ(displayWidth("\xe7\xbf\xbc"), 2u);
+
+    EXPECT_EQ(uselocale(nullptr), before);
 }
 
 TEST(Text, FitsByWholeCharacters)

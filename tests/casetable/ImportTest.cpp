@@ -1,0 +1,63 @@
+#include "casetable/Import.h"
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "casetable/Console.h"
+#include "casetable/ExitCode.h"
+#include "casetable/FileSystem.h"
+#include "casetable/Walk.h"
+#include "tests/casetable/TemporaryTree.h"
+
+namespace casetable {
+namespace tests {
+
+namespace {
+
+class ImportOfATree : public testing::Test {
+protected:
+    ImportOfATree()
+    {
+        console_.beQuiet();
+        tree_.file("results/T1/a.log");
+        tree_.file("results/T2/b.dat");
+    }
+
+    Import import(const std::string& marker, const std::vector<AuxFileIdentifier>& identifiers)
+    {
+        return Import(walk(fileSystem_, tree_.path("results"), console_),
+                      {{marker, MetadataPattern::NumberValue}}, identifiers);
+    }
+
+    const TemporaryTree tree_;
+    Console console_;
+    FileSystem fileSystem_;
+};
+
+} // namespace
+
+TEST_F(ImportOfATree, HasAuxiliaryFilesOnlyWhereTheyAreAskedForAndThereAreCases)
+{
+    EXPECT_FALSE(import("T", {}).auxFiles());
+    EXPECT_FALSE(import("none", {{"*.log", "log"}}).auxFiles());
+    const auto files = import("T", {{"*.log", "log"}}).auxFiles();
+    ASSERT_TRUE(files);
+    EXPECT_EQ(files->filePaths(0, "log"), std::vector<std::string>({"T1/a.log"}));
+}
+
+TEST_F(ImportOfATree, LooksAtIdentifiersOnlyWhereThereAreCases)
+{
+    EXPECT_FALSE(import("none", {{"[", "log"}}).importer().hasCases());
+    try {
+        import("T", {{"*.dat", "data"}, {"[", "log"}, { "{", "log" }});
+        ADD_FAILURE() << "no failure";
+    } catch (const Failure& failure) {
+        EXPECT_EQ(failure.code, ExitCode::ImportFailed);
+        EXPECT_STREQ(failure.what(), "--aux '[=log': Invalid pattern.");
+    }
+}
+
+} // namespace tests
+} // namespace casetable
