@@ -249,6 +249,36 @@ TEST(AllocationFailure, LeavesAParsersAnswersAsTheyWere)
         [](Nothing&, const auto& parser) { return std::to_string(parser->numDefinedCases()); });
 }
 
+/// How often memory is taken to number the cases of `paths` anew.
+std::size_t occasionsFor(const std::vector<std::string>& paths)
+{
+    CrawlerBasicImporterParser parser;
+    for (const std::string& path : paths)
+        parser.appendRawFilePath(path);
+    const Patterns patterns = {{"Mach", MetadataPattern::NumberValue}};
+    // The first time, the files take memory for what is read from them.
+    parser.applyMetadataPatternList(patterns);
+    const std::size_t before = doubles::allocations();
+    parser.applyMetadataPatternList(patterns);
+    return doubles::allocations() - before;
+}
+
+TEST(AllocationFailure, HasNoMoreOccasionsWhereOthersInterruptACaseTimeAndAgain)
+{
+    std::vector<std::string> inARow;
+    std::vector<std::string> interrupted;
+    for (int i = 1000; i < 1500; ++i) {
+        const std::string number = std::to_string(i);
+        inARow.push_back("a" + number + "Mach0");
+        inARow.push_back("b" + number + "Mach" + number);
+        interrupted.push_back("a" + number + "aMach0");
+        interrupted.push_back("a" + number + "bMach" + number);
+    }
+
+    // A few, for the lists that grow at other moments.
+    EXPECT_LE(occasionsFor(interrupted), occasionsFor(inARow) + 10);
+}
+
 std::unique_ptr<SyntaxNameFilter> makeFilter()
 {
     return std::make_unique<SyntaxNameFilter>(QStringList{"first/a.dat", "second/b.dat", "c.txt"});
@@ -330,6 +360,55 @@ TEST(AllocationFailure, LeavesAValidatorThatJudgesAndCollectsAsBefore)
                 choice.provider.answers.front().front().syntaxName);
         },
         [](Choice&, const ortelo::ValidationResult& result) { return show(result); });
+}
+
+TEST(AllocationFailure, LeavesABadSyntaxNameUnknown)
+{
+    const auto judge = [](Choice& choice) {
+        return choice.validator.syntaxNameValidator()->validate(
+            "*.no file ends like this one does");
+    };
+    failEverywhere(
+        "bad syntax name", makeChoice, judge,
+        [](Choice&, const ortelo::ValidationResult& result) { return show(result); },
+        [&](Choice& choice) { EXPECT_FALSE(judge(choice).isValid()); });
+}
+
+TEST(AllocationFailure, LeavesTheKnownNamesWhenIdentifiersCannotBeJudged)
+{
+    const std::string known = "*.known from an earlier list of identifiers";
+    const auto make = [&] {
+        auto choice = makeChoice();
+        const auto identifiers = choice->provider.answers;
+        choice->provider.answer({{{known, "T"}}});
+        choice->validator.isValid();
+        choice->provider.answer(identifiers);
+        return choice;
+    };
+    const auto knows = [&](Choice& choice) {
+        return choice.validator.syntaxNameValidator()->validate(known).isValid();
+    };
+    failEverywhere(
+        "isValid", make, [](Choice& choice) { return choice.validator.isValid(); },
+        [&](Choice& choice, bool valid) {
+            return std::string(valid ? "valid" : "bad") + (knows(choice) ? ", known" : "");
+        },
+        [&](Choice& choice) { EXPECT_TRUE(knows(choice)); });
+}
+
+TEST(AllocationFailure, CannotMeetASyntaxNameThatIsKnown)
+{
+    // A set is matched by an expression, for which Qt would take memory.
+    const std::string name = "*[ab].dat of a rather long syntax name";
+    const auto choice = makeChoice();
+    const auto names = choice->validator.syntaxNameValidator();
+    const std::size_t before = doubles::allocations();
+    ASSERT_TRUE(names->validate(name).isValid());
+    const std::size_t afterMatching = doubles::allocations();
+    ASSERT_TRUE(names->validate(name).isValid());
+
+    EXPECT_LT(before, afterMatching);
+    EXPECT_EQ(afterMatching, doubles::allocations()) << "it is not matched again";
 }
 
 TEST(AllocationFailure, LetsGoOfTheFilesWhenAValidatorCannotBeMade)

@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <cstddef>
 #include <initializer_list>
+#include <limits>
 #include <map>
 #include <memory>
 #include <random>
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -362,6 +364,24 @@ TEST(AuxFileIdentifierValidator, CollectsUnderATagOfMoreThanOneIdentifier)
               (Contents{{"T", {{1, {"x.a", "z.a"}}}}, {"U", {{1, {"y.a"}}}}}));
 }
 
+TEST(AuxFileIdentifierValidator, KeepsManyTagsApart)
+{
+    Files files;
+    std::vector<AuxFileIdentifier> identifiers;
+    Contents expected;
+    for (int i = 1000; i < 1600; ++i) {
+        const std::string path = std::to_string(i) + ".a";
+        const std::string tag = "T" + std::to_string(i);
+        files.push_back(file(path, 1));
+        identifiers.push_back({path, tag});
+        expected[tag][1] = {path};
+    }
+    Fixture fixture({}, files);
+    fixture.provider.answer({identifiers});
+
+    EXPECT_EQ(contents(*fixture.validator.auxFiles()), expected);
+}
+
 TEST(AuxFileIdentifierValidator, LeavesOutBadIdentifiersAndGoesOn)
 {
     Fixture fixture({{"*.a", "T!"}, {"", ""}, {"bad", "T"}, {"*", "T"}, {"[", "T"}, {"*.b", "U"}},
@@ -435,6 +455,14 @@ TEST(AuxFileIdentifierValidator, RecordsThePathOfTheFileItselfWhenItIsNotUtf8)
     EXPECT_EQ(contents(*fixture.validator.auxFiles()), (Contents{{"T", {{1, {"\xff.a"}}}}}));
 }
 
+TEST(AuxFileIdentifierValidator, MatchesAndRecordsAPathToItsEndAlsoBehindANul)
+{
+    const std::string path("x\0.a", 4);
+    Fixture fixture({{"*.a", "T"}, {"x", "U"}}, {file(path, 1)});
+
+    EXPECT_EQ(contents(*fixture.validator.auxFiles()), (Contents{{"T", {{1, {path}}}}}));
+}
+
 TEST(AuxFileIdentifierValidator, TakesPathsForTheSameThatConvertToTheSameText)
 {
     ASSERT_EQ(QString::fromStdString("\xff.a"), QString::fromStdString("\xfe.a"));
@@ -458,6 +486,23 @@ TEST(AuxFileIdentifierValidator, ReadsTheCaseOfAFileWhenItCollects)
     EXPECT_EQ(first->indexCount(), 2u);
     EXPECT_EQ(contents(*second), (Contents{{"T", {{3, {"x.a"}}}}}));
     EXPECT_EQ(second->indexCount(), 4u);
+}
+
+TEST(AuxFileIdentifierValidator, RefusesACaseIndexThatNoCollectionCanHold)
+{
+    const auto lost = file("x.a", std::numeric_limits<std::size_t>::max());
+    Fixture fixture({{"*.a", "T"}}, {file("w.a", 1), lost});
+
+    try {
+        fixture.validator.auxFiles();
+        ADD_FAILURE() << "nothing was thrown";
+    } catch (const std::length_error& error) {
+        EXPECT_STREQ(error.what(), "case index too large");
+    }
+
+    lost->setCaseIndex(0);
+    EXPECT_EQ(contents(*fixture.validator.auxFiles()),
+              (Contents{{"T", {{0, {"x.a"}}, {1, {"w.a"}}}}}));
 }
 
 TEST(AuxFileIdentifierValidator, CollectsTheFilesOfAParser)

@@ -541,6 +541,26 @@ TEST(CrawlerFilePath, TakesTheExtensionsFromEverySegment)
     expectValues("d11/e2/x", {{"d", StringValue}, {"/e", StringValue}}, true, {"11", "2"});
 }
 
+TEST(CrawlerFilePath, ReadsAsManyMarkersAsThereAre)
+{
+    for (const std::size_t count : {31U, 32U, 33U, 34U, 100U}) {
+        SCOPED_TRACE(count);
+        std::string path;
+        Texts values;
+        for (std::size_t i = 0; i < count; ++i) {
+            values.push_back(std::to_string(i));
+            path += "_T" + values.back();
+        }
+        const Patterns patterns(count, {"_T", NumberValue});
+        CrawlerFilePath file(path);
+
+        EXPECT_TRUE(file.applyMetadataPatterns(patterns));
+
+        EXPECT_EQ(file.metadataValues(), values);
+        EXPECT_EQ(infoValues(file), values);
+    }
+}
+
 TEST(CrawlerFilePath, KeepsWhatWasReadBeforeThePatternThatFailed)
 {
     CrawlerFilePath file("T20_P30/U40");

@@ -24,6 +24,7 @@
 #include <QMetaObject>
 #include <QObject>
 #include <QString>
+#include <QTextCodec>
 #include <QThread>
 #include <QTranslator>
 
@@ -390,6 +391,21 @@ TEST(FolderCrawler, KeepsTheErrorTextOfAFailedRunThroughALaterSuccess)
     EXPECT_EQ((Files{"a"}), crawler.result().files);
 }
 
+TEST(FolderCrawler, HasTheErrorTextOfTheLatestFailure)
+{
+    const FileSystem disk;
+    const EntryPtr root = disk.directory("/r");
+    root->readable = false;
+    FolderCrawler crawler(root);
+    runToEnd(crawler);
+    root->present = false;
+
+    runToEnd(crawler);
+
+    EXPECT_EQ("The specified directory does not exist.",
+              crawler.result().errorString.toStdString());
+}
+
 TEST(FolderCrawler, KeepsTheFilesFoundBeforeTheHostFailed)
 {
     for (const char* call : {"/r/s fileName", "/r/s isFile", "/r/s isReadable", "/r/s isDirectory",
@@ -470,6 +486,52 @@ TEST(FolderCrawler, KeepsFileNamesByteForByteAndReadsPathsAsUtf8)
 
     EXPECT_EQ((Files{"\xe6\x97\xa5/\xff\xfe\x80.dat", " \t."}), crawler.result().files);
     EXPECT_EQ((Calls{"/\xc3\xbc", "/\xc3\xbc/\xe6\x97\xa5"}), recorder.directories());
+}
+
+TEST(FolderCrawler, KeepsFileNamesBehindANul)
+{
+    const FileSystem disk;
+    const std::string name("a\0b", 3);
+    FolderCrawler crawler(
+        disk.directory("/r", {disk.file("/r/" + name), disk.directory("/r/s", {disk.file(name)})}));
+
+    crawler.run();
+
+    EXPECT_EQ((Files{name, "s/" + name}), crawler.result().files);
+}
+
+namespace {
+
+/// The encoding of the host's locale, as long as this lives.
+struct LocaleEncoding {
+    explicit LocaleEncoding(const char* name)
+    {
+        QTextCodec::setCodecForLocale(QTextCodec::codecForName(name));
+    }
+    ~LocaleEncoding() { QTextCodec::setCodecForLocale(before); }
+    LocaleEncoding(const LocaleEncoding&) = delete;
+    LocaleEncoding& operator=(const LocaleEncoding&) = delete;
+
+    QTextCodec* before = QTextCodec::codecForLocale();
+};
+
+} // namespace
+
+TEST(FolderCrawler, ReadsPathsAsUtf8WhateverTheLocaleOfItsHost)
+{
+    const LocaleEncoding latin("ISO-8859-1");
+    ASSERT_NE(QString::fromUtf8("\xc3\xbc"), QString::fromLocal8Bit("\xc3\xbc"));
+    const FileSystem disk;
+    const EntryPtr locked = disk.directory("/\xc3\xbc/\xe6\x97\xa5");
+    locked->readable = false;
+    FolderCrawler crawler(disk.directory("/\xc3\xbc", {locked}));
+    const SignalRecorder recorder(crawler);
+
+    runToEnd(crawler);
+
+    EXPECT_EQ(Calls{"/\xc3\xbc"}, recorder.directories());
+    EXPECT_EQ(QString::fromUtf8("The specified path: /\xc3\xbc/\xe6\x97\xa5 is not readable."),
+              crawler.result().errorString);
 }
 
 namespace {
@@ -613,6 +675,32 @@ TEST(FolderCrawler, StopsBeforeTheNextEntryWhenItIsDestroyedWhileRunning)
                          "/r entries()",   "/r/a fileName",   "/r/a isFile",      "/r/s fileName",
                          "/r/s isFile",    "/r/s isReadable", "/r/s isDirectory", "/r/s fullPath",
                          "/r/s entries()", "thread ended",    "destroyed"};
+    EXPECT_EQ(expected, disk.log->calls());
+}
+
+TEST(FolderCrawler, WaitsForAHostThatTakesItsTime)
+{
+    const FileSystem disk;
+    const EntryPtr root = disk.directory("/r");
+    std::promise<void> listing;
+    root->hook = [&](const std::string& call) {
+        if (call != "/r entries()")
+            return;
+        listing.set_value();
+        // Longer than anybody would dare to wait who does not wait for ever.
+        std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+        disk.log->add("listed");
+    };
+    auto crawler = std::make_unique<FolderCrawler>(root);
+    QObject::connect(crawler.get(), &QThread::finished, [&] { disk.log->add("thread ended"); });
+    crawler->start();
+    listing.get_future().wait();
+
+    crawler.reset();
+    disk.log->add("destroyed");
+
+    const Calls expected{"/r exists",    "/r isReadable", "/r isDirectory", "/r fullPath",
+                         "/r entries()", "listed",        "thread ended",   "destroyed"};
     EXPECT_EQ(expected, disk.log->calls());
 }
 

@@ -357,6 +357,21 @@ TEST(ExceptionBase, PassesThroughTheModuleWhenTheHostThrowsIt)
     }
 }
 
+TEST(AuxFileType, IsRecognisedByTheEndOfThePath)
+{
+    using Kinds = AuxFileInfoInterface;
+    for (const char* const ending : {".txt", ".log", ".dat", ".csv"})
+        EXPECT_EQ(Kinds::TextFile, auxFileType(std::string("a/b") + ending)) << ending;
+    for (const char* const ending : {".png", ".jpg", ".jpeg", ".tif", ".tiff"})
+        EXPECT_EQ(Kinds::ImageFile, auxFileType(std::string("a/b") + ending)) << ending;
+    for (const char* const ending : {".vtk", ".vtp", ".vtu", ".stl"})
+        EXPECT_EQ(Kinds::MeshFile, auxFileType(std::string("a/b") + ending)) << ending;
+    EXPECT_EQ(Kinds::TextFile, auxFileType(".txt")) << "nothing need stand before it";
+    EXPECT_EQ(Kinds::MeshFile, auxFileType("b.png.vtk")) << "the last ending alone counts";
+    for (const char* const path : {"", "txt", "a/txt", "b.txt.bak", "b.txt/c", "b.TXT", "b.tx"})
+        EXPECT_EQ(Kinds::OtherFile, auxFileType(path)) << path;
+}
+
 TEST(SignalConnectionCollection, CanBeMadeAndDestroyed)
 {
     EXPECT_TRUE(std::is_default_constructible<SignalConnectionCollection>::value);

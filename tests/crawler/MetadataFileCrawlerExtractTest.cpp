@@ -310,6 +310,20 @@ TEST(MetadataFileCrawlerExtract, ChecksNumbersAlsoInAColumnThatWasMadeForText)
     EXPECT_EQ((Cases{{"NULL", "1"}, {"2", "b"}}), cells(*context.table));
 }
 
+TEST(MetadataFileCrawlerExtract, FillsItsRowsByThePatternsThatItHadWhenItBeganThem)
+{
+    const Arrangement given({{"T", Number}, {"P", String}}, {{"a", "b"}, {"1", "c"}});
+    given.parser->hook = [&](const std::string& call) {
+        if (call == "caseMetadataSValue(0,0)")
+            given.importer->setMetadataPatternList({{"T", String}, {"P", Number}});
+    };
+    RecordingContext context;
+
+    given.importer->extract(context);
+
+    EXPECT_EQ((Cases{{"NULL", "b"}, {"1", "c"}}), cells(*context.table));
+}
+
 TEST(MetadataFileCrawlerExtract, PutsTheCasesInRowsAndThePatternsInColumns)
 {
     const vtkSmartPointer<vtkTable> table =
@@ -400,6 +414,35 @@ TEST(MetadataFileCrawlerExtract, KeepsEveryTextOfAnyOtherKindAsItStands)
 
     EXPECT_EQ(texts, columnOf(String, texts));
     EXPECT_EQ(texts, columnOf(Unknown, texts));
+}
+
+TEST(MetadataFileCrawlerExtract, EndsAnyOtherTextAtANul)
+{
+    const Texts texts = {std::string("a\0b", 3), std::string("\0", 1), "c"};
+    const Texts ended = {"a", "", "c"};
+
+    EXPECT_EQ(ended, columnOf(String, texts));
+    EXPECT_EQ(ended, columnOf(Unknown, texts));
+}
+
+TEST(MetadataFileCrawlerExtract, EndsATextAtANulAlsoWhenTheTableRefusedAColumn)
+{
+    const WithoutToolkitWarnings quiet;
+    const Cases cases = {{std::string("a\0b", 3), "x"}, {"c", "y"}};
+    const Arrangement given({{"A", String}, {"B", String}}, cases);
+    int counts = 0;
+    given.parser->hook = [&](const std::string& call) {
+        if (call == "numDefinedCases()") {
+            given.parser->cases = cases;
+            given.parser->cases.resize(++counts == 3 ? 1 : 2);
+        }
+    };
+    RecordingContext context;
+
+    given.importer->extract(context);
+
+    EXPECT_EQ((Texts{"A"}), columnNames(*context.table));
+    EXPECT_EQ((Cases{{"a"}, {"c"}}), cells(*context.table));
 }
 
 TEST(MetadataFileCrawlerExtract, AcceptsTheNumbersThatLexicalCastAcceptsAndKeepsTheirText)
@@ -567,8 +610,8 @@ TEST(MetadataFileCrawlerExtract, AgreesWithLexicalCastOnAllShortNumberTexts)
 TEST(MetadataFileCrawlerExtract, AgreesWithLexicalCastOnLongDigitStringsAndLargeExponents)
 {
     Texts texts;
-    for (const std::size_t length :
-         {1, 15, 30, 59, 60, 61, 62, 63, 64, 65, 66, 300, 308, 309, 400}) {
+    for (const std::size_t length : {1,   15,  30,  59,  60,  61,  62,  63,  64,  65,  66,
+                                     150, 200, 208, 209, 210, 211, 250, 300, 308, 309, 400}) {
         for (const char* const sign : {"", "-", "+"}) {
             for (const std::string& digits :
                  {std::string(length, '9'), std::string(length, '0'),
@@ -645,6 +688,19 @@ TEST(MetadataFileCrawlerExtract, GivesTwoDistinctTablesOfTheSameContentForTwoCal
     EXPECT_EQ(cells(*first.table), cells(*second.table));
     EXPECT_EQ(columnNames(*first.table), columnNames(*second.table));
     EXPECT_NE(first.table->GetColumn(0), second.table->GetColumn(0));
+}
+
+TEST(MetadataFileCrawlerExtract, GivesTheSameAuxFilesInEveryCall)
+{
+    const Arrangement given({{"T", Number}}, {{"1"}});
+    const auto auxFiles = boost::make_shared<EmptyCollection>();
+    given.importer->setAuxFilesToLoad(auxFiles);
+
+    for (int call = 0; call < 2; ++call) {
+        RecordingContext context;
+        given.importer->extract(context);
+        EXPECT_EQ(auxFiles, context.auxFiles) << call;
+    }
 }
 
 TEST(MetadataFileCrawlerExtract, LeavesTheTableToTheContextAlone)

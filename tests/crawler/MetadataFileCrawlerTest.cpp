@@ -140,6 +140,20 @@ TEST(MetadataFileCrawler, RefusesAFolderThatIsNotReadable)
               given.disk.log->calls());
 }
 
+TEST(MetadataFileCrawler, HoldsTheFolderOfAResultUntilItHasRefusedIt)
+{
+    const Arrangement given;
+    EntryPtr lost = given.disk.directory("/lost");
+    FolderCrawler::Result result = crawlResult(lost);
+    lost->present = false;
+    lost->hook = [&](const std::string&) {
+        lost.reset();
+        result.folder.reset();
+    };
+
+    EXPECT_EQ("The specified folder: /lost does not exist.", messageOf(*given.importer, result));
+}
+
 TEST(MetadataFileCrawler, TestsExistenceThenKindThenReadability)
 {
     struct Row {
@@ -278,6 +292,22 @@ TEST(MetadataFileCrawler, HasTakenTheResultWhenItAppends)
     given.importer->setCrawlResult(crawlResult(given.root, {"a", "b"}));
 
     EXPECT_EQ(2U, given.parser->log->calls().size());
+}
+
+TEST(MetadataFileCrawler, AppendsTheFilesThatItTookAlsoWhenTheCallersChangeMeanwhile)
+{
+    const Arrangement given;
+    FolderCrawler::Result result = crawlResult(given.root, {"a", "b", "c"});
+    given.parser->hook = [&](const std::string&) {
+        for (std::string& file : result.files)
+            file = "changed";
+    };
+
+    given.importer->setCrawlResult(result);
+
+    EXPECT_EQ((Calls{"appendRawFilePath(a)", "appendRawFilePath(b)", "appendRawFilePath(c)"}),
+              given.parser->log->calls());
+    EXPECT_EQ((Files{"a", "b", "c"}), given.importer->files());
 }
 
 TEST(MetadataFileCrawler, NeverClearsTheParsersPaths)

@@ -1,8 +1,10 @@
 #include "crawler/SyntaxNameFilter.h"
 
+#include <atomic>
 #include <cstddef>
 #include <random>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <QRegExp>
@@ -103,6 +105,57 @@ TEST(SyntaxNameFilter, HoldsOneCandidateWhenBuiltFromAString)
         EXPECT_EQ(selected(filter, text), Texts{text});
         EXPECT_EQ(selected(filter, text + "x"), Texts{});
     }
+}
+
+TEST(SyntaxNameFilter, ComparesTheMatchWithTheEndInTheSameCase)
+{
+    const SyntaxNameFilter filter(list({"x.dat/y.DAT", "y.dat"}));
+
+    EXPECT_EQ(selected(filter, "[d]at"), Texts{"y.dat"});
+}
+
+TEST(SyntaxNameFilter, ReadsItsOneStringUpToANulAndAListToItsEnd)
+{
+    const std::string text("a\0b", 3);
+
+    EXPECT_EQ(selected(SyntaxNameFilter(text), "?*"), Texts{"a"});
+    EXPECT_EQ(selected(SyntaxNameFilter(list({text})), "?*"), Texts{text});
+}
+
+TEST(SyntaxNameFilter, AnswersSeveralThreadsAtOnce)
+{
+    QStringList candidates;
+    QStringList ofA;
+    QStringList ofB;
+    for (int i = 0; i < 200; ++i) {
+        ofA.append(QString::number(i) + ".a");
+        ofB.append(QString::number(i) + ".b");
+        candidates << ofA.back() << ofB.back();
+    }
+    const SyntaxNameFilter filter(candidates);
+    std::atomic<int> waiting{2};
+    std::atomic<int> unfinished{2};
+    std::atomic<int> wrong{0};
+    // Neither begins alone, and neither ends before the other has asked often enough.
+    const auto ask = [&](const std::string& name, const QStringList& expected) {
+        --waiting;
+        while (waiting != 0)
+            std::this_thread::yield();
+        const int enough = 300;
+        for (int round = 1; unfinished != 0; ++round) {
+            if (filter.filter(name) != expected || !filter.validate(name).isValid())
+                ++wrong;
+            if (round == enough)
+                --unfinished;
+        }
+    };
+
+    // One name is matched as runs of text, the other by an expression.
+    std::thread other([&] { ask("*.b", ofB); });
+    ask("*.[a]", ofA);
+    other.join();
+
+    EXPECT_EQ(wrong, 0);
 }
 
 TEST(SyntaxNameFilter, KeepsDuplicatesAndTheOrderOfTheList)
