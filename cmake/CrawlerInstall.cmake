@@ -1,36 +1,88 @@
-# Installs the library, its public headers and the package files that find_package(Crawler) reads.
+# Installs the library, its public headers and the files by which others find them, in three
+# components: `library`, `development` and `program`.
+include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
+# One folder to include from, so that a host's own `crawler/` or `host/` is never met by accident.
+set(crawler_include_dir ${CMAKE_INSTALL_INCLUDEDIR}/crawler-${PROJECT_VERSION_MAJOR})
 set(crawler_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/Crawler)
+set(crawler_pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
 install(
-  TARGETS crawler crawler_host
+  TARGETS crawler
   EXPORT CrawlerTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+          COMPONENT library
+          NAMELINK_COMPONENT development
+  INCLUDES
+  DESTINATION ${crawler_include_dir})
+install(
+  TARGETS crawler_host
+  EXPORT CrawlerTargets
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
+  INCLUDES
+  DESTINATION ${crawler_include_dir})
 install(
   DIRECTORY ${PROJECT_SOURCE_DIR}/crawler ${PROJECT_SOURCE_DIR}/host
-  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+  DESTINATION ${crawler_include_dir}
+  COMPONENT development
   FILES_MATCHING
   PATTERN "*.h"
   PATTERN "CrawlerFilePath.h" EXCLUDE)
+
+# For find_package(Crawler).
 install(
   EXPORT CrawlerTargets
   NAMESPACE Crawler::
-  DESTINATION ${crawler_package_dir})
-
+  DESTINATION ${crawler_package_dir}
+  COMPONENT development)
 configure_package_config_file(
   ${PROJECT_SOURCE_DIR}/cmake/CrawlerConfig.cmake.in ${PROJECT_BINARY_DIR}/CrawlerConfig.cmake
   INSTALL_DESTINATION ${crawler_package_dir})
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/CrawlerConfigVersion.cmake
                                  COMPATIBILITY SameMajorVersion)
-install(FILES ${PROJECT_BINARY_DIR}/CrawlerConfig.cmake
-              ${PROJECT_BINARY_DIR}/CrawlerConfigVersion.cmake
-        DESTINATION ${crawler_package_dir})
+install(
+  FILES ${PROJECT_BINARY_DIR}/CrawlerConfig.cmake ${PROJECT_BINARY_DIR}/CrawlerConfigVersion.cmake
+  DESTINATION ${crawler_package_dir}
+  COMPONENT development)
+
+# For pkg-config. Qt has a file of its own to require; where Boost's headers and VTK are is written
+# down as it was found here.
+set(crawler_pc_cflags)
+set(crawler_pc_libs)
+foreach(target Boost::headers VTK::CommonDataModel VTK::CommonCore)
+  get_target_property(directories ${target} INTERFACE_INCLUDE_DIRECTORIES)
+  foreach(directory IN LISTS directories)
+    list(APPEND crawler_pc_cflags -I${directory})
+  endforeach()
+endforeach()
+foreach(target VTK::CommonDataModel VTK::CommonCore)
+  get_target_property(location ${target} LOCATION)
+  get_filename_component(directory ${location} DIRECTORY)
+  get_filename_component(name ${location} NAME)
+  string(REGEX REPLACE "^lib(.*)\\.(so|a)[.0-9]*$" "\\1" name ${name})
+  list(APPEND crawler_pc_libs -L${directory} -l${name})
+endforeach()
+list(REMOVE_DUPLICATES crawler_pc_cflags)
+list(REMOVE_DUPLICATES crawler_pc_libs)
+string(REPLACE ";" " " crawler_pc_cflags "${crawler_pc_cflags}")
+string(REPLACE ";" " " crawler_pc_libs "${crawler_pc_libs}")
+file(RELATIVE_PATH crawler_prefix_from_pc ${CMAKE_INSTALL_PREFIX}/${crawler_pkgconfig_dir}
+     ${CMAKE_INSTALL_PREFIX})
+string(REGEX REPLACE "/$" "" crawler_prefix_from_pc ${crawler_prefix_from_pc})
+configure_file(${PROJECT_SOURCE_DIR}/cmake/crawler.pc.in ${PROJECT_BINARY_DIR}/crawler.pc @ONLY)
+install(
+  FILES ${PROJECT_BINARY_DIR}/crawler.pc
+  DESTINATION ${crawler_pkgconfig_dir}
+  COMPONENT development)
 
 if(CRAWLER_BUILD_CASETABLE)
   # Finds the library beside itself wherever both are installed together.
   file(RELATIVE_PATH crawler_lib_from_bin ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
   set_target_properties(casetable PROPERTIES INSTALL_RPATH "$ORIGIN/${crawler_lib_from_bin}")
-  install(TARGETS casetable RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  install(
+    TARGETS casetable
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+    COMPONENT program)
+  # The program's man page and completions belong here, in the component `program` too.
 endif()

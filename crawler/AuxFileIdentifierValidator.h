@@ -33,6 +33,7 @@ public:
     /// the last twice, so its answer may change between calls.
     class CRAWLER_API IdentifierProviderInterface {
     public:
+        /// The identifiers, in the order in which they select.
         virtual std::vector<AuxFileIdentifier> identifiers() const = 0;
         virtual ~IdentifierProviderInterface();
     };

@@ -26,9 +26,11 @@ struct CRAWLER_API MetadataPattern {
     MetadataPattern();
     /// Copies both arguments.
     MetadataPattern(const std::string& pattern, ValueType valueType);
+    /// Copies both fields.
     MetadataPattern(const MetadataPattern& other);
     /// Leaves the marker of `other` empty.
     MetadataPattern(MetadataPattern&& other) noexcept;
+    /// Copies both fields.
     MetadataPattern& operator=(const MetadataPattern& other);
     /// Leaves the marker of `other` empty; assigning a pattern to itself changes nothing.
     MetadataPattern& operator=(MetadataPattern&& other) noexcept;
@@ -37,6 +39,7 @@ struct CRAWLER_API MetadataPattern {
     /// The marker: searched for in the path byte for byte, case-sensitive, without wildcards. May
     /// be empty, and then stands wherever the search starts.
     std::string pattern;
+    /// How far the value extends.
     ValueType valueType;
 };
 
@@ -45,9 +48,13 @@ struct CRAWLER_API MetadataPattern {
 struct CRAWLER_API MetadataInfo {
     /// Three times 0, and an empty value.
     MetadataInfo();
+    /// Copies every field.
     MetadataInfo(const MetadataInfo& other);
+    /// Takes the value of `other`, whose own is open afterwards.
     MetadataInfo(MetadataInfo&& other) noexcept;
+    /// Copies every field.
     MetadataInfo& operator=(const MetadataInfo& other);
+    /// Takes the value of `other`, whose own is open afterwards.
     MetadataInfo& operator=(MetadataInfo&& other) noexcept;
     ~MetadataInfo();
 

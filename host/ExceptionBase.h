@@ -17,7 +17,9 @@ public:
     /// Keeps an English message and a flag whose meaning belongs to the host; the module always
     /// passes `false`.
     ExceptionBase(const std::string& message, bool flag);
+    /// Shares the message of `other`.
     ExceptionBase(const ExceptionBase& other) noexcept;
+    /// Shares the message of `other`.
     ExceptionBase& operator=(const ExceptionBase& other) noexcept;
     ~ExceptionBase() override;
 

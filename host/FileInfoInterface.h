@@ -8,8 +8,8 @@
 
 #include "host/Export.h"
 
-/// One entry of the host's view of a file system, held as boost::shared_ptr<FileInfoInterface
-/// const>.
+/// One entry of the host's view of a file system, held as
+/// `boost::shared_ptr<FileInfoInterface const>`.
 ///
 /// The host implements it. A crawl makes all its calls from the crawler's own thread, so
 /// implementations must allow calls from a thread other than the one that created them. Any

@@ -12,7 +12,9 @@ class HOST_API ValidationResult {
 public:
     /// A valid result.
     ValidationResult();
+    /// Copies the answer and the message.
     ValidationResult(const ValidationResult& other);
+    /// Copies the answer and the message.
     ValidationResult& operator=(const ValidationResult& other);
 
     /// True until setErrorString() is called.
