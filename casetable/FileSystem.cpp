@@ -97,6 +97,15 @@ public:
         return path;
     }
 
+    // The entries of the root have depth 1.
+    std::size_t depthOfEntries() const { return level_ + 1; }
+
+    // The path relative to the root with a separator behind it; empty for the root.
+    std::string relativePrefix() const
+    {
+        return parent_ ? parent_->relativePrefix() + name_ + '/' : std::string();
+    }
+
     // Throws std::system_error.
     Descriptor open() const
     {
@@ -168,6 +177,41 @@ template <class Visit> void readEntries(int folder, Visit visit)
             offset += entry->d_reclen;
         }
     }
+}
+
+// Asks the selection about the entries of one folder. A path is made only where it is needed.
+class Judge {
+public:
+    Judge(const Selection& selection, const Folder& folder)
+        : selection_(selection), needsPaths_(selection.needsPaths()),
+          depth_(folder.depthOfEntries())
+    {
+        if (needsPaths_)
+            path_ = folder.relativePrefix();
+        prefixLength_ = path_.size();
+    }
+
+    Selection::Verdict operator()(const char* name, bool isFolder)
+    {
+        if (!needsPaths_)
+            return selection_.judge(name, depth_, isFolder);
+        path_.resize(prefixLength_);
+        path_ += name;
+        return selection_.judge(path_, depth_, isFolder);
+    }
+
+private:
+    const Selection& selection_;
+    const bool needsPaths_;
+    const std::size_t depth_;
+    std::string path_;
+    std::size_t prefixLength_;
+};
+
+// Whether an entry of a type that the listing tells could be listed, as far as can be said.
+bool mayBeListed(unsigned char type)
+{
+    return type == DT_REG || type == DT_DIR || type == DT_LNK || type == DT_UNKNOWN;
 }
 
 struct Listed {
@@ -271,9 +315,20 @@ private:
             folder->setStatus(statusAt(opened.number(), "", AT_EMPTY_PATH));
 
         std::vector<Listed> listed;
+        Judge judge(fileSystem_.selection, *folder);
         readEntries(opened.number(), [&](const char* name, unsigned char type) {
+            const Selection::Verdict verdict = judge(name, type == DT_DIR);
+            if (verdict == Selection::Verdict::Hidden && mayBeListed(type))
+                ++fileSystem_.hiddenLeftOut;
+            if (verdict != Selection::Verdict::Taken)
+                return;
             const std::optional<Kind> kind = kindOf(*folder, opened.number(), name, type);
-            if (!kind || isLeftOut(*folder, opened.number(), name, *kind))
+            if (!kind)
+                return;
+            const bool provedAFolder = *kind != Kind::File && type != DT_DIR;
+            if (provedAFolder && judge(name, true) != Selection::Verdict::Taken)
+                return;
+            if (isUnreadable(*folder, opened.number(), name, *kind))
                 return;
             if (*kind == Kind::File)
                 ++fileSystem_.filesSeen;
@@ -323,8 +378,8 @@ private:
         return std::nullopt;
     }
 
-    // Throws std::system_error.
-    bool isLeftOut(const Folder& folder, int descriptor, const char* name, Kind kind) const
+    // True for a folder that is to be left out, with a warning. Throws std::system_error.
+    bool isUnreadable(const Folder& folder, int descriptor, const char* name, Kind kind) const
     {
         if (kind == Kind::File || !fileSystem_.leaveOutUnreadable ||
             ::faccessat(descriptor, name, R_OK | X_OK, 0) == 0)

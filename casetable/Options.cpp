@@ -2,10 +2,14 @@
 
 #include <algorithm>
 #include <cctype>
+#include <charconv>
+#include <cstddef>
 #include <functional>
 #include <iterator>
 #include <map>
 #include <sstream>
+#include <stdexcept>
+#include <system_error>
 
 #include <CLI/CLI.hpp>
 
@@ -73,10 +77,29 @@ AuxFileIdentifier parseIdentifier(const std::string& text)
     return identifier;
 }
 
-const char* const longOptionsWithValue[] = {"--string", "--number", "--aux", "--format",
-                                            "--output"};
-const char* const shortOptionsWithValue = "snafo";
-const char* const shortFlags = "hLq";
+Glob parseGlob(const std::string& text)
+{
+    try {
+        return Glob(text);
+    } catch (const std::invalid_argument& failure) {
+        failUsage(quoted("--exclude", text) + ": " + failure.what());
+    }
+}
+
+std::size_t parseDepth(const std::string& text)
+{
+    std::size_t depth = 0;
+    const char* const end = text.data() + text.size();
+    const std::from_chars_result read = std::from_chars(text.data(), end, depth);
+    if (read.ec != std::errc() || read.ptr != end || depth == 0)
+        failUsage(quoted("--max-depth", text) + ": expected a whole number from 1");
+    return depth;
+}
+
+const char* const longOptionsWithValue[] = {"--string", "--number",    "--aux",     "--format",
+                                            "--output", "--from-list", "--exclude", "--max-depth"};
+const char* const shortOptionsWithValue = "snafoEd";
+const char* const shortFlags = "hLq0H";
 
 // True when the value of the option in `argument` is the argument after it.
 bool takesNextArgument(const std::string& argument)
@@ -179,6 +202,25 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
                 options.output = file == "-" ? std::nullopt : std::make_optional(file);
             });
 
+    addText("--from-list", "FILE",
+            "The paths in FILE, one a line, in place of ROOT; - is standard input",
+            [&options, &app](const std::string& file) {
+                if (file.empty())
+                    failUsage("--from-list: the file name is empty");
+                options.list = file;
+                app.get_option("ROOT")->required(false);
+            });
+    app.add_flag("-0,--null", options.nullSeparated, "The paths in FILE are divided by NULs");
+    addText("-E,--exclude", "GLOB",
+            "Leave out what matches GLOB, as in ignore files; may be repeated",
+            [&options](const std::string& text) {
+                options.selection.excluded.push_back(parseGlob(text));
+            });
+    bool hidden = false;
+    app.add_flag("-H,--hidden", hidden, "Take files and folders whose name begins with . too");
+    addText("-d,--max-depth", "N", "Go no deeper than N; the files in ROOT have depth 1",
+            [&options](const std::string& text) { options.selection.maxDepth = parseDepth(text); });
+
     bool files = false;
     bool unmatched = false;
     app.add_flag("--files", files, "A row for each matched file instead of one for each case");
@@ -210,7 +252,15 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
         failUsage(error.what());
     }
 
-    if (options.root.empty())
+    if (options.list && app.count("ROOT") > 0)
+        failUsage("ROOT and --from-list exclude each other");
+    if (options.list && options.follow)
+        failUsage("--follow and --from-list exclude each other");
+    if (options.list && options.keepGoing)
+        failUsage("--keep-going and --from-list exclude each other");
+    if (options.nullSeparated && !options.list)
+        failUsage("--null: there is no --from-list");
+    if (!options.list && options.root.empty())
         failUsage("ROOT: the path is empty");
     if (options.patterns.empty())
         failUsage("no marker is given; use --string or --number");
@@ -218,6 +268,8 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
         failUsage("--files and --unmatched exclude each other");
     if (unmatched && !options.identifiers.empty())
         failUsage("--aux and --unmatched exclude each other");
+    // Whoever made a list has chosen.
+    options.selection.hidden = hidden || options.list;
     options.rows = files ? Rows::Files : unmatched ? Rows::Unmatched : Rows::Cases;
     return options;
 }

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "casetable/Selection.h"
 #include "crawler/AuxFileIdentifierValidator.h"
 #include "crawler/MetadataPattern.h"
 
@@ -17,7 +18,10 @@ enum class Rows { Cases, Files, Unmatched };
 
 /// The command line, checked.
 struct Options {
-    std::string root;
+    std::string root;                ///< Empty when a list is given.
+    std::optional<std::string> list; ///< The file of the list; "-" is standard input.
+    bool nullSeparated = false;      ///< Whether the list is divided by NULs.
+    Selection selection;
     std::vector<MetadataPattern> patterns; ///< At least one, in the order of the options.
     std::vector<AuxFileIdentifier> identifiers;
     Format format = Format::Auto;

@@ -1,7 +1,9 @@
 #include "casetable/Walk.h"
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <cstddef>
 #include <exception>
 #include <memory>
 #include <mutex>
@@ -9,17 +11,18 @@
 
 #include "casetable/Console.h"
 #include "casetable/ExitCode.h"
+#include "casetable/FileList.h"
 #include "casetable/FileSystem.h"
 #include "casetable/Interrupt.h"
 #include "casetable/Progress.h"
+#include "casetable/StatusLine.h"
 
 namespace casetable {
 
 namespace {
 
-// How often an interrupt is looked for, and how often the status line changes.
+// How often an interrupt is looked for.
 const std::chrono::milliseconds interruptInterval(50);
-const std::chrono::milliseconds statusInterval(200);
 
 class Event {
 public:
@@ -96,28 +99,6 @@ void start(Crawl& crawl)
     crawl.course().started.wait();
 }
 
-// Clears the status line however the walk ends.
-class StatusLine {
-public:
-    explicit StatusLine(Console& console) : console_(console) {}
-    ~StatusLine() { console_.clearStatus(); }
-    StatusLine(const StatusLine&) = delete;
-    StatusLine& operator=(const StatusLine&) = delete;
-
-    void update(const Progress& progress, const FileSystem& fileSystem)
-    {
-        const auto now = std::chrono::steady_clock::now();
-        if (now - updated_ < statusInterval)
-            return;
-        updated_ = now;
-        console_.setStatus(progress.text(fileSystem.filesSeen));
-    }
-
-private:
-    Console& console_;
-    std::chrono::steady_clock::time_point updated_ = std::chrono::steady_clock::now();
-};
-
 // The crawler's texts for the root do not say which folder they mean.
 std::string withPath(const std::string& text, const std::string& path)
 {
@@ -126,14 +107,12 @@ std::string withPath(const std::string& text, const std::string& path)
     return aboutRoot ? path + ": " + text : text;
 }
 
-} // namespace
-
-std::unique_ptr<FolderCrawler> walk(FileSystem& fileSystem, const std::string& path,
-                                    Console& console)
+std::unique_ptr<FolderCrawler> walkTree(const boost::shared_ptr<FileInfoInterface const>& root,
+                                        const std::atomic<std::size_t>& filesSeen, Console& console)
 {
     Progress progress;
     StatusLine status(console);
-    auto crawl = std::make_unique<Crawl>(fileSystemRoot(fileSystem, path));
+    auto crawl = std::make_unique<Crawl>(root);
     Course& course = crawl->course();
     QObject::connect(crawl.get(), SIGNAL(processingDirectory(QString)), &progress,
                      SLOT(enterFolder(QString)), Qt::DirectConnection);
@@ -145,7 +124,7 @@ std::unique_ptr<FolderCrawler> walk(FileSystem& fileSystem, const std::string& p
             releaseInterrupts();
             throwIfInterrupted();
         }
-        status.update(progress, fileSystem);
+        status.update([&] { return progress.text(filesSeen); });
     }
     crawl->wait();
     throwIfInterrupted();
@@ -154,8 +133,21 @@ std::unique_ptr<FolderCrawler> walk(FileSystem& fileSystem, const std::string& p
 
     const QString& error = crawl->result().errorString;
     if (!error.isNull())
-        throw Failure(ExitCode::ImportFailed, withPath(error.toStdString(), path));
+        throw Failure(ExitCode::ImportFailed, withPath(error.toStdString(), root->fullPath()));
     return crawl;
+}
+
+} // namespace
+
+std::unique_ptr<FolderCrawler> walk(FileSystem& fileSystem, const std::string& path,
+                                    Console& console)
+{
+    return walkTree(fileSystemRoot(fileSystem, path), fileSystem.filesSeen, console);
+}
+
+std::unique_ptr<FolderCrawler> walk(FileList& list, Console& console)
+{
+    return walkTree(list.root(), list.filesSeen, console);
 }
 
 } // namespace casetable

@@ -9,6 +9,7 @@
 namespace casetable {
 
 class Console;
+class FileList;
 struct FileSystem;
 
 /// Crawls the tree at `path` on a thread of its own, shows the progress on `console` and returns
@@ -19,6 +20,9 @@ struct FileSystem;
 /// the walk has stopped, when a signal comes in.
 std::unique_ptr<FolderCrawler> walk(FileSystem& fileSystem, const std::string& path,
                                     Console& console);
+
+/// The same with the tree of a finished list.
+std::unique_ptr<FolderCrawler> walk(FileList& list, Console& console);
 
 } // namespace casetable
 

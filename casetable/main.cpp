@@ -10,12 +10,14 @@
 #include "casetable/Console.h"
 #include "casetable/CsvWriter.h"
 #include "casetable/ExitCode.h"
+#include "casetable/FileList.h"
 #include "casetable/FileSystem.h"
 #include "casetable/Import.h"
 #include "casetable/Interrupt.h"
 #include "casetable/JsonWriter.h"
 #include "casetable/Options.h"
 #include "casetable/Output.h"
+#include "casetable/ReadList.h"
 #include "casetable/Report.h"
 #include "casetable/TableWriter.h"
 #include "casetable/Unmatched.h"
@@ -59,14 +61,39 @@ void write(const Report& report, Format format, Output& output)
     output.commit();
 }
 
+std::string noFiles(const Options& options)
+{
+    const std::string where =
+        options.list ? "in " + listName(*options.list) : "below " + options.root;
+    const bool limited = options.selection.maxDepth != Selection().maxDepth;
+    const bool excluded = !options.selection.excluded.empty();
+    return "there is no file " + where +
+           (limited && excluded ? ", with --exclude and --max-depth"
+            : excluded          ? ", with --exclude"
+            : limited           ? ", with --max-depth"
+                                : "");
+}
+
+// What was left out though the user may not expect it.
+std::string hiddenRemark(std::size_t count)
+{
+    if (count == 0)
+        return "";
+    return count == 1
+               ? "; 1 hidden entry left out, --hidden takes it"
+               : "; " + std::to_string(count) + " hidden entries left out, --hidden takes them";
+}
+
 // Tells how it went; the exit code depends on whether there are cases, whatever the rows are.
-ExitCode conclude(const Options& options, const Import& import, Console& console)
+ExitCode conclude(const Options& options, const Import& import, std::size_t hiddenLeftOut,
+                  Console& console)
 {
     const std::size_t files = import.importer().files().size();
     if (!import.importer().hasCases()) {
-        console.error("no file matched: " +
-                      (files == 0 ? "there is no file below " + options.root
-                                  : failureSummary(import.importer(), options.patterns)));
+        console.error(
+            "no file matched: " +
+            (files == 0 ? noFiles(options) : failureSummary(import.importer(), options.patterns)) +
+            hiddenRemark(hiddenLeftOut));
         return ExitCode::NoCases;
     }
     if (!console.showsNotes())
@@ -75,7 +102,7 @@ ExitCode conclude(const Options& options, const Import& import, Console& console
     const bool mention = matched != files && options.rows != Rows::Unmatched;
     console.note("cases: " + std::to_string(import.table().GetNumberOfRows()) + ", from " +
                  std::to_string(matched) + " of " + std::to_string(files) + " files" +
-                 (mention ? "; --unmatched lists the others" : ""));
+                 (mention ? "; --unmatched lists the others" : "") + hiddenRemark(hiddenLeftOut));
     return ExitCode::Cases;
 }
 
@@ -89,12 +116,18 @@ ExitCode run(const Options& options, Console& console)
     FileSystem fileSystem;
     fileSystem.followLinks = options.follow;
     fileSystem.leaveOutUnreadable = options.keepGoing;
+    fileSystem.selection = options.selection;
     fileSystem.warn = [&console](const std::string& text) { console.warning(text); };
-    const Import import(walk(fileSystem, options.root, console), options.patterns,
-                        options.identifiers);
+    FileList list(options.list ? listName(*options.list) : "", options.nullSeparated);
+    list.selection = options.selection;
+    if (options.list)
+        readList(*options.list, list, console);
+    const Import import(options.list ? walk(list, console)
+                                     : walk(fileSystem, options.root, console),
+                        options.patterns, options.identifiers);
     throwIfInterrupted();
     write(makeReport(options, import), options.format, output);
-    return conclude(options, import, console);
+    return conclude(options, import, fileSystem.hiddenLeftOut, console);
 }
 
 } // namespace

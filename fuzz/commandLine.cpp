@@ -51,24 +51,38 @@ public:
             else
                 takeRoot(argument);
         }
-        if (roots_ != 1 || options.root.empty() || options.patterns.empty() ||
-            (files_ && unmatched_) || (unmatched_ && !options.identifiers.empty()))
+        const bool listed = options.list.has_value();
+        if (roots_ != (listed ? 0 : 1) || (!listed && options.root.empty()))
+            throw WrongUsage();
+        if ((listed && (options.follow || options.keepGoing)) || (options.nullSeparated && !listed))
+            throw WrongUsage();
+        if (listed)
+            options.selection.hidden = true;
+        if (options.patterns.empty() || (files_ && unmatched_) ||
+            (unmatched_ && !options.identifiers.empty()))
             throw WrongUsage();
         options.rows = files_       ? casetable::Rows::Files
                        : unmatched_ ? casetable::Rows::Unmatched
                                     : casetable::Rows::Cases;
     }
 
-    casetable::Options options;
+    casetable::Options options = plainOptions();
 
 private:
+    static casetable::Options plainOptions()
+    {
+        casetable::Options options;
+        options.selection.hidden = false;
+        return options;
+    }
+
     /// So many hyphens and then a character that a name may begin with.
     static bool looksLikeAnOption(const std::string& argument, std::size_t hyphens)
     {
         if (argument.size() <= hyphens || argument.substr(0, hyphens) != std::string(hyphens, '-'))
             return false;
         const char first = argument[hyphens];
-        if (hyphens == 1 && first >= '0' && first <= '9')
+        if (hyphens == 1 && first >= '1' && first <= '9')
             return false; // A negative number.
         return first != '-' && first != '!' && first != ' ' && first != '\n';
     }
@@ -89,9 +103,10 @@ private:
     void takeLong(const std::string& argument)
     {
         static const std::map<std::string, char> letters = {
-            {"--string", 's'},    {"--number", 'n'},    {"--aux", 'a'},   {"--format", 'f'},
-            {"--output", 'o'},    {"--follow", 'L'},    {"--quiet", 'q'}, {"--files", 'F'},
-            {"--unmatched", 'U'}, {"--keep-going", 'K'}};
+            {"--string", 's'},    {"--number", 'n'},     {"--aux", 'a'},       {"--format", 'f'},
+            {"--output", 'o'},    {"--follow", 'L'},     {"--quiet", 'q'},     {"--files", 'F'},
+            {"--unmatched", 'U'}, {"--keep-going", 'K'}, {"--from-list", 'l'}, {"--null", '0'},
+            {"--exclude", 'E'},   {"--hidden", 'H'},     {"--max-depth", 'd'}};
         const std::size_t equals = argument.find('=');
         const auto letter = letters.find(argument.substr(0, equals));
         if (letter == letters.end())
@@ -107,7 +122,7 @@ private:
         std::size_t at = 1;
         while (at < argument.size()) {
             const char letter = argument[at++];
-            if (std::string("snafoLq").find(letter) == std::string::npos)
+            if (std::string("snafoLqEd0H").find(letter) == std::string::npos)
                 throw WrongUsage();
             take(letter, [&] {
                 const std::string rest = argument.substr(at);
@@ -143,6 +158,23 @@ private:
             break;
         case 'K':
             options.keepGoing = true;
+            break;
+        case 'l':
+            options.list = value();
+            if (options.list->empty())
+                throw WrongUsage();
+            break;
+        case '0':
+            options.nullSeparated = true;
+            break;
+        case 'E':
+            takeGlob(value());
+            break;
+        case 'H':
+            options.selection.hidden = true;
+            break;
+        case 'd':
+            takeDepth(value());
             break;
         case 'F':
             files_ = true;
@@ -191,6 +223,52 @@ private:
             options.output.reset();
     }
 
+    void takeGlob(const std::string& glob)
+    {
+        std::string rest = glob;
+        if (!rest.empty() && rest.back() == '/')
+            rest.pop_back();
+        if (!rest.empty() && rest.front() == '/')
+            rest.erase(0, 1);
+        bool namesAnEntry = false;
+        for (;;) {
+            const std::size_t slash = rest.find('/');
+            const std::string component = rest.substr(0, slash);
+            if (component.empty())
+                throw WrongUsage();
+            bool escapes = false;
+            for (const char letter : component)
+                escapes = letter == '\\' && !escapes;
+            if (escapes)
+                throw WrongUsage();
+            namesAnEntry = namesAnEntry || component != ".";
+            if (slash == std::string::npos)
+                break;
+            rest.erase(0, slash + 1);
+        }
+        if (!namesAnEntry)
+            throw WrongUsage();
+        options.selection.excluded.emplace_back(glob);
+    }
+
+    /// Counts up, as long as the number has room.
+    void takeDepth(const std::string& text)
+    {
+        const std::size_t most = ~std::size_t{0};
+        std::size_t depth = 0;
+        for (const char letter : text) {
+            if (letter < '0' || letter > '9')
+                throw WrongUsage();
+            const auto digit = static_cast<std::size_t>(letter - '0');
+            if (depth > (most - digit) / 10)
+                throw WrongUsage();
+            depth = depth * 10 + digit;
+        }
+        if (depth == 0)
+            throw WrongUsage();
+        options.selection.maxDepth = depth;
+    }
+
     const fuzz::Texts& arguments_;
     std::size_t next_ = 0;
     bool onlyRoots_ = false;
@@ -205,6 +283,12 @@ std::string shown(const casetable::Options& options)
         "root " + fuzz::shown(options.root) + " patterns " + fuzz::shown(options.patterns) + " aux";
     for (const AuxFileIdentifier& identifier : options.identifiers)
         text += " " + fuzz::shown(identifier.syntaxName) + "=" + fuzz::shown(identifier.tag);
+    text += " list " + (options.list ? fuzz::shown(*options.list) : "none") + " null " +
+            std::to_string(options.nullSeparated) + " hidden " +
+            std::to_string(options.selection.hidden) + " depth " +
+            std::to_string(options.selection.maxDepth) + " exclude";
+    for (const casetable::Glob& glob : options.selection.excluded)
+        text += " " + fuzz::shown(glob.text());
     return text + " format " + std::to_string(static_cast<int>(options.format)) + " output " +
            (options.output ? fuzz::shown(*options.output) : "none") + " rows " +
            std::to_string(static_cast<int>(options.rows)) + " keepGoing " +
@@ -220,8 +304,8 @@ bool isLeftOut(const std::string& argument)
         return true;
     if (argument.size() > 1 && argument[0] == '-' && argument[1] != '-')
         return argument.find('h') != std::string::npos;
-    for (const char* const flag :
-         {"--follow=", "--quiet=", "--files=", "--unmatched=", "--keep-going="}) {
+    for (const char* const flag : {"--follow=", "--quiet=", "--files=", "--unmatched=",
+                                   "--keep-going=", "--null=", "--hidden="}) {
         if (argument.find(flag) == 0)
             return true;
     }

@@ -46,7 +46,7 @@ protected:
 
     std::string outputAs(const std::string& format, const std::string& rows) const
     {
-        Arguments arguments = {"-n", "T", "-s", "_", "-f", format, "results"};
+        Arguments arguments = {"-n", "T", "-s", "_", "-f", format, "--hidden", "results"};
         if (!rows.empty())
             arguments.push_back(rows);
         const Outcome outcome = run(tree_, arguments);
@@ -133,7 +133,7 @@ TEST_F(CasetableBytes, ComeBackFromCsv)
 
 TEST_F(CasetableBytes, ComeBackFromCsvAsFilesUnderATag)
 {
-    const Outcome outcome = run(tree_, {"-n", "T", "-a", "T*=all", "-f", "csv", "results"});
+    const Outcome outcome = run(tree_, {"-n", "T", "-a", "T*=all", "-f", "csv", "-H", "results"});
 
     EXPECT_EQ(outcome.exitCode, 0) << outcome;
     const std::vector<Record> records = parseCsv(outcome.output);
@@ -147,7 +147,7 @@ TEST_F(CasetableBytes, ComeBackFromCsvAsFilesUnderATag)
 
 TEST_F(CasetableBytes, ComeBackFromCsvAmongTheUnmatchedFiles)
 {
-    const Outcome outcome = run(tree_, {"-n", "none", "--unmatched", "-f", "csv", "results"});
+    const Outcome outcome = run(tree_, {"-n", "none", "--unmatched", "-f", "csv", "-H", "results"});
 
     std::vector<Record> expected = {{"path", "marker", "reason"}};
     for (const Sample& sample : samples_)

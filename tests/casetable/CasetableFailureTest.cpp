@@ -117,7 +117,7 @@ TEST(CasetableExitCode, IsThreeForMarkersThatOverlapAndNamesThePath)
     tree.file("results/T1/.xy5");
     tree.file("results/T1/other");
 
-    expectImportFails(tree, {"-s", ".xy", "-n", "y", "results"},
+    expectImportFails(tree, {"-s", ".xy", "-n", "y", "-H", "results"},
                       "T1/.xy5: the markers overlap: invalid string position");
 }
 

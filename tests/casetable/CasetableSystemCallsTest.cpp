@@ -42,7 +42,8 @@ TEST(CasetableSystemCalls, AreNotSpentOnOrdinaryEntries)
         tree.file("results/T1/ordinary file " + std::to_string(i));
     tree.link("results/T1/linked file", "ordinary file 1");
 
-    for (const char* option : {"--quiet", "--keep-going", "--follow"}) {
+    for (const char* option : {"--quiet", "--keep-going", "--follow", "--hidden", "--max-depth=2",
+                               "--exclude=*.log", "--exclude=T*/*.log"}) {
         Setting setting = in(tree);
         setting.program = tracer;
         const Outcome outcome = run({"-n", "T", "--files", option, "results"}, setting);
@@ -52,6 +53,32 @@ TEST(CasetableSystemCalls, AreNotSpentOnOrdinaryEntries)
         EXPECT_NE(outcome.output.find("ordinary file 9"), std::string::npos);
         EXPECT_NE(trace.find("linked file"), std::string::npos) << "the trace shows no entries";
         EXPECT_EQ(trace.find("ordinary file"), std::string::npos) << trace;
+    }
+}
+
+TEST(CasetableSystemCalls, AreNotSpentOnWhatIsLeftOut)
+{
+    const TemporaryTree tree;
+    if (!canTrace(tree))
+        GTEST_SKIP() << "no strace, or not permitted";
+    tree.file("results/T1/file");
+    tree.link("results/T1/linked file", "file");
+    for (const char* const folder : {"results/.hidden", "results/T1/deep", "results/excluded"})
+        tree.file(std::string(folder) + "/file");
+    tree.link("results/.hidden link", "T1");
+    tree.link("results/T1/excluded", "file");
+
+    for (const char* option : {"--quiet", "--keep-going", "--follow"}) {
+        Setting setting = in(tree);
+        setting.program = tracer;
+        const Outcome outcome =
+            run({"-n", "T", "-E", "exclude[d]", "-d", "2", option, "results"}, setting);
+        const std::string trace = tree.content("trace");
+
+        EXPECT_EQ(outcome.exitCode, 0) << outcome;
+        EXPECT_NE(trace.find("\"linked file\""), std::string::npos) << "the trace shows no entries";
+        for (const char* const name : {"\".hidden", "\"deep\"", "\"excluded\""})
+            EXPECT_EQ(trace.find(name), std::string::npos) << trace;
     }
 }
 

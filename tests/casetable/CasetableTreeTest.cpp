@@ -36,7 +36,7 @@ TEST(CasetableTree, HoldsRegularFilesAndLinksToFiles)
     tree.file("results/T1/closed");
     tree.setMode("results/T1/closed", 0);
 
-    EXPECT_EQ(paths(run(tree, {"-n", "T", "--files", "results"})),
+    EXPECT_EQ(paths(run(tree, {"-n", "T", "--files", "--hidden", "results"})),
               std::vector<std::string>(
                   {"T1/.hidden", "T1/closed", "T1/file", "T1/link", "T1/linked link"}));
 }
@@ -74,7 +74,7 @@ TEST(CasetableTree, MayHoldAnyName)
         expected.push_back({path, std::to_string(i), number});
     }
 
-    const Outcome outcome = run(tree, {"-n", "T", "--files", "results"});
+    const Outcome outcome = run(tree, {"-n", "T", "--files", "--hidden", "results"});
 
     EXPECT_EQ(outcome.exitCode, 0) << outcome;
     EXPECT_EQ(parseCsv(outcome.output), expected);

@@ -81,6 +81,28 @@ TEST(CasetableUsage, RefusesAnOptionWithoutItsValue)
     expectWrongUsage({"-n", "T", "results", "--output"}, "--output");
     expectWrongUsage({"-n", "T", "results", "-f"}, "--format");
     expectWrongUsage({"-n", "T", "results", "-a"}, "--aux");
+    expectWrongUsage({"-n", "T", "--from-list"}, "--from-list");
+    expectWrongUsage({"-n", "T", "results", "-E"}, "--exclude");
+    expectWrongUsage({"-n", "T", "results", "-d"}, "--max-depth");
+}
+
+TEST(CasetableUsage, RefusesAnEmptyOrUnusableGlob)
+{
+    expectWrongUsage({"-n", "T", "-E", "", "results"}, "--exclude '': a component is empty");
+    expectWrongUsage({"-n", "T", "--exclude=", "results"}, "--exclude: the value is empty");
+    expectWrongUsage({"-n", "T", "-E", "a//b", "results"}, "--exclude 'a//b'");
+    expectWrongUsage({"-n", "T", "-E", "a\n\\", "results"}, "--exclude 'a\\n\\'");
+    expectWrongUsage({"-n", "T", "-E", ".", "results"}, "--exclude '.'");
+}
+
+TEST(CasetableUsage, RefusesADepthThatIsNoWholeNumberFromOne)
+{
+    for (const char* const depth :
+         {"0", "-1", "+1", "1.0", "1x", " 1", "x", "00", "", "99999999999999999999999999"}) {
+        expectWrongUsage({"-n", "T", "-d", depth, "results"},
+                         std::string("--max-depth '") + depth + "'");
+    }
+    expectWrongUsage({"-n", "T", "--max-depth=", "results"}, "--max-depth: the value is empty");
 }
 
 TEST(CasetableUsage, RefusesAnEmptyOutput)
@@ -115,6 +137,22 @@ TEST(CasetableUsage, RefusesOptionsThatExcludeEachOther)
     expectWrongUsage({"-n", "T", "--files", "--unmatched", "results"}, "--files and --unmatched");
     expectWrongUsage({"-n", "T", "--unmatched", "-a", "*.log=log", "results"},
                      "--aux and --unmatched");
+    expectWrongUsage({"-n", "T", "--from-list", "list", "results"},
+                     "ROOT and --from-list exclude each other");
+    expectWrongUsage({"-n", "T", "--from-list", "list", ""},
+                     "ROOT and --from-list exclude each other");
+    expectWrongUsage({"-n", "T", "--from-list", "-", "-L"},
+                     "--follow and --from-list exclude each other");
+    expectWrongUsage({"-n", "T", "--from-list", "-", "--keep-going"},
+                     "--keep-going and --from-list exclude each other");
+}
+
+TEST(CasetableUsage, RefusesAListWithoutNameAndNullsWithoutList)
+{
+    expectWrongUsage({"-n", "T", "--from-list", ""}, "--from-list: the file name is empty");
+    expectWrongUsage({"-n", "T", "--from-list="}, "--from-list: the value is empty");
+    expectWrongUsage({"-n", "T", "-0", "results"}, "--null: there is no --from-list");
+    expectWrongUsage({"-n", "T", "--null", "results"}, "--null: there is no --from-list");
 }
 
 TEST(CasetableUsage, LeavesAnEarlierOutputAsItWas)
@@ -134,11 +172,30 @@ TEST(CasetableHelp, FitsAScreenAndListsOptionsExitCodesAndExamples)
         const Outcome outcome = run({option}, {});
         EXPECT_EQ(outcome.exitCode, 0) << outcome;
         EXPECT_EQ(outcome.errors, "");
-        for (const char* text :
-             {"casetable [OPTIONS] ROOT", "-s,--string MARKER", "-n,--number MARKER",
-              "-a,--aux SYNTAX=TAG", "-f,--format FORMAT", "-o,--output FILE", "--files",
-              "--unmatched", "--keep-going", "-L,--follow", "-q,--quiet", "--help", "--version",
-              "auto", "table", "csv", "json", "Exit codes", "Examples"})
+        for (const char* text : {"casetable [OPTIONS] ROOT",
+                                 "-s,--string MARKER",
+                                 "-n,--number MARKER",
+                                 "-a,--aux SYNTAX=TAG",
+                                 "-f,--format FORMAT",
+                                 "-o,--output FILE",
+                                 "--files",
+                                 "--from-list FILE",
+                                 "-0,--null",
+                                 "-E,--exclude GLOB",
+                                 "-H,--hidden",
+                                 "-d,--max-depth N",
+                                 "--unmatched",
+                                 "--keep-going",
+                                 "-L,--follow",
+                                 "-q,--quiet",
+                                 "--help",
+                                 "--version",
+                                 "auto",
+                                 "table",
+                                 "csv",
+                                 "json",
+                                 "Exit codes",
+                                 "Examples"})
             EXPECT_NE(outcome.output.find(text), std::string::npos) << text << outcome;
         const std::string codes = outcome.output.substr(outcome.output.find("Exit codes"));
         for (const char* code : {"  0  ", "1  no file matched", "2  wrong usage", "3  the walk",

@@ -143,6 +143,87 @@ TEST(FileSystem, GivesAWalkInByteOrderOfItsPaths)
     EXPECT_TRUE(std::is_sorted(files.begin(), files.end())) << testing::PrintToString(files);
 }
 
+TEST(FileSystem, LeavesOutHiddenEntriesWhenToldToAndCountsThem)
+{
+    const TemporaryTree tree;
+    for (const char* const file : {"a", ".a", ".folder/b", "folder/.b", "folder/b", ".log", "a."})
+        tree.file(file);
+    tree.link(".link", "missing");
+    tree.pipe(".pipe");
+    tree.socket(".socket");
+    FileSystem fileSystem;
+    fileSystem.selection.hidden = false;
+    fileSystem.selection.excluded = {Glob("*.log")};
+
+    const auto entries = entriesByName(*fileSystemRoot(fileSystem, tree.path()));
+
+    ASSERT_EQ(entries.size(), 3u);
+    EXPECT_EQ(entries.count("a") + entries.count("a.") + entries.count("folder"), 3u);
+    EXPECT_EQ(fileSystem.hiddenLeftOut, 3u) << ".a, .folder and .link";
+    EXPECT_EQ(entriesByName(*entries.at("folder")).size(), 1u);
+    EXPECT_EQ(fileSystem.hiddenLeftOut, 4u);
+    EXPECT_EQ(fileSystem.filesSeen, 3u);
+}
+
+TEST(FileSystem, CountsNoHiddenEntriesWhereTheyAreTaken)
+{
+    const TemporaryTree tree;
+    tree.file(".a");
+    FileSystem fileSystem;
+
+    EXPECT_EQ(entriesByName(*fileSystemRoot(fileSystem, tree.path())).count(".a"), 1u);
+    EXPECT_EQ(fileSystem.hiddenLeftOut, 0u);
+}
+
+TEST(FileSystem, JudgesNoRoot)
+{
+    const TemporaryTree tree;
+    tree.file(".root/a");
+    FileSystem fileSystem;
+    fileSystem.selection.hidden = false;
+    fileSystem.selection.excluded = {Glob(".root")};
+
+    for (const char* const root : {".root", ".root/.", ".root/../.root"}) {
+        EXPECT_EQ(entriesByName(*fileSystemRoot(fileSystem, tree.path(root))).count("a"), 1u)
+            << root;
+    }
+}
+
+TEST(FileSystem, JudgesPathsBelowTheRoot)
+{
+    const TemporaryTree tree;
+    tree.file("a/b/c/x");
+    tree.file("a/x");
+    FileSystem fileSystem;
+    fileSystem.selection.excluded = {Glob("/b"), Glob("c/x"), Glob("a/b/c/x"), Glob("/x")};
+
+    const auto root = entriesByName(*fileSystemRoot(fileSystem, tree.path("a")));
+    ASSERT_EQ(root.size(), 0u);
+
+    const auto a = entriesByName(*fileSystemRoot(fileSystem, tree.path())).at("a");
+    const auto b = entriesByName(*a).at("b");
+    EXPECT_EQ(entriesByName(*a).count("x"), 1u);
+    EXPECT_EQ(entriesByName(*entriesByName(*b).at("c")).count("x"), 0u);
+}
+
+TEST(FileSystem, TakesAFollowedLinkForAFolder)
+{
+    const TemporaryTree tree;
+    tree.folder("target");
+    tree.file("root/T/x");
+    tree.link("root/link", "../target");
+    FileSystem fileSystem;
+    fileSystem.followLinks = true;
+    EXPECT_EQ(entriesByName(*fileSystemRoot(fileSystem, tree.path("root"))).count("link"), 1u);
+
+    fileSystem.selection.excluded = {Glob("link/")};
+    EXPECT_EQ(entriesByName(*fileSystemRoot(fileSystem, tree.path("root"))).count("link"), 0u);
+
+    fileSystem.selection.excluded.clear();
+    fileSystem.selection.maxDepth = 1;
+    EXPECT_EQ(entriesByName(*fileSystemRoot(fileSystem, tree.path("root"))).size(), 0u);
+}
+
 TEST(FileSystem, TakesNamesAsBytes)
 {
     const TemporaryTree tree;

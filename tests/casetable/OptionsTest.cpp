@@ -35,6 +35,11 @@ TEST(Options, HaveDefaults)
     EXPECT_FALSE(options->keepGoing);
     EXPECT_FALSE(options->follow);
     EXPECT_FALSE(options->quiet);
+    EXPECT_FALSE(options->list);
+    EXPECT_FALSE(options->nullSeparated);
+    EXPECT_FALSE(options->selection.hidden);
+    EXPECT_TRUE(options->selection.excluded.empty());
+    EXPECT_EQ(options->selection.maxDepth, Selection().maxDepth);
 }
 
 TEST(Options, KeepTheOrderOfMarkersAndIdentifiers)
@@ -90,6 +95,48 @@ TEST(Options, ChooseTheFormat)
     EXPECT_EQ(parse({"-n", "T", "-f", "json", "root"})->format, Format::Json);
 }
 
+TEST(Options, SelectFiles)
+{
+    for (const std::vector<const char*>& arguments :
+         {std::vector<const char*>{"-n", "T", "-E", "*.log", "-H", "-d", "7", "-E", "/a/b/",
+                                   "root"},
+          std::vector<const char*>{"-n", "T", "--exclude=*.log", "--hidden", "--max-depth", "3",
+                                   "--exclude", "/a/b/", "--max-depth=7", "root"},
+          std::vector<const char*>{"-HnT", "-E*.log", "-qHE/a/b/", "-d07", "root"}}) {
+        SCOPED_TRACE(testing::PrintToString(arguments));
+        const std::optional<Options> options = parse(arguments);
+        ASSERT_TRUE(options);
+        ASSERT_EQ(options->selection.excluded.size(), 2u);
+        EXPECT_EQ(options->selection.excluded[0].text(), "*.log");
+        EXPECT_EQ(options->selection.excluded[1].text(), "/a/b/");
+        EXPECT_TRUE(options->selection.hidden);
+        EXPECT_EQ(options->selection.maxDepth, 7u);
+        EXPECT_EQ(options->root, "root");
+    }
+    // Values may look like options.
+    EXPECT_EQ(
+        parse({"-n", "T", "-E", "-0", "--exclude", "--", "root"})->selection.excluded.at(1).text(),
+        "--");
+}
+
+TEST(Options, TakeAListInPlaceOfTheRoot)
+{
+    for (const std::vector<const char*>& arguments :
+         {std::vector<const char*>{"-n", "T", "--from-list", "-", "-0"},
+          std::vector<const char*>{"--null", "--from-list=-", "-nT"},
+          std::vector<const char*>{"-q0nT", "--from-list", "file", "--from-list", "-"}}) {
+        SCOPED_TRACE(testing::PrintToString(arguments));
+        const std::optional<Options> options = parse(arguments);
+        ASSERT_TRUE(options);
+        EXPECT_EQ(options->list, std::string("-"));
+        EXPECT_TRUE(options->nullSeparated);
+        EXPECT_TRUE(options->selection.hidden) << "whoever made the list has chosen";
+        EXPECT_EQ(options->root, "");
+    }
+    EXPECT_FALSE(parse({"-n", "T", "--from-list", "-0"})->nullSeparated);
+    EXPECT_EQ(parse({"-n", "T", "--", "-0"})->root, "-0");
+}
+
 TEST(Options, ThatAreWrongRaiseAFailureOfUsage)
 {
     for (const std::vector<const char*>& arguments : {std::vector<const char*>{},
@@ -99,7 +146,13 @@ TEST(Options, ThatAreWrongRaiseAFailureOfUsage)
                                                       {"-n", "T", "-a", "x", "root"},
                                                       {"-n", "T", "-f", "x", "root"},
                                                       {"-n", "T", "--what", "root"},
-                                                      {"-n", "T", "root", "root"}}) {
+                                                      {"-n", "T", "root", "root"},
+                                                      {"-n", "T", "--from-list", "x", "root"},
+                                                      {"-n", "T", "--from-list", "x", ""},
+                                                      {"-n", "T", "--from-list", "x", "-L"},
+                                                      {"-n", "T", "-0", "root"},
+                                                      {"-n", "T", "-E", "", "root"},
+                                                      {"-n", "T", "-d", "0", "root"}}) {
         try {
             parse(arguments);
             ADD_FAILURE() << testing::PrintToString(arguments);
@@ -114,7 +167,7 @@ TEST(Options, RefuseAnythingButLettersBehindFlagsInOneArgument)
 {
     for (const char* const argument :
          {"-q--X", "-q5", "-q-", "-q-files", "-q-version", "-q-output=", "-qL-", "-L=x", "-h5",
-          "-q!", "-q ", "-q\n", "-L\xc3\xa4"}) {
+          "-q!", "-q ", "-q\n", "-05", "-0.5", "-H=", "-0-", "-L\xc3\xa4"}) {
         SCOPED_TRACE(argument);
         for (const std::vector<const char*>& arguments :
              {std::vector<const char*>{"-n", "T", argument},

@@ -132,7 +132,8 @@ void useStream(int descriptor, int number)
         _exit(failed);
     if (setting.ordinaryUser && !becomeOrdinaryUser())
         _exit(failed);
-    useStream(open("/dev/null", O_RDONLY), STDIN_FILENO);
+    const char* const input = setting.input.empty() ? "/dev/null" : setting.input.c_str();
+    useStream(open(input, O_RDONLY), STDIN_FILENO);
     useStream(output, STDOUT_FILENO);
     useStream(errors, STDERR_FILENO);
     std::signal(SIGINT, SIG_DFL);

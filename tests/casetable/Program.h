@@ -27,6 +27,7 @@ enum class Stream {
 /// What the program finds when it starts.
 struct Setting {
     std::string folder; ///< The working directory; the test's own when empty.
+    std::string input;  ///< A file to read standard input from; nothing comes when empty.
     Stream output = Stream::Pipe;
     Stream errors = Stream::Pipe;
     unsigned short terminalColumns = 80;

@@ -1,0 +1,244 @@
+#include "casetable/FileList.h"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+#include <boost/make_shared.hpp>
+
+#include "casetable/ExitCode.h"
+#include "casetable/Text.h"
+
+namespace casetable {
+
+namespace {
+
+// What the stack of a walk is enough for.
+const std::size_t maxFolders = 20'000;
+
+// What is no list at all may hold lines of any length.
+const std::size_t shownBytes = 500;
+
+bool beginsWith(std::string_view text, std::string_view beginning)
+{
+    return text.substr(0, beginning.size()) == beginning;
+}
+
+// True for the paths of files in `folder`, or farther down.
+bool isBelow(std::string_view path, std::string_view folder)
+{
+    return path.size() > folder.size() && path[folder.size()] == '/' && beginsWith(path, folder);
+}
+
+// Whether one of the components is `component`.
+bool hasComponent(std::string_view path, std::string_view component)
+{
+    for (std::size_t begin = 0; begin <= path.size();) {
+        const std::size_t end = std::min(path.find('/', begin), path.size());
+        if (path.substr(begin, end - begin) == component)
+            return true;
+        begin = end + 1;
+    }
+    return false;
+}
+
+std::size_t commonLength(std::string_view left, std::string_view right)
+{
+    const auto ends = std::mismatch(left.begin(), left.end(), right.begin(), right.end());
+    return static_cast<std::size_t>(ends.first - left.begin());
+}
+
+} // namespace
+
+// The paths of a list that begin with the same folders, or one file. Paths are in byte order, so
+// those of a folder stand together, and so do those of each folder in it.
+class FileList::Entry : public FileInfoInterface {
+public:
+    // The root.
+    explicit Entry(FileList& list) : list_(list), last_(list.paths_.size()) {}
+
+    // The entry whose name is the part from `nameBegin` to `nameEnd` of paths `first` to `last`.
+    Entry(FileList& list, std::size_t first, std::size_t last, std::size_t nameBegin,
+          std::size_t nameEnd, std::size_t depth)
+        : list_(list), first_(first), last_(last), nameBegin_(nameBegin), nameEnd_(nameEnd),
+          depth_(depth)
+    {
+    }
+
+    bool isDirectory() const override { return !isFile(); }
+    bool isReadable() const override { return true; }
+    bool isFile() const override { return !isRoot() && nameEnd_ == list_.paths_[first_].size(); }
+    bool exists() const override { return true; }
+
+    std::string fullPath() const override { return isRoot() ? list_.name_ : std::string(path()); }
+    std::string fileName() const override
+    {
+        return isRoot() ? list_.name_ : std::string(path().substr(nameBegin_));
+    }
+
+    std::vector<boost::shared_ptr<FileInfoInterface const>>
+    entries(const std::string& /*filter*/) const override
+    {
+        std::vector<boost::shared_ptr<FileInfoInterface const>> entries;
+        const std::size_t begin = isRoot() ? 0 : nameEnd_ + 1;
+        for (std::size_t first = first_; first < last_;) {
+            const std::string_view path = list_.paths_[first];
+            const std::size_t end = std::min(path.find('/', begin), path.size());
+            const std::string_view entry = path.substr(0, end);
+            const bool isFolder = end < path.size();
+            const std::size_t next = isFolder ? behindPathsBelow(entry, first) : first + 1;
+            // The folder "." is where it stands in, so it counts for no level.
+            const std::size_t depth = depth_ + (entry.substr(begin) == "." ? 0 : 1);
+            if (list_.selection.judge(entry, depth, isFolder) == Selection::Verdict::Taken) {
+                if (!isFolder)
+                    ++list_.filesSeen;
+                entries.emplace_back(
+                    boost::make_shared<Entry>(list_, first, next, begin, end, depth));
+            }
+            first = next;
+        }
+        return entries;
+    }
+
+private:
+    bool isRoot() const { return nameEnd_ == 0; }
+    std::string_view path() const { return list_.paths_[first_].substr(0, nameEnd_); }
+
+    std::size_t behindPathsBelow(std::string_view folder, std::size_t first) const
+    {
+        const auto begin = list_.paths_.begin();
+        const auto behind = std::partition_point(
+            begin + static_cast<std::ptrdiff_t>(first), begin + static_cast<std::ptrdiff_t>(last_),
+            [folder](std::string_view path) { return isBelow(path, folder); });
+        return static_cast<std::size_t>(behind - begin);
+    }
+
+    FileList& list_;
+    const std::size_t first_ = 0;
+    const std::size_t last_;
+    const std::size_t nameBegin_ = 0;
+    const std::size_t nameEnd_ = 0; // 0 for the root alone.
+    const std::size_t depth_ = 0;
+};
+
+FileList::FileList(std::string name, bool nullSeparated)
+    : name_(std::move(name)), separator_(nullSeparated ? '\0' : '\n')
+{
+}
+
+void FileList::append(std::string_view text)
+{
+    std::size_t searched = text_.size();
+    text_ += text;
+    for (std::size_t end = 0; (end = text_.find(separator_, searched)) != std::string::npos;) {
+        check(std::string_view(text_).substr(pathBegin_, end - pathBegin_), ++pathCount_);
+        pathBegin_ = searched = end + 1;
+    }
+    // Something else than a list may go on for ever without a line end.
+    const std::string_view rest = std::string_view(text_).substr(searched);
+    if (separator_ != '\0' && rest.find('\0') != std::string_view::npos)
+        check(std::string_view(text_).substr(pathBegin_), pathCount_ + 1);
+}
+
+void FileList::finish()
+{
+    if (pathBegin_ < text_.size())
+        append(std::string_view(&separator_, 1));
+    paths_.reserve(pathCount_);
+    for (std::size_t begin = 0; begin < text_.size();) {
+        const std::size_t end = text_.find(separator_, begin);
+        paths_.push_back(std::string_view(text_).substr(begin, end - begin));
+        begin = end + 1;
+    }
+    // Of equal paths the first stays, for the number of its line.
+    std::stable_sort(paths_.begin(), paths_.end());
+    paths_.erase(std::unique(paths_.begin(), paths_.end()), paths_.end());
+    checkFolders();
+}
+
+boost::shared_ptr<FileInfoInterface const> FileList::root()
+{
+    return boost::make_shared<Entry>(*this);
+}
+
+void FileList::check(std::string_view path, std::size_t number) const
+{
+    if (path.empty())
+        refuse(path, number, "the path is empty");
+    const std::size_t null = path.find('\0');
+    if (null != std::string_view::npos)
+        refuse(path.substr(0, null + 1), number,
+               "a path holds no NUL; a list divided by NULs needs --null");
+    if (path.front() == '/')
+        refuse(path, number, "the path is absolute");
+    if (hasComponent(path, ""))
+        refuse(path, number, "a component of the path is empty");
+    if (hasComponent(path, ".."))
+        refuse(path, number, "the path climbs out by \"..\"");
+    if (static_cast<std::size_t>(std::count(path.begin(), path.end(), '/')) > maxFolders)
+        refuse(path, number,
+               "the path lies below more than " + std::to_string(maxFolders) + " folders");
+}
+
+// Finds the first line that contradicts one before it.
+void FileList::checkFolders() const
+{
+    struct Contradiction {
+        std::string_view earlier;
+        std::string_view later;
+    };
+    std::optional<Contradiction> contradiction;
+    const auto isBefore = [](std::string_view left, std::string_view right) {
+        return left.data() < right.data(); // In the text.
+    };
+    const auto takeNote = [&](std::string_view file, std::string_view below) {
+        const auto [earlier, later] = std::minmax(file, below, isBefore);
+        if (!contradiction || isBefore(later, contradiction->later))
+            contradiction = Contradiction{earlier, later};
+    };
+
+    std::string_view previous;
+    for (auto path = paths_.begin(); path != paths_.end(); previous = *path++) {
+        // The folders that the path before lies below too have had their turn.
+        std::size_t slash = path->find('/', commonLength(*path, previous));
+        for (; slash != std::string_view::npos; slash = path->find('/', slash + 1)) {
+            const std::string_view folder = path->substr(0, slash);
+            const auto file = std::lower_bound(paths_.begin(), path, folder);
+            if (file == path || *file != folder)
+                continue;
+            const auto behind =
+                std::find_if_not(path, paths_.end(), [folder](std::string_view other) {
+                    return isBelow(other, folder);
+                });
+            takeNote(*file, *std::min_element(path, behind, isBefore));
+        }
+    }
+    if (!contradiction)
+        return;
+    const auto [earlier, later] = *contradiction;
+    const std::string other =
+        (separator_ == '\0' ? "record " : "line ") + std::to_string(numberOf(earlier));
+    refuse(later, numberOf(later),
+           isBelow(later, earlier)
+               ? other + " names " + std::string(earlier) + " as a file; list files only"
+               : other + " names it as a folder; list files only");
+}
+
+std::size_t FileList::numberOf(std::string_view path) const
+{
+    const char* const begin = text_.data();
+    return static_cast<std::size_t>(std::count(begin, path.data(), separator_)) + 1;
+}
+
+void FileList::refuse(std::string_view path, std::size_t number, const std::string& reason) const
+{
+    std::string message = name_ + (separator_ == '\0' ? ": record " : ": line ");
+    message += std::to_string(number) + ": ";
+    // Made printable here already, for the NULs.
+    if (!path.empty())
+        message +=
+            printable(path.substr(0, shownBytes)) + (path.size() > shownBytes ? "...: " : ": ");
+    throw Failure(ExitCode::ImportFailed, message + reason);
+}
+
+} // namespace casetable

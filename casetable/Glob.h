@@ -1,0 +1,46 @@
+#ifndef CASETABLE_GLOB_H
+#define CASETABLE_GLOB_H
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace casetable {
+
+/// A pattern for files and folders below a root, in the manner of the files that tell version
+/// control what to ignore. All is bytes, whatever the user's language.
+///
+/// The text is divided at every "/". In each component "*" stands for any bytes, "?" for one, a
+/// bracket such as "[a-z]" or "[!ab]" for one of a set, and "\" takes the next byte as it is. None
+/// of them crosses a "/". A text without "/" is matched against the name of an entry, at any
+/// depth; one with a "/" in front or inside against the path below the root, where a component "**"
+/// stands for any number of components, none included. A "/" at the end means folders only. A
+/// component "." counts for nothing, in the pattern as in the path.
+class Glob {
+public:
+    /// Throws std::invalid_argument with the reason when a component is empty or ends in a "\"
+    /// with nothing behind it, and when there is no component.
+    explicit Glob(const std::string& text);
+
+    /// Whether it is matched against paths. Otherwise a name will do.
+    bool needsPath() const { return needsPath_; }
+
+    /// Whether it stands for the entry at `path`, which is relative to the root. Only this very
+    /// entry is asked about, not the folders above it.
+    bool matches(std::string_view path, bool isFolder) const;
+
+    /// The pattern as it was given.
+    const std::string& text() const { return text_; }
+
+private:
+    bool matchesPath(const std::vector<std::string>& path) const;
+
+    std::string text_;
+    std::vector<std::string> components_;
+    bool needsPath_ = false;
+    bool foldersOnly_ = false;
+};
+
+} // namespace casetable
+
+#endif

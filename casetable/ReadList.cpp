@@ -1,0 +1,104 @@
+#include "casetable/ReadList.h"
+
+#include <array>
+#include <cerrno>
+#include <cstddef>
+#include <string_view>
+#include <system_error>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include "casetable/Console.h"
+#include "casetable/ExitCode.h"
+#include "casetable/FileList.h"
+#include "casetable/Interrupt.h"
+#include "casetable/StatusLine.h"
+
+namespace casetable {
+
+namespace {
+
+// How often an interrupt is looked for while nothing comes.
+const int intervalMilliseconds = 50;
+
+class Input {
+public:
+    explicit Input(const std::string& file) : name_(listName(file))
+    {
+        if (file == "-")
+            return;
+        // Not to wait for the writer of a named pipe: that is done where it can be interrupted.
+        descriptor_ = ::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+        if (descriptor_ < 0)
+            fail(errno);
+    }
+    ~Input()
+    {
+        if (descriptor_ > STDIN_FILENO)
+            ::close(descriptor_);
+    }
+    Input(const Input&) = delete;
+    Input& operator=(const Input&) = delete;
+
+    // Waits a moment; false when nothing has come.
+    bool isReady()
+    {
+        pollfd input = {descriptor_, POLLIN, 0};
+        const int count = ::poll(&input, 1, intervalMilliseconds);
+        if (count < 0 && errno != EINTR)
+            fail(errno);
+        return count > 0;
+    }
+
+    // What there is; nothing at the end. Answers `false` when it was cut short.
+    bool read(std::string_view& bytes)
+    {
+        const ssize_t size = ::read(descriptor_, buffer_.data(), buffer_.size());
+        if (size < 0 && (errno == EINTR || errno == EAGAIN))
+            return false;
+        if (size < 0)
+            fail(errno);
+        bytes = std::string_view(buffer_.data(), static_cast<std::size_t>(size));
+        return true;
+    }
+
+private:
+    [[noreturn]] void fail(int error) const
+    {
+        throw Failure(ExitCode::ImportFailed,
+                      name_ + ": " + std::generic_category().message(error));
+    }
+
+    const std::string name_;
+    int descriptor_ = STDIN_FILENO;
+    std::array<char, std::size_t{64} * 1024> buffer_;
+};
+
+} // namespace
+
+std::string listName(const std::string& file)
+{
+    return file == "-" ? "standard input" : file;
+}
+
+void readList(const std::string& file, FileList& list, Console& console)
+{
+    StatusLine status(console);
+    Input input(file);
+    for (;;) {
+        throwIfInterrupted();
+        status.update(
+            [&list] { return std::to_string(list.pathCount()) + " paths: " + list.name(); });
+        std::string_view bytes;
+        if (!input.isReady() || !input.read(bytes))
+            continue;
+        if (bytes.empty())
+            break;
+        list.append(bytes);
+    }
+    list.finish();
+}
+
+} // namespace casetable

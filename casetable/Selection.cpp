@@ -1,0 +1,24 @@
+#include "casetable/Selection.h"
+
+#include <algorithm>
+
+namespace casetable {
+
+bool Selection::needsPaths() const
+{
+    return std::any_of(excluded.begin(), excluded.end(),
+                       [](const Glob& glob) { return glob.needsPath(); });
+}
+
+Selection::Verdict Selection::judge(std::string_view path, std::size_t depth, bool isFolder) const
+{
+    if (isFolder && depth >= maxDepth)
+        return Verdict::LeftOut;
+    const auto matches = [&](const Glob& glob) { return glob.matches(path, isFolder); };
+    if (std::any_of(excluded.begin(), excluded.end(), matches))
+        return Verdict::LeftOut;
+    const bool isHidden = path[path.rfind('/') + 1] == '.';
+    return isHidden && !hidden ? Verdict::Hidden : Verdict::Taken;
+}
+
+} // namespace casetable

@@ -1,0 +1,32 @@
+#include "casetable/StatusLine.h"
+
+#include "casetable/Console.h"
+
+namespace casetable {
+
+namespace {
+
+const std::chrono::milliseconds interval(200);
+
+} // namespace
+
+StatusLine::StatusLine(Console& console)
+    : console_(console), updated_(std::chrono::steady_clock::now())
+{
+}
+
+StatusLine::~StatusLine()
+{
+    console_.clearStatus();
+}
+
+void StatusLine::update(const std::function<std::string()>& text)
+{
+    const auto now = std::chrono::steady_clock::now();
+    if (now - updated_ < interval)
+        return;
+    updated_ = now;
+    console_.setStatus(text());
+}
+
+} // namespace casetable

@@ -1,0 +1,421 @@
+#include <csignal>
+#include <cstddef>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "tests/casetable/Csv.h"
+#include "tests/casetable/OrdinaryUser.h"
+#include "tests/casetable/Program.h"
+#include "tests/casetable/Sanitizer.h"
+#include "tests/casetable/TemporaryTree.h"
+
+namespace casetable {
+namespace tests {
+
+namespace {
+
+// Runs the program with standard input from a file that holds `list`.
+Outcome runOnInput(const std::string& list, const Arguments& arguments)
+{
+    const TemporaryTree tree;
+    tree.file("input", list);
+    Setting setting = in(tree);
+    setting.input = tree.path("input");
+    return run(arguments, setting);
+}
+
+// Runs the program behind `lister`, a shell command in the folder `results` of the tree.
+Outcome runBehind(const TemporaryTree& tree, const std::string& lister, const Arguments& arguments)
+{
+    Setting setting = in(tree);
+    setting.program = {"sh", "-c", "(cd results && " + lister + ") | \"$@\"", "sh"};
+    return run(arguments, setting);
+}
+
+// The list is refused: exit code 3, one line, no output.
+void expectRefused(const std::string& list, const std::string& text, bool nullSeparated = false)
+{
+    SCOPED_TRACE(testing::PrintToString(list));
+    Arguments arguments = {"-n", "T", "--from-list", "-"};
+    if (nullSeparated)
+        arguments.emplace_back("-0");
+    const Outcome outcome = runOnInput(list, arguments);
+    EXPECT_EQ(outcome.exitCode, 3) << outcome;
+    EXPECT_EQ(outcome.output, "");
+    EXPECT_EQ(message(outcome.errors), "standard input: " + text);
+}
+
+// Both ends of a named pipe stay open, so that its reader waits.
+class OpenPipe {
+public:
+    explicit OpenPipe(const std::string& path)
+        : descriptor_(::open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC))
+    {
+    }
+    ~OpenPipe() { ::close(descriptor_); }
+    OpenPipe(const OpenPipe&) = delete;
+    OpenPipe& operator=(const OpenPipe&) = delete;
+
+    void write(const std::string& text) const
+    {
+        EXPECT_EQ(::write(descriptor_, text.data(), text.size()),
+                  static_cast<ssize_t>(text.size()));
+    }
+
+private:
+    const int descriptor_;
+};
+
+} // namespace
+
+TEST(CasetableList, IsImportedLikeATree)
+{
+    const TemporaryTree tree;
+    tree.file("list", "a/T1/x.log\nb/T2/x\nnone\na/T1/y");
+
+    const Outcome outcome = run(tree, {"-n", "T", "-a", "*.log=log", "--from-list", "list"});
+
+    EXPECT_EQ(outcome.exitCode, 0) << outcome;
+    EXPECT_EQ(outcome.output, "case,T,log\r\n0,1,a/T1/x.log\r\n1,2,\r\n");
+    EXPECT_EQ(outcome.errors, "");
+    EXPECT_EQ(run(tree, {"-n", "T", "--unmatched", "--from-list", "list"}).output,
+              "path,marker,reason\r\nnone,T,not found\r\n");
+}
+
+TEST(CasetableList, NeedsNoneOfItsFiles)
+{
+    const Outcome outcome = runOnInput("no/such/T1/file\n", {"-n", "T", "--from-list", "-"});
+
+    EXPECT_EQ(outcome.output, "case,T\r\n0,1\r\n") << outcome;
+    EXPECT_EQ(outcome.exitCode, 0);
+}
+
+TEST(CasetableList, MayComeFromAFileOfAnyName)
+{
+    const TemporaryTree tree;
+    for (const char* const name : {"./-", "-0", "--hidden", "a\nb", "\xff", " "}) {
+        tree.file(name, "T1/x\n");
+        EXPECT_EQ(run(tree, {"-n", "T", "--from-list", name}).output, "case,T\r\n0,1\r\n") << name;
+    }
+}
+
+TEST(CasetableList, GivesWhatTheTreeOfThatListGives)
+{
+    const TemporaryTree tree;
+    const std::vector<std::string> names = {"\r",  "\"",   "'",    ",",  " ",    " two  ",   "-",
+                                            "--",  "-n",   "\\",   "*",  "\xff", "\xc3\xa4", "a!",
+                                            "a.b", "\x01", "$(x)", "%s", "...",  ".x"};
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        tree.file("results/T" + std::to_string(10 + i % 3) + "/" + names[i] + "/" + names[i]);
+        tree.file("results/" + names[i] + "/T" + std::to_string(i) + ".log");
+        tree.file("results/.hidden" + names[i] + "/a/b/T3");
+    }
+    const std::string nulls = "find . -type f -printf '%P\\0'";
+    const std::string lines = "find . -type f -printf '%P\\n' | sort -r";
+    const std::vector<Arguments> selections = {
+        {"-n", "T"},
+        {"-n", "T", "--unmatched"},
+        {"-s", "T", "-a", "*.log=log"},
+        {"-n", "T", "--files"},
+        {"-n", "T", "--files", "-E", "*.log"},
+        {"-n", "T", "--files", "-E", "/T10", "-E", "*/T1.log"},
+        {"-n", "T", "--files", "-E", "a/b/"},
+        {"-n", "T", "--files", "-E", "**/a/**"},
+        {"-n", "T", "--files", "-E", ".*"},
+        {"-n", "T", "--files", "-d", "2"},
+        {"-n", "T", "--files", "-d", "3", "-E", "[!T]*/*"},
+        {"-n", "T", "--files", "-d", "1"},
+    };
+    for (const Arguments& selection : selections) {
+        SCOPED_TRACE(testing::PrintToString(selection));
+        Arguments onTree = selection;
+        onTree.insert(onTree.end(), {"--hidden", "results"});
+        Arguments onLines = selection;
+        onLines.insert(onLines.end(), {"--from-list", "-"});
+        Arguments onNulls = onLines;
+        onNulls.emplace_back("-0");
+
+        const Outcome expected = run(tree, onTree);
+        for (const Outcome& outcome :
+             {runBehind(tree, lines, onLines), runBehind(tree, nulls, onNulls)}) {
+            EXPECT_EQ(outcome.output, expected.output);
+            EXPECT_EQ(outcome.exitCode, expected.exitCode);
+        }
+        EXPECT_LE(expected.exitCode, 1) << expected;
+    }
+}
+
+TEST(CasetableList, MayHoldLineEndsInPathsWhenDividedByNulls)
+{
+    const TemporaryTree tree;
+    tree.file("results/a\nb/T1\n/\n");
+    tree.file("results/\n");
+
+    const Outcome outcome =
+        runBehind(tree, "find . -type f -print0", {"-n", "T", "--files", "--from-list", "-", "-0"});
+
+    EXPECT_EQ(outcome.exitCode, 0) << outcome;
+    EXPECT_EQ(parseCsv(outcome.output),
+              (std::vector<Record>{{"path", "case", "T"}, {"./a\nb/T1\n/\n", "0", "1"}}));
+}
+
+TEST(CasetableList, KeepsTheDotThatFindPrintsInPathsButNotInSelections)
+{
+    const TemporaryTree tree;
+    for (const char* const file : {"T1", "a/T2", "a/b/T3", "c/T4"})
+        tree.file(std::string("results/") + file);
+    const std::string lister = "find . -type f";
+
+    EXPECT_EQ(runBehind(tree, lister, {"-n", "T", "--files", "--from-list", "-", "-d", "2"}).output,
+              "path,case,T\r\n./T1,0,1\r\n./a/T2,1,2\r\n./c/T4,2,4\r\n");
+    EXPECT_EQ(
+        runBehind(tree, lister, {"-n", "T", "--files", "--from-list", "-", "-E", "/a", "-E", ".*"})
+            .output,
+        "path,case,T\r\n./T1,0,1\r\n./c/T4,1,4\r\n");
+}
+
+TEST(CasetableList, TakesHiddenNamesAsTheyAre)
+{
+    for (const char* const option : {"--quiet", "--hidden"}) {
+        const Outcome outcome = runOnInput(".a/.T1\n", {"-n", "T", "--from-list", "-", option});
+        EXPECT_EQ(outcome.output, "case,T\r\n0,1\r\n") << outcome;
+    }
+}
+
+TEST(CasetableList, HoldsAPathOnceHoweverOftenItOccurs)
+{
+    EXPECT_EQ(runOnInput("T1/x\nT1/x\nT1/x", {"-n", "T", "--files", "--from-list", "-"}).output,
+              "path,case,T\r\nT1/x,0,1\r\n");
+}
+
+TEST(CasetableList, IsReadToItsEndHoweverLongItIs)
+{
+    std::string list;
+    for (int i = 0; i < 20'000; ++i)
+        list +=
+            "folder/with a name/T" + std::to_string(i % 7) + "/file " + std::to_string(i) + "\n";
+
+    const Outcome outcome = runOnInput(list, {"-n", "T", "--files", "--from-list", "-"});
+
+    EXPECT_EQ(parseCsv(outcome.output).size(), 20'001u) << outcome.errors;
+}
+
+TEST(CasetableList, IsRefusedForAPathThatIsNotRelativeToOneFolder)
+{
+    expectRefused("T1\n/T2\n", "line 2: /T2: the path is absolute");
+    expectRefused("T1/../T2", "line 1: T1/../T2: the path climbs out by \"..\"");
+    expectRefused("T1\n..\n", "line 2: ..: the path climbs out by \"..\"");
+    expectRefused("/\n", "line 1: /: the path is absolute");
+    expectRefused(std::string("a\nb\0/c\0", 7), "record 2: /c: the path is absolute", true);
+}
+
+TEST(CasetableList, IsRefusedForEmptyPathsAndComponents)
+{
+    expectRefused("T1\n\nT2\n", "line 2: the path is empty");
+    expectRefused("a//T1\n", "line 1: a//T1: a component of the path is empty");
+    expectRefused("T1/\n", "line 1: T1/: a component of the path is empty");
+    expectRefused(std::string("a\0\0b\0", 5), "record 2: the path is empty", true);
+}
+
+TEST(CasetableList, IsRefusedForAFileThatIsAFolderToo)
+{
+    expectRefused("a/T1\nb\na/T1/x\n",
+                  "line 3: a/T1/x: line 1 names a/T1 as a file; list files only");
+    expectRefused("a/T1/x\na/T1\n", "line 2: a/T1: line 1 names it as a folder; list files only");
+    expectRefused(std::string("a\0a/b\0", 6),
+                  "record 2: a/b: record 1 names a as a file; list files only", true);
+}
+
+TEST(CasetableList, IsRefusedForANullInALine)
+{
+    expectRefused(std::string("T1\0T2\n", 6),
+                  "line 1: T1\\x00: a path holds no NUL; a list divided by NULs needs --null");
+}
+
+TEST(CasetableList, IsRefusedInOneLineWhateverThePathAndItsOwnName)
+{
+    expectRefused("/\x1b[31m\xff\r\n", "line 1: /\\x1b[31m\\xff\\r: the path is absolute");
+    const TemporaryTree tree;
+    tree.file("a\nb\x1b\xff", "/\n");
+    const Outcome outcome = run(tree, {"-n", "T", "--from-list", "a\nb\x1b\xff"});
+    EXPECT_EQ(outcome.exitCode, 3) << outcome;
+    EXPECT_EQ(message(outcome.errors), "a\\nb\\x1b\\xff: line 1: /: the path is absolute");
+}
+
+TEST(CasetableList, ThatIsRefusedLeavesAnEarlierOutputAsItWas)
+{
+    const TemporaryTree tree;
+    tree.file("list", "/\n");
+    tree.file("out", "earlier");
+
+    EXPECT_EQ(run(tree, {"-n", "T", "--from-list", "list", "-o", "out"}).exitCode, 3);
+
+    EXPECT_EQ(tree.content("out"), "earlier");
+}
+
+TEST(CasetableList, MayBeReplacedByTheOutput)
+{
+    const TemporaryTree tree;
+    tree.file("list", "T1/x\n");
+
+    EXPECT_EQ(run(tree, {"-n", "T", "--from-list", "list", "-o", "list"}).exitCode, 0);
+
+    EXPECT_EQ(tree.content("list"), "case,T\r\n0,1\r\n");
+}
+
+TEST(CasetableList, ThatCannotBeReadIsAnErrorWithTheReason)
+{
+    const TemporaryTree tree;
+    tree.folder("folder");
+    for (const auto& [list, reason] : std::vector<std::pair<std::string, std::string>>{
+             {"missing", "missing: No such file or directory"},
+             {"folder", "folder: Is a directory"},
+             {"missing/list", "missing/list: No such file or directory"},
+             {std::string(5000, 'x'), std::string(5000, 'x') + ": File name too long"}}) {
+        const Outcome outcome = run(tree, {"-n", "T", "--from-list", list});
+        EXPECT_EQ(outcome.exitCode, 3) << outcome;
+        EXPECT_EQ(outcome.output, "");
+        EXPECT_EQ(message(outcome.errors), reason);
+    }
+}
+
+TEST(CasetableList, ThatTheUserMayNotReadIsAnError)
+{
+    SKIP_UNLESS_ORDINARY_USER_IS_POSSIBLE();
+    const TemporaryTree tree;
+    tree.file("list", "T1\n");
+    tree.setMode("list", 0);
+    Setting setting = in(tree);
+    setting.ordinaryUser = true;
+
+    const Outcome outcome = run({"-n", "T", "--from-list", "list"}, setting);
+
+    EXPECT_EQ(outcome.exitCode, 3) << outcome;
+    EXPECT_EQ(message(outcome.errors), "list: Permission denied");
+}
+
+TEST(CasetableList, OnClosedStandardInputIsAnError)
+{
+    Setting setting;
+    setting.prepare = [] { ::close(STDIN_FILENO); };
+
+    const Outcome outcome = run({"-n", "T", "--from-list", "-"}, setting);
+
+    EXPECT_EQ(outcome.exitCode, 3) << outcome;
+    EXPECT_EQ(message(outcome.errors), "standard input: Bad file descriptor");
+}
+
+TEST(CasetableList, MayBeEmpty)
+{
+    const Outcome outcome = runOnInput("", {"-n", "T", "--from-list", "-"});
+
+    EXPECT_EQ(outcome.exitCode, 1) << outcome;
+    EXPECT_EQ(outcome.output, "case,T\r\n");
+    EXPECT_EQ(message(outcome.errors), "no file matched: there is no file in standard input");
+}
+
+TEST(CasetableList, ThatTheSelectionEmptiesIsToldSo)
+{
+    const TemporaryTree tree;
+    tree.file("list", "a/T1\n");
+
+    EXPECT_EQ(message(run(tree, {"-n", "T", "--from-list", "list", "-E", "a", "-d", "1"}).errors),
+              "no file matched: there is no file in list, with --exclude and --max-depth");
+}
+
+TEST(CasetableList, IsSaidToHaveTheMarkersThatFailed)
+{
+    EXPECT_EQ(message(runOnInput("a\nb\n", {"-n", "T", "--from-list", "-"}).errors),
+              "no file matched: marker 'T' failed for 2 files");
+}
+
+TEST(CasetableList, MayComeFromANamedPipe)
+{
+    const TemporaryTree tree;
+    tree.pipe("pipe");
+    Setting setting = in(tree);
+    setting.program = {"sh", "-c", "(printf 'T1\\nT'; printf '2\\n') > pipe & \"$@\"", "sh"};
+
+    EXPECT_EQ(run({"-n", "T", "--from-list", "pipe"}, setting).output, "case,T\r\n0,1\r\n1,2\r\n");
+}
+
+TEST(CasetableList, ShowsHowManyPathsHaveComeWhileItKeepsWaiting)
+{
+    const TemporaryTree tree;
+    tree.pipe("pipe");
+    const OpenPipe pipe(tree.path("pipe"));
+    pipe.write("T1\nT2\nT3");
+    Setting setting = in(tree);
+    setting.errors = Stream::Terminal;
+
+    Program program({"-n", "T", "--from-list", "pipe"}, setting);
+    program.waitForErrors([](const std::string& errors) {
+        return errors.find("\r\x1b[K2 paths: pipe") != std::string::npos;
+    });
+    program.send(SIGTERM);
+    const Outcome outcome = program.finish();
+
+    EXPECT_EQ(outcome.exitCode, 128 + SIGTERM) << outcome;
+    EXPECT_EQ(outcome.output, "");
+    EXPECT_EQ(outcome.errors.find('\n'), std::string::npos);
+    EXPECT_EQ(outcome.errors.substr(outcome.errors.size() - 4), "\r\x1b[K") << outcome;
+}
+
+TEST(CasetableList, ThatKeepsWaitingOnStandardInputCanBeInterrupted)
+{
+    const TemporaryTree tree;
+    tree.pipe("pipe");
+    const OpenPipe pipe(tree.path("pipe"));
+    Setting setting = in(tree);
+    setting.input = tree.path("pipe");
+
+    Program program({"-n", "T", "--from-list", "-", "-o", "out"}, setting);
+    if (!program.waitUntilIn(SYS_poll))
+        GTEST_SKIP() << "the system does not tell where a program waits";
+    program.send(SIGINT);
+    const Outcome outcome = program.finish();
+
+    EXPECT_EQ(outcome.exitCode, 130) << outcome;
+    EXPECT_EQ(outcome.errors, "");
+    EXPECT_FALSE(tree.exists("out"));
+}
+
+TEST(CasetableList, ThatNeverEndsALineIsAnErrorWhenMemoryRunsOut)
+{
+    SKIP_WHERE_SANITIZERS_NEED_ADDRESSES();
+    const TemporaryTree tree;
+    Setting setting = in(tree);
+    setting.program = {"sh", "-c", "tr '\\0' x < /dev/zero | \"$@\"", "sh"};
+    setting.prepare = [] {
+        const rlimit limit = {400'000'000, 400'000'000};
+        setrlimit(RLIMIT_AS, &limit);
+    };
+
+    const Outcome outcome = run({"-n", "T", "--from-list", "-"}, setting);
+
+    EXPECT_EQ(outcome.exitCode, 3) << outcome;
+    EXPECT_EQ(outcome.output, "");
+    EXPECT_NE(outcome.errors.find("casetable: not enough memory\n"), std::string::npos) << outcome;
+}
+
+TEST(CasetableList, IsCountedInTheRemarkLikeATree)
+{
+    const TemporaryTree tree;
+    tree.file("list", ".T1\nT2\nT2\nnone\n");
+    Setting setting = in(tree);
+    setting.errors = Stream::Terminal;
+
+    EXPECT_EQ(message(run({"-n", "T", "--from-list", "list"}, setting).errors),
+              "cases: 2, from 2 of 3 files; --unmatched lists the others");
+}
+
+} // namespace tests
+} // namespace casetable

@@ -1,0 +1,224 @@
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/casetable/Csv.h"
+#include "tests/casetable/OrdinaryUser.h"
+#include "tests/casetable/Program.h"
+#include "tests/casetable/TemporaryTree.h"
+
+namespace casetable {
+namespace tests {
+
+namespace {
+
+using Paths = std::vector<std::string>;
+
+// The matched files of "results", with further options.
+Paths paths(const TemporaryTree& tree, const Arguments& options)
+{
+    Arguments arguments = {"-n", "T", "--files", "results"};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    const Outcome outcome = run(tree, arguments);
+    EXPECT_LE(outcome.exitCode, 1) << outcome;
+    Paths paths;
+    for (const Record& record : parseCsv(outcome.output))
+        paths.push_back(record.at(0));
+    if (!paths.empty())
+        paths.erase(paths.begin());
+    return paths;
+}
+
+Setting onTerminal(const TemporaryTree& tree)
+{
+    Setting setting = in(tree);
+    setting.errors = Stream::Terminal;
+    return setting;
+}
+
+} // namespace
+
+TEST(CasetableExclude, LeavesOutNamesAtAnyDepth)
+{
+    const TemporaryTree tree;
+    for (const char* const file : {"T1.log", "T1", "a/T2.log", "a/T2", "old/T3", "a/old/T4/x"})
+        tree.file(std::string("results/") + file);
+
+    EXPECT_EQ(paths(tree, {"--exclude", "*.log"}), Paths({"T1", "a/T2", "a/old/T4/x", "old/T3"}));
+    EXPECT_EQ(paths(tree, {"-E", "old"}), Paths({"T1", "T1.log", "a/T2", "a/T2.log"}));
+    EXPECT_EQ(paths(tree, {"-E", "old", "-E", "*.log"}), Paths({"T1", "a/T2"}));
+}
+
+TEST(CasetableExclude, LeavesOutPathsBelowTheRoot)
+{
+    const TemporaryTree tree;
+    for (const char* const file : {"old/T1", "a/old/T2", "a/b/old/T3", "a/T4"})
+        tree.file(std::string("results/") + file);
+
+    EXPECT_EQ(paths(tree, {"-E", "/old"}), Paths({"a/T4", "a/b/old/T3", "a/old/T2"}));
+    EXPECT_EQ(paths(tree, {"-E", "./old"}), Paths({"a/T4", "a/b/old/T3", "a/old/T2"}));
+    EXPECT_EQ(paths(tree, {"-E", "*/old"}), Paths({"a/T4", "a/b/old/T3", "old/T1"}));
+    EXPECT_EQ(paths(tree, {"-E", "a/**/old"}), Paths({"a/T4", "old/T1"}));
+    EXPECT_EQ(paths(tree, {"-E", "**/old/T[12]"}), Paths({"a/T4", "a/b/old/T3"}));
+    EXPECT_EQ(paths(tree, {"-E", "results/old"}).size(), 4u) << "the root is not part of the path";
+}
+
+TEST(CasetableExclude, LeavesOutFoldersAloneWhereTheGlobEndsWithASlash)
+{
+    const TemporaryTree tree;
+    tree.file("results/T1");
+    tree.file("results/a/T1/T2");
+
+    EXPECT_EQ(paths(tree, {"-E", "T1/"}), Paths({"T1"}));
+    EXPECT_EQ(paths(tree, {"-E", "T1"}), Paths());
+}
+
+TEST(CasetableExclude, EntersNoFolderThatItLeavesOut)
+{
+    SKIP_UNLESS_ORDINARY_USER_IS_POSSIBLE();
+    const TemporaryTree tree;
+    tree.file("results/T1");
+    tree.folder("results/a/closed");
+    tree.setMode("results/a/closed", 0);
+    Setting setting = in(tree);
+    setting.ordinaryUser = true;
+
+    for (const char* const glob : {"closed", "closed/", "a/closed", "a/*/", "/a"}) {
+        const Outcome outcome = run({"-n", "T", "-E", glob, "results"}, setting);
+        EXPECT_EQ(outcome.exitCode, 0) << outcome;
+        EXPECT_EQ(outcome.errors, "");
+        EXPECT_EQ(run({"-n", "T", "--keep-going", "-E", glob, "results"}, setting).errors, "");
+    }
+    EXPECT_EQ(run({"-n", "T", "-d", "2", "results"}, setting).errors, "");
+    EXPECT_EQ(run({"-n", "T", "-d", "2", "--keep-going", "results"}, setting).errors, "");
+    EXPECT_EQ(run({"-n", "T", "-d", "3", "results"}, setting).exitCode, 3);
+}
+
+TEST(CasetableExclude, TakesBytes)
+{
+    const TemporaryTree tree;
+    tree.file("results/T1\xff\n");
+    tree.file("results/T2\xc3\xa4");
+    tree.file("results/-E/T3");
+
+    EXPECT_EQ(paths(tree, {"-E", "*\xff?"}), Paths({"-E/T3", "T2\xc3\xa4"}));
+    EXPECT_EQ(paths(tree, {"-E", "T??"}), Paths({"-E/T3", "T1\xff\n", "T2\xc3\xa4"}));
+    EXPECT_EQ(paths(tree, {"-E", "-E"}), Paths({"T1\xff\n", "T2\xc3\xa4"}));
+}
+
+TEST(CasetableHidden, EntriesAreLeftOutUnlessAskedFor)
+{
+    const TemporaryTree tree;
+    for (const char* const file : {"T1", ".T2", "a/.T3", ".a/T4", "..T5", "a./T6"})
+        tree.file(std::string("results/") + file);
+
+    EXPECT_EQ(paths(tree, {}), Paths({"T1", "a./T6"}));
+    const Paths all = {"..T5", ".T2", ".a/T4", "T1", "a./T6", "a/.T3"};
+    EXPECT_EQ(paths(tree, {"--hidden"}), all);
+    EXPECT_EQ(paths(tree, {"-H"}), all);
+}
+
+TEST(CasetableHidden, EntriesThatAreLeftOutAreNotEntered)
+{
+    SKIP_UNLESS_ORDINARY_USER_IS_POSSIBLE();
+    const TemporaryTree tree;
+    tree.file("results/T1");
+    tree.folder("results/.closed");
+    tree.setMode("results/.closed", 0);
+    Setting setting = in(tree);
+    setting.ordinaryUser = true;
+
+    EXPECT_EQ(run({"-n", "T", "results"}, setting).errors, "");
+    EXPECT_EQ(run({"-n", "T", "-H", "results"}, setting).exitCode, 3);
+}
+
+TEST(CasetableHidden, RootsAreTaken)
+{
+    const TemporaryTree tree;
+    tree.file(".results/T1");
+    tree.folder(".results/sub");
+
+    for (const char* const root :
+         {".results", ".results/", "./.results", ".results/.", ".results/sub/.."})
+        EXPECT_EQ(run(tree, {"-n", "T", root}).output, "case,T\r\n0,1\r\n") << root;
+    Setting inside;
+    for (const auto& [folder, root] : {std::pair{".results", "."}, {".results/sub", ".."}}) {
+        inside.folder = tree.path(folder);
+        EXPECT_EQ(run({"-n", "T", root}, inside).output, "case,T\r\n0,1\r\n") << root;
+    }
+}
+
+TEST(CasetableHidden, EntriesLeftOutAreCountedInTheRemark)
+{
+    const TemporaryTree tree;
+    tree.file("results/T1/a");
+    tree.file("results/.T2/a");
+    const Arguments arguments = {"-n", "T", "results"};
+
+    EXPECT_EQ(message(run(arguments, onTerminal(tree)).errors),
+              "cases: 1, from 1 of 1 files; 1 hidden entry left out, --hidden takes it");
+    tree.file("results/T1/.b");
+    tree.file("results/none");
+    EXPECT_EQ(message(run(arguments, onTerminal(tree)).errors),
+              "cases: 1, from 1 of 2 files; --unmatched lists the others; "
+              "2 hidden entries left out, --hidden takes them");
+    EXPECT_EQ(message(run({"-n", "T", "-H", "results"}, onTerminal(tree)).errors),
+              "cases: 2, from 3 of 4 files; --unmatched lists the others");
+    EXPECT_EQ(message(run({"-n", "T", "-E", ".*", "results"}, onTerminal(tree)).errors),
+              "cases: 1, from 1 of 2 files; --unmatched lists the others");
+    EXPECT_EQ(run(tree, arguments).errors, "") << "remarks are for terminals";
+}
+
+TEST(CasetableHidden, EntriesLeftOutAreCountedInTheErrorWhenNoFileMatched)
+{
+    const TemporaryTree tree;
+    tree.file("results/.T1");
+    EXPECT_EQ(message(run(tree, {"-n", "T", "results"}).errors),
+              "no file matched: there is no file below results; "
+              "1 hidden entry left out, --hidden takes it");
+
+    tree.file("results/.T2");
+    tree.file("results/none");
+    const Outcome outcome = run(tree, {"-n", "T", "-q", "results"});
+    EXPECT_EQ(outcome.exitCode, 1) << outcome;
+    EXPECT_EQ(message(outcome.errors), "no file matched: marker 'T' failed for 1 file; "
+                                       "2 hidden entries left out, --hidden takes them");
+}
+
+TEST(CasetableMaxDepth, IsOneForTheFilesInTheRoot)
+{
+    const TemporaryTree tree;
+    for (const char* const file : {"T1", "a/T2", "a/b/T3", "a/b/c/T4"})
+        tree.file(std::string("results/") + file);
+
+    EXPECT_EQ(paths(tree, {"--max-depth", "1"}), Paths({"T1"}));
+    EXPECT_EQ(paths(tree, {"-d", "2"}), Paths({"T1", "a/T2"}));
+    EXPECT_EQ(paths(tree, {"-d3"}), Paths({"T1", "a/T2", "a/b/T3"}));
+    EXPECT_EQ(paths(tree, {"-d", "18446744073709551615"}).size(), 4u);
+    EXPECT_EQ(paths(tree, {"-d", "1", "-d", "2"}), Paths({"T1", "a/T2"})) << "the last counts";
+}
+
+TEST(CasetableMaxDepth, CountsFollowedLinksAsFolders)
+{
+    const TemporaryTree tree;
+    tree.file("target/T1");
+    tree.link("results/link", "../target");
+
+    EXPECT_EQ(paths(tree, {"-L", "-d", "1"}), Paths());
+    EXPECT_EQ(paths(tree, {"-L", "-d", "2"}), Paths({"link/T1"}));
+}
+
+TEST(CasetableMaxDepth, IsNamedWhereNoFileIsLeft)
+{
+    const TemporaryTree tree;
+    tree.file("results/a/T1");
+
+    EXPECT_EQ(message(run(tree, {"-n", "T", "-d", "1", "results"}).errors),
+              "no file matched: there is no file below results, with --max-depth");
+    EXPECT_EQ(message(run(tree, {"-n", "T", "-E", "a", "results"}).errors),
+              "no file matched: there is no file below results, with --exclude");
+}
+
+} // namespace tests
+} // namespace casetable
