@@ -140,6 +140,20 @@ TEST(CasetableAux, LeavesOutFilesOfNoCase)
     EXPECT_EQ(outcome.output.find("none.log"), std::string::npos) << outcome;
 }
 
+TEST(CasetableAux, AreEmptyForAllCasesBehindTheLastThatHasSome)
+{
+    const TemporaryTree tree;
+    std::string expected = "case,T,log\r\n";
+    for (int i = 0; i < 3000; ++i) {
+        const std::string number = std::to_string(1000 + i);
+        const std::string file = "T" + number + (i == 0 ? "/a.log" : "/file");
+        tree.file("results/" + file);
+        expected += std::to_string(i) + "," + number + "," + (i == 0 ? file : "") + "\r\n";
+    }
+
+    EXPECT_EQ(run(tree, {"-n", "T", "-a", "*.log=log", "results"}).output, expected);
+}
+
 TEST(CasetableAux, TellsTheTagOfEachFileInAListOfFiles)
 {
     const TemporaryTree tree;

@@ -12,6 +12,7 @@
 #include "casetable/FileSystem.h"
 #include "crawler/FolderCrawler.h"
 #include "tests/casetable/OrdinaryUser.h"
+#include "tests/casetable/Sanitizer.h"
 #include "tests/casetable/TemporaryTree.h"
 
 namespace casetable {
@@ -58,6 +59,8 @@ TEST_F(Walk, FailsWithThePathOfTheRoot)
 
 TEST_F(Walk, HandsOnWhatNobodyExpectedOnItsThread)
 {
+    if (BUILT_WITH_THREAD_SANITIZER)
+        GTEST_SKIP() << "the sanitizer lets no process of its own start threads";
     SKIP_UNLESS_ORDINARY_USER_IS_POSSIBLE();
     tree_.setMode("results/a", 0);
     asOrdinaryUser([this] {
