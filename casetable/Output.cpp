@@ -117,8 +117,6 @@ Output::Output(std::optional<std::string> path)
         fail(ENOTDIR);
     if (::access(folder.c_str(), W_OK | X_OK) != 0)
         fail(errno);
-    if (target_.back() == '/')
-        fail(ENOENT);
 }
 
 Output::~Output()

@@ -9,6 +9,8 @@
 #include <mutex>
 #include <utility>
 
+#include <QtGlobal>
+
 #include "casetable/Console.h"
 #include "casetable/ExitCode.h"
 #include "casetable/FileList.h"
@@ -91,7 +93,11 @@ void start(Crawl& crawl)
 {
     {
         const SignalsBlocked signalsBlocked;
+        // A thread that does not start is told below; Qt would do so in a line of its own, too.
+        const QtMessageHandler own =
+            qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
         crawl.start();
+        qInstallMessageHandler(own);
     }
     if (!crawl.isRunning() && !crawl.isFinished())
         throw Failure(ExitCode::ImportFailed, "the system has no thread left for the walk");

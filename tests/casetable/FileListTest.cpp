@@ -26,8 +26,7 @@ using Texts = std::vector<std::string>;
 Texts walked(FileList& list)
 {
     FolderCrawler crawler(list.root());
-    crawler.start();
-    crawler.wait();
+    crawler.run();
     EXPECT_TRUE(crawler.result().errorString.isNull());
     return {crawler.result().files.begin(), crawler.result().files.end()};
 }

@@ -135,8 +135,7 @@ TEST(FileSystem, GivesAWalkInByteOrderOfItsPaths)
     FileSystem fileSystem;
     FolderCrawler crawler(fileSystemRoot(fileSystem, tree.path()));
 
-    crawler.start();
-    crawler.wait();
+    crawler.run();
 
     const std::list<std::string>& files = crawler.result().files;
     EXPECT_EQ(files.size(), 300u);
