@@ -45,7 +45,8 @@ struct FileSystem {
 /// selection leaves out; the root itself is not judged by it. Names are bytes, taken as the system
 /// gives them. Entries stand in the byte order of the paths below them, so that a walk meets its
 /// files in byte order of path. A folder is readable when it can be listed and entered. Where the
-/// system fails, for want of permission, of descriptors or of a sound disk, operations throw ortelo::ExceptionBase with the path and the system's reason.
+/// system fails, for want of permission, of descriptors or of a sound disk, operations throw
+/// ortelo::ExceptionBase with the path and the system's reason.
 ///
 /// The kind of an entry comes from the listing itself: a file costs no system call of its own.
 /// Links do, and so do folders below a followed link, and everything on file systems that do not

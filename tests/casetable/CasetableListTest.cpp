@@ -369,6 +369,24 @@ TEST(CasetableList, ShowsHowManyPathsHaveComeWhileItKeepsWaiting)
     EXPECT_EQ(outcome.errors.substr(outcome.errors.size() - 4), "\r\x1b[K") << outcome;
 }
 
+TEST(CasetableList, ThatNobodyHasBegunToWriteCanBeInterrupted)
+{
+    const TemporaryTree tree;
+    tree.pipe("pipe");
+    Setting setting = in(tree);
+    setting.errors = Stream::Terminal;
+
+    Program program({"-n", "T", "--from-list", "pipe"}, setting);
+    program.waitForErrors([](const std::string& errors) {
+        return errors.find("0 paths: pipe") != std::string::npos;
+    });
+    program.send(SIGINT);
+    const Outcome outcome = program.finish();
+
+    EXPECT_EQ(outcome.exitCode, 130) << outcome;
+    EXPECT_EQ(outcome.errors.find('\n'), std::string::npos) << outcome;
+}
+
 TEST(CasetableList, ThatKeepsWaitingOnStandardInputCanBeInterrupted)
 {
     const TemporaryTree tree;
