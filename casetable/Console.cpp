@@ -33,7 +33,10 @@ void writeAll(const std::string& text)
 
 } // namespace
 
-Console::Console() : terminal_(isatty(STDERR_FILENO) == 1) {}
+Console::Console()
+    : terminal_(isatty(STDERR_FILENO) == 1), colours_(terminal_ && coloursAreWanted())
+{
+}
 
 void Console::beQuiet()
 {
@@ -44,14 +47,14 @@ void Console::beQuiet()
 void Console::error(const std::string& message)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
-    writeLine(message);
+    writeLine(inColour(Colour::BoldRed, "casetable:") + " ", message);
 }
 
 void Console::warning(const std::string& message)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
     if (!quiet_)
-        writeLine("warning: " + message);
+        writeLine("casetable: " + inColour(Colour::BoldYellow, "warning:") + " ", message);
 }
 
 void Console::note(const std::string& message)
@@ -59,7 +62,7 @@ void Console::note(const std::string& message)
     if (!showsNotes())
         return;
     const std::lock_guard<std::mutex> lock(mutex_);
-    writeLine(message);
+    writeLine("casetable: ", message);
 }
 
 bool Console::showsNotes() const
@@ -86,11 +89,16 @@ void Console::clearStatus()
     statusShown_ = false;
 }
 
-void Console::writeLine(const std::string& message)
+void Console::writeLine(const std::string& beginning, const std::string& message)
 {
     const std::string erase = statusShown_ ? eraseLine : "";
     statusShown_ = false;
-    writeAll(erase + "casetable: " + printable(message) + "\n");
+    writeAll(erase + beginning + printable(message) + "\n");
+}
+
+std::string Console::inColour(Colour colour, const std::string& text) const
+{
+    return colours_ ? coloured(colour, text) : text;
 }
 
 } // namespace casetable

@@ -4,10 +4,13 @@
 #include <mutex>
 #include <string>
 
+#include "casetable/Colour.h"
+
 namespace casetable {
 
 /// Standard error: messages of one line each, and a status line that gives way to them. May be used
-/// from several threads at once. All text is made printable.
+/// from several threads at once. All text is made printable. On a terminal, what begins an error or
+/// a warning is coloured where the user wants colours.
 class Console {
 public:
     Console();
@@ -34,9 +37,11 @@ public:
     void clearStatus();
 
 private:
-    void writeLine(const std::string& message);
+    void writeLine(const std::string& beginning, const std::string& message);
+    std::string inColour(Colour colour, const std::string& text) const;
 
     const bool terminal_;
+    const bool colours_;
     bool quiet_ = false;
     bool statusShown_ = false;
     mutable std::mutex mutex_;

@@ -46,14 +46,39 @@ std::string quoted(const std::string& option, const std::string& value)
 
 Format parseFormat(const std::string& name)
 {
-    static const std::map<std::string, Format> formats = {{"auto", Format::Auto},
-                                                          {"table", Format::Table},
-                                                          {"csv", Format::Csv},
-                                                          {"json", Format::Json}};
+    static const std::map<std::string, Format> formats = {
+        {"auto", Format::Auto}, {"table", Format::Table}, {"csv", Format::Csv},
+        {"tsv", Format::Tsv},   {"json", Format::Json},   {"vtt", Format::Vtt}};
     const auto format = formats.find(name);
     if (format == formats.end())
-        failUsage(quoted("--format", name) + ": unknown format; choose auto, table, csv or json");
+        failUsage(quoted("--format", name) +
+                  ": unknown format; choose auto, table, csv, tsv, json or vtt");
     return format->second;
+}
+
+// The format that the ending of a file's name stands for, in letters of either case.
+Format formatOfEnding(const std::string& file)
+{
+    static const std::map<std::string, Format> formats = {{".csv", Format::Csv},
+                                                          {".tsv", Format::Tsv},
+                                                          {".json", Format::Json},
+                                                          {".vtt", Format::Vtt},
+                                                          {".txt", Format::Table}};
+    std::string ending = file.substr(std::min(file.rfind('.'), file.size()));
+    for (char& c : ending) // The program stays in the "C" locale, which knows only ASCII letters.
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    const auto format = formats.find(ending);
+    return format == formats.end() ? Format::Auto : format->second;
+}
+
+// The path as an import of `root` sees it.
+std::string belowRoot(const std::string& path, std::string root)
+{
+    if (root.empty())
+        return path;
+    if (root.back() != '/')
+        root += '/';
+    return path.compare(0, root.size(), root) == 0 ? path.substr(root.size()) : path;
 }
 
 MetadataPattern parseMarker(const std::string& option, const std::string& marker,
@@ -96,8 +121,9 @@ std::size_t parseDepth(const std::string& text)
     return depth;
 }
 
-const char* const longOptionsWithValue[] = {"--string", "--number",    "--aux",     "--format",
-                                            "--output", "--from-list", "--exclude", "--max-depth"};
+const char* const longOptionsWithValue[] = {"--string",  "--number",    "--aux",
+                                            "--format",  "--output",    "--from-list",
+                                            "--exclude", "--max-depth", "--explain"};
 const char* const shortOptionsWithValue = "snafoEd";
 const char* const shortFlags = "hLq0H";
 
@@ -192,7 +218,8 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
                 options.identifiers.push_back(parseIdentifier(text));
             });
     addText("-f,--format", "FORMAT",
-            "auto, table, csv or json; auto is a table on a terminal and CSV elsewhere",
+            "auto, table, csv, tsv, json or vtt; auto is as FILE ends, else a table\n"
+            "on a terminal and CSV elsewhere",
             [&options](const std::string& name) { options.format = parseFormat(name); });
     addText("-o,--output", "FILE",
             "Write to FILE, replaced once all is written; - is standard output",
@@ -226,6 +253,12 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
     app.add_flag("--files", files, "A row for each matched file instead of one for each case");
     app.add_flag("--unmatched", unmatched,
                  "The files that belong to no case, each with the first marker that failed");
+    addText("--explain", "PATH",
+            "Show how PATH is read, below ROOT or with ROOT/ in front; needs no ROOT",
+            [&options, &app](const std::string& path) {
+                options.explain = path;
+                app.get_option("ROOT")->required(false);
+            });
     app.add_flag("--keep-going", options.keepGoing,
                  "Leave unreadable folders out, with a warning each, instead of stopping");
     app.add_flag("-L,--follow", options.follow, "Follow links to folders");
@@ -260,7 +293,7 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
         failUsage("--keep-going and --from-list exclude each other");
     if (options.nullSeparated && !options.list)
         failUsage("--null: there is no --from-list");
-    if (!options.list && options.root.empty())
+    if (options.root.empty() && app.count("ROOT") > 0)
         failUsage("ROOT: the path is empty");
     if (options.patterns.empty())
         failUsage("no marker is given; use --string or --number");
@@ -270,6 +303,18 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
         failUsage("--aux and --unmatched exclude each other");
     // Whoever made a list has chosen.
     options.selection.hidden = hidden || options.list;
+    if (options.explain) {
+        for (const std::string other :
+             {"--aux", "--files", "--unmatched", "--format", "--from-list"}) {
+            if (app.count(other) > 0)
+                failUsage("--explain and " + other + " exclude each other");
+        }
+        options.explain = belowRoot(*options.explain, options.root);
+        if (options.explain->empty())
+            failUsage("--explain: the path is empty");
+    }
+    if (options.format == Format::Auto && options.output)
+        options.format = formatOfEnding(*options.output);
     options.rows = files ? Rows::Files : unmatched ? Rows::Unmatched : Rows::Cases;
     return options;
 }

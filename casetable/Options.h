@@ -11,22 +11,23 @@
 
 namespace casetable {
 
-enum class Format { Auto, Table, Csv, Json };
+enum class Format { Auto, Table, Csv, Tsv, Json, Vtt };
 
 /// What the rows of the output stand for.
 enum class Rows { Cases, Files, Unmatched };
 
 /// The command line, checked.
 struct Options {
-    std::string root;                ///< Empty when a list is given.
+    std::string root; ///< Empty when a list is given; may be when a path is explained.
     std::optional<std::string> list; ///< The file of the list; "-" is standard input.
     bool nullSeparated = false;      ///< Whether the list is divided by NULs.
     Selection selection;
     std::vector<MetadataPattern> patterns; ///< At least one, in the order of the options.
     std::vector<AuxFileIdentifier> identifiers;
-    Format format = Format::Auto;
+    Format format = Format::Auto;      ///< As asked for, or as the ending of `output` says.
     std::optional<std::string> output; ///< Standard output when there is none.
     Rows rows = Rows::Cases;
+    std::optional<std::string> explain; ///< The path to explain instead of an import, below `root`.
     bool keepGoing = false;
     bool follow = false;
     bool quiet = false;

@@ -12,6 +12,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "casetable/Colour.h"
 #include "casetable/ExitCode.h"
 #include "casetable/Interrupt.h"
 
@@ -139,6 +140,11 @@ bool Output::isTerminal() const
     if (descriptor >= 0)
         ::close(descriptor);
     return terminal;
+}
+
+bool Output::showsColours() const
+{
+    return coloursAreWanted() && isTerminal();
 }
 
 void Output::write(std::string_view bytes)

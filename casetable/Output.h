@@ -31,6 +31,9 @@ public:
     /// True when it is written to a terminal.
     bool isTerminal() const;
 
+    /// True when it is written to a terminal and the user wants colours there.
+    bool showsColours() const;
+
     void write(std::string_view bytes);
 
     /// Writes what is left and puts the file in its place. Nothing may be written afterwards.

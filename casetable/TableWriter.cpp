@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "casetable/Colour.h"
 #include "casetable/Output.h"
 #include "casetable/Report.h"
 #include "casetable/Text.h"
@@ -56,7 +57,6 @@ std::string line(const Report& report, const std::vector<std::string>& cells,
         text += alignsRight(report, j) ? padding + cells[j] : cells[j] + padding;
     }
     text.erase(text.find_last_not_of(' ') + 1);
-    text += '\n';
     return text;
 }
 
@@ -70,9 +70,10 @@ void writeTable(const Report& report, Output& output)
     for (std::size_t index = 0; index < report.rowCount; ++index)
         widen(widths, rowCells(report.row(index)));
 
-    output.write(line(report, header, widths));
+    const std::string names = line(report, header, widths);
+    output.write((output.showsColours() ? coloured(Colour::Bold, names) : names) + "\n");
     for (std::size_t index = 0; index < report.rowCount; ++index)
-        output.write(line(report, rowCells(report.row(index)), widths));
+        output.write(line(report, rowCells(report.row(index)), widths) + "\n");
 }
 
 } // namespace casetable

@@ -7,7 +7,8 @@ class Output;
 struct Report;
 
 /// Writes the report for people: columns aligned by two spaces, numbers to the right, every text
-/// made printable so that no file name can drive the terminal.
+/// made printable so that no file name can drive the terminal; the names bold where colours are
+/// shown.
 void writeTable(const Report& report, Output& output);
 
 } // namespace casetable

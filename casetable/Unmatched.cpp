@@ -10,22 +10,32 @@ namespace casetable {
 
 namespace {
 
-// All markers are located before any value is read, each from the byte after the start of the one
-// before. A path in which one is not found therefore has no metadata at all.
+// A path in which a marker is not found has no metadata at all.
 UnmatchedFile explain(const MetadataFileCrawler& importer,
                       const std::vector<MetadataPattern>& patterns, const std::string& path)
 {
-    std::size_t start = 0;
-    for (std::size_t k = 0; k < patterns.size(); ++k) {
-        const std::size_t position = path.find(patterns[k].pattern, start);
-        if (position == std::string::npos)
-            return {path, k, false};
-        start = position + 1;
-    }
+    const std::size_t found = markerPositions(path, patterns).size();
+    if (found < patterns.size())
+        return {path, found, false};
     return {path, importer.metadataInfoList(path).size(), true};
 }
 
 } // namespace
+
+std::vector<std::size_t> markerPositions(const std::string& path,
+                                         const std::vector<MetadataPattern>& patterns)
+{
+    std::vector<std::size_t> positions;
+    std::size_t start = 0;
+    for (const MetadataPattern& pattern : patterns) {
+        const std::size_t position = path.find(pattern.pattern, start);
+        if (position == std::string::npos)
+            break;
+        positions.push_back(position);
+        start = position + 1;
+    }
+    return positions;
+}
 
 std::vector<UnmatchedFile> unmatchedFiles(const MetadataFileCrawler& importer,
                                           const std::vector<MetadataPattern>& patterns)

@@ -10,6 +10,7 @@
 #include "casetable/Console.h"
 #include "casetable/CsvWriter.h"
 #include "casetable/ExitCode.h"
+#include "casetable/Explain.h"
 #include "casetable/FileList.h"
 #include "casetable/FileSystem.h"
 #include "casetable/Import.h"
@@ -20,7 +21,9 @@
 #include "casetable/ReadList.h"
 #include "casetable/Report.h"
 #include "casetable/TableWriter.h"
+#include "casetable/TsvWriter.h"
 #include "casetable/Unmatched.h"
+#include "casetable/VttWriter.h"
 #include "casetable/Walk.h"
 
 namespace casetable {
@@ -54,6 +57,10 @@ void write(const Report& report, Format format, Output& output)
 {
     if (format == Format::Json)
         writeJson(report, output);
+    else if (format == Format::Tsv)
+        writeTsv(report, output);
+    else if (format == Format::Vtt)
+        writeVtt(report, output);
     else if (format == Format::Table || (format == Format::Auto && output.isTerminal()))
         writeTable(report, output);
     else
@@ -106,12 +113,23 @@ ExitCode conclude(const Options& options, const Import& import, std::size_t hidd
     return ExitCode::Cases;
 }
 
+ExitCode explainPath(const Options& options, Output& output)
+{
+    const Explanation explanation =
+        explain(*options.explain, options.patterns, output.showsColours());
+    output.write(explanation.text);
+    output.commit();
+    return explanation.isMatched ? ExitCode::Cases : ExitCode::NoCases;
+}
+
 ExitCode run(const Options& options, Console& console)
 {
     if (options.quiet)
         console.beQuiet();
     Output output(options.output);
     catchInterrupts();
+    if (options.explain)
+        return explainPath(options, output);
 
     FileSystem fileSystem;
     fileSystem.followLinks = options.follow;

@@ -52,7 +52,8 @@ public:
                 takeRoot(argument);
         }
         const bool listed = options.list.has_value();
-        if (roots_ != (listed ? 0 : 1) || (!listed && options.root.empty()))
+        if (roots_ > 1 || (roots_ == 0 && !listed && !options.explain) ||
+            (roots_ == 1 && (listed || options.root.empty())))
             throw WrongUsage();
         if ((listed && (options.follow || options.keepGoing)) || (options.nullSeparated && !listed))
             throw WrongUsage();
@@ -61,6 +62,13 @@ public:
         if (options.patterns.empty() || (files_ && unmatched_) ||
             (unmatched_ && !options.identifiers.empty()))
             throw WrongUsage();
+        if (options.explain) {
+            if (files_ || unmatched_ || format_ || listed || !options.identifiers.empty())
+                throw WrongUsage();
+            leaveOutRoot(*options.explain);
+        }
+        if (options.format == casetable::Format::Auto && options.output)
+            guessFormat(*options.output);
         options.rows = files_       ? casetable::Rows::Files
                        : unmatched_ ? casetable::Rows::Unmatched
                                     : casetable::Rows::Cases;
@@ -106,7 +114,7 @@ private:
             {"--string", 's'},    {"--number", 'n'},     {"--aux", 'a'},       {"--format", 'f'},
             {"--output", 'o'},    {"--follow", 'L'},     {"--quiet", 'q'},     {"--files", 'F'},
             {"--unmatched", 'U'}, {"--keep-going", 'K'}, {"--from-list", 'l'}, {"--null", '0'},
-            {"--exclude", 'E'},   {"--hidden", 'H'},     {"--max-depth", 'd'}};
+            {"--exclude", 'E'},   {"--hidden", 'H'},     {"--max-depth", 'd'}, {"--explain", 'X'}};
         const std::size_t equals = argument.find('=');
         const auto letter = letters.find(argument.substr(0, equals));
         if (letter == letters.end())
@@ -179,6 +187,9 @@ private:
         case 'F':
             files_ = true;
             break;
+        case 'X':
+            options.explain = value();
+            break;
         default:
             unmatched_ = true;
         }
@@ -202,15 +213,51 @@ private:
 
     void takeFormat(const std::string& name)
     {
+        format_ = true;
         if (name == "auto")
             options.format = casetable::Format::Auto;
         else if (name == "table")
             options.format = casetable::Format::Table;
         else if (name == "csv")
             options.format = casetable::Format::Csv;
+        else if (name == "tsv")
+            options.format = casetable::Format::Tsv;
         else if (name == "json")
             options.format = casetable::Format::Json;
+        else if (name == "vtt")
+            options.format = casetable::Format::Vtt;
         else
+            throw WrongUsage();
+    }
+
+    void guessFormat(const std::string& file)
+    {
+        static const std::map<std::string, casetable::Format> formats = {
+            {".csv", casetable::Format::Csv},
+            {".tsv", casetable::Format::Tsv},
+            {".json", casetable::Format::Json},
+            {".vtt", casetable::Format::Vtt},
+            {".txt", casetable::Format::Table}};
+        for (const auto& format : formats) {
+            const std::string& ending = format.first;
+            bool ends = file.size() >= ending.size();
+            for (std::size_t i = 0; ends && i < ending.size(); ++i) {
+                const char c = file[file.size() - ending.size() + i];
+                ends = c == ending[i] || (ending[i] != '.' && c == ending[i] - 'a' + 'A');
+            }
+            if (ends)
+                options.format = format.second;
+        }
+    }
+
+    void leaveOutRoot(std::string& path)
+    {
+        std::string start = options.root;
+        if (!start.empty() && start[start.size() - 1] != '/')
+            start += '/';
+        if (path.substr(0, start.size()) == start)
+            path = path.substr(start.size());
+        if (path.empty())
             throw WrongUsage();
     }
 
@@ -273,6 +320,7 @@ private:
     std::size_t next_ = 0;
     bool onlyRoots_ = false;
     int roots_ = 0;
+    bool format_ = false;
     bool files_ = false;
     bool unmatched_ = false;
 };
@@ -290,7 +338,8 @@ std::string shown(const casetable::Options& options)
     for (const casetable::Glob& glob : options.selection.excluded)
         text += " " + fuzz::shown(glob.text());
     return text + " format " + std::to_string(static_cast<int>(options.format)) + " output " +
-           (options.output ? fuzz::shown(*options.output) : "none") + " rows " +
+           (options.output ? fuzz::shown(*options.output) : "none") + " explain " +
+           (options.explain ? fuzz::shown(*options.explain) : "none") + " rows " +
            std::to_string(static_cast<int>(options.rows)) + " keepGoing " +
            std::to_string(options.keepGoing) + " follow " + std::to_string(options.follow) +
            " quiet " + std::to_string(options.quiet);

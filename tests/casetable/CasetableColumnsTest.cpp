@@ -139,6 +139,26 @@ TEST(CasetableFormat, IsCsvInAFile)
     EXPECT_EQ(tree.content("cases"), "case,T\r\n0,1\r\n");
 }
 
+TEST(CasetableFormat, IsGuessedFromTheEndingOfTheFile)
+{
+    const TemporaryTree tree;
+    tree.file("results/T1/file");
+    const auto written = [&tree](const std::string& file, const Arguments& more) {
+        Arguments arguments = {"-n", "T", "-o", file, "results"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        EXPECT_EQ(run(tree, arguments).exitCode, 0);
+        return tree.content(file);
+    };
+
+    EXPECT_EQ(written("out.CSV", {}), "case,T\r\n0,1\r\n");
+    EXPECT_EQ(written("out.tsv", {}), "case\tT\n0\t1\n");
+    EXPECT_EQ(written("out.txt", {}), "case  T\n   0  1\n");
+    EXPECT_EQ(written("out.json", {}).front(), '{');
+    EXPECT_EQ(written("out.vtt", {}).substr(0, 5), "<?xml");
+    EXPECT_EQ(written("out.json", {"-f", "table"}), "case  T\n   0  1\n");
+    EXPECT_EQ(written("out.txt", {"-f", "auto"}), "case  T\n   0  1\n");
+}
+
 TEST(CasetableFormat, IsATableWhenTheOutputNamesATerminal)
 {
     const TemporaryTree tree;

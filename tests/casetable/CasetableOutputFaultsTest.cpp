@@ -29,7 +29,7 @@ namespace {
 
 using Names = std::set<std::string>;
 
-const std::vector<std::string> formats = {"csv", "json", "table"};
+const std::vector<std::string> formats = {"csv", "tsv", "json", "table"};
 
 // Ends in failure where the program writes more than its buffer holds, so that some of the output
 // is out already.

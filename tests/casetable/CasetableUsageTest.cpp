@@ -125,8 +125,18 @@ TEST(CasetableUsage, RefusesAnEmptyRoot)
     expectWrongUsage({"-n", "T", ""}, "ROOT");
 }
 
+TEST(CasetableUsage, RefusesAnEmptyPathToExplain)
+{
+    expectWrongUsage({"-n", "T", "--explain", ""}, "--explain");
+    expectWrongUsage({"-n", "T", "--explain="}, "--explain");
+    expectWrongUsage({"-n", "T", "--explain", "results/", "results"}, "--explain");
+    expectWrongUsage({"-n", "T", "--explain"}, "--explain");
+    expectWrongUsage({"-n", "T", "--explain", "T1", ""}, "ROOT");
+}
+
 TEST(CasetableUsage, RefusesToRunWithoutMarkers)
 {
+    expectWrongUsage({"--explain", "T1"}, "marker");
     expectWrongUsage({"results"}, "--string");
     expectWrongUsage({"results"}, "--number");
     expectWrongUsage({"-a", "*.log=log", "results"}, "marker");
@@ -137,6 +147,10 @@ TEST(CasetableUsage, RefusesOptionsThatExcludeEachOther)
     expectWrongUsage({"-n", "T", "--files", "--unmatched", "results"}, "--files and --unmatched");
     expectWrongUsage({"-n", "T", "--unmatched", "-a", "*.log=log", "results"},
                      "--aux and --unmatched");
+    expectWrongUsage({"-n", "T", "--explain", "T1", "-a", "*.log=log"}, "--explain and --aux");
+    expectWrongUsage({"-n", "T", "--explain", "T1", "--files"}, "--explain and --files");
+    expectWrongUsage({"-n", "T", "--explain", "T1", "--unmatched"}, "--explain and --unmatched");
+    expectWrongUsage({"-n", "T", "--explain", "T1", "-f", "auto"}, "--explain and --format");
     expectWrongUsage({"-n", "T", "--from-list", "list", "results"},
                      "ROOT and --from-list exclude each other");
     expectWrongUsage({"-n", "T", "--from-list", "list", ""},
@@ -185,6 +199,7 @@ TEST(CasetableHelp, FitsAScreenAndListsOptionsExitCodesAndExamples)
                                  "-H,--hidden",
                                  "-d,--max-depth N",
                                  "--unmatched",
+                                 "--explain PATH",
                                  "--keep-going",
                                  "-L,--follow",
                                  "-q,--quiet",
@@ -193,7 +208,9 @@ TEST(CasetableHelp, FitsAScreenAndListsOptionsExitCodesAndExamples)
                                  "auto",
                                  "table",
                                  "csv",
+                                 "tsv",
                                  "json",
+                                 "vtt",
                                  "Exit codes",
                                  "Examples"})
             EXPECT_NE(outcome.output.find(text), std::string::npos) << text << outcome;

@@ -92,7 +92,55 @@ TEST(Options, ChooseTheFormat)
     EXPECT_EQ(parse({"-n", "T", "-f", "auto", "root"})->format, Format::Auto);
     EXPECT_EQ(parse({"-n", "T", "-f", "table", "root"})->format, Format::Table);
     EXPECT_EQ(parse({"-n", "T", "-f", "csv", "root"})->format, Format::Csv);
+    EXPECT_EQ(parse({"-n", "T", "-f", "tsv", "root"})->format, Format::Tsv);
     EXPECT_EQ(parse({"-n", "T", "-f", "json", "root"})->format, Format::Json);
+    EXPECT_EQ(parse({"-n", "T", "-f", "vtt", "root"})->format, Format::Vtt);
+}
+
+TEST(Options, GuessTheFormatFromTheEndingOfTheOutput)
+{
+    struct Row {
+        const char* output;
+        Format format;
+    };
+    for (const Row& row :
+         {Row{"a.csv", Format::Csv}, Row{"a.tsv", Format::Tsv}, Row{"a.json", Format::Json},
+          Row{"a.vtt", Format::Vtt}, Row{"a.txt", Format::Table}, Row{"a.VtT", Format::Vtt},
+          Row{"A.JSON", Format::Json}, Row{"a.csv.tsv", Format::Tsv}, Row{"b/.csv", Format::Csv},
+          Row{"a", Format::Auto}, Row{"csv", Format::Auto}, Row{"a.csv/b", Format::Auto},
+          Row{"a.csv.gz", Format::Auto}, Row{"a.", Format::Auto}, Row{"a.csv ", Format::Auto},
+          Row{"a.c\xc3\x9fv", Format::Auto}, Row{"-", Format::Auto}}) {
+        SCOPED_TRACE(row.output);
+        EXPECT_EQ(parse({"-n", "T", "-o", row.output, "root"})->format, row.format);
+        EXPECT_EQ(parse({"-n", "T", "-o", row.output, "-f", "auto", "root"})->format, row.format);
+        EXPECT_EQ(parse({"-n", "T", "-f", "json", "-o", row.output, "root"})->format, Format::Json);
+    }
+}
+
+TEST(Options, TakeAPathToExplainWithAndWithoutRoot)
+{
+    EXPECT_FALSE(parse({"-n", "T", "root"})->explain);
+    EXPECT_EQ(parse({"-n", "T", "--explain", "a/T1"})->explain, std::string("a/T1"));
+    EXPECT_EQ(parse({"-n", "T", "--explain=a/T1", "root"})->explain, std::string("a/T1"));
+    EXPECT_EQ(parse({"--explain", "-x", "-n", "T"})->explain, std::string("-x"));
+    EXPECT_EQ(parse({"--explain", "--explain=", "-n", "T"})->explain, std::string("--explain="));
+}
+
+TEST(Options, LeaveTheRootOffThePathToExplain)
+{
+    struct Row {
+        const char* root;
+        const char* path;
+        const char* explained;
+    };
+    for (const Row& row :
+         {Row{"a/b", "a/b/T1", "T1"}, Row{"a/b/", "a/b/T1", "T1"}, Row{"/", "/a/T1", "a/T1"},
+          Row{".", "./T1", "T1"}, Row{"a", "a/a/T1", "a/T1"}, Row{"a", "ab/T1", "ab/T1"},
+          Row{"a", "b/a/T1", "b/a/T1"}, Row{"a", "a", "a"}, Row{"a", "a//T1", "/T1"},
+          Row{"\xff", "\xff/T1", "T1"}})
+        EXPECT_EQ(parse({"-n", "T", row.root, "--explain", row.path})->explain,
+                  std::string(row.explained))
+            << row.root;
 }
 
 TEST(Options, SelectFiles)
@@ -139,20 +187,25 @@ TEST(Options, TakeAListInPlaceOfTheRoot)
 
 TEST(Options, ThatAreWrongRaiseAFailureOfUsage)
 {
-    for (const std::vector<const char*>& arguments : {std::vector<const char*>{},
-                                                      {"root"},
-                                                      {"-n", "T"},
-                                                      {"-n", "", "root"},
-                                                      {"-n", "T", "-a", "x", "root"},
-                                                      {"-n", "T", "-f", "x", "root"},
-                                                      {"-n", "T", "--what", "root"},
-                                                      {"-n", "T", "root", "root"},
-                                                      {"-n", "T", "--from-list", "x", "root"},
-                                                      {"-n", "T", "--from-list", "x", ""},
-                                                      {"-n", "T", "--from-list", "x", "-L"},
-                                                      {"-n", "T", "-0", "root"},
-                                                      {"-n", "T", "-E", "", "root"},
-                                                      {"-n", "T", "-d", "0", "root"}}) {
+    for (const std::vector<const char*>& arguments :
+         {std::vector<const char*>{},
+          {"root"},
+          {"-n", "T"},
+          {"-n", "", "root"},
+          {"-n", "T", "-a", "x", "root"},
+          {"-n", "T", "-f", "x", "root"},
+          {"-n", "T", "--what", "root"},
+          {"--explain", "T1"},
+          {"-n", "T", "--explain", ""},
+          {"-n", "T", "--explain", "T1", ""},
+          {"-n", "T", "--explain", "T1", "--from-list", "x"},
+          {"-n", "T", "root", "root"},
+          {"-n", "T", "--from-list", "x", "root"},
+          {"-n", "T", "--from-list", "x", ""},
+          {"-n", "T", "--from-list", "x", "-L"},
+          {"-n", "T", "-0", "root"},
+          {"-n", "T", "-E", "", "root"},
+          {"-n", "T", "-d", "0", "root"}}) {
         try {
             parse(arguments);
             ADD_FAILURE() << testing::PrintToString(arguments);

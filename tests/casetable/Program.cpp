@@ -137,6 +137,11 @@ void useStream(int descriptor, int number)
     useStream(output, STDOUT_FILENO);
     useStream(errors, STDERR_FILENO);
     std::signal(SIGINT, SIG_DFL);
+    setenv("TERM", "xterm", 1);
+    if (setting.colours)
+        unsetenv("NO_COLOR");
+    else
+        setenv("NO_COLOR", "1", 1);
     if (setting.prepare)
         setting.prepare();
     execvp(arguments[0], arguments.data());

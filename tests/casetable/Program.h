@@ -32,6 +32,7 @@ struct Setting {
     Stream errors = Stream::Pipe;
     unsigned short terminalColumns = 80;
     bool ordinaryUser = false;
+    bool colours = false; ///< The terminal knows colours, and the user has nothing against them.
     std::function<void()> prepare; ///< Called last in the child, before the program starts.
     Arguments program = {};        ///< A program to start casetable with, such as a tracer.
 };

@@ -1,0 +1,301 @@
+#include "casetable/Explain.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <map>
+#include <stdexcept>
+#include <string_view>
+
+#include <boost/lexical_cast/try_lexical_convert.hpp>
+
+#include "casetable/Colour.h"
+#include "casetable/Text.h"
+#include "casetable/Unmatched.h"
+#include "crawler/CrawlerBasicImporterParser.h"
+#include "host/AuxFileInfoInterface.h"
+
+namespace casetable {
+
+namespace {
+
+using Patterns = std::vector<MetadataPattern>;
+
+// What the module says about the path. Everything else here only puts that into words.
+struct Reading {
+    Reading(const std::string& path, const Patterns& patterns)
+    {
+        CrawlerBasicImporterParser parser;
+        parser.appendRawFilePath(path);
+        try {
+            parser.applyMetadataPatternList(patterns);
+        } catch (const std::out_of_range&) {
+            stopsImport = true;
+        }
+        values = parser.metadataInfoList(path);
+        isMatched = parser.crawlerFilePathList().front()->isMatched();
+    }
+
+    std::vector<MetadataInfo> values; // Of the markers before the one that failed.
+    bool isMatched = false;
+    bool stopsImport = false;
+};
+
+// Why there is no value, and the rule behind that.
+struct Reason {
+    std::string what;
+    std::string rule;
+};
+
+std::string quoted(std::string_view bytes)
+{
+    return "'" + printable(bytes) + "'";
+}
+
+// A marker as on the command line.
+std::string shown(const MetadataPattern& pattern)
+{
+    return (pattern.valueType == MetadataPattern::NumberValue ? "-n " : "-s ") +
+           printable(pattern.pattern);
+}
+
+bool isSeparator(char c)
+{
+    return c == '/' || c == '\\';
+}
+
+bool isSign(char c)
+{
+    return c == '-' || c == '+';
+}
+
+// The first `bytes` and the rest of the character that they end in.
+std::string_view wholeCharacters(std::string_view text, std::size_t bytes)
+{
+    while (bytes < text.size() && (static_cast<unsigned char>(text[bytes]) & 0xc0) == 0x80)
+        ++bytes;
+    return text.substr(0, bytes);
+}
+
+// The length of a segment without the extensions of its last component.
+std::size_t lengthWithoutExtensions(std::string_view segment)
+{
+    const std::size_t begin = segment.find_last_of("/\\") + 1; // 0 where there is none.
+    std::string_view name = segment.substr(begin);
+    while (name != "." && name != ".." && name.find('.') != std::string_view::npos)
+        name = name.substr(0, name.rfind('.'));
+    return begin + name.size();
+}
+
+class PathExplanation {
+public:
+    PathExplanation(const std::string& path, const Patterns& patterns, bool inColour)
+        : path_(path), patterns_(patterns), inColour_(inColour), reading_(path, patterns),
+          positions_(markerPositions(path, patterns))
+    {
+    }
+
+    Explanation explain()
+    {
+        Explanation explanation = {reading_.isMatched, printedPath() + "\n"};
+        for (std::size_t k = 0; k < patterns_.size(); ++k)
+            explanation.text += line(k) + "\n";
+        if (reading_.isMatched) {
+            explanation.text += "matched\n";
+        } else {
+            const Reason reason = whyNotMatched();
+            explanation.text += "not matched: " + reason.what + "\n  " + reason.rule + "\n";
+        }
+        return explanation;
+    }
+
+private:
+    // All markers are found before any value is read.
+    bool allFound() const { return positions_.size() == patterns_.size(); }
+
+    bool isLast(std::size_t k) const { return k + 1 == patterns_.size(); }
+
+    // From the marker to the next, or to the end of the path. Only when all are found.
+    std::string_view segment(std::size_t k) const
+    {
+        const std::size_t end = isLast(k) ? path_.size() : positions_[k + 1];
+        return std::string_view(path_).substr(positions_[k], end - positions_[k]);
+    }
+
+    // Where a marker that is not found stands in front of its search; npos where it does not.
+    std::size_t earlierPosition(std::size_t k) const
+    {
+        return k == 0 ? std::string::npos : path_.rfind(patterns_[k].pattern, positions_[k - 1]);
+    }
+
+    // The path is made printable piece by piece, so that the column at which a marker or a value
+    // begins is known, however wide its escapes are.
+    std::string printedPath()
+    {
+        for (std::size_t k = 0; k <= positions_.size() && k < patterns_.size(); ++k) {
+            const std::size_t position = k < positions_.size() ? positions_[k] : earlierPosition(k);
+            if (position == std::string::npos)
+                continue;
+            const std::size_t end = position + patterns_[k].pattern.size();
+            columns_[position] = columns_[end] = 0;
+            if (k < reading_.values.size())
+                columns_[end + reading_.values[k].valueLength] = 0;
+        }
+        columns_[path_.size()] = 0;
+
+        std::string printed;
+        std::size_t begin = 0;
+        for (auto& column : columns_) {
+            printed += printable(std::string_view(path_).substr(begin, column.first - begin));
+            column.second = displayWidth(printed);
+            begin = column.first;
+        }
+        return printed;
+    }
+
+    std::string marks(std::size_t position, std::size_t markerLength, std::size_t valueLength) const
+    {
+        const std::size_t begin = columns_.at(position);
+        const std::size_t value = columns_.at(position + markerLength);
+        const std::size_t end = columns_.at(position + markerLength + valueLength);
+        const std::string marks = std::string(value - begin, '^') + std::string(end - value, '~');
+        return std::string(begin, ' ') + (inColour_ ? coloured(Colour::Bold, marks) : marks) + "  ";
+    }
+
+    std::string line(std::size_t k) const
+    {
+        const std::string name = shown(patterns_[k]) + ": ";
+        const std::size_t markerLength = patterns_[k].pattern.size();
+        if (k < reading_.values.size()) {
+            const MetadataInfo& info = reading_.values[k];
+            return marks(info.patternPosition, markerLength, info.valueLength) + name +
+                   quoted(info.value) + ", " + valueEnd(k);
+        }
+        if (k < positions_.size()) {
+            const bool failed = allFound() && k == reading_.values.size();
+            return marks(positions_[k], markerLength, 0) + name +
+                   (failed ? "no value" : "found, not read");
+        }
+        if (k > positions_.size())
+            return name + "not searched for";
+        if (earlierPosition(k) == std::string::npos)
+            return name + "not found";
+        return marks(earlierPosition(k), markerLength, 0) + name + "stands only here";
+    }
+
+    // Where the value ended, and why where that may surprise.
+    std::string valueEnd(std::size_t k) const
+    {
+        const std::size_t end = patterns_[k].pattern.size() + reading_.values[k].valueLength;
+        const std::string_view rest = segment(k).substr(end);
+        const bool isNumber = patterns_[k].valueType == MetadataPattern::NumberValue;
+        std::string text = isLast(k) ? "up to the end" : "up to the next marker";
+        if (!rest.empty() && isSeparator(rest[0]))
+            text = std::string("up to the ") + rest[0];
+        else if (!rest.empty())
+            text = isNumber ? numberEnd(reading_.values[k].value, rest)
+                            : "the extension " + quoted(rest) + " is left off";
+        else if (!isNumber && lengthWithoutExtensions(segment(k)) == 0)
+            text += "; an extension is kept where nothing stands before it";
+
+        double number = 0;
+        if (isNumber && !boost::conversion::try_lexical_convert(reading_.values[k].value, number))
+            text += "; it converts to no number, so its cell is NULL";
+        return text;
+    }
+
+    static std::string numberEnd(const std::string& value, std::string_view rest)
+    {
+        if (rest[0] == '.' && value.find_first_of(".DEde") == std::string::npos)
+            return "a point without digits behind it is left off";
+        const bool exponentMayFollow = value.find_first_of("DEde") == std::string::npos;
+        if (exponentMayFollow && std::string_view("DEde").find(rest[0]) != std::string_view::npos)
+            return "up to " + quoted(rest.substr(0, 1)) +
+                   ", which begins no exponent without digits";
+        return "up to " + quoted(wholeCharacters(rest, 1));
+    }
+
+    Reason whyNotMatched() const
+    {
+        if (!allFound())
+            return whyNotFound(positions_.size());
+        const std::size_t k = reading_.values.size();
+        const std::string name = shown(patterns_[k]);
+        const std::string_view segment = this->segment(k);
+        const std::size_t markerLength = patterns_[k].pattern.size();
+        if (segment.size() < markerLength)
+            return {"the next marker, " + shown(patterns_[k + 1]) + ", begins within " + name,
+                    reading_.stopsImport
+                        ? "What is left of the marker is all extension: such a path stops the "
+                          "whole import."
+                        : "A value ends where the next marker begins."};
+        if (segment.size() == markerLength && !isLast(k))
+            return {"the next marker, " + shown(patterns_[k + 1]) + ", begins right behind " + name,
+                    "A value ends where the next marker begins."};
+        return patterns_[k].valueType == MetadataPattern::NumberValue
+                   ? whyNoNumber(segment.substr(markerLength), name)
+                   : whyNoText(segment, markerLength, name);
+    }
+
+    Reason whyNotFound(std::size_t k) const
+    {
+        const std::string name = shown(patterns_[k]);
+        if (earlierPosition(k) == std::string::npos)
+            return {name + " does not stand in the path",
+                    "Every marker must be found before any value is read."};
+        return {name + " stands only in front of the place where its search starts",
+                "Each marker is searched for behind the first byte of the one before."};
+    }
+
+    static Reason whyNoNumber(std::string_view behind, const std::string& name)
+    {
+        const char* const rule = "A number is an optional sign and digits; a point may stand among "
+                                 "them or before them.";
+        if (behind.empty())
+            return {"the path ends with " + name, rule};
+        std::size_t wrong = isSign(behind[0]) ? 1 : 0;
+        if (wrong < behind.size() && behind[wrong] == '.')
+            ++wrong;
+        return {quoted(wholeCharacters(behind, std::min(wrong + 1, behind.size()))) + " behind " +
+                    name + " begins no number",
+                rule};
+    }
+
+    static Reason whyNoText(std::string_view segment, std::size_t markerLength,
+                            const std::string& name)
+    {
+        const std::string rule = "One character at the end of a segment is not taken as a value; "
+                                 "a segment ends\n  at the next marker or with the path.";
+        const std::size_t length = lengthWithoutExtensions(segment);
+        const std::string extension = "the extension " + quoted(segment.substr(length));
+        if (segment.size() == markerLength)
+            return {"the path ends with " + name,
+                    "A text that no / or \\ ends has two characters or more."};
+        if (length < markerLength)
+            return {extension + " begins within " + name,
+                    "Extensions at the end of a segment are left off."};
+        if (length == markerLength)
+            return {"only " + extension + " stands behind " + name,
+                    "Extensions at the end of a segment are left off."};
+        const std::string left =
+            length < segment.size() ? ", as " + extension + " is left off" : "";
+        return {"only " + quoted(segment.substr(markerLength, 1)) + " stands behind " + name + left,
+                rule};
+    }
+
+    const std::string& path_;
+    const Patterns& patterns_;
+    const bool inColour_;
+    const Reading reading_;
+    const std::vector<std::size_t> positions_;   // As far as the markers are found.
+    std::map<std::size_t, std::size_t> columns_; // Of the bytes where something begins or ends.
+};
+
+} // namespace
+
+Explanation explain(const std::string& path, const std::vector<MetadataPattern>& patterns,
+                    bool inColour)
+{
+    return PathExplanation(path, patterns, inColour).explain();
+}
+
+} // namespace casetable

@@ -1,0 +1,172 @@
+#include "casetable/VttWriter.h"
+
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <boost/lexical_cast/try_lexical_convert.hpp>
+
+#include <vtkAbstractArray.h>
+#include <vtkDoubleArray.h>
+#include <vtkObject.h>
+#include <vtkSmartPointer.h>
+#include <vtkStringArray.h>
+#include <vtkTable.h>
+#include <vtkType.h>
+#include <vtkTypeInt64Array.h>
+#include <vtkXMLTableWriter.h>
+
+#include "casetable/CsvRecord.h"
+#include "casetable/ExitCode.h"
+#include "casetable/Output.h"
+#include "casetable/Report.h"
+#include "casetable/Text.h"
+
+namespace casetable {
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+// The texts of each column, those of the tags behind the others.
+std::vector<Texts> columnTexts(const Report& report)
+{
+    std::vector<Texts> columns(report.columns.size() + report.tags.size());
+    for (Texts& column : columns)
+        column.reserve(report.rowCount);
+    for (std::size_t index = 0; index < report.rowCount; ++index) {
+        std::vector<std::string> cells = flatCells(report.row(index));
+        for (std::size_t j = 0; j < cells.size(); ++j)
+            columns[j].push_back(std::move(cells[j]));
+    }
+    return columns;
+}
+
+template <class Array> vtkSmartPointer<Array> makeArray(std::size_t size)
+{
+    auto array = vtkSmartPointer<Array>::New();
+    array->SetNumberOfValues(static_cast<vtkIdType>(size));
+    return array;
+}
+
+// Nothing when a text does not convert, by the rule that makes its cell NULL in the case table.
+template <class Array, class Value> vtkSmartPointer<Array> makeNumbers(const Texts& texts)
+{
+    auto array = makeArray<Array>(texts.size());
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        Value value = 0;
+        if (!boost::conversion::try_lexical_convert(texts[i], value))
+            return nullptr;
+        array->SetValue(static_cast<vtkIdType>(i), value);
+    }
+    return array;
+}
+
+vtkSmartPointer<vtkAbstractArray> makeStrings(const Texts& texts)
+{
+    auto array = makeArray<vtkStringArray>(texts.size());
+    for (std::size_t i = 0; i < texts.size(); ++i)
+        array->SetValue(static_cast<vtkIdType>(i), texts[i]);
+    return array;
+}
+
+vtkSmartPointer<vtkAbstractArray> makeColumn(Column::Kind kind, const Texts& texts)
+{
+    vtkSmartPointer<vtkAbstractArray> numbers;
+    if (kind == Column::Kind::Index)
+        numbers = makeNumbers<vtkTypeInt64Array, vtkTypeInt64>(texts);
+    else if (kind == Column::Kind::NumberValue)
+        numbers = makeNumbers<vtkDoubleArray, double>(texts);
+    return numbers != nullptr ? numbers : makeStrings(texts);
+}
+
+// The toolkit's writer puts names between the quotes of an attribute as they are, and its reader
+// takes the first ">" for the end of the element.
+std::string attributeText(const std::string& name)
+{
+    std::string text;
+    for (const char c : printable(name)) {
+        switch (c) {
+        case '"':
+            text += "\\x22";
+            break;
+        case '&':
+            text += "\\x26";
+            break;
+        case '<':
+            text += "\\x3c";
+            break;
+        case '>':
+            text += "\\x3e";
+            break;
+        default:
+            text += c;
+        }
+    }
+    return text;
+}
+
+Texts names(const Report& report)
+{
+    Texts names = uniqueHeader(report);
+    for (std::string& name : names)
+        name = attributeText(name);
+    return uniqueNames(std::move(names));
+}
+
+vtkSmartPointer<vtkTable> makeTable(const Report& report)
+{
+    const Texts header = names(report);
+    std::vector<Texts> columns = columnTexts(report);
+    auto table = vtkSmartPointer<vtkTable>::New();
+    for (std::size_t j = 0; j < columns.size(); ++j) {
+        const auto kind = j < report.columns.size() ? report.columns[j].kind : Column::Kind::Text;
+        const vtkSmartPointer<vtkAbstractArray> column = makeColumn(kind, columns[j]);
+        Texts().swap(columns[j]);
+        column->SetName(header[j].c_str());
+        table->AddColumn(column);
+    }
+    return table;
+}
+
+// The toolkit tells of a failure at length on standard error; here it is one line.
+class WarningsOff {
+public:
+    WarningsOff() { vtkObject::GlobalWarningDisplayOff(); }
+    ~WarningsOff() { vtkObject::SetGlobalWarningDisplay(before_); }
+    WarningsOff(const WarningsOff&) = delete;
+    WarningsOff& operator=(const WarningsOff&) = delete;
+
+private:
+    const int before_ = vtkObject::GetGlobalWarningDisplay();
+};
+
+bool endsWith(const std::string& text, const std::string& ending)
+{
+    return text.size() >= ending.size() &&
+           text.compare(text.size() - ending.size(), ending.size(), ending) == 0;
+}
+
+} // namespace
+
+void writeVtt(const Report& report, Output& output)
+{
+    const WarningsOff warningsOff;
+    const auto writer = vtkSmartPointer<vtkXMLTableWriter>::New();
+    writer->SetInputData(makeTable(report));
+    writer->SetDataModeToBinary();
+    writer->WriteToOutputStringOn();
+    bool isWritten = false;
+    try {
+        isWritten = writer->Write() != 0 && writer->GetErrorCode() == 0;
+    } catch (const std::runtime_error&) { // The threads that it starts cannot be had.
+    }
+    const std::string text = writer->GetOutputString();
+    // The writer may run out of memory and say nothing.
+    if (!isWritten || !endsWith(text, "</VTKFile>\n"))
+        throw Failure(ExitCode::OutputFailed, "--format vtt: not enough memory for the XML table");
+    output.write(text);
+}
+
+} // namespace casetable

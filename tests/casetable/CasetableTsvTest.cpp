@@ -1,0 +1,122 @@
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/casetable/Csv.h"
+#include "tests/casetable/Program.h"
+#include "tests/casetable/TemporaryTree.h"
+
+namespace casetable {
+namespace tests {
+
+namespace {
+
+// Reads lines of fields divided by tabs, in which a backslash and a letter stand for one character.
+std::vector<Record> parseTsv(const std::string& bytes)
+{
+    std::vector<Record> records;
+    Record record(1);
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        if (bytes[i] == '\t') {
+            record.emplace_back();
+        } else if (bytes[i] == '\n') {
+            records.push_back(record);
+            record = Record(1);
+        } else if (bytes[i] == '\\') {
+            const std::string escapes = "\\tnr";
+            const std::size_t which = escapes.find(bytes.at(++i));
+            EXPECT_NE(which, std::string::npos) << testing::PrintToString(bytes);
+            record.back() += "\\\t\n\r"[which % escapes.size()];
+        } else {
+            EXPECT_NE(bytes[i], '\r') << testing::PrintToString(bytes);
+            record.back() += bytes[i];
+        }
+    }
+    EXPECT_EQ(record, Record(1)) << "the last line has no end";
+    return records;
+}
+
+std::string allBytes()
+{
+    std::string bytes;
+    for (int byte = 1; byte < 256; ++byte) {
+        if (byte != '/')
+            bytes += static_cast<char>(byte);
+    }
+    return bytes;
+}
+
+} // namespace
+
+TEST(CasetableTsv, DividesFieldsByTabsAndEndsLinesByLineFeeds)
+{
+    const TemporaryTree tree;
+    tree.file("results/wing_a/T1/file");
+    tree.file("results/wing_/T2/file");
+
+    EXPECT_EQ(run(tree, {"-s", "wing_", "-n", "T", "-f", "tsv", "results"}).output,
+              "case\twing_\tT\n0\t\t2\n1\ta\t1\n");
+}
+
+TEST(CasetableTsv, EscapesOnlyBackslashTabLineFeedAndCarriageReturn)
+{
+    const TemporaryTree tree;
+    tree.file("results/T1/a\\b\tc\nd\re \",;'\x1b\xff");
+
+    EXPECT_EQ(run(tree, {"-n", "T", "--files", "-f", "tsv", "results"}).output,
+              "path\tcase\tT\nT1/a\\\\b\\tc\\nd\\re \",;'\x1b\xff\t0\t1\n");
+}
+
+TEST(CasetableTsv, EscapesTheHeaderToo)
+{
+    const TemporaryTree tree;
+    tree.file("results/a\tb1/file");
+
+    EXPECT_EQ(run(tree, {"-n", "a\tb", "-f", "tsv", "results"}).output, "case\ta\\tb\n0\t1\n");
+}
+
+TEST(CasetableTsv, KeepsEveryByteOfAName)
+{
+    const TemporaryTree tree;
+    const std::string bytes = allBytes();
+    tree.file("results/T1/" + bytes);
+
+    const Outcome outcome = run(tree, {"-n", "T", "--files", "-f", "tsv", "results"});
+
+    EXPECT_EQ(parseTsv(outcome.output),
+              std::vector<Record>({{"path", "case", "T"}, {"T1/" + bytes, "0", "1"}}))
+        << outcome;
+}
+
+TEST(CasetableTsv, HoldsTheFilesUnderATagAsAnEscapedRecord)
+{
+    const TemporaryTree tree;
+    tree.file("results/T1/a.log");
+    tree.file("results/T1/b\t,\".log");
+    tree.file("results/T2/c\n.log");
+    tree.file("results/T3/none");
+
+    const Outcome outcome = run(tree, {"-n", "T", "-a", "*.log=log", "-f", "tsv", "results"});
+
+    EXPECT_EQ(outcome.output, "case\tT\tlog\n"
+                              "0\t1\tT1/a.log,\"T1/b\\t,\"\".log\"\n"
+                              "1\t2\t\"T2/c\\n.log\"\n"
+                              "2\t3\t\n");
+    EXPECT_EQ(parseCsvRecord(parseTsv(outcome.output).at(1).at(2)),
+              Record({"T1/a.log", "T1/b\t,\".log"}));
+}
+
+TEST(CasetableTsv, IsTheHeaderAloneWithoutCases)
+{
+    const TemporaryTree tree;
+    tree.folder("results");
+
+    const Outcome outcome = run(tree, {"-n", "T", "-s", "M", "-f", "tsv", "results"});
+
+    EXPECT_EQ(outcome.exitCode, 1) << outcome;
+    EXPECT_EQ(outcome.output, "case\tT\tM\n");
+}
+
+} // namespace tests
+} // namespace casetable

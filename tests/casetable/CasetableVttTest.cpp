@@ -1,0 +1,118 @@
+#include <csignal>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <sys/resource.h>
+
+#include <gtest/gtest.h>
+
+#include "tests/casetable/Program.h"
+#include "tests/casetable/Sanitizer.h"
+#include "tests/casetable/TemporaryTree.h"
+#include "tests/casetable/Vtt.h"
+
+namespace casetable {
+namespace tests {
+
+namespace {
+
+using Columns = std::vector<VttColumn>;
+
+// Runs in the tree and reads what was written.
+Columns imported(const TemporaryTree& tree, Arguments arguments, int exitCode = 0)
+{
+    arguments.insert(arguments.end(), {"-o", "out.vtt", "results"});
+    const Outcome outcome = run(tree, arguments);
+    EXPECT_EQ(outcome.exitCode, exitCode) << outcome;
+    EXPECT_EQ(outcome.output, "");
+    return readVtt(tree.path("out.vtt"));
+}
+
+} // namespace
+
+TEST(CasetableVtt, HoldsCasesWithNumbersAsDoubles)
+{
+    const TemporaryTree tree;
+    tree.file("results/wing_a\n\xff/T1.5/a.log");
+    tree.file("results/wing_/T-2e-1/b");
+
+    EXPECT_EQ(imported(tree, {"-s", "wing_", "-n", "T", "-a", "*.log=log"}),
+              Columns({{"case", "integers", {"0", "1"}},
+                       {"wing_", "texts", {"", "a\n\xff"}},
+                       {"T", "doubles", {"-0.20000000000000001", "1.5"}},
+                       {"log", "texts", {"", "\"wing_a\n\xff/T1.5/a.log\""}}}));
+}
+
+TEST(CasetableVtt, HoldsAColumnWithANullAsTexts)
+{
+    const TemporaryTree tree;
+    tree.file("results/T1/file");
+    tree.file("results/T1D+07/file");
+
+    EXPECT_EQ(imported(tree, {"-n", "T"}),
+              Columns({{"case", "integers", {"0", "1"}}, {"T", "texts", {"1", "NULL"}}}));
+}
+
+TEST(CasetableVtt, HoldsFilesAndUnmatchedFiles)
+{
+    const TemporaryTree tree;
+    tree.file("results/T1/file");
+    tree.file("results/none");
+
+    EXPECT_EQ(imported(tree, {"-n", "T", "--files"}), Columns({{"path", "texts", {"T1/file"}},
+                                                               {"case", "integers", {"0"}},
+                                                               {"T", "doubles", {"1"}}}));
+    EXPECT_EQ(imported(tree, {"-n", "T", "--unmatched"}),
+              Columns({{"path", "texts", {"none"}},
+                       {"marker", "texts", {"T"}},
+                       {"reason", "texts", {"not found"}}}));
+}
+
+TEST(CasetableVtt, IsATableWithoutRowsWithoutCases)
+{
+    const TemporaryTree tree;
+    tree.folder("results");
+
+    EXPECT_EQ(imported(tree, {"-n", "T", "-s", "M"}, 1),
+              Columns({{"case", "integers", {}}, {"T", "doubles", {}}, {"M", "texts", {}}}));
+}
+
+TEST(CasetableVtt, GoesToStandardOutputToo)
+{
+    const TemporaryTree tree;
+    tree.file("results/T1/file");
+    const Outcome outcome = run(tree, {"-n", "T", "-f", "vtt", "results"});
+    tree.file("out", outcome.output);
+
+    EXPECT_EQ(outcome.exitCode, 0) << outcome;
+    EXPECT_EQ(readVtt(tree.path("out")),
+              Columns({{"case", "integers", {"0"}}, {"T", "doubles", {"1"}}}));
+}
+
+TEST(CasetableVtt, ThatCannotBeWrittenLeavesTheEarlierFile)
+{
+    SKIP_WHERE_SANITIZERS_WRITE();
+    const TemporaryTree tree;
+    tree.file("results/T1/file");
+    tree.file("out", "earlier");
+    const Arguments arguments = {"-n", "T", "-f", "vtt", "-o", "out", "results"};
+    Setting setting = in(tree);
+    setting.prepare = [] {
+        const rlimit limit = {100, 100};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    };
+
+    const Outcome outcome = run(arguments, setting);
+    const Outcome full = run(tree, {"-n", "T", "-f", "vtt", "-o", "/dev/full", "results"});
+
+    EXPECT_EQ(outcome.exitCode, 4) << outcome;
+    EXPECT_EQ(message(outcome.errors), "out: File too large");
+    EXPECT_EQ(full.exitCode, 4) << full;
+    EXPECT_EQ(message(full.errors), "/dev/full: No space left on device");
+    EXPECT_EQ(tree.content("out"), "earlier");
+    EXPECT_EQ(tree.names("."), std::set<std::string>({"out", "results"}));
+}
+
+} // namespace tests
+} // namespace casetable
