@@ -30,6 +30,7 @@ const char* const footer = R"(Exit codes:
   4  the output could not be written        130  interrupted
 
 Examples:
+  casetable --suggest results
   casetable -s wing -n Mach -n AoA results
   casetable -n Mach --aux '*.log=log' --format json -o cases.json results
 )";
@@ -248,6 +249,8 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
     addText("-d,--max-depth", "N", "Go no deeper than N; the files in ROOT have depth 1",
             [&options](const std::string& text) { options.selection.maxDepth = parseDepth(text); });
 
+    app.add_flag("--suggest", options.suggest,
+                 "Find the markers: print a command line for ROOT, and what it would give");
     bool files = false;
     bool unmatched = false;
     app.add_flag("--files", files, "A row for each matched file instead of one for each case");
@@ -295,14 +298,22 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
         failUsage("--null: there is no --from-list");
     if (options.root.empty() && app.count("ROOT") > 0)
         failUsage("ROOT: the path is empty");
+    // Whoever made a list has chosen.
+    options.selection.hidden = hidden || options.list;
+    if (options.suggest) {
+        for (const char* option :
+             {"--string", "--number", "--aux", "--format", "--files", "--unmatched", "--explain"}) {
+            if (app.count(option) > 0)
+                failUsage("--suggest and " + std::string(option) + " exclude each other");
+        }
+        return options;
+    }
     if (options.patterns.empty())
-        failUsage("no marker is given; use --string or --number");
+        failUsage("no marker is given; use --string or --number, or find some with --suggest");
     if (files && unmatched)
         failUsage("--files and --unmatched exclude each other");
     if (unmatched && !options.identifiers.empty())
         failUsage("--aux and --unmatched exclude each other");
-    // Whoever made a list has chosen.
-    options.selection.hidden = hidden || options.list;
     if (options.explain) {
         for (const std::string other :
              {"--aux", "--files", "--unmatched", "--format", "--from-list"}) {
@@ -317,6 +328,26 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
         options.format = formatOfEnding(*options.output);
     options.rows = files ? Rows::Files : unmatched ? Rows::Unmatched : Rows::Cases;
     return options;
+}
+
+std::vector<std::string> walkArguments(const Options& options)
+{
+    std::vector<std::string> arguments;
+    if (options.keepGoing)
+        arguments.emplace_back("--keep-going");
+    if (options.follow)
+        arguments.emplace_back("--follow");
+    if (options.selection.hidden && !options.list)
+        arguments.emplace_back("--hidden");
+    if (options.selection.maxDepth != Selection().maxDepth)
+        arguments.push_back("--max-depth=" + std::to_string(options.selection.maxDepth));
+    for (const Glob& glob : options.selection.excluded)
+        arguments.push_back("--exclude=" + glob.text());
+    if (options.list)
+        arguments.push_back("--from-list=" + *options.list);
+    if (options.nullSeparated)
+        arguments.emplace_back("--null");
+    return arguments;
 }
 
 } // namespace casetable

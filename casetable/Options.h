@@ -22,7 +22,9 @@ struct Options {
     std::optional<std::string> list; ///< The file of the list; "-" is standard input.
     bool nullSeparated = false;      ///< Whether the list is divided by NULs.
     Selection selection;
-    std::vector<MetadataPattern> patterns; ///< At least one, in the order of the options.
+    bool suggest = false; ///< Whether markers are to be suggested instead of applied.
+    /// In the order of the options; at least one, but none with `suggest`.
+    std::vector<MetadataPattern> patterns;
     std::vector<AuxFileIdentifier> identifiers;
     Format format = Format::Auto;      ///< As asked for, or as the ending of `output` says.
     std::optional<std::string> output; ///< Standard output when there is none.
@@ -37,6 +39,9 @@ struct Options {
 /// Throws Failure with ExitCode::WrongUsage, or ExitCode::OutputFailed when it could not be
 /// printed.
 std::optional<Options> parseOptions(int argc, const char* const* argv);
+
+/// The arguments that make another run see the same files below the same root.
+std::vector<std::string> walkArguments(const Options& options);
 
 } // namespace casetable
 

@@ -2,9 +2,12 @@
 #include <csignal>
 #include <cstddef>
 #include <exception>
+#include <list>
+#include <memory>
 #include <new>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "casetable/Console.h"
@@ -20,6 +23,7 @@
 #include "casetable/Output.h"
 #include "casetable/ReadList.h"
 #include "casetable/Report.h"
+#include "casetable/Suggest.h"
 #include "casetable/TableWriter.h"
 #include "casetable/TsvWriter.h"
 #include "casetable/Unmatched.h"
@@ -122,6 +126,21 @@ ExitCode explainPath(const Options& options, Output& output)
     return explanation.isMatched ? ExitCode::Cases : ExitCode::NoCases;
 }
 
+ExitCode suggestMarkers(const Options& options, const std::list<std::string>& files, Output& output,
+                        Console& console)
+{
+    const Suggestion suggestion = suggest(files);
+    throwIfInterrupted();
+    const std::string text = suggestionText(suggestion, walkArguments(options), options.root);
+    if (suggestion.patterns.empty()) {
+        console.error(text);
+        return ExitCode::NoCases;
+    }
+    output.write(text);
+    output.commit();
+    return ExitCode::Cases;
+}
+
 ExitCode run(const Options& options, Console& console)
 {
     if (options.quiet)
@@ -140,9 +159,11 @@ ExitCode run(const Options& options, Console& console)
     list.selection = options.selection;
     if (options.list)
         readList(*options.list, list, console);
-    const Import import(options.list ? walk(list, console)
-                                     : walk(fileSystem, options.root, console),
-                        options.patterns, options.identifiers);
+    std::unique_ptr<FolderCrawler> crawler =
+        options.list ? walk(list, console) : walk(fileSystem, options.root, console);
+    if (options.suggest)
+        return suggestMarkers(options, crawler->result().files, output, console);
+    const Import import(std::move(crawler), options.patterns, options.identifiers);
     throwIfInterrupted();
     write(makeReport(options, import), options.format, output);
     return conclude(options, import, fileSystem.hiddenLeftOut, console);

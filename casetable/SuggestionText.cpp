@@ -1,0 +1,133 @@
+#include <algorithm>
+#include <cstdio>
+#include <string_view>
+
+#include "casetable/Suggest.h"
+#include "casetable/Text.h"
+
+namespace casetable {
+
+namespace {
+
+const std::size_t cellWidth = 24;
+
+// Safe to stand in a command line without quotes, and no beginning of a pattern or an assignment.
+bool isPlain(char c)
+{
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+           std::string_view("_-+./=,:@%").find(c) != std::string_view::npos;
+}
+
+// What is shown as escapes, and so is no exact text, goes as numbers.
+std::string shellWord(const std::string& bytes)
+{
+    if (!bytes.empty() && std::all_of(bytes.begin(), bytes.end(), isPlain))
+        return bytes;
+    if (printable(bytes) == bytes) {
+        std::string word = "'";
+        for (const char c : bytes)
+            word += c == '\'' ? std::string("'\\''") : std::string(1, c);
+        return word + "'";
+    }
+    std::string word = "$'";
+    for (const char c : bytes) {
+        char octal[8];
+        const auto byte = static_cast<unsigned char>(c);
+        static_cast<void>(
+            std::snprintf(octal, sizeof octal, "\\%03o", static_cast<unsigned>(byte)));
+        if (byte < 0x20 || byte > 0x7e || c == '\'' || c == '\\')
+            word += octal;
+        else
+            word += c;
+    }
+    return word + "'";
+}
+
+std::string markerWords(const MetadataPattern& pattern)
+{
+    const bool number = pattern.valueType == MetadataPattern::NumberValue;
+    if (pattern.pattern.front() == '-')
+        return shellWord((number ? "--number=" : "--string=") + pattern.pattern);
+    return (number ? "-n " : "-s ") + shellWord(pattern.pattern);
+}
+
+std::string cell(const std::string& bytes)
+{
+    const std::string text = printable(bytes);
+    const std::string_view beginning = fitting(text, cellWidth);
+    return beginning.size() == text.size() ? text : std::string(beginning) + "...";
+}
+
+std::string list(const std::vector<std::string>& values, bool goesOn)
+{
+    std::string text;
+    for (const std::string& value : values)
+        text += (text.empty() ? "" : ", ") + (value.empty() ? "''" : cell(value));
+    return text + (goesOn ? ", ..." : "");
+}
+
+std::string counted(std::size_t count, const std::string& one, const std::string& many)
+{
+    return std::to_string(count) + ' ' + (count == 1 ? one : many);
+}
+
+std::string table(const std::vector<SuggestedPattern>& patterns)
+{
+    std::size_t markerWidth = std::string_view("marker").size();
+    std::size_t countWidth = std::string_view("values").size();
+    for (const SuggestedPattern& suggested : patterns) {
+        markerWidth = std::max(markerWidth, displayWidth(printable(suggested.pattern.pattern)));
+        countWidth = std::max(countWidth, std::to_string(suggested.valueCount).size());
+    }
+    const auto line = [&](const std::string& marker, const std::string& type,
+                          const std::string& count, const std::string& sample) {
+        return marker + std::string(markerWidth - displayWidth(marker) + 2, ' ') + type +
+               std::string(8 - type.size() + countWidth - count.size(), ' ') + count + "  " +
+               sample + '\n';
+    };
+    std::string text = line("marker", "type", "values", "sample");
+    for (const SuggestedPattern& suggested : patterns)
+        text +=
+            line(printable(suggested.pattern.pattern),
+                 suggested.pattern.valueType == MetadataPattern::NumberValue ? "number" : "text",
+                 std::to_string(suggested.valueCount),
+                 list(suggested.sample, suggested.sample.size() < suggested.valueCount));
+    return text;
+}
+
+} // namespace
+
+std::string commandLine(const Suggestion& suggestion, const std::vector<std::string>& given,
+                        const std::string& root)
+{
+    std::string line = "casetable";
+    for (const std::string& argument : given)
+        line += ' ' + shellWord(argument);
+    for (const SuggestedPattern& suggested : suggestion.patterns)
+        line += ' ' + markerWords(suggested.pattern);
+    if (root.empty())
+        return line;
+    return line + (root.front() == '-' ? " -- " : " ") + shellWord(root);
+}
+
+std::string suggestionText(const Suggestion& suggestion, const std::vector<std::string>& given,
+                           const std::string& root)
+{
+    const std::string place = root.empty() ? "in the list" : "below " + root;
+    if (suggestion.patterns.empty())
+        return "no marker can be suggested: " +
+               (suggestion.files == 0
+                    ? "there is no file " + place
+                    : "no text is followed by varying values in most paths " + place);
+    std::string text = commandLine(suggestion, given, root) + "\n\n" + table(suggestion.patterns) +
+                       "\nmatches " + std::to_string(suggestion.matchedFiles) + " of " +
+                       counted(suggestion.files, "file", "files") + ", " +
+                       counted(suggestion.cases, "case", "cases") + '\n';
+    if (!suggestion.unmarked.empty())
+        text += "the names of the first folders differ too (" + list(suggestion.unmarked, false) +
+                "), but no marker can stand before them" +
+                (root.empty() ? "\n" : "; the folder above as ROOT makes room\n");
+    return text;
+}
+
+} // namespace casetable

@@ -1,0 +1,461 @@
+#include "casetable/Suggest.h"
+
+#include <algorithm>
+#include <list>
+#include <random>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "crawler/CrawlerBasicImporterParser.h"
+#include "host/AuxFileInfoInterface.h"
+#include "tests/crawler/PlainMatching.h"
+
+namespace casetable {
+namespace tests {
+
+namespace {
+
+using Paths = std::list<std::string>;
+
+// The markers in the order of their columns, with "n " or "s " before each.
+std::vector<std::string> markers(const Suggestion& suggestion)
+{
+    std::vector<std::string> markers;
+    for (const SuggestedPattern& suggested : suggestion.patterns)
+        markers.push_back(
+            (suggested.pattern.valueType == MetadataPattern::NumberValue ? "n " : "s ") +
+            suggested.pattern.pattern);
+    return markers;
+}
+
+std::vector<std::string> markers(const Paths& paths)
+{
+    return markers(suggest(paths));
+}
+
+using Markers = std::vector<std::string>;
+
+std::vector<std::vector<std::string>> samples(const Suggestion& suggestion)
+{
+    std::vector<std::vector<std::string>> samples;
+    for (const SuggestedPattern& suggested : suggestion.patterns)
+        samples.push_back(suggested.sample);
+    return samples;
+}
+
+using Samples = std::vector<std::vector<std::string>>;
+
+// All that is said about a suggestion is what a parser of its own finds.
+void expectHonest(const Paths& paths, const Suggestion& suggestion)
+{
+    EXPECT_EQ(suggestion.files, std::set<std::string>(paths.begin(), paths.end()).size());
+    std::vector<MetadataPattern> patterns;
+    for (const SuggestedPattern& suggested : suggestion.patterns)
+        patterns.push_back(suggested.pattern);
+    CrawlerBasicImporterParser parser;
+    for (const std::string& path : paths)
+        parser.appendRawFilePath(path);
+    ASSERT_NO_THROW(parser.applyMetadataPatternList(patterns)) << plain::describe(patterns);
+    std::size_t matched = 0;
+    std::vector<std::set<std::string>> values(patterns.size());
+    for (const auto& file : parser.crawlerFilePathList()) {
+        if (!file->isMatched())
+            continue;
+        ++matched;
+        for (std::size_t k = 0; k < patterns.size(); ++k)
+            values[k].insert(parser.caseMetadataSValue(file->caseIndex(), k));
+    }
+    EXPECT_EQ(suggestion.matchedFiles, matched);
+    EXPECT_EQ(suggestion.cases, parser.numDefinedCases());
+    for (std::size_t k = 0; k < patterns.size(); ++k) {
+        EXPECT_FALSE(patterns[k].pattern.empty());
+        EXPECT_EQ(suggestion.patterns[k].valueCount, values[k].size());
+        EXPECT_GE(values[k].size(), 2u);
+        EXPECT_EQ(suggestion.patterns[k].sample.size(), std::min<std::size_t>(values[k].size(), 5));
+        for (const std::string& value : suggestion.patterns[k].sample)
+            EXPECT_EQ(values[k].count(value), 1u) << value;
+    }
+}
+
+void expectSame(const Suggestion& one, const Suggestion& other)
+{
+    EXPECT_EQ(markers(one), markers(other));
+    EXPECT_EQ(samples(one), samples(other));
+    EXPECT_EQ(one.files, other.files);
+    EXPECT_EQ(one.matchedFiles, other.matchedFiles);
+    EXPECT_EQ(one.cases, other.cases);
+    EXPECT_EQ(one.unmarked, other.unmarked);
+}
+
+Paths shuffled(const Paths& paths, plain::Random& random)
+{
+    std::vector<std::string> all(paths.begin(), paths.end());
+    for (std::size_t i = all.size(); i > 1; --i)
+        std::swap(all[i - 1], all[plain::below(random, i)]);
+    return Paths(all.begin(), all.end());
+}
+
+} // namespace
+
+TEST(Suggest, FindsValuesInFolderNames)
+{
+    const Paths paths = {"wingA/Mach0.80/AoA-2.5/flow.vtu",
+                         "wingA/Mach0.80/AoA-2.5/forces.dat",
+                         "wingA/Mach0.85/AoA2.5/flow.vtu",
+                         "wingA/Mach0.85/AoA2.5/forces.dat",
+                         "wingB/Mach0.80/AoA-2.5/flow.vtu",
+                         "wingB/Mach0.80/AoA0.0/forces.dat",
+                         "geometry/planform.txt"};
+
+    const Suggestion suggestion = suggest(paths);
+
+    EXPECT_EQ(markers(suggestion), Markers({"s wing", "n Mach", "n AoA"}));
+    EXPECT_EQ(samples(suggestion), Samples({{"A", "B"}, {"0.80", "0.85"}, {"-2.5", "0.0", "2.5"}}));
+    EXPECT_EQ(suggestion.files, 7u);
+    EXPECT_EQ(suggestion.matchedFiles, 6u);
+    EXPECT_EQ(suggestion.cases, 4u);
+}
+
+TEST(Suggest, FindsValuesInFileNames)
+{
+    EXPECT_EQ(markers(Paths{"pressure_T300_P5.dat", "velocity_T300_P5.dat", "pressure_T350_P5.dat",
+                            "velocity_T350_P5.dat", "pressure_T350_P6.dat"}),
+              Markers({"n T", "n P"}));
+}
+
+TEST(Suggest, FindsValuesInFoldersAndFileNamesTogether)
+{
+    EXPECT_EQ(markers(Paths{"Mach0.8/AoA2.dat", "Mach0.8/AoA4.dat", "Mach0.9/AoA2.dat",
+                            "Mach0.9/AoA4.dat"}),
+              Markers({"n Mach", "n AoA"}));
+}
+
+TEST(Suggest, TakesEachSeparatorIntoTheMarker)
+{
+    for (const std::string separator : {"_", "-", "=", ".", " ", "__"}) {
+        SCOPED_TRACE(separator);
+        Paths paths;
+        for (const char* values : {"300 5", "350 5", "350 7"})
+            paths.push_back("T" + separator + std::string(values, 3) + "/P" + separator +
+                            (values + 4) + "/flow.vtu");
+        EXPECT_EQ(markers(paths), Markers({"n T" + separator, "n P" + separator}));
+    }
+}
+
+TEST(Suggest, FindsKeysAndValuesDividedByEqualsSigns)
+{
+    EXPECT_EQ(markers(Paths{"Mach=0.80/alpha=-2/flow.vtu", "Mach=0.80/alpha=-4/flow.vtu",
+                            "Mach=0.85/alpha=-2/flow.vtu"}),
+              Markers({"n Mach=", "n alpha="}));
+    const Suggestion text =
+        suggest({"mat=steel_T=300.dat", "mat=alu_T=300.dat", "mat=steel_T=400.dat"});
+    EXPECT_EQ(markers(text), Markers({"s mat=", "n _T="}));
+    EXPECT_EQ(samples(text), Samples({{"alu", "steel"}, {"300", "400"}}));
+}
+
+TEST(Suggest, TellsASignFromASeparator)
+{
+    EXPECT_EQ(markers(Paths{"run-0007/x", "run-0008/x"}), Markers({"n run-"}));
+    EXPECT_EQ(samples(suggest({"AoA-2.5/x", "AoA+2.5/x", "AoA0/x"})),
+              Samples({{"-2.5", "0", "+2.5"}}));
+    EXPECT_EQ(markers(Paths{"AoA-2.5/x", "AoA2.5/x"}), Markers({"n AoA"}));
+}
+
+TEST(Suggest, ReadsADateAsOneValue)
+{
+    const Suggestion folders =
+        suggest({"log_2024-01-31_Re5/x", "log_2024-01-31_Re6/x", "log_2024-02-01_Re5/x"});
+    EXPECT_EQ(markers(folders), Markers({"s log_", "n _Re"}));
+    EXPECT_EQ(samples(folders), Samples({{"2024-01-31", "2024-02-01"}, {"5", "6"}}));
+    EXPECT_EQ(samples(suggest({"data/2024-01-31/x", "data/2024-02-01/x"})),
+              Samples({{"2024-01-31", "2024-02-01"}}));
+    EXPECT_EQ(samples(suggest({"at2024-01-31T12-30-00/x", "at2024-02-01T12-30-00/x"})),
+              Samples({{"2024-01-31T12-30-00", "2024-02-01T12-30-00"}}));
+    EXPECT_EQ(markers(Paths{"log_2024-01-31.dat", "log_2024-02-01.dat"}), Markers({"s log_"}));
+    EXPECT_EQ(markers(Paths{"log_20240131.dat", "log_20240201.dat"}), Markers({"n log_"}));
+}
+
+TEST(Suggest, FindsRunNumbers)
+{
+    const Suggestion suggestion = suggest(
+        {"run_0001/T300.dat", "run_0002/T400.dat", "run_0003/T300.dat", "run_0010/T300.dat"});
+    EXPECT_EQ(markers(suggestion), Markers({"n run_", "n T"}));
+    EXPECT_EQ(suggestion.patterns.at(0).sample, Markers({"0001", "0002", "0003", "0010"}));
+}
+
+TEST(Suggest, TakesNamesOfFoldersAsValues)
+{
+    EXPECT_EQ(markers(Paths{"data/steel/T300/x", "data/steel/T400/x", "data/alu/T300/x"}),
+              Markers({"s data/", "n T"}));
+    EXPECT_EQ(markers(Paths{"T300/steel/x", "T300/alu/x", "T400/steel/x"}),
+              Markers({"n T", "s /"}));
+    EXPECT_EQ(markers(Paths{"data/steel_T300/x", "data/alu_T300/x", "data/alu_T400/x"}),
+              Markers({"s data/", "n _T"}));
+    EXPECT_EQ(samples(suggest({"runs/a3f9c2/x", "runs/77b2c1/x", "runs/0b11ee/x"})),
+              Samples({{"0b11ee", "77b2c1", "a3f9c2"}}));
+}
+
+TEST(Suggest, TakesNoNamesOfFoldersThatHoldDifferentThings)
+{
+    EXPECT_EQ(markers(Paths{"all/src/main.cpp", "all/src/help.cpp", "all/doc/guide.md",
+                            "all/doc/index.md"}),
+              Markers());
+}
+
+TEST(Suggest, CutsTheCommonBeginningOfNamesBetweenWords)
+{
+    EXPECT_EQ(markers(Paths{"wingA/x", "wingB/x"}), Markers({"s wing"}));
+    EXPECT_EQ(markers(Paths{"Mach0.80/x", "Mach0.85/x"}), Markers({"n Mach"}));
+    EXPECT_EQ(markers(Paths{"run1000/x", "run1001/x"}), Markers({"n run"}));
+    EXPECT_EQ(markers(Paths{"in/alpha/x", "in/aluminium/x"}), Markers({"s in/"}));
+    EXPECT_EQ(markers(Paths{"wingAlpha_Mach0.8/x", "wingBeta_Mach0.9/x"}),
+              Markers({"s wing", "n _Mach"}));
+}
+
+TEST(Suggest, MakesAMarkerLongerThatIsFoundTooEarly)
+{
+    EXPECT_EQ(markers(Paths{"Test/T300/x", "Test/T400/x"}), Markers({"n /T"}));
+    EXPECT_EQ(markers(Paths{"Test_T300.x", "Test_T400.x"}), Markers({"n _T"}));
+    EXPECT_EQ(markers(Paths{"data/Titan/T300/x", "data/steel/T300/x", "data/steel/T400/x"}),
+              Markers({"s /", "n /T"}));
+}
+
+TEST(Suggest, GivesEachOfSeveralNumbersAMarker)
+{
+    EXPECT_EQ(markers(Paths{"data/300/5/x", "data/300/6/x", "data/400/5/x"}),
+              Markers({"n /", "n /"}));
+    const Suggestion suggestion =
+        suggest({"run_0007_0.8_2.5/x", "run_0008_0.8_3.5/x", "run_0009_0.9_2.5/x"});
+    EXPECT_EQ(markers(suggestion), Markers({"n _", "n _", "n _"}));
+    EXPECT_EQ(suggestion.patterns.at(2).sample, Markers({"2.5", "3.5"}));
+}
+
+TEST(Suggest, KeepsASingleLetterThatTheNextMarkerWouldRefuse)
+{
+    const Suggestion suggestion =
+        suggest({"wingA_Mach0.8/x", "wingB_Mach0.8/x", "wingB_Mach0.9/x"});
+    EXPECT_EQ(markers(suggestion), Markers({"s wing", "n Mach"}));
+    EXPECT_EQ(suggestion.cases, 3u);
+}
+
+TEST(Suggest, LeavesOutWhatDoesNotVary)
+{
+    EXPECT_EQ(markers(Paths{"v2/T300/Re5/x", "v2/T400/Re5/x"}), Markers({"n T"}));
+    EXPECT_EQ(markers(Paths{"v2/T300/x", "v2/T300/y"}), Markers());
+}
+
+TEST(Suggest, DoesNotTakeExtensionsAsValues)
+{
+    EXPECT_EQ(markers(Paths{"T1/mesh.h5", "T1/mesh.h6", "T2/mesh.h5", "T2/mesh.h6"}),
+              Markers({"n T"}));
+    EXPECT_EQ(markers(Paths{"all/mesh.msh4", "all/mesh.msh2"}), Markers());
+}
+
+TEST(Suggest, DoesNotSplitTheFilesOfARun)
+{
+    EXPECT_EQ(markers(Paths{"run1/wake_upper.dat", "run1/wake_lower.dat", "run2/wake_upper.dat",
+                            "run2/wake_lower.dat"}),
+              Markers({"n run"}));
+    Paths steps;
+    for (const std::string run : {"run_1/", "run_2/", "run_3/"}) {
+        for (const std::string step : {"0001", "0002", "0003", "0004"})
+            steps.push_back(run + "flow_" + step + ".vtu");
+    }
+    EXPECT_EQ(markers(steps), Markers({"n run_"}));
+}
+
+TEST(Suggest, IsNotMisledByFilesThatDoNotFit)
+{
+    Paths paths = {"README", "geometry/wing.stl", "geometry/T5/flap.stl", "notes/2024-01-31.md"};
+    for (int i = 0; i < 10; ++i)
+        paths.push_back("T" + std::to_string(300 + i) + "/P" + std::to_string(i) + "/flow.vtu");
+    EXPECT_EQ(markers(paths), Markers({"n T", "n P"}));
+    EXPECT_EQ(suggest(paths).matchedFiles, 10u);
+}
+
+TEST(Suggest, GoesForTheLargestOfSeveralGroups)
+{
+    EXPECT_EQ(markers(Paths{"A/T300/x", "A/T400/x", "A/T500/x", "B/Mach1/y", "B/Mach2/y"}),
+              Markers({"n T"}));
+}
+
+TEST(Suggest, TellsWhatStandsAtTheBeginningWhereNoMarkerCanBe)
+{
+    const Suggestion suggestion =
+        suggest({"steel/T300/x", "steel/T400/x", "alu/T300/x", "alu/T400/x"});
+    EXPECT_EQ(markers(suggestion), Markers({"n T"}));
+    EXPECT_EQ(suggestion.unmarked, Markers({"alu", "steel"}));
+    EXPECT_EQ(suggest({"T300/x", "T400/x"}).unmarked, Markers());
+}
+
+TEST(Suggest, SaysNothingWhereNothingCanBeSaid)
+{
+    for (const Paths& paths :
+         {Paths{}, Paths{"T300/x"}, Paths{"a.dat", "b.dat", "c.dat"}, Paths{"300", "400"},
+          Paths{""}, Paths{"/", "//"}, Paths{"src/a.cpp", "src/b.cpp", "doc/c.md", "README"}}) {
+        SCOPED_TRACE(testing::PrintToString(paths));
+        const Suggestion suggestion = suggest(paths);
+        EXPECT_EQ(markers(suggestion), Markers());
+        EXPECT_EQ(suggestion.files, paths.size());
+        EXPECT_EQ(suggestion.matchedFiles, 0u);
+        EXPECT_EQ(suggestion.cases, 0u);
+    }
+}
+
+TEST(Suggest, TakesAnyBytes)
+{
+    EXPECT_EQ(markers(Paths{"\xff\xfe=1/x", "\xff\xfe=2/x"}), Markers({"n \xff\xfe="}));
+    EXPECT_EQ(markers(Paths{"a\n'1/x", "a\n'2/x"}), Markers({"n a\n'"}));
+    EXPECT_EQ(markers(Paths{"\xce\xb1=1/x", "\xce\xb1=2/x"}), Markers({"n \xce\xb1="}));
+}
+
+TEST(Suggest, CountsAPathThatIsGivenTwiceOnce)
+{
+    const Suggestion suggestion = suggest({"T1/x", "T2/x", "T1/x"});
+    EXPECT_EQ(suggestion.files, 2u);
+    EXPECT_EQ(suggestion.matchedFiles, 2u);
+}
+
+// Trees made from known markers: as many cases must be found as were made.
+TEST(Suggest, FindsTheCasesOfRandomTemplates)
+{
+    plain::Random random(20240131);
+    const std::vector<std::string> words = {"Mach", "AoA", "Re", "T", "pressure", "run", "beta"};
+    const std::vector<std::string> separators = {"", "_", "=", "-", "."};
+    for (int round = 0; round < 300; ++round) {
+        std::vector<std::string> keys = words;
+        std::shuffle(keys.begin(), keys.end(), random);
+        keys.resize(1 + plain::below(random, 4));
+        const std::string separator = separators[plain::below(random, separators.size())];
+        // Whether the next key stands in the same name.
+        std::vector<bool> joined(keys.size());
+        std::generate(joined.begin(), joined.end(), [&] { return plain::below(random, 2) == 0; });
+        const bool inFileName = plain::below(random, 3) == 0;
+        const std::size_t roles = 1 + plain::below(random, 4);
+
+        std::set<std::vector<std::size_t>> cases;
+        Paths paths;
+        const std::size_t count = 3 + plain::below(random, 20);
+        for (std::size_t i = 0; i < count; ++i) {
+            std::vector<std::size_t> values;
+            std::string path = "campaign/";
+            for (std::size_t k = 0; k < keys.size(); ++k) {
+                // The first two differ everywhere.
+                values.push_back(i < 2 ? i : plain::below(random, 4));
+                path += (k == 0      ? ""
+                         : joined[k] ? "_"
+                                     : "/") +
+                        keys[k] + separator + std::to_string(100 + 75 * values.back());
+            }
+            cases.insert(values);
+            for (std::size_t role = 0; role < roles; ++role)
+                paths.push_back(path + (inFileName ? "" : "/" + std::string(1, char('u' + role))) +
+                                ".dat" + (inFileName ? std::string(1, char('u' + role)) : ""));
+        }
+        const std::size_t notes = std::set<std::string>(paths.begin(), paths.end()).size() / 4;
+        for (std::size_t i = 0; i < notes; ++i)
+            paths.push_back("notes/" + std::string(1 + i, 'n') + ".txt");
+
+        SCOPED_TRACE(testing::PrintToString(paths));
+        const Suggestion suggestion = suggest(paths);
+        EXPECT_EQ(suggestion.cases, cases.size()) << testing::PrintToString(markers(suggestion));
+        EXPECT_EQ(suggestion.patterns.size(), keys.size());
+        expectHonest(paths, suggestion);
+        expectSame(suggestion, suggest(shuffled(paths, random)));
+    }
+}
+
+TEST(Suggest, IsHonestAndTheSameInAnyOrderForAnyPaths)
+{
+    plain::Random random(4711);
+    for (const std::string& alphabet :
+         {std::string("aB1/"), std::string("aT12_/-."), std::string("ab01=/.\\+-e"),
+          std::string("a1/\n'\xff\x80\0", 8)}) {
+        for (int round = 0; round < 400; ++round) {
+            Paths paths;
+            const std::size_t count = plain::below(random, 30);
+            const std::string beginning = plain::randomText(random, alphabet, 4);
+            for (std::size_t i = 0; i < count; ++i)
+                paths.push_back(beginning + plain::randomText(random, alphabet, 12));
+            SCOPED_TRACE(testing::PrintToString(paths));
+            const Suggestion suggestion = suggest(paths);
+            expectHonest(paths, suggestion);
+            expectSame(suggestion, suggest(shuffled(paths, random)));
+            if (testing::Test::HasFailure())
+                return;
+        }
+    }
+}
+
+TEST(SuggestionText, ShowsTheCommandTheMarkersAndTheCounts)
+{
+    const Suggestion suggestion =
+        suggest({"wingA/Mach0.80/x", "wingA/Mach0.85/x", "wingB/Mach0.80/x", "README"});
+    EXPECT_EQ(suggestionText(suggestion, {"--follow"}, "my results"),
+              "casetable --follow -s wing -n Mach 'my results'\n"
+              "\n"
+              "marker  type    values  sample\n"
+              "wing    text         2  A, B\n"
+              "Mach    number       2  0.80, 0.85\n"
+              "\n"
+              "matches 3 of 4 files, 3 cases\n");
+}
+
+TEST(SuggestionText, ShowsOnlyTheBeginningOfMany)
+{
+    Paths paths;
+    for (int i = 10; i < 2000; ++i)
+        paths.push_back("in/T" + std::to_string(i) + "/" + std::string(300, 'x'));
+    const std::string text = suggestionText(suggest(paths), {}, "r");
+    EXPECT_NE(text.find("T       number    1990  10, 11, 12, 13, 14, ...\n"), std::string::npos)
+        << text;
+    const std::string longText = suggestionText(
+        suggest({"in=" + std::string(40, 'a') + "/x", "in=" + std::string(40, 'b') + "/x"}), {},
+        "r");
+    EXPECT_NE(longText.find("  " + std::string(24, 'a') + "..., " + std::string(24, 'b') + "...\n"),
+              std::string::npos)
+        << longText;
+}
+
+TEST(SuggestionText, EscapesWhatCouldDriveTheTerminal)
+{
+    const Suggestion suggestion = suggest({"\x1b[=1/x", "\x1b[=2/x"});
+    const std::string text = suggestionText(suggestion, {}, "a\nb");
+    EXPECT_EQ(text.substr(0, text.find('\n')), "casetable -n $'\\033[=' $'a\\012b'");
+    EXPECT_NE(text.find("\\x1b[="), std::string::npos) << text;
+}
+
+TEST(SuggestionText, GivesTheProgramMarkersAndFoldersThatBeginWithADash)
+{
+    Suggestion suggestion;
+    suggestion.patterns = {{MetadataPattern("-x", MetadataPattern::StringValue), 2, {}},
+                           {MetadataPattern("-'", MetadataPattern::NumberValue), 2, {}}};
+    EXPECT_EQ(commandLine(suggestion, {}, "-r"), "casetable --string=-x '--number=-'\\''' -- -r");
+}
+
+TEST(SuggestionText, SaysInOneLineWhyThereIsNothingToSay)
+{
+    EXPECT_EQ(suggestionText(suggest({}), {}, "r"),
+              "no marker can be suggested: there is no file below r");
+    EXPECT_EQ(suggestionText(suggest({"a", "b"}), {}, "r"),
+              "no marker can be suggested: no text is followed by varying values in most paths "
+              "below r");
+}
+
+TEST(SuggestionText, SaysWhatIsNotRead)
+{
+    const std::string text = suggestionText(
+        suggest({"steel/T300/x", "steel/T400/x", "alu/T300/x", "alu/T400/x"}), {}, "r");
+    EXPECT_NE(text.find("matches 4 of 4 files, 2 cases\nthe names of the first folders differ too "
+                        "(alu, steel), "),
+              std::string::npos)
+        << text;
+}
+
+} // namespace tests
+} // namespace casetable
