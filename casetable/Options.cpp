@@ -21,18 +21,18 @@ namespace casetable {
 
 namespace {
 
-const char* const description = "Groups the files below ROOT into cases by the values in their "
-                                "paths and prints the case table.";
+const char* const description =
+    "Groups the files below ROOT into cases by the values in their paths.";
 
 const char* const footer = R"(Exit codes:
-  0  a table with cases    1  no file matched; the table written is empty
-  2  wrong usage           3  the walk, the matching or an identifier failed
-  4  the output could not be written        130  interrupted
+  0  a table with cases    1  no file matched, or nothing could be suggested
+  2  wrong usage           3  the walk, the list, the matching or --aux failed
+  4  the output failed     130  interrupted
 
 Examples:
   casetable --suggest results
   casetable -s wing -n Mach -n AoA results
-  casetable -n Mach --aux '*.log=log' --format json -o cases.json results
+  casetable -n Mach --aux '*.log=log' -o cases.json results
 )";
 
 [[noreturn]] void failUsage(const std::string& message)
@@ -184,7 +184,7 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
     Options options;
     CLI::App app(description, "casetable");
     app.footer(footer);
-    app.get_formatter()->column_width(27);
+    app.get_formatter()->column_width(24);
     app.get_formatter()->label("REQUIRED", "");
     app.set_help_flag("-h,--help", "Print this help and exit");
     app.set_version_flag("--version", "casetable " CASETABLE_VERSION, "Print the version and exit");
@@ -214,56 +214,51 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
                 options.patterns.push_back(
                     parseMarker("--number", marker, MetadataPattern::NumberValue));
             });
-    addText("-a,--aux", "SYNTAX=TAG", "Auxiliary files to collect under TAG, by wildcard",
+    addText("-a,--aux", "SYNTAX=TAG", "Collect matched files under TAG, by wildcard",
             [&options](const std::string& text) {
                 options.identifiers.push_back(parseIdentifier(text));
             });
     addText("-f,--format", "FORMAT",
-            "auto, table, csv, tsv, json or vtt; auto is as FILE ends, else a table\n"
-            "on a terminal and CSV elsewhere",
+            "auto, table, csv, tsv, json or vtt; auto goes by FILE,\n"
+            "or is a table on a terminal and CSV elsewhere",
             [&options](const std::string& name) { options.format = parseFormat(name); });
-    addText("-o,--output", "FILE",
-            "Write to FILE, replaced once all is written; - is standard output",
+    addText("-o,--output", "FILE", "Write to FILE, replaced once all is written",
             [&options](const std::string& file) {
                 if (file.empty())
                     failUsage("--output: the file name is empty");
                 options.output = file == "-" ? std::nullopt : std::make_optional(file);
             });
 
-    addText("--from-list", "FILE",
-            "The paths in FILE, one a line, in place of ROOT; - is standard input",
+    addText("--from-list", "FILE", "Paths, one a line, in place of ROOT; - is standard input",
             [&options, &app](const std::string& file) {
                 if (file.empty())
                     failUsage("--from-list: the file name is empty");
                 options.list = file;
                 app.get_option("ROOT")->required(false);
             });
-    app.add_flag("-0,--null", options.nullSeparated, "The paths in FILE are divided by NULs");
-    addText("-E,--exclude", "GLOB",
-            "Leave out what matches GLOB, as in ignore files; may be repeated",
+    app.add_flag("-0,--null", options.nullSeparated, "The paths in the list end with NUL");
+    addText("-E,--exclude", "GLOB", "Leave out what GLOB matches, as in ignore files",
             [&options](const std::string& text) {
                 options.selection.excluded.push_back(parseGlob(text));
             });
     bool hidden = false;
-    app.add_flag("-H,--hidden", hidden, "Take files and folders whose name begins with . too");
+    app.add_flag("-H,--hidden", hidden, "Also take names that begin with a dot");
     addText("-d,--max-depth", "N", "Go no deeper than N; the files in ROOT have depth 1",
             [&options](const std::string& text) { options.selection.maxDepth = parseDepth(text); });
 
-    app.add_flag("--suggest", options.suggest,
-                 "Find the markers: print a command line for ROOT, and what it would give");
+    app.add_flag("--suggest", options.suggest, "Propose the markers, as a command line to run");
     bool files = false;
     bool unmatched = false;
-    app.add_flag("--files", files, "A row for each matched file instead of one for each case");
+    app.add_flag("--files", files, "A row for each matched file instead of each case");
     app.add_flag("--unmatched", unmatched,
-                 "The files that belong to no case, each with the first marker that failed");
-    addText("--explain", "PATH",
-            "Show how PATH is read, below ROOT or with ROOT/ in front; needs no ROOT",
+                 "The files in no case, each with the marker that failed");
+    addText("--explain", "PATH", "How one path is read, and why not; needs no ROOT",
             [&options, &app](const std::string& path) {
                 options.explain = path;
                 app.get_option("ROOT")->required(false);
             });
     app.add_flag("--keep-going", options.keepGoing,
-                 "Leave unreadable folders out, with a warning each, instead of stopping");
+                 "Leave unreadable folders out, with a warning each");
     app.add_flag("-L,--follow", options.follow, "Follow links to folders");
     app.add_flag("-q,--quiet", options.quiet, "No progress, warnings or remarks");
     app.add_option(

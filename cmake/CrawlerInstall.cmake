@@ -84,5 +84,31 @@ if(CRAWLER_BUILD_CASETABLE)
     TARGETS casetable
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
     COMPONENT program)
-  # The program's man page and completions belong here, in the component `program` too.
+
+  configure_file(${PROJECT_SOURCE_DIR}/docs/casetable.1.in ${PROJECT_BINARY_DIR}/casetable.1 @ONLY)
+  set(crawler_manual ${PROJECT_BINARY_DIR}/casetable.1)
+  set(crawler_zsh_dir ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
+  if(CRAWLER_PACKAGE)
+    # Debian's manner.
+    execute_process(COMMAND gzip -9 --no-name --keep --force ${crawler_manual})
+    set(crawler_manual ${crawler_manual}.gz)
+    set(crawler_zsh_dir ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
+  endif()
+  install(
+    FILES ${crawler_manual}
+    DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
+    COMPONENT program)
+  install(
+    FILES ${PROJECT_SOURCE_DIR}/completions/casetable.bash
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+    RENAME casetable
+    COMPONENT program)
+  install(
+    FILES ${PROJECT_SOURCE_DIR}/completions/_casetable
+    DESTINATION ${crawler_zsh_dir}
+    COMPONENT program)
+  install(
+    FILES ${PROJECT_SOURCE_DIR}/completions/casetable.fish
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d
+    COMPONENT program)
 endif()

@@ -254,8 +254,9 @@ TEST(Options, TakeAnyNextArgumentAsTheValue)
                 parse({"-nT", option, value, "root"});
                 ADD_FAILURE() << option;
             } catch (const Failure& failure) {
-                EXPECT_EQ(failure.what(), "--format '" + std::string(value) +
-                                              "': unknown format; choose auto, table, csv or json");
+                EXPECT_EQ(failure.what(),
+                          "--format '" + std::string(value) +
+                              "': unknown format; choose auto, table, csv, tsv, json or vtt");
             }
         }
     }
