@@ -170,7 +170,7 @@ void FileList::check(std::string_view path, std::size_t number) const
         refuse(path.substr(0, null + 1), number,
                "a path holds no NUL; a list divided by NULs needs --null");
     if (path.front() == '/')
-        refuse(path, number, "the path is absolute");
+        refuse(path, number, "the path is absolute; list files relative to one folder");
     if (hasComponent(path, ""))
         refuse(path, number, "a component of the path is empty");
     if (hasComponent(path, ".."))

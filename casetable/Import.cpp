@@ -75,9 +75,9 @@ public:
         const ortelo::ValidationResult result =
             fresh.syntaxNameValidator()->validate(identifier.syntaxName);
         if (!result.isValid())
-            throw Failure(ExitCode::ImportFailed, "--aux '" + identifier.syntaxName + "=" +
-                                                      identifier.tag +
-                                                      "': " + result.errorString());
+            throw Failure(ExitCode::ImportFailed,
+                          "--aux '" + identifier.syntaxName + "=" + identifier.tag + "': " +
+                              result.errorString() + " It selects none of the matched files.");
     }
     throw Failure(ExitCode::ImportFailed, "--aux: an identifier is not valid");
 }

@@ -167,6 +167,17 @@ void refuseSurprises(int argc, const char* const* argv)
     }
 }
 
+// The library may complain of what is missing before, or beside, what it did not know.
+void refuseUnknownOptions(const std::vector<std::string>& remaining)
+{
+    if (std::find(remaining.begin(), remaining.end(), "--") != remaining.end())
+        return;
+    for (const std::string& argument : remaining) {
+        if (argument.size() > 1 && argument.front() == '-')
+            failUsage(argument + ": there is no such option; --help lists those that there are");
+    }
+}
+
 // Prints what --help or --version asked for.
 void print(const std::string& text)
 {
@@ -204,12 +215,12 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
             ->type_size(1)
             ->trigger_on_parse();
     };
-    addText("-s,--string", "MARKER", "A column of the text that follows MARKER",
+    addText("-s,--string", "MARKER", "A column of the text right behind MARKER",
             [&options](const std::string& marker) {
                 options.patterns.push_back(
                     parseMarker("--string", marker, MetadataPattern::StringValue));
             });
-    addText("-n,--number", "MARKER", "A column of the numbers that follow MARKER",
+    addText("-n,--number", "MARKER", "A column of the numbers right behind MARKER",
             [&options](const std::string& marker) {
                 options.patterns.push_back(
                     parseMarker("--number", marker, MetadataPattern::NumberValue));
@@ -280,6 +291,7 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
         print(text.str());
         return std::nullopt;
     } catch (const CLI::ParseError& error) {
+        refuseUnknownOptions(app.remaining());
         failUsage(error.what());
     }
 

@@ -613,6 +613,8 @@ private:
     std::optional<KeyIndex> mark(const std::vector<KeyIndex>& chosen,
                                  std::vector<MetadataPattern>& patterns) const
     {
+        if (chosen.empty())
+            return std::nullopt;
         const std::vector<Trial> trials = this->trials(chosen);
         std::vector<std::vector<Choice>> choices;
         while (choices.size() < chosen.size()) {

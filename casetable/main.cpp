@@ -101,10 +101,12 @@ ExitCode conclude(const Options& options, const Import& import, std::size_t hidd
 {
     const std::size_t files = import.importer().files().size();
     if (!import.importer().hasCases()) {
-        console.error(
-            "no file matched: " +
-            (files == 0 ? noFiles(options) : failureSummary(import.importer(), options.patterns)) +
-            hiddenRemark(hiddenLeftOut));
+        const bool listed = options.rows == Rows::Unmatched;
+        console.error("no file matched: " +
+                      (files == 0 ? noFiles(options)
+                                  : failureSummary(import.importer(), options.patterns) +
+                                        (listed ? "" : "; --unmatched lists them")) +
+                      hiddenRemark(hiddenLeftOut));
         return ExitCode::NoCases;
     }
     if (!console.showsNotes())

@@ -44,8 +44,8 @@ TEST(CasetableExitCode, IsOneWhenNoFileMatchedWithALineOnEachFailedMarker)
 
     EXPECT_EQ(outcome.exitCode, 1) << outcome;
     EXPECT_EQ(outcome.output, "case,T,P\r\n");
-    EXPECT_EQ(message(outcome.errors),
-              "no file matched: marker 'P' failed for 4 files, 'T' failed for 2 files");
+    EXPECT_EQ(message(outcome.errors), "no file matched: marker 'P' failed for 4 files, 'T' failed "
+                                       "for 2 files; --unmatched lists them");
 }
 
 TEST(CasetableExitCode, IsOneAlsoWithAuxiliaryFilesAskedFor)
@@ -57,7 +57,8 @@ TEST(CasetableExitCode, IsOneAlsoWithAuxiliaryFilesAskedFor)
 
     EXPECT_EQ(outcome.exitCode, 1) << outcome;
     EXPECT_EQ(outcome.output, "case,T,log\r\n");
-    EXPECT_EQ(message(outcome.errors), "no file matched: marker 'T' failed for 1 file");
+    EXPECT_EQ(message(outcome.errors),
+              "no file matched: marker 'T' failed for 1 file; --unmatched lists them");
 }
 
 TEST(CasetableExitCode, OneIsExplainedInOneLineWhateverTheMarkerAndQuietOrNot)
@@ -68,8 +69,9 @@ TEST(CasetableExitCode, OneIsExplainedInOneLineWhateverTheMarkerAndQuietOrNot)
     for (const char* quiet : {"--quiet", "--files"}) {
         const Outcome outcome = run(tree, {"-n", "T\n\x1b\xff", quiet, "results"});
         EXPECT_EQ(outcome.exitCode, 1) << outcome;
-        EXPECT_EQ(message(outcome.errors),
-                  "no file matched: marker 'T\\n\\x1b\\xff' failed for 1 file");
+        EXPECT_EQ(
+            message(outcome.errors),
+            "no file matched: marker 'T\\n\\x1b\\xff' failed for 1 file; --unmatched lists them");
     }
 }
 
@@ -107,7 +109,8 @@ TEST(CasetableExitCode, IsThreeForAnIdentifierThatSelectsNothing)
 
     for (const std::string syntax : {"*.LOG", "*", "***", "", "none", "[", "a.log*x"}) {
         expectImportFails(tree, {"-n", "T", "-a", "*.log=log", "-a", syntax + "=tag", "results"},
-                          "--aux '" + syntax + "=tag': Invalid pattern.");
+                          "--aux '" + syntax +
+                              "=tag': Invalid pattern. It selects none of the matched files.");
     }
 }
 

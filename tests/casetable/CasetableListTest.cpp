@@ -210,11 +210,13 @@ TEST(CasetableList, IsReadToItsEndHoweverLongItIs)
 
 TEST(CasetableList, IsRefusedForAPathThatIsNotRelativeToOneFolder)
 {
-    expectRefused("T1\n/T2\n", "line 2: /T2: the path is absolute");
+    expectRefused("T1\n/T2\n",
+                  "line 2: /T2: the path is absolute; list files relative to one folder");
     expectRefused("T1/../T2", "line 1: T1/../T2: the path climbs out by \"..\"");
     expectRefused("T1\n..\n", "line 2: ..: the path climbs out by \"..\"");
-    expectRefused("/\n", "line 1: /: the path is absolute");
-    expectRefused(std::string("a\nb\0/c\0", 7), "record 2: /c: the path is absolute", true);
+    expectRefused("/\n", "line 1: /: the path is absolute; list files relative to one folder");
+    expectRefused(std::string("a\nb\0/c\0", 7),
+                  "record 2: /c: the path is absolute; list files relative to one folder", true);
 }
 
 TEST(CasetableList, IsRefusedForEmptyPathsAndComponents)
@@ -242,12 +244,16 @@ TEST(CasetableList, IsRefusedForANullInALine)
 
 TEST(CasetableList, IsRefusedInOneLineWhateverThePathAndItsOwnName)
 {
-    expectRefused("/\x1b[31m\xff\r\n", "line 1: /\\x1b[31m\\xff\\r: the path is absolute");
+    expectRefused(
+        "/\x1b[31m\xff\r\n",
+        "line 1: /\\x1b[31m\\xff\\r: the path is absolute; list files relative to one folder");
     const TemporaryTree tree;
     tree.file("a\nb\x1b\xff", "/\n");
     const Outcome outcome = run(tree, {"-n", "T", "--from-list", "a\nb\x1b\xff"});
     EXPECT_EQ(outcome.exitCode, 3) << outcome;
-    EXPECT_EQ(message(outcome.errors), "a\\nb\\x1b\\xff: line 1: /: the path is absolute");
+    EXPECT_EQ(
+        message(outcome.errors),
+        "a\\nb\\x1b\\xff: line 1: /: the path is absolute; list files relative to one folder");
 }
 
 TEST(CasetableList, ThatIsRefusedLeavesAnEarlierOutputAsItWas)
@@ -334,7 +340,7 @@ TEST(CasetableList, ThatTheSelectionEmptiesIsToldSo)
 TEST(CasetableList, IsSaidToHaveTheMarkersThatFailed)
 {
     EXPECT_EQ(message(runOnInput("a\nb\n", {"-n", "T", "--from-list", "-"}).errors),
-              "no file matched: marker 'T' failed for 2 files");
+              "no file matched: marker 'T' failed for 2 files; --unmatched lists them");
 }
 
 TEST(CasetableList, MayComeFromANamedPipe)

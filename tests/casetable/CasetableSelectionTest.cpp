@@ -182,8 +182,9 @@ TEST(CasetableHidden, EntriesLeftOutAreCountedInTheErrorWhenNoFileMatched)
     tree.file("results/none");
     const Outcome outcome = run(tree, {"-n", "T", "-q", "results"});
     EXPECT_EQ(outcome.exitCode, 1) << outcome;
-    EXPECT_EQ(message(outcome.errors), "no file matched: marker 'T' failed for 1 file; "
-                                       "2 hidden entries left out, --hidden takes them");
+    EXPECT_EQ(message(outcome.errors),
+              "no file matched: marker 'T' failed for 1 file; --unmatched lists them; "
+              "2 hidden entries left out, --hidden takes them");
 }
 
 TEST(CasetableMaxDepth, IsOneForTheFilesInTheRoot)

@@ -206,8 +206,10 @@ TEST(FileList, RefusesEmptyPathsAndComponents)
 
 TEST(FileList, RefusesAbsolutePathsAndThoseThatClimbOut)
 {
-    EXPECT_EQ(refusal("a\n/b\n"), "list: line 2: /b: the path is absolute");
-    EXPECT_EQ(refusal("//b\n"), "list: line 1: //b: the path is absolute");
+    EXPECT_EQ(refusal("a\n/b\n"),
+              "list: line 2: /b: the path is absolute; list files relative to one folder");
+    EXPECT_EQ(refusal("//b\n"),
+              "list: line 1: //b: the path is absolute; list files relative to one folder");
     for (const std::string path : {"..", "../a", "a/..", "a/../b", "./.."}) {
         EXPECT_EQ(refusal(path + "\n"),
                   "list: line 1: " + path + ": the path climbs out by \"..\"");
@@ -271,7 +273,8 @@ TEST(FileList, IsWalkedAsDeepAsItMayBe)
 TEST(FileList, ShowsNoMoreOfALongPathThanItsBeginning)
 {
     EXPECT_EQ(refusal("/" + std::string(1'000'000, 'x')),
-              "list: line 1: /" + std::string(499, 'x') + "...: the path is absolute");
+              "list: line 1: /" + std::string(499, 'x') +
+                  "...: the path is absolute; list files relative to one folder");
 }
 
 TEST(FileList, IsTheSameHoweverItsTextIsCut)

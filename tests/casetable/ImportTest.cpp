@@ -55,7 +55,8 @@ TEST_F(ImportOfATree, LooksAtIdentifiersOnlyWhereThereAreCases)
         ADD_FAILURE() << "no failure";
     } catch (const Failure& failure) {
         EXPECT_EQ(failure.code, ExitCode::ImportFailed);
-        EXPECT_STREQ(failure.what(), "--aux '[=log': Invalid pattern.");
+        EXPECT_STREQ(failure.what(),
+                     "--aux '[=log': Invalid pattern. It selects none of the matched files.");
     }
 }
 
