@@ -16,6 +16,9 @@ namespace {
 // What the stack of a walk is enough for.
 const std::size_t maxFolders = 20'000;
 
+// More than names of 255 bytes can take below so many folders.
+const std::size_t longestPath = std::size_t{16} * 1024 * 1024;
+
 // What is no list at all may hold lines of any length.
 const std::size_t shownBytes = 500;
 
@@ -138,6 +141,9 @@ void FileList::append(std::string_view text)
     const std::string_view rest = std::string_view(text_).substr(searched);
     if (separator_ != '\0' && rest.find('\0') != std::string_view::npos)
         check(std::string_view(text_).substr(pathBegin_), pathCount_ + 1);
+    if (text_.size() - pathBegin_ > longestPath)
+        refuse(std::string_view(text_).substr(pathBegin_), pathCount_ + 1,
+               "the path does not end within " + std::to_string(longestPath) + " bytes");
 }
 
 void FileList::finish()

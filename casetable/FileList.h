@@ -26,7 +26,7 @@ namespace casetable {
 /// number of its line where a path
 /// - is empty, or one of its components is, or holds a NUL;
 /// - is absolute, or has ".." among its components;
-/// - lies below more folders than a walk can enter;
+/// - lies below more folders than a walk can enter, or does not end within 16 MiB;
 /// - takes for a folder what another takes for a file.
 /// The last can only be told by finish(), which names the first line that contradicts one before.
 class FileList {

@@ -94,8 +94,6 @@ bool Glob::matchesPath(const std::vector<std::string>& path) const
             return false;
         }
     }
-    while (pattern < components_.size() && components_[pattern] == anyComponents)
-        ++pattern;
     return pattern == components_.size();
 }
 

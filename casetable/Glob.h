@@ -14,8 +14,8 @@ namespace casetable {
 /// bracket such as "[a-z]" or "[!ab]" for one of a set, and "\" takes the next byte as it is. None
 /// of them crosses a "/". A text without "/" is matched against the name of an entry, at any
 /// depth; one with a "/" in front or inside against the path below the root, where a component "**"
-/// stands for any number of components, none included. A "/" at the end means folders only. A
-/// component "." counts for nothing, in the pattern as in the path.
+/// stands for any number of components, none included, but at the end for one at least. A "/" there
+/// means folders only. A component "." counts for nothing, in the pattern as in the path.
 class Glob {
 public:
     /// Throws std::invalid_argument with the reason when a component is empty or ends in a "\"

@@ -175,6 +175,9 @@ bool Signs::isSignBehind(std::string_view word) const
 
 std::vector<Token> tokensOf(std::string_view name, const Signs& signs)
 {
+    // No file system has such names, but a list may; they would take long.
+    if (name.size() > longestName)
+        return {{Token::Kind::Separator, 0, name.size()}};
     std::vector<Token> tokens;
     for (std::size_t begin = 0; begin < name.size();) {
         Token token{Token::Kind::Separator, begin, begin};

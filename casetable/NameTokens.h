@@ -9,6 +9,9 @@
 
 namespace casetable {
 
+/// The length in bytes from which on a name is not looked into.
+const std::size_t longestName = 255;
+
 /// A piece of the name of a file or folder; the bytes from `begin` up to `end`.
 struct Token {
     enum class Kind {
@@ -43,7 +46,7 @@ private:
     std::unordered_map<std::string_view, Counts> words_;
 };
 
-/// Divides a name, without a gap.
+/// Divides a name, without a gap. One of more than `longestName` bytes is one separator.
 std::vector<Token> tokensOf(std::string_view name, const Signs& signs);
 
 /// Where the extensions of a file name begin; its size when there are none. A point in a number

@@ -32,9 +32,9 @@ struct Suggestion {
 /// relative and joined by "/". What it answers does not depend on their order.
 Suggestion suggest(const std::list<std::string>& paths);
 
-/// The command line that imports `root` with the suggested markers, quoted for a shell such that
-/// every byte arrives; `given` are other arguments, placed first. Without a root, which is empty
-/// then, they name a list.
+/// The command line that imports `root` with the suggested markers, quoted for a shell (bash or
+/// zsh where bytes must be escaped) such that every byte arrives; `given` are other arguments,
+/// placed first. Without a root, which is empty then, they name a list.
 std::string commandLine(const Suggestion& suggestion, const std::vector<std::string>& given,
                         const std::string& root);
 

@@ -21,7 +21,8 @@ bool isPlain(char c)
 // What is shown as escapes, and so is no exact text, goes as numbers.
 std::string shellWord(const std::string& bytes)
 {
-    if (!bytes.empty() && std::all_of(bytes.begin(), bytes.end(), isPlain))
+    // Some shells look a word that begins with "=" up as a command.
+    if (!bytes.empty() && bytes.front() != '=' && std::all_of(bytes.begin(), bytes.end(), isPlain))
         return bytes;
     if (printable(bytes) == bytes) {
         std::string word = "'";
@@ -95,6 +96,13 @@ std::string table(const std::vector<SuggestedPattern>& patterns)
     return text;
 }
 
+std::string unmarkedHint(const Suggestion& suggestion, const std::string& root)
+{
+    return "the names of the first folders differ (" + list(suggestion.unmarked, false) +
+           "), but no marker can stand before them" +
+           (root.empty() ? "" : "; the folder above as ROOT makes room");
+}
+
 } // namespace
 
 std::string commandLine(const Suggestion& suggestion, const std::vector<std::string>& given,
@@ -118,15 +126,14 @@ std::string suggestionText(const Suggestion& suggestion, const std::vector<std::
         return "no marker can be suggested: " +
                (suggestion.files == 0
                     ? "there is no file " + place
-                    : "no text is followed by varying values in most paths " + place);
+                    : "no text is followed by varying values in most paths " + place) +
+               (suggestion.unmarked.empty() ? "" : "; " + unmarkedHint(suggestion, root));
     std::string text = commandLine(suggestion, given, root) + "\n\n" + table(suggestion.patterns) +
                        "\nmatches " + std::to_string(suggestion.matchedFiles) + " of " +
                        counted(suggestion.files, "file", "files") + ", " +
                        counted(suggestion.cases, "case", "cases") + '\n';
     if (!suggestion.unmarked.empty())
-        text += "the names of the first folders differ too (" + list(suggestion.unmarked, false) +
-                "), but no marker can stand before them" +
-                (root.empty() ? "\n" : "; the folder above as ROOT makes room\n");
+        text += unmarkedHint(suggestion, root) + '\n';
     return text;
 }
 

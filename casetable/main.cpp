@@ -25,6 +25,7 @@
 #include "casetable/Report.h"
 #include "casetable/Suggest.h"
 #include "casetable/TableWriter.h"
+#include "casetable/Text.h"
 #include "casetable/TsvWriter.h"
 #include "casetable/Unmatched.h"
 #include "casetable/VttWriter.h"
@@ -119,23 +120,50 @@ ExitCode conclude(const Options& options, const Import& import, std::size_t hidd
     return ExitCode::Cases;
 }
 
+// Why an import does not even look at the file at `path`; empty where it does.
+std::string whyLeftOut(const Selection& selection, const std::string& path)
+{
+    std::size_t depth = 0;
+    for (std::size_t begin = 0, end = 0; end < path.size(); begin = end + 1) {
+        end = std::min(path.find('/', begin), path.size());
+        const std::string name = path.substr(begin, end - begin);
+        if (name.empty() || name == ".")
+            continue;
+        switch (selection.judge(path.substr(0, end), ++depth, end < path.size())) {
+        case Selection::Verdict::Hidden:
+            return name + " is hidden; --hidden takes it";
+        case Selection::Verdict::LeftOut:
+            return "--exclude or --max-depth leaves " + name + " out";
+        case Selection::Verdict::Taken:
+            break;
+        }
+    }
+    return "";
+}
+
 ExitCode explainPath(const Options& options, Output& output)
 {
     const Explanation explanation =
         explain(*options.explain, options.patterns, output.showsColours());
     output.write(explanation.text);
+    const std::string leftOut = whyLeftOut(options.selection, *options.explain);
+    if (!leftOut.empty())
+        output.write("an import does not look at it: " + printable(leftOut) + '\n');
     output.commit();
-    return explanation.isMatched ? ExitCode::Cases : ExitCode::NoCases;
+    return explanation.isMatched && leftOut.empty() ? ExitCode::Cases : ExitCode::NoCases;
 }
 
-ExitCode suggestMarkers(const Options& options, const std::list<std::string>& files, Output& output,
-                        Console& console)
+ExitCode suggestMarkers(const Options& options, const std::list<std::string>& files,
+                        std::size_t hiddenLeftOut, Output& output, Console& console)
 {
-    const Suggestion suggestion = suggest(files);
+    // Nothing is half-written yet, so an interrupt may end the program at once.
+    releaseInterrupts();
     throwIfInterrupted();
+    const Suggestion suggestion = suggest(files);
+    catchInterrupts();
     const std::string text = suggestionText(suggestion, walkArguments(options), options.root);
     if (suggestion.patterns.empty()) {
-        console.error(text);
+        console.error(text + hiddenRemark(hiddenLeftOut));
         return ExitCode::NoCases;
     }
     output.write(text);
@@ -164,7 +192,8 @@ ExitCode run(const Options& options, Console& console)
     std::unique_ptr<FolderCrawler> crawler =
         options.list ? walk(list, console) : walk(fileSystem, options.root, console);
     if (options.suggest)
-        return suggestMarkers(options, crawler->result().files, output, console);
+        return suggestMarkers(options, crawler->result().files, fileSystem.hiddenLeftOut, output,
+                              console);
     const Import import(std::move(crawler), options.patterns, options.identifiers);
     throwIfInterrupted();
     write(makeReport(options, import), options.format, output);

@@ -1,6 +1,9 @@
-# Without it an executable of position-independent objects is still not linked as one.
-include(CheckPIESupported)
-check_pie_supported()
+# Without it an executable of position-independent objects is still not linked as one. It holds for a
+# whole build, so a project that includes this one decides for itself.
+if(crawler_top_level)
+  include(CheckPIESupported)
+  check_pie_supported()
+endif()
 
 # What Linux distributions ask of programs that read what others wrote: checked stacks and copies, an
 # address space that differs from run to run, and tables that nothing writes to after the start.

@@ -70,6 +70,15 @@ string(REPLACE ";" " " crawler_pc_libs "${crawler_pc_libs}")
 file(RELATIVE_PATH crawler_prefix_from_pc ${CMAKE_INSTALL_PREFIX}/${crawler_pkgconfig_dir}
      ${CMAKE_INSTALL_PREFIX})
 string(REGEX REPLACE "/$" "" crawler_prefix_from_pc ${crawler_prefix_from_pc})
+foreach(directory includedir libdir)
+  set(crawler_pc_${directory} ${crawler_include_dir})
+  if(directory STREQUAL libdir)
+    set(crawler_pc_libdir ${CMAKE_INSTALL_LIBDIR})
+  endif()
+  if(NOT IS_ABSOLUTE ${crawler_pc_${directory}})
+    string(PREPEND crawler_pc_${directory} "\${prefix}/")
+  endif()
+endforeach()
 configure_file(${PROJECT_SOURCE_DIR}/cmake/crawler.pc.in ${PROJECT_BINARY_DIR}/crawler.pc @ONLY)
 install(
   FILES ${PROJECT_BINARY_DIR}/crawler.pc

@@ -57,6 +57,27 @@ TEST(CasetableExplain, TakesACompletedPathAndWalksNothing)
     }
 }
 
+TEST(CasetableExplain, SaysWhatAnImportLeavesOut)
+{
+    const TemporaryTree tree;
+    const auto explained = [&tree](const std::string& path, Arguments options) {
+        options.insert(options.end(), {"-n", "T", "--explain", path});
+        const Outcome outcome = run(tree, options);
+        const std::string line = "an import does not look at it: ";
+        const std::size_t begin = outcome.output.find(line);
+        EXPECT_EQ(outcome.exitCode, begin == std::string::npos ? 0 : 1) << outcome;
+        return begin == std::string::npos ? "" : outcome.output.substr(begin + line.size());
+    };
+
+    EXPECT_EQ(explained("a/.b/T1/x", {}), ".b is hidden; --hidden takes it\n");
+    EXPECT_EQ(explained("a/.b/T1/x", {"--hidden"}), "");
+    EXPECT_EQ(explained("./a//T1/x", {}), "");
+    EXPECT_EQ(explained("a/T1/x", {"-E", "T*/"}), "--exclude or --max-depth leaves T1 out\n");
+    EXPECT_EQ(explained("a/T1/x", {"-E", "a/*/x"}), "--exclude or --max-depth leaves x out\n");
+    EXPECT_EQ(explained("a/T1/x", {"-d", "2"}), "--exclude or --max-depth leaves T1 out\n");
+    EXPECT_EQ(explained("a/T1/x", {"-d", "3", "-E", "x/", "-E", "T1/a"}), "");
+}
+
 TEST(CasetableExplain, GoesToAFile)
 {
     const TemporaryTree tree;

@@ -412,12 +412,27 @@ TEST(CasetableList, ThatKeepsWaitingOnStandardInputCanBeInterrupted)
     EXPECT_FALSE(tree.exists("out"));
 }
 
-TEST(CasetableList, ThatNeverEndsALineIsAnErrorWhenMemoryRunsOut)
+TEST(CasetableList, ThatNeverEndsALineIsRefused)
+{
+    const TemporaryTree tree;
+    Setting setting = in(tree);
+    setting.program = {"sh", "-c", "tr '\\0' x < /dev/zero | \"$@\"", "sh"};
+
+    const Outcome outcome = run({"-n", "T", "--from-list", "-"}, setting);
+
+    EXPECT_EQ(outcome.exitCode, 3) << outcome;
+    EXPECT_EQ(outcome.output, "");
+    EXPECT_NE(outcome.errors.find("casetable: standard input: line 1: xxx"), std::string::npos);
+    EXPECT_NE(outcome.errors.find("the path does not end within 16777216 bytes\n"),
+              std::string::npos);
+}
+
+TEST(CasetableList, ThatNeverEndsIsAnErrorWhenMemoryRunsOut)
 {
     SKIP_WHERE_SANITIZERS_NEED_ADDRESSES();
     const TemporaryTree tree;
     Setting setting = in(tree);
-    setting.program = {"sh", "-c", "tr '\\0' x < /dev/zero | \"$@\"", "sh"};
+    setting.program = {"sh", "-c", "yes a-line-of-some-length/T1 | \"$@\"", "sh"};
     setting.prepare = [] {
         const rlimit limit = {400'000'000, 400'000'000};
         setrlimit(RLIMIT_AS, &limit);

@@ -155,6 +155,32 @@ TEST(CasetableSuggest, SaysWhyThereIsNoMarker)
     }
 }
 
+TEST(CasetableSuggest, SaysThatFoldersDifferBeforeWhichNoMarkerCanStand)
+{
+    const TemporaryTree tree;
+    for (const std::string folder : {"300", "350", "400"})
+        tree.file("nn/" + folder + "/out.dat");
+
+    EXPECT_EQ(
+        message(run(tree, {"--suggest", "nn"}).errors),
+        "no marker can be suggested: no text is followed by varying values in most paths below "
+        "nn; the names of the first folders differ (300, 350, 400), but no marker can stand "
+        "before them; the folder above as ROOT makes room");
+    const Outcome above = run(tree, {"--suggest", "."});
+    EXPECT_EQ(above.exitCode, 0) << above;
+    EXPECT_EQ(above.output.substr(0, above.output.find('\n')), "casetable -n nn/ .");
+}
+
+TEST(CasetableSuggest, SaysWhatIsHidden)
+{
+    const TemporaryTree tree;
+    tree.file("results/.T1");
+
+    EXPECT_EQ(message(run(tree, {"--suggest", "results"}).errors),
+              "no marker can be suggested: there is no file below results; "
+              "1 hidden entry left out, --hidden takes it");
+}
+
 TEST(CasetableSuggest, FailsLikeAnyRunWhereTheFolderIsMissing)
 {
     const TemporaryTree tree;

@@ -232,6 +232,18 @@ TEST(FileList, RefusesANullBeforeItsLineEnds)
     EXPECT_THROW(list.append(std::string_view("\0", 1)), Failure);
 }
 
+TEST(FileList, RefusesAPathWithoutEndOnceItIsLongerThanAnyPath)
+{
+    const std::size_t longest = std::size_t{16} * 1024 * 1024;
+    for (const bool nullSeparated : {false, true}) {
+        FileList list("list", nullSeparated);
+        const std::string piece(longest / 4, 'a');
+        for (int i = 0; i < 4; ++i)
+            list.append(piece);
+        EXPECT_THROW(list.append("a"), Failure);
+    }
+}
+
 TEST(FileList, RefusesAFileThatIsAFolderToo)
 {
     EXPECT_EQ(refusal("a/b\nx\na/b/c\n"),

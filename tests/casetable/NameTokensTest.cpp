@@ -39,6 +39,13 @@ std::string stem(const std::string& name)
 
 } // namespace
 
+TEST(NameTokens, AreNotLookedForInNamesThatNoFileHas)
+{
+    const std::string longest = "a" + std::string(longestName - 1, '1');
+    EXPECT_EQ(tokens({longest}).substr(0, 6), "w:a n:");
+    EXPECT_EQ(tokens({longest + "1"}), "s:" + longest + "1");
+}
+
 TEST(NameTokens, AreWordsSeparatorsAndNumbers)
 {
     EXPECT_EQ(tokens({"run_0007_Re6.5e6.dat"}), "w:run s:_ n:0007 s:_ w:Re n:6.5e6 s:. w:dat");

@@ -438,6 +438,14 @@ TEST(SuggestionText, GivesTheProgramMarkersAndFoldersThatBeginWithADash)
     EXPECT_EQ(commandLine(suggestion, {}, "-r"), "casetable --string=-x '--number=-'\\''' -- -r");
 }
 
+TEST(SuggestionText, QuotesWhatSomeShellsWouldLookUpAsACommand)
+{
+    Suggestion suggestion;
+    suggestion.patterns = {{MetadataPattern("==", MetadataPattern::StringValue), 2, {}},
+                           {MetadataPattern("a=", MetadataPattern::StringValue), 2, {}}};
+    EXPECT_EQ(commandLine(suggestion, {}, "r"), "casetable -s '==' -s a= r");
+}
+
 TEST(SuggestionText, SaysInOneLineWhyThereIsNothingToSay)
 {
     EXPECT_EQ(suggestionText(suggest({}), {}, "r"),
@@ -451,7 +459,7 @@ TEST(SuggestionText, SaysWhatIsNotRead)
 {
     const std::string text = suggestionText(
         suggest({"steel/T300/x", "steel/T400/x", "alu/T300/x", "alu/T400/x"}), {}, "r");
-    EXPECT_NE(text.find("matches 4 of 4 files, 2 cases\nthe names of the first folders differ too "
+    EXPECT_NE(text.find("matches 4 of 4 files, 2 cases\nthe names of the first folders differ "
                         "(alu, steel), "),
               std::string::npos)
         << text;
