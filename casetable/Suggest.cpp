@@ -449,6 +449,20 @@ private:
     // Words, numbers and separators.
     static int kindOf(char c) { return isWordByte(c) ? 0 : c >= '0' && c <= '9' ? 1 : 2; }
 
+    // Where a word begins that ends in a number at `end`, as in "x1=", if only separators stand
+    // behind; `end` where there is none.
+    static std::size_t numberedWord(std::string_view left, std::size_t end)
+    {
+        std::size_t number = end;
+        while (number > 0 && kindOf(left[number - 1]) == 1)
+            --number;
+        std::size_t word = number;
+        while (word > 0 && isWordByte(left[word - 1]))
+            --word;
+        const bool follows = end < left.size() && !isWordByte(left[end]);
+        return follows && number < end && word < number ? word : end;
+    }
+
     // What could be the marker of key `k`, the most pleasant first: ends of the text that stands
     // before its value in all trials.
     std::vector<std::string> markers(KeyIndex index, const std::vector<Trial>& trials,
@@ -473,6 +487,9 @@ private:
         // The separators behind a text are no part of it.
         if (afterText && slot.leftInName <= constant)
             markers.push_back(left.substr(left.size() - slot.leftInName));
+        const std::size_t numbered = numberedWord(left, word);
+        if (numbered < word)
+            markers.push_back(left.substr(numbered));
         markers.push_back(left.substr(word));
         for (std::size_t begin = word; begin > 0 && markers.size() < maxMarkers;) {
             const int kind = kindOf(left[begin - 1]);

@@ -158,6 +158,14 @@ TEST(Suggest, FindsKeysAndValuesDividedByEqualsSigns)
     EXPECT_EQ(samples(text), Samples({{"alu", "steel"}, {"300", "400"}}));
 }
 
+TEST(Suggest, KeepsTheNumbersOfNumberedKeys)
+{
+    EXPECT_EQ(markers(Paths{"x1=1/x2=3/f", "x1=2/x2=3/f", "x1=2/x2=4/f"}),
+              Markers({"n x1=", "n x2="}));
+    EXPECT_EQ(markers(Paths{"CO2_300/H2_4/f", "CO2_400/H2_4/f", "CO2_400/H2_5/f"}),
+              Markers({"n CO2_", "n H2_"}));
+}
+
 TEST(Suggest, TellsASignFromASeparator)
 {
     EXPECT_EQ(markers(Paths{"run-0007/x", "run-0008/x"}), Markers({"n run-"}));
