@@ -148,6 +148,8 @@ void FileList::append(std::string_view text)
 
 void FileList::finish()
 {
+    if (separator_ == '\0' && pathCount_ == 0 && text_.find('\n') != std::string::npos)
+        refuse(text_, 1, "no NUL ends it; a list of lines is read without --null");
     if (pathBegin_ < text_.size())
         append(std::string_view(&separator_, 1));
     paths_.reserve(pathCount_);
@@ -178,7 +180,9 @@ void FileList::check(std::string_view path, std::size_t number) const
     if (path.front() == '/')
         refuse(path, number, "the path is absolute; list files relative to one folder");
     if (hasComponent(path, ""))
-        refuse(path, number, "a component of the path is empty");
+        refuse(path, number,
+               path.back() == '/' ? "a path that ends in / names a folder"
+                                  : "a component of the path is empty");
     if (hasComponent(path, ".."))
         refuse(path, number, "the path climbs out by \"..\"");
     if (static_cast<std::size_t>(std::count(path.begin(), path.end(), '/')) > maxFolders)

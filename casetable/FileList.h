@@ -25,6 +25,7 @@ namespace casetable {
 /// throw Failure with ExitCode::ImportFailed and one line that names the list, the path and the
 /// number of its line where a path
 /// - is empty, or one of its components is, or holds a NUL;
+/// - is the only one, goes over several lines and is not ended by the NUL that is expected;
 /// - is absolute, or has ".." among its components;
 /// - lies below more folders than a walk can enter, or does not end within 16 MiB;
 /// - takes for a folder what another takes for a file.

@@ -167,8 +167,8 @@ void refuseSurprises(int argc, const char* const* argv)
     }
 }
 
-// The library may complain of what is missing before, or beside, what it did not know.
-void refuseUnknownOptions(const std::vector<std::string>& remaining)
+// The library may complain of what is missing before, or beside, what it did not expect.
+void refuseUnexpected(const std::vector<std::string>& remaining)
 {
     if (std::find(remaining.begin(), remaining.end(), "--") != remaining.end())
         return;
@@ -176,6 +176,9 @@ void refuseUnknownOptions(const std::vector<std::string>& remaining)
         if (argument.size() > 1 && argument.front() == '-')
             failUsage(argument + ": there is no such option; --help lists those that there are");
     }
+    if (!remaining.empty())
+        failUsage("there is more than one ROOT, such as '" + remaining.front() +
+                  "'; wildcards in options need quotes");
 }
 
 // Prints what --help or --version asked for.
@@ -291,7 +294,7 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
         print(text.str());
         return std::nullopt;
     } catch (const CLI::ParseError& error) {
-        refuseUnknownOptions(app.remaining());
+        refuseUnexpected(app.remaining());
         failUsage(error.what());
     }
 

@@ -597,7 +597,7 @@ private:
     {
         const std::size_t k = choices.size();
         const std::vector<Choice> start = {Choice{"", 0, 0}};
-        const std::vector<Choice>& choicesBefore = k == 0 ? start : choices[k - 1];
+        const std::vector<Choice>& choicesBefore = choices.empty() ? start : choices.back();
         const bool behindText = k > 0 && typeOf(chosen[k - 1]) == MetadataPattern::StringValue;
         const std::vector<std::string> markers = this->markers(chosen[k], trials, k);
         std::vector<Choice> added;
@@ -625,23 +625,22 @@ private:
         return std::nullopt;
     }
 
-    // Gives each key its marker; otherwise answers a key that has none which works. Whether a
-    // marker is found in its place depends on the one before.
+    // Gives each key, of one at least, its marker; otherwise answers a key that has none which
+    // works. Whether a marker is found in its place depends on the one before.
     std::optional<KeyIndex> mark(const std::vector<KeyIndex>& chosen,
                                  std::vector<MetadataPattern>& patterns) const
     {
-        if (chosen.empty())
-            return std::nullopt;
         const std::vector<Trial> trials = this->trials(chosen);
         std::vector<std::vector<Choice>> choices;
-        while (choices.size() < chosen.size()) {
+        do {
             if (const std::optional<KeyIndex> failed = addChoices(chosen, trials, choices))
                 return failed;
-        }
+        } while (choices.size() < chosen.size());
+        const std::vector<Choice>& last = choices.back();
         const auto best =
-            std::min_element(choices.back().begin(), choices.back().end(),
+            std::min_element(last.begin(), last.end(),
                              [](const Choice& a, const Choice& b) { return a.cost < b.cost; });
-        auto choice = static_cast<std::size_t>(best - choices.back().begin());
+        auto choice = static_cast<std::size_t>(best - last.begin());
         for (std::size_t k = chosen.size(); k-- > 0; choice = choices[k][choice].before)
             patterns.emplace_back(choices[k][choice].marker, typeOf(chosen[k]));
         std::reverse(patterns.begin(), patterns.end());

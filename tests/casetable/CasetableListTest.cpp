@@ -223,7 +223,7 @@ TEST(CasetableList, IsRefusedForEmptyPathsAndComponents)
 {
     expectRefused("T1\n\nT2\n", "line 2: the path is empty");
     expectRefused("a//T1\n", "line 1: a//T1: a component of the path is empty");
-    expectRefused("T1/\n", "line 1: T1/: a component of the path is empty");
+    expectRefused("T1/\n", "line 1: T1/: a path that ends in / names a folder");
     expectRefused(std::string("a\0\0b\0", 5), "record 2: the path is empty", true);
 }
 

@@ -198,10 +198,10 @@ TEST(FileList, RefusesEmptyPathsAndComponents)
     EXPECT_EQ(refusal("a\n\nb\n"), "list: line 2: the path is empty");
     EXPECT_EQ(refusal("\n"), "list: line 1: the path is empty");
     EXPECT_EQ(refusal("a//b\n"), "list: line 1: a//b: a component of the path is empty");
-    EXPECT_EQ(refusal("x\ny\na/b/"), "list: line 3: a/b/: a component of the path is empty");
+    EXPECT_EQ(refusal("x\ny\na/b/"), "list: line 3: a/b/: a path that ends in / names a folder");
     EXPECT_EQ(refusalOfRecords(std::string("a\0\0", 3)), "list: record 2: the path is empty");
-    EXPECT_EQ(refusalOfRecords("a\nb//"),
-              "list: record 1: a\\nb//: a component of the path is empty");
+    EXPECT_EQ(refusalOfRecords(std::string("a\nb//\0", 6)),
+              "list: record 1: a\\nb//: a path that ends in / names a folder");
 }
 
 TEST(FileList, RefusesAbsolutePathsAndThoseThatClimbOut)
@@ -230,6 +230,15 @@ TEST(FileList, RefusesANullBeforeItsLineEnds)
     list.append("x\na");
 
     EXPECT_THROW(list.append(std::string_view("\0", 1)), Failure);
+}
+
+TEST(FileList, RefusesLinesWhereNullsAreExpected)
+{
+    EXPECT_EQ(refusalOfRecords("a\nb\n"),
+              "list: record 1: a\\nb\\n: no NUL ends it; a list of lines is read without --null");
+    EXPECT_EQ(refusalOfRecords(std::string("a\nb\0", 4)), "no refusal");
+    EXPECT_EQ(refusalOfRecords(std::string("a\0b\nc", 5)), "no refusal");
+    EXPECT_EQ(refusalOfRecords("a"), "no refusal");
 }
 
 TEST(FileList, RefusesAPathWithoutEndOnceItIsLongerThanAnyPath)
