@@ -233,7 +233,7 @@ private:
                     "A value ends where the next marker begins."};
         return patterns_[k].valueType == MetadataPattern::NumberValue
                    ? whyNoNumber(segment.substr(markerLength), name)
-                   : whyNoText(segment, markerLength, name);
+                   : whyNoText(segment, patterns_[k].pattern, name);
     }
 
     Reason whyNotFound(std::size_t k) const
@@ -260,11 +260,12 @@ private:
                 rule};
     }
 
-    static Reason whyNoText(std::string_view segment, std::size_t markerLength,
+    static Reason whyNoText(std::string_view segment, const std::string& marker,
                             const std::string& name)
     {
         const std::string rule = "One character at the end of a segment is not taken as a value; "
                                  "a segment ends\n  at the next marker or with the path.";
+        const std::size_t markerLength = marker.size();
         const std::size_t length = lengthWithoutExtensions(segment);
         const std::string extension = "the extension " + quoted(segment.substr(length));
         if (segment.size() == markerLength)
@@ -278,8 +279,10 @@ private:
                     "Extensions at the end of a segment are left off."};
         const std::string left =
             length < segment.size() ? ", as " + extension + " is left off" : "";
-        return {"only " + quoted(segment.substr(markerLength, 1)) + " stands behind " + name + left,
-                rule};
+        const char only = segment[markerLength];
+        const bool isDigit = only >= '0' && only <= '9';
+        return {"only " + quoted(std::string(1, only)) + " stands behind " + name + left,
+                isDigit ? rule + " A number may be one digit:\n  -n " + printable(marker) : rule};
     }
 
     const std::string& path_;

@@ -164,6 +164,25 @@ void FileList::finish()
     checkFolders();
 }
 
+std::vector<std::string> FileList::doubts() const
+{
+    std::vector<std::string> doubts;
+    if (beginsWith(text_, "\xef\xbb\xbf"))
+        doubts.push_back(name_ + ": the byte order mark is taken as a part of the first path");
+    if (separator_ == '\0' || paths_.empty())
+        return doubts;
+    const auto endsInReturn = [](std::string_view path) { return path.back() == '\r'; };
+    const auto isQuoted = [](std::string_view path) {
+        return path.size() > 1 && path.front() == '"' && path.back() == '"';
+    };
+    if (std::all_of(paths_.begin(), paths_.end(), endsInReturn))
+        doubts.push_back(name_ + ": all lines end in CR LF, and the CR is taken as a part of the "
+                                 "paths");
+    if (std::any_of(paths_.begin(), paths_.end(), isQuoted))
+        doubts.push_back(name_ + ": quotes around paths are taken as parts of them");
+    return doubts;
+}
+
 boost::shared_ptr<FileInfoInterface const> FileList::root()
 {
     return boost::make_shared<Entry>(*this);
@@ -181,8 +200,10 @@ void FileList::check(std::string_view path, std::size_t number) const
         refuse(path, number, "the path is absolute; list files relative to one folder");
     if (hasComponent(path, ""))
         refuse(path, number,
-               path.back() == '/' ? "a path that ends in / names a folder"
+               path.back() == '/' ? "a path that ends in / names a folder; list files only"
                                   : "a component of the path is empty");
+    if (path == "." || path.substr(path.size() - std::min<std::size_t>(path.size(), 2)) == "/.")
+        refuse(path, number, "a path that ends in . names a folder; list files only");
     if (hasComponent(path, ".."))
         refuse(path, number, "the path climbs out by \"..\"");
     if (static_cast<std::size_t>(std::count(path.begin(), path.end(), '/')) > maxFolders)

@@ -26,7 +26,7 @@ namespace casetable {
 /// number of its line where a path
 /// - is empty, or one of its components is, or holds a NUL;
 /// - is the only one, goes over several lines and is not ended by the NUL that is expected;
-/// - is absolute, or has ".." among its components;
+/// - is absolute, ends in the component ".", or has ".." among its components;
 /// - lies below more folders than a walk can enter, or does not end within 16 MiB;
 /// - takes for a folder what another takes for a file.
 /// The last can only be told by finish(), which names the first line that contradicts one before.
@@ -48,6 +48,11 @@ public:
 
     /// The number of paths that append() has met the end of.
     std::size_t pathCount() const { return pathCount_; }
+
+    /// What in a finished list its maker has probably not meant, a line for each: a byte order
+    /// mark, a carriage return behind every path, quotes around paths. Paths keep them all the
+    /// same.
+    std::vector<std::string> doubts() const;
 
     /// The folder that all paths are relative to. It exists, and everything can be read. Its full
     /// path is the list's name, and those below it are paths as they stand in the list. A folder

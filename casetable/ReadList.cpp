@@ -99,6 +99,8 @@ void readList(const std::string& file, FileList& list, Console& console)
         list.append(bytes);
     }
     list.finish();
+    for (const std::string& doubt : list.doubts())
+        console.warning(doubt);
 }
 
 } // namespace casetable

@@ -12,7 +12,7 @@ class FileList;
 std::string listName(const std::string& file);
 
 /// Reads all of `file`, "-" being standard input, into `list` and finishes it. The number of paths
-/// read is shown on `console` meanwhile.
+/// read is shown on `console` meanwhile, and the list's doubts, as warnings, in the end.
 ///
 /// Throws Failure with ExitCode::ImportFailed when the system refuses, with its reason, or when the
 /// list does; and Interrupted when a signal came in, however long the file keeps it waiting.

@@ -1,6 +1,7 @@
 #include "casetable/Unmatched.h"
 
 #include <algorithm>
+#include <cctype>
 #include <iterator>
 #include <numeric>
 
@@ -18,6 +19,24 @@ UnmatchedFile explain(const MetadataFileCrawler& importer,
     if (found < patterns.size())
         return {path, found, false};
     return {path, importer.metadataInfoList(path).size(), true};
+}
+
+// For each marker, the number of files for which it was the first that failed.
+std::vector<std::size_t> failureCounts(const std::vector<UnmatchedFile>& files,
+                                       std::size_t markerCount)
+{
+    std::vector<std::size_t> counts(markerCount, 0);
+    for (const UnmatchedFile& file : files)
+        ++counts[file.metadataIndex];
+    return counts;
+}
+
+// The program stays in the "C" locale, so letters are those of ASCII.
+bool containsInOtherLetters(const std::string& path, const std::string& marker)
+{
+    const auto lower = [](char c) { return std::tolower(static_cast<unsigned char>(c)); };
+    return std::search(path.begin(), path.end(), marker.begin(), marker.end(),
+                       [lower](char a, char b) { return lower(a) == lower(b); }) != path.end();
 }
 
 } // namespace
@@ -59,9 +78,8 @@ std::vector<UnmatchedFile> unmatchedFiles(const MetadataFileCrawler& importer,
 std::string failureSummary(const MetadataFileCrawler& importer,
                            const std::vector<MetadataPattern>& patterns)
 {
-    std::vector<std::size_t> failures(patterns.size(), 0);
-    for (const UnmatchedFile& file : unmatchedFiles(importer, patterns))
-        ++failures[file.metadataIndex];
+    const std::vector<std::size_t> failures =
+        failureCounts(unmatchedFiles(importer, patterns), patterns.size());
     std::vector<std::size_t> order(patterns.size());
     std::iota(order.begin(), order.end(), std::size_t{0});
     std::stable_sort(order.begin(), order.end(), [&failures](std::size_t a, std::size_t b) {
@@ -76,6 +94,36 @@ std::string failureSummary(const MetadataFileCrawler& importer,
                    std::to_string(failures[k]) + (failures[k] == 1 ? " file" : " files");
     }
     return summary;
+}
+
+std::string likelyCause(const MetadataFileCrawler& importer,
+                        const std::vector<MetadataPattern>& patterns, const std::string& root)
+{
+    const std::vector<UnmatchedFile> files = unmatchedFiles(importer, patterns);
+    const std::vector<std::size_t> failures = failureCounts(files, patterns.size());
+    const auto k = static_cast<std::size_t>(std::max_element(failures.begin(), failures.end()) -
+                                            failures.begin());
+    const std::string& marker = patterns[k].pattern;
+    bool stands = false; // Where it should, in some path.
+    for (const UnmatchedFile& file : files) {
+        if (file.metadataIndex != k || file.markerFound) {
+            stands = stands || file.metadataIndex == k;
+            continue;
+        }
+        if (file.path.find(marker) != std::string::npos)
+            return "'" + marker + "' stands in front of '" + patterns[k - 1].pattern + "' in " +
+                   file.path + ", and markers go from left to right";
+        if (containsInOtherLetters(file.path, marker))
+            return "'" + marker + "' is written with other letters, large or small, in " +
+                   file.path;
+    }
+    if (stands)
+        return "";
+    if (root.find(marker) != std::string::npos)
+        return "'" + marker + "' stands in " + root + ", but only the paths below it are read";
+    if (marker.find_first_of("*?[") != std::string::npos)
+        return "a marker is a literal text, without wildcards";
+    return "";
 }
 
 } // namespace casetable

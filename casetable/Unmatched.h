@@ -35,6 +35,12 @@ std::vector<UnmatchedFile> unmatchedFiles(const MetadataFileCrawler& importer,
 std::string failureSummary(const MetadataFileCrawler& importer,
                            const std::vector<MetadataPattern>& patterns);
 
+/// Where these files are all that there are: one line with the likely reason why the marker that
+/// mostly was the first that failed stands in none of the paths as it should; empty where none is
+/// likely. `root` is the folder as the user named it.
+std::string likelyCause(const MetadataFileCrawler& importer,
+                        const std::vector<MetadataPattern>& patterns, const std::string& root);
+
 } // namespace casetable
 
 #endif

@@ -2,11 +2,13 @@
 #include <csignal>
 #include <cstddef>
 #include <exception>
+#include <filesystem>
 #include <list>
 #include <memory>
 #include <new>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -30,6 +32,7 @@
 #include "casetable/Unmatched.h"
 #include "casetable/VttWriter.h"
 #include "casetable/Walk.h"
+#include "host/AuxFileInfoInterface.h"
 
 namespace casetable {
 
@@ -96,17 +99,22 @@ std::string hiddenRemark(std::size_t count)
                : "; " + std::to_string(count) + " hidden entries left out, --hidden takes them";
 }
 
+std::string whyNoneMatched(const Options& options, const Import& import)
+{
+    const std::string cause = likelyCause(import.importer(), options.patterns, options.root);
+    return failureSummary(import.importer(), options.patterns) +
+           (cause.empty() ? "" : "; " + cause) +
+           (options.rows == Rows::Unmatched ? "" : "; --unmatched lists them");
+}
+
 // Tells how it went; the exit code depends on whether there are cases, whatever the rows are.
 ExitCode conclude(const Options& options, const Import& import, std::size_t hiddenLeftOut,
                   Console& console)
 {
     const std::size_t files = import.importer().files().size();
     if (!import.importer().hasCases()) {
-        const bool listed = options.rows == Rows::Unmatched;
         console.error("no file matched: " +
-                      (files == 0 ? noFiles(options)
-                                  : failureSummary(import.importer(), options.patterns) +
-                                        (listed ? "" : "; --unmatched lists them")) +
+                      (files == 0 ? noFiles(options) : whyNoneMatched(options, import)) +
                       hiddenRemark(hiddenLeftOut));
         return ExitCode::NoCases;
     }
@@ -171,6 +179,24 @@ ExitCode suggestMarkers(const Options& options, const std::list<std::string>& fi
     return ExitCode::Cases;
 }
 
+// Nobody wants a table in place of one of the files that it tells of.
+void spareMatchedFile(const std::string& output, const std::string& root, const Import& import)
+{
+    std::error_code failure;
+    const std::filesystem::path file = std::filesystem::canonical(output, failure);
+    if (failure)
+        return; // There is no such file yet.
+    const std::filesystem::path folder = std::filesystem::canonical(root, failure);
+    if (failure)
+        return;
+    const std::string path = file.lexically_relative(folder).string();
+    for (const auto& matched : import.importer().identifiedAuxFiles()) {
+        if (matched->filePath() == path)
+            throw Failure(ExitCode::OutputFailed,
+                          output + ": is one of the matched files, and is not replaced");
+    }
+}
+
 ExitCode run(const Options& options, Console& console)
 {
     if (options.quiet)
@@ -196,7 +222,11 @@ ExitCode run(const Options& options, Console& console)
                               console);
     const Import import(std::move(crawler), options.patterns, options.identifiers);
     throwIfInterrupted();
+    if (options.output && !options.list)
+        spareMatchedFile(*options.output, options.root, import);
     write(makeReport(options, import), options.format, output);
+    if (options.output && options.format == Format::Auto && !output.isTerminal())
+        console.note(*options.output + ": written as CSV, as no format goes by that ending");
     return conclude(options, import, fileSystem.hiddenLeftOut, console);
 }
 

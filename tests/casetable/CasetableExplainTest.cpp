@@ -39,7 +39,8 @@ TEST(CasetableExplain, ShowsAPathThatIsNotMatched)
               "   ^^  -s _P: no value\n"
               "not matched: only '5' stands behind -s _P, as the extension '.dat' is left off\n"
               "  One character at the end of a segment is not taken as a value; a segment ends\n"
-              "  at the next marker or with the path.\n");
+              "  at the next marker or with the path. A number may be one digit:\n"
+              "  -n _P\n");
     EXPECT_EQ(outcome.errors, "");
 }
 

@@ -48,6 +48,19 @@ TEST(CasetableExitCode, IsOneWhenNoFileMatchedWithALineOnEachFailedMarker)
                                        "for 2 files; --unmatched lists them");
 }
 
+TEST(CasetableExitCode, IsOneWithTheLikelyCauseWhereThereIsOne)
+{
+    const TemporaryTree tree;
+    tree.file("results/a/T1");
+
+    EXPECT_EQ(message(run(tree, {"-n", "t", "results"}).errors),
+              "no file matched: marker 't' failed for 1 file; 't' is written with other letters, "
+              "large or small, in a/T1; --unmatched lists them");
+    EXPECT_EQ(message(run(tree, {"-s", "results", "--unmatched", "results"}).errors),
+              "no file matched: marker 'results' failed for 1 file; 'results' stands in results, "
+              "but only the paths below it are read");
+}
+
 TEST(CasetableExitCode, IsOneAlsoWithAuxiliaryFilesAskedFor)
 {
     const TemporaryTree tree;

@@ -223,7 +223,7 @@ TEST(CasetableList, IsRefusedForEmptyPathsAndComponents)
 {
     expectRefused("T1\n\nT2\n", "line 2: the path is empty");
     expectRefused("a//T1\n", "line 1: a//T1: a component of the path is empty");
-    expectRefused("T1/\n", "line 1: T1/: a path that ends in / names a folder");
+    expectRefused("T1/\n", "line 1: T1/: a path that ends in / names a folder; list files only");
     expectRefused(std::string("a\0\0b\0", 5), "record 2: the path is empty", true);
 }
 
@@ -443,6 +443,19 @@ TEST(CasetableList, ThatNeverEndsIsAnErrorWhenMemoryRunsOut)
     EXPECT_EQ(outcome.exitCode, 3) << outcome;
     EXPECT_EQ(outcome.output, "");
     EXPECT_NE(outcome.errors.find("casetable: not enough memory\n"), std::string::npos) << outcome;
+}
+
+TEST(CasetableList, OfAnotherSystemIsReadAsItStandsWithAWarningUnlessQuiet)
+{
+    const Outcome outcome =
+        runOnInput("T1/x\r\nT2/y\r\n", {"-n", "T", "-s", "/", "--from-list", "-"});
+
+    EXPECT_EQ(outcome.exitCode, 0) << outcome;
+    EXPECT_EQ(outcome.output, "case,T,/\r\n0,1,\"x\r\"\r\n1,2,\"y\r\"\r\n");
+    EXPECT_EQ(message(outcome.errors),
+              "warning: standard input: all lines end in CR LF, and the CR "
+              "is taken as a part of the paths");
+    EXPECT_EQ(runOnInput("T1/x\r\n", {"-q", "-n", "T", "--from-list", "-"}).errors, "");
 }
 
 TEST(CasetableList, IsCountedInTheRemarkLikeATree)

@@ -70,6 +70,43 @@ TEST_F(CasetableOutput, TakesAnyPath)
     EXPECT_EQ(tree_.content("absolute"), csv);
 }
 
+TEST_F(CasetableOutput, ReplacesNoneOfTheMatchedFiles)
+{
+    tree_.file("results/T1/file", "precious");
+    tree_.file("results/other", "earlier");
+    tree_.link("link", "results/T1/file");
+    for (const std::string& file :
+         {std::string("results/T1/file"), std::string("./results/../results//T1/./file"),
+          tree_.path("results/T1/file"), std::string("link")}) {
+        SCOPED_TRACE(file);
+        expectFailure(write(file), file + ": is one of the matched files, and is not replaced");
+    }
+    EXPECT_EQ(tree_.content("results/T1/file"), "precious");
+
+    EXPECT_EQ(write("results/other").exitCode, 0);
+    EXPECT_EQ(tree_.content("results/other"), csv);
+    EXPECT_EQ(
+        run(tree_, {"-n", "T", "--exclude", "file", "-o", "results/T1/file", "results"}).exitCode,
+        1);
+    EXPECT_EQ(tree_.content("results/T1/file"), "case,T\r\n");
+}
+
+TEST_F(CasetableOutput, IsCsvWhereItsEndingStandsForNoFormatWhichIsRemarked)
+{
+    Setting setting = in(tree_);
+    setting.errors = Stream::Terminal;
+    const auto remarks = [&](const std::string& file, const std::string& format) {
+        return run({"-n", "T", "-f", format, "-o", file, "results"}, setting).errors;
+    };
+    const std::string remark = ": written as CSV, as no format goes by that ending";
+
+    EXPECT_NE(remarks("a.xlsx", "auto").find("a.xlsx" + remark), std::string::npos);
+    EXPECT_EQ(tree_.content("a.xlsx"), csv);
+    EXPECT_EQ(remarks("a.xlsx", "csv").find(remark), std::string::npos);
+    EXPECT_EQ(remarks("a.CSV", "auto").find(remark), std::string::npos);
+    EXPECT_EQ(run({"-n", "T", "results"}, setting).errors.find(remark), std::string::npos);
+}
+
 TEST_F(CasetableOutput, ReplacesAnEarlierFileAndKeepsItsMode)
 {
     for (const mode_t mode : {0600, 0640, 0664, 0755}) {

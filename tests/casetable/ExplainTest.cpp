@@ -199,9 +199,14 @@ TEST(Explain, SaysThatOneCharacterAtTheEndOfASegmentIsNotTaken)
               "        ^^  -s _P: no value\n"
               "not matched: only '5' stands behind -s _P, as the extension '.dat' is left off\n"
               "  One character at the end of a segment is not taken as a value; a segment ends\n"
-              "  at the next marker or with the path.\n");
+              "  at the next marker or with the path. A number may be one digit:\n"
+              "  -n _P\n");
     EXPECT_EQ(linesOf(verdict("T5", {{"T", text}})).at(0),
               "not matched: only '5' stands behind -s T");
+    EXPECT_EQ(verdict("Tx", {{"T", text}}),
+              "not matched: only 'x' stands behind -s T\n"
+              "  One character at the end of a segment is not taken as a value; a segment ends\n"
+              "  at the next marker or with the path.\n");
     EXPECT_EQ(linesOf(verdict("T5P66", {{"T", text}, {"P", text}})).at(0),
               "not matched: only '5' stands behind -s T");
     EXPECT_EQ(linesOf(verdict("T\xff", {{"T", text}})).at(0),

@@ -249,5 +249,35 @@ TEST(Unmatched, IsSummedUpPerMarkerMostFirst)
               "marker 'P' failed for 3 files, 'T' failed for 1 file, 'Q' failed for 1 file");
 }
 
+TEST(Unmatched, HasALikelyCauseWhereAMarkerStandsInNoPathAsItShould)
+{
+    const auto number = MetadataPattern::NumberValue;
+    const auto cause = [](const std::vector<std::string>& files, const Patterns& patterns) {
+        return likelyCause(Importing(files, patterns).importer, patterns, "Runs/[a]");
+    };
+
+    EXPECT_EQ(cause({"x", "P1/T2"}, {{"T", number}, {"P", number}}), "");
+    EXPECT_EQ(cause({"P1/T2", "P1/T3", "x"}, {{"T", number}, {"P", number}}),
+              "'P' stands in front of 'T' in P1/T2, and markers go from left to right");
+    EXPECT_EQ(cause({"x", "MACH1"}, {{"Mach", number}}),
+              "'Mach' is written with other letters, large or small, in MACH1");
+    EXPECT_EQ(cause({"x"}, {{"Runs", number}}),
+              "'Runs' stands in Runs/[a], but only the paths below it are read");
+    EXPECT_EQ(cause({"x"}, {{"T*", number}}), "a marker is a literal text, without wildcards");
+    EXPECT_EQ(cause({"x"}, {{"T?_", number}}), "a marker is a literal text, without wildcards");
+}
+
+TEST(Unmatched, HasNoLikelyCauseWhereAValueIsMissingOrNothingIsAlike)
+{
+    const auto number = MetadataPattern::NumberValue;
+    const auto cause = [](const std::vector<std::string>& files, const Patterns& patterns) {
+        return likelyCause(Importing(files, patterns).importer, patterns, "Tx");
+    };
+
+    EXPECT_EQ(cause({"x", "y"}, {{"P", number}}), "");
+    EXPECT_EQ(cause({"Tx", "y"}, {{"T", number}}), "");
+    EXPECT_EQ(cause({"T*x"}, {{"T*", number}}), "");
+}
+
 } // namespace tests
 } // namespace casetable
