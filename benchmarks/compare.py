@@ -98,7 +98,7 @@ def read_values(output):
     return {name: float(value) if "." in value else int(value) for name, value in pairs}
 
 
-def programs_for(root, with_duckdb):
+def programs_for(root, with_duckdb, with_pandas):
     casetable = [BUILD / "release" / "casetable" / "casetable", root, "-q", "--format", "csv"]
     for marker in MARKERS:
         casetable += ["-n", marker]
@@ -107,8 +107,13 @@ def programs_for(root, with_duckdb):
         Program(BASELINE, casetable, read_lines("cases", header=1)),
         Program("floor", [PROGRAMS / "floor", root, *MARKERS], read_values),
         Program("find", ["find", root, "-type", "f"], read_lines("files")),
+        Program("sed, sort", [SOURCES / "import.sh", root, *MARKERS], read_lines("cases")),
         Program("Python", [sys.executable, SOURCES / "import.py", root, *MARKERS], read_values),
     ]
+    if with_pandas:
+        # Debian's package belongs to Debian's Python.
+        frame = ["/usr/bin/python3", SOURCES / "importFrame.py", root, *MARKERS]
+        programs.append(Program("pandas", frame, read_values))
     if with_duckdb:
         duckdb = ["node", SOURCES / "import.mjs", root, *MARKERS]
         programs.append(Program("DuckDB", duckdb, read_values))
@@ -132,9 +137,9 @@ def make_tree(files):
     return tree
 
 
-def measure(files, runs, with_duckdb, with_qregexp):
+def measure(files, runs, options, with_qregexp):
     root = make_tree(files)
-    programs = programs_for(root, with_duckdb)
+    programs = programs_for(root, options.duckdb, options.pandas)
     agreed = {"files": files}
     say(f"{files:,} files: one run of each to warm the cache")
     for program in programs.values():
@@ -293,6 +298,7 @@ def parse_options():
         "--runs", metavar="R", type=positive, help="default: 7, and 3 above 500,000 files"
     )
     parser.add_argument("--duckdb", action="store_true", help=argparse.SUPPRESS)
+    parser.add_argument("--pandas", action="store_true", help=argparse.SUPPRESS)
     return parser.parse_args()
 
 
@@ -303,7 +309,7 @@ def main():
     imports = {}
     for files in options.files:
         runs = options.runs or (3 if files > 500_000 else 7)
-        programs = measure(files, runs, options.duckdb, with_qregexp=files == options.files[0])
+        programs = measure(files, runs, options, with_qregexp=files == options.files[0])
         imports[files] = programs["stages"].median("import")
         print(f"## {files:,} files, runs: {runs}\n")
         print_programs(files, programs)
