@@ -67,7 +67,7 @@ list(REMOVE_DUPLICATES crawler_pc_cflags)
 list(REMOVE_DUPLICATES crawler_pc_libs)
 string(REPLACE ";" " " crawler_pc_cflags "${crawler_pc_cflags}")
 string(REPLACE ";" " " crawler_pc_libs "${crawler_pc_libs}")
-file(RELATIVE_PATH crawler_prefix_from_pc ${CMAKE_INSTALL_PREFIX}/${crawler_pkgconfig_dir}
+file(RELATIVE_PATH crawler_prefix_from_pc ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig
      ${CMAKE_INSTALL_PREFIX})
 string(REGEX REPLACE "/$" "" crawler_prefix_from_pc ${crawler_prefix_from_pc})
 foreach(directory includedir libdir)

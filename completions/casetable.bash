@@ -5,6 +5,12 @@ _casetable() {
     local options='-h --help --version -s --string -n --number -a --aux -f --format -o --output
         --files --unmatched --from-list -0 --null -E --exclude -H --hidden -d --max-depth
         -L --follow --keep-going --suggest --explain -q --quiet'
+    # Bash takes --format=csv for three words.
+    if [[ $current == = ]]; then
+        current=
+    elif [[ $previous == = && COMP_CWORD -gt 1 ]]; then
+        previous=${COMP_WORDS[COMP_CWORD - 2]}
+    fi
     COMPREPLY=()
     case $previous in
         -f | --format)

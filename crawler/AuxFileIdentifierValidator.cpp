@@ -90,16 +90,17 @@ private:
 struct AuxFileIdentifierValidator::Impl {
     using FilesByPath = std::map<std::string, boost::shared_ptr<AuxFileInfoInterface>>;
 
-    Impl(const IdentifierProviderInterface& provider,
-         std::vector<boost::shared_ptr<AuxFileInfoInterface>> auxFiles,
-         boost::shared_ptr<TagValidator> tagValidator)
-        : provider(provider), auxFiles(std::move(auxFiles)), tagValidator(std::move(tagValidator))
+    Impl(const IdentifierProviderInterface& givenProvider,
+         std::vector<boost::shared_ptr<AuxFileInfoInterface>> givenFiles,
+         boost::shared_ptr<TagValidator> givenTagValidator)
+        : provider(givenProvider), auxFiles(std::move(givenFiles)),
+          tagValidator(std::move(givenTagValidator))
     {
         QStringList candidates;
-        candidates.reserve(static_cast<int>(this->auxFiles.size()));
+        candidates.reserve(static_cast<int>(auxFiles.size()));
         std::vector<FilesByPath::const_iterator> entries;
-        entries.reserve(this->auxFiles.size());
-        for (const auto& file : this->auxFiles) {
+        entries.reserve(auxFiles.size());
+        for (const auto& file : auxFiles) {
             candidates.append(QString::fromStdString(file->filePath()));
             // The way back from QString is how a selected candidate finds its file again, also
             // where the path is not UTF-8 and differs from it.

@@ -4,8 +4,8 @@
 
 MetadataPattern::MetadataPattern() : valueType(StringValue) {}
 
-MetadataPattern::MetadataPattern(const std::string& pattern, ValueType valueType)
-    : pattern(pattern), valueType(valueType)
+MetadataPattern::MetadataPattern(const std::string& marker, ValueType type)
+    : pattern(marker), valueType(type)
 {
 }
 

@@ -25,7 +25,7 @@ struct CRAWLER_API MetadataPattern {
     /// An empty marker and StringValue.
     MetadataPattern();
     /// Copies both arguments.
-    MetadataPattern(const std::string& pattern, ValueType valueType);
+    MetadataPattern(const std::string& marker, ValueType type);
     /// Copies both fields.
     MetadataPattern(const MetadataPattern& other);
     /// Leaves the marker of `other` empty.
