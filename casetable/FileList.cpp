@@ -202,7 +202,7 @@ void FileList::check(std::string_view path, std::size_t number) const
         refuse(path, number,
                path.back() == '/' ? "a path that ends in / names a folder; list files only"
                                   : "a component of the path is empty");
-    if (path == "." || path.substr(path.size() - std::min<std::size_t>(path.size(), 2)) == "/.")
+    if (path.substr(path.rfind('/') + 1) == ".")
         refuse(path, number, "a path that ends in . names a folder; list files only");
     if (hasComponent(path, ".."))
         refuse(path, number, "the path climbs out by \"..\"");

@@ -26,7 +26,8 @@ namespace casetable {
 /// number of its line where a path
 /// - is empty, or one of its components is, or holds a NUL;
 /// - is the only one, goes over several lines and is not ended by the NUL that is expected;
-/// - is absolute, ends in the component ".", or has ".." among its components;
+/// - is absolute, or has ".." among its components;
+/// - names a folder by a "." at its end;
 /// - lies below more folders than a walk can enter, or does not end within 16 MiB;
 /// - takes for a folder what another takes for a file.
 /// The last can only be told by finish(), which names the first line that contradicts one before.

@@ -12,10 +12,11 @@ namespace casetable {
 ///
 /// The text is divided at every "/". In each component "*" stands for any bytes, "?" for one, a
 /// bracket such as "[a-z]" or "[!ab]" for one of a set, and "\" takes the next byte as it is. None
-/// of them crosses a "/". A text without "/" is matched against the name of an entry, at any
-/// depth; one with a "/" in front or inside against the path below the root, where a component "**"
-/// stands for any number of components, none included, but at the end for one at least. A "/" there
-/// means folders only. A component "." counts for nothing, in the pattern as in the path.
+/// of them crosses a "/"; a "[" that nothing closes in its component stands for itself. A text
+/// without "/" is matched against the name of an entry, at any depth; one with a "/" in front or
+/// inside against the path below the root, where a component "**" stands for any number of
+/// components, none included, but at the end for one at least. A "/" there means folders only. A
+/// component "." counts for nothing, in the pattern as in the path.
 class Glob {
 public:
     /// Throws std::invalid_argument with the reason when a component is empty or ends in a "\"

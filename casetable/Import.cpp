@@ -74,10 +74,14 @@ public:
     for (const AuxFileIdentifier& identifier : fresh.identifiers()) {
         const ortelo::ValidationResult result =
             fresh.syntaxNameValidator()->validate(identifier.syntaxName);
-        if (!result.isValid())
-            throw Failure(ExitCode::ImportFailed,
-                          "--aux '" + identifier.syntaxName + "=" + identifier.tag + "': " +
-                              result.errorString() + " It selects none of the matched files.");
+        if (result.isValid())
+            continue;
+        const std::string& name = identifier.syntaxName;
+        const bool isAsterisks = name.find_first_not_of('*') == std::string::npos && !name.empty();
+        throw Failure(ExitCode::ImportFailed,
+                      "--aux '" + name + "=" + identifier.tag + "': " + result.errorString() +
+                          (isAsterisks ? " Asterisks alone select nothing; '*?' selects every file."
+                                       : " It selects none of the matched files."));
     }
     throw Failure(ExitCode::ImportFailed, "--aux: an identifier is not valid");
 }

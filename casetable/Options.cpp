@@ -5,10 +5,10 @@
 #include <charconv>
 #include <cstddef>
 #include <functional>
-#include <iterator>
 #include <map>
 #include <sstream>
 #include <stdexcept>
+#include <string_view>
 #include <system_error>
 
 #include <CLI/CLI.hpp>
@@ -72,14 +72,34 @@ Format formatOfEnding(const std::string& file)
     return format == formats.end() ? Format::Auto : format->second;
 }
 
-// The path as an import of `root` sees it.
-std::string belowRoot(const std::string& path, std::string root)
+// `path` without the slashes and the components "." that it begins with.
+std::string_view withoutDots(std::string_view path)
 {
-    if (root.empty())
+    while (!path.empty()) {
+        const std::size_t end = std::min(path.find('/'), path.size());
+        if (end > 0 && path.substr(0, end) != ".")
+            break;
+        path.remove_prefix(std::min(end + 1, path.size()));
+    }
+    return path;
+}
+
+// The path as an import of `root` sees it. A shell that completes one of them, or its user, may
+// write the same folders in another way.
+std::string belowRoot(const std::string& path, std::string_view root)
+{
+    if (root.empty() || path.empty() || (root.front() == '/') != (path.front() == '/'))
         return path;
-    if (root.back() != '/')
-        root += '/';
-    return path.compare(0, root.size(), root) == 0 ? path.substr(root.size()) : path;
+    std::string_view rest = withoutDots(path);
+    for (root = withoutDots(root); !root.empty(); root = withoutDots(root)) {
+        const std::size_t end = std::min(root.find('/'), root.size());
+        if (rest.substr(0, rest.find('/')) != root.substr(0, end))
+            return path;
+        rest = withoutDots(rest.substr(end));
+        root.remove_prefix(end);
+    }
+    // What is called like the root may be an entry of it, but not with a slash behind.
+    return rest.empty() && path.back() != '/' ? path : std::string(rest);
 }
 
 MetadataPattern parseMarker(const std::string& option, const std::string& marker,
@@ -122,29 +142,43 @@ std::size_t parseDepth(const std::string& text)
     return depth;
 }
 
-const char* const longOptionsWithValue[] = {"--string",  "--number",    "--aux",
-                                            "--format",  "--output",    "--from-list",
-                                            "--exclude", "--max-depth", "--explain"};
-const char* const shortOptionsWithValue = "snafoEd";
-const char* const shortFlags = "hLq0H";
+// The names of the options of a command line.
+struct OptionNames {
+    explicit OptionNames(const CLI::App& app)
+    {
+        for (const CLI::Option* option : app.get_options()) {
+            const bool takesValue = option->get_items_expected_max() > 0;
+            for (const std::string& letter : option->get_snames())
+                (takesValue ? shortWithValue : shortFlags) += letter;
+            for (const std::string& name : option->get_lnames()) {
+                if (takesValue)
+                    longWithValue.push_back("--" + name);
+            }
+        }
+    }
+
+    std::vector<std::string> longWithValue;
+    std::string shortWithValue; // The letters.
+    std::string shortFlags;
+};
 
 // True when the value of the option in `argument` is the argument after it.
-bool takesNextArgument(const std::string& argument)
+bool takesNextArgument(const OptionNames& names, const std::string& argument)
 {
     if (argument.size() < 2 || argument[0] != '-')
         return false;
     if (argument[1] == '-')
-        return std::find(std::begin(longOptionsWithValue), std::end(longOptionsWithValue),
-                         argument) != std::end(longOptionsWithValue);
-    return argument.find_first_of(shortOptionsWithValue, 1) == argument.size() - 1;
+        return std::find(names.longWithValue.begin(), names.longWithValue.end(), argument) !=
+               names.longWithValue.end();
+    return argument.find_first_of(names.shortWithValue, 1) == argument.size() - 1;
 }
 
 // True for flags in one argument, such as -qL, with something behind them that is no letter.
-bool hasOtherBehindFlags(const std::string& argument)
+bool hasOtherBehindFlags(const OptionNames& names, const std::string& argument)
 {
     if (argument.size() < 2 || argument[0] != '-')
         return false;
-    const std::size_t behind = argument.find_first_not_of(shortFlags, 1);
+    const std::size_t behind = argument.find_first_not_of(names.shortFlags, 1);
     return behind != std::string::npos && behind > 1 &&
            std::isalpha(static_cast<unsigned char>(argument[behind])) == 0;
 }
@@ -152,17 +186,18 @@ bool hasOtherBehindFlags(const std::string& argument)
 // The library reads some arguments in ways that nobody would expect. It takes the value of
 // "--option=" from the next argument; here it is an empty value. And what stands behind flags it
 // reads as an argument of its own, which may even be the folder.
-void refuseSurprises(int argc, const char* const* argv)
+void refuseSurprises(const CLI::App& app, int argc, const char* const* argv)
 {
+    const OptionNames names(app);
     for (int i = 1; i < argc && std::string(argv[i]) != "--"; ++i) {
         const std::string argument = argv[i];
-        if (hasOtherBehindFlags(argument))
+        if (hasOtherBehindFlags(names, argument))
             failUsage("The following argument was not expected: " + argument);
-        for (const std::string option : longOptionsWithValue) {
+        for (const std::string& option : names.longWithValue) {
             if (argument == option + "=")
                 failUsage(option + ": the value is empty");
         }
-        if (takesNextArgument(argument))
+        if (takesNextArgument(names, argument))
             ++i;
     }
 }
@@ -193,8 +228,6 @@ void print(const std::string& text)
 
 std::optional<Options> parseOptions(int argc, const char* const* argv)
 {
-    refuseSurprises(argc, argv);
-
     Options options;
     CLI::App app(description, "casetable");
     app.footer(footer);
@@ -286,6 +319,7 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
         ->type_size(1)
         ->required();
 
+    refuseSurprises(app, argc, argv);
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& request) {

@@ -250,14 +250,38 @@ private:
         }
     }
 
+    // Where the components of a path begin but those that are empty or ".".
+    static std::vector<std::pair<std::size_t, std::string>> components(const std::string& path)
+    {
+        std::vector<std::pair<std::size_t, std::string>> found;
+        std::string component;
+        for (std::size_t i = 0; i <= path.size(); ++i) {
+            if (i < path.size() && path[i] != '/') {
+                component += path[i];
+                continue;
+            }
+            if (!component.empty() && component != ".")
+                found.emplace_back(i - component.size(), component);
+            component.clear();
+        }
+        return found;
+    }
+
     void leaveOutRoot(std::string& path)
     {
-        std::string start = options.root;
-        if (!start.empty() && start[start.size() - 1] != '/')
-            start += '/';
-        if (path.substr(0, start.size()) == start)
-            path = path.substr(start.size());
         if (path.empty())
+            throw WrongUsage();
+        if (options.root.empty() || (options.root[0] == '/') != (path[0] == '/'))
+            return;
+        const auto root = components(options.root);
+        const auto whole = components(path);
+        for (std::size_t i = 0; i < root.size(); ++i) {
+            if (i == whole.size() || whole[i].second != root[i].second)
+                return;
+        }
+        if (root.size() < whole.size())
+            path = path.substr(whole[root.size()].first);
+        else if (path[path.size() - 1] == '/')
             throw WrongUsage();
     }
 

@@ -10,21 +10,6 @@
 namespace casetable {
 namespace tests {
 
-namespace {
-
-// Every byte that a name can hold.
-std::string allBytes()
-{
-    std::string bytes;
-    for (int byte = 1; byte < 256; ++byte) {
-        if (byte != '/')
-            bytes += static_cast<char>(byte);
-    }
-    return bytes;
-}
-
-} // namespace
-
 TEST(CasetableCsv, EndsEveryLineWithCarriageReturnAndLineFeed)
 {
     const TemporaryTree tree;
@@ -75,7 +60,7 @@ TEST(CasetableCsv, QuotesTheHeaderToo)
 TEST(CasetableCsv, KeepsEveryByteOfAName)
 {
     const TemporaryTree tree;
-    const std::string bytes = allBytes();
+    const std::string bytes = bytesOfNames();
     tree.file("results/T1/" + bytes);
 
     const Outcome outcome = run(tree, {"-n", "T", "--files", "-f", "csv", "results"});
@@ -88,7 +73,7 @@ TEST(CasetableCsv, KeepsEveryByteOfAName)
 TEST(CasetableCsv, KeepsEveryByteOfAValue)
 {
     const TemporaryTree tree;
-    std::string bytes = allBytes();
+    std::string bytes = bytesOfNames();
     bytes.erase(bytes.find('\\'), 1); // It ends a value as a slash does.
     bytes.erase(bytes.find('.'), 1);  // From here on it would be an extension.
     tree.file("results/T_" + bytes + "/file");

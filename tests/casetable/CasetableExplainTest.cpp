@@ -73,10 +73,17 @@ TEST(CasetableExplain, SaysWhatAnImportLeavesOut)
     EXPECT_EQ(explained("a/.b/T1/x", {}), ".b is hidden; --hidden takes it\n");
     EXPECT_EQ(explained("a/.b/T1/x", {"--hidden"}), "");
     EXPECT_EQ(explained("./a//T1/x", {}), "");
-    EXPECT_EQ(explained("a/T1/x", {"-E", "T*/"}), "--exclude or --max-depth leaves T1 out\n");
-    EXPECT_EQ(explained("a/T1/x", {"-E", "a/*/x"}), "--exclude or --max-depth leaves x out\n");
-    EXPECT_EQ(explained("a/T1/x", {"-d", "2"}), "--exclude or --max-depth leaves T1 out\n");
+    EXPECT_EQ(explained("a/T1/x", {"-E", "T*/"}), "--exclude leaves T1 out\n");
+    EXPECT_EQ(explained("a/T1/x", {"-E", "a/*/x"}), "--exclude leaves x out\n");
+    EXPECT_EQ(explained("a//T1/./x", {"-E", "/a/T1/x"}), "--exclude leaves x out\n");
+    EXPECT_EQ(explained("a/T1/x", {"-d", "2"}), "--max-depth leaves T1 out\n");
+    EXPECT_EQ(explained("a/T1/x", {"-d", "3", "-E", "x"}), "--exclude leaves x out\n");
     EXPECT_EQ(explained("a/T1/x", {"-d", "3", "-E", "x/", "-E", "T1/a"}), "");
+    EXPECT_EQ(explained("../a/T1/x", {"--hidden"}), "the path climbs out by \"..\"\n");
+    EXPECT_EQ(explained("/a/T1/x", {}), "the path is absolute; name it as it stands below ROOT\n");
+    EXPECT_EQ(explained("/a/T1/x", {"/b"}),
+              "the path is absolute; name it as it stands below ROOT\n");
+    EXPECT_EQ(explained("/a/T1/x", {"/a"}), "");
 }
 
 TEST(CasetableExplain, GoesToAFile)

@@ -121,10 +121,15 @@ TEST(CasetableExitCode, IsThreeForAnIdentifierThatSelectsNothing)
     tree.file("results/T1/a.log");
 
     for (const std::string syntax : {"*.LOG", "*", "***", "", "none", "[", "a.log*x"}) {
+        const bool isAsterisks = syntax == "*" || syntax == "***";
         expectImportFails(tree, {"-n", "T", "-a", "*.log=log", "-a", syntax + "=tag", "results"},
-                          "--aux '" + syntax +
-                              "=tag': Invalid pattern. It selects none of the matched files.");
+                          "--aux '" + syntax + "=tag': Invalid pattern. " +
+                              (isAsterisks
+                                   ? "Asterisks alone select nothing; '*?' selects every file."
+                                   : "It selects none of the matched files."));
     }
+    EXPECT_EQ(run(tree, {"-n", "T", "-a", "*?=all", "results"}).output,
+              "case,T,all\r\n0,1,T1/a.log\r\n");
 }
 
 TEST(CasetableExitCode, IsThreeForMarkersThatOverlapAndNamesThePath)

@@ -37,16 +37,6 @@ std::vector<Record> parseTsv(const std::string& bytes)
     return records;
 }
 
-std::string allBytes()
-{
-    std::string bytes;
-    for (int byte = 1; byte < 256; ++byte) {
-        if (byte != '/')
-            bytes += static_cast<char>(byte);
-    }
-    return bytes;
-}
-
 } // namespace
 
 TEST(CasetableTsv, DividesFieldsByTabsAndEndsLinesByLineFeeds)
@@ -79,7 +69,7 @@ TEST(CasetableTsv, EscapesTheHeaderToo)
 TEST(CasetableTsv, KeepsEveryByteOfAName)
 {
     const TemporaryTree tree;
-    const std::string bytes = allBytes();
+    const std::string bytes = bytesOfNames();
     tree.file("results/T1/" + bytes);
 
     const Outcome outcome = run(tree, {"-n", "T", "--files", "-f", "tsv", "results"});

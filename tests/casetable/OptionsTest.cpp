@@ -136,8 +136,11 @@ TEST(Options, LeaveTheRootOffThePathToExplain)
     for (const Row& row :
          {Row{"a/b", "a/b/T1", "T1"}, Row{"a/b/", "a/b/T1", "T1"}, Row{"/", "/a/T1", "a/T1"},
           Row{".", "./T1", "T1"}, Row{"a", "a/a/T1", "a/T1"}, Row{"a", "ab/T1", "ab/T1"},
-          Row{"a", "b/a/T1", "b/a/T1"}, Row{"a", "a", "a"}, Row{"a", "a//T1", "/T1"},
-          Row{"\xff", "\xff/T1", "T1"}})
+          Row{"a", "b/a/T1", "b/a/T1"}, Row{"a", "a", "a"}, Row{"a", "a//T1", "T1"},
+          Row{"\xff", "\xff/T1", "T1"}, Row{"./a//b/.", "a/b/T1", "T1"},
+          Row{"a/b", "./a/./b//T1/.", "T1/."}, Row{"..", "../T1", "T1"}, Row{"//", "/./T1", "T1"},
+          Row{"a", "/a/T1", "/a/T1"}, Row{"/a", "a/T1", "a/T1"}, Row{"a/b", "a/T1", "a/T1"},
+          Row{"a/b", "./a/b", "./a/b"}, Row{".", "a/T1", "a/T1"}})
         EXPECT_EQ(parse({"-n", "T", row.root, "--explain", row.path})->explain,
                   std::string(row.explained))
             << row.root;

@@ -230,5 +230,15 @@ std::set<std::string> TemporaryTree::names(const std::string& entry) const
     return names;
 }
 
+std::string bytesOfNames()
+{
+    std::string bytes;
+    for (int byte = 1; byte < 256; ++byte) {
+        if (byte != '/')
+            bytes += static_cast<char>(byte);
+    }
+    return bytes;
+}
+
 } // namespace tests
 } // namespace casetable

@@ -51,6 +51,9 @@ private:
     std::string path_;
 };
 
+/// Every byte that a name can hold.
+std::string bytesOfNames();
+
 } // namespace tests
 } // namespace casetable
 
