@@ -327,6 +327,9 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
         app.exit(request, text, text);
         print(text.str());
         return std::nullopt;
+    } catch (const CLI::RequiredError&) {
+        refuseUnexpected(app.remaining());
+        failUsage("ROOT, the folder to import, is missing; --help shows examples");
     } catch (const CLI::ParseError& error) {
         refuseUnexpected(app.remaining());
         failUsage(error.what());

@@ -113,8 +113,8 @@ TEST(CasetableUsage, RefusesAnEmptyOutput)
 
 TEST(CasetableUsage, RefusesAnythingButOneRoot)
 {
-    expectWrongUsage({"-n", "T"}, "ROOT");
-    expectWrongUsage({}, "ROOT");
+    expectWrongUsage({"-n", "T"}, "ROOT, the folder to import, is missing; --help");
+    expectWrongUsage({}, "ROOT, the folder to import, is missing; --help");
     expectWrongUsage({"-n", "T", "results", "results2"}, "results2");
     expectWrongUsage({"-n", "T", "results", "a\nb"}, "a\\nb");
     expectWrongUsage({"-n", "T", "results", "--", "-x"}, "-x");
