@@ -71,13 +71,14 @@ std::size_t skipNumber(std::string_view name, std::size_t index)
     return name[end - 1] == '.' ? end - 1 : end;
 }
 
-// The word ends before a capital that follows a small letter.
+// The word ends before a capital that follows a small letter, unless that one stands alone, as in
+// kEpsilon.
 std::size_t skipCamelWord(std::string_view name, std::size_t index)
 {
     const auto isSmall = [](char c) { return c >= 'a' && c <= 'z'; };
     const auto isCapital = [](char c) { return c >= 'A' && c <= 'Z'; };
     const std::size_t end = skipWord(name, index);
-    for (++index; index < end; ++index) {
+    for (index += 2; index < end; ++index) {
         if (isSmall(name[index - 1]) && isCapital(name[index]))
             return index;
     }
@@ -175,30 +176,28 @@ bool Signs::isSignBehind(std::string_view word) const
 
 std::vector<Token> tokensOf(std::string_view name, const Signs& signs)
 {
+    const auto token = [](Token::Kind kind, std::size_t begin, std::size_t end) {
+        return Token{kind, static_cast<std::uint32_t>(begin), static_cast<std::uint32_t>(end)};
+    };
     // No file system has such names, but a list may; they would take long.
     if (name.size() > longestName)
-        return {{Token::Kind::Separator, 0, name.size()}};
+        return {token(Token::Kind::Separator, 0, name.size())};
     std::vector<Token> tokens;
-    for (std::size_t begin = 0; begin < name.size();) {
-        Token token{Token::Kind::Separator, begin, begin};
-        if (numberBeginsAt(name, begin, tokens, signs)) {
-            token.kind = Token::Kind::Number;
-            token.end = skipNumber(name, begin);
-        } else if (isWordByte(name[begin])) {
-            token.kind = Token::Kind::Word;
-            token.end = skipCamelWord(name, begin);
-        } else {
-            token.end = skipSeparators(name, begin);
-        }
-        begin = token.end;
-        tokens.push_back(token);
+    for (std::size_t begin = 0; begin < name.size(); begin = tokens.back().end) {
+        if (numberBeginsAt(name, begin, tokens, signs))
+            tokens.push_back(token(Token::Kind::Number, begin, skipNumber(name, begin)));
+        else if (isWordByte(name[begin]))
+            tokens.push_back(token(Token::Kind::Word, begin, skipCamelWord(name, begin)));
+        else
+            tokens.push_back(token(Token::Kind::Separator, begin, skipSeparators(name, begin)));
         const std::size_t count = tokens.size();
         if (count >= 3 && joins(name, tokens[count - 3], tokens[count - 2], tokens[count - 1])) {
             tokens[count - 3].kind = Token::Kind::Numbers;
-            tokens[count - 3].end = token.end;
+            tokens[count - 3].end = tokens.back().end;
             tokens.resize(count - 2);
         }
     }
+    tokens.shrink_to_fit();
     return tokens;
 }
 

@@ -14,7 +14,7 @@ const std::size_t longestName = 255;
 
 /// A piece of the name of a file or folder; the bytes from `begin` up to `end`.
 struct Token {
-    enum class Kind {
+    enum class Kind : std::uint8_t {
         Word,      ///< Letters, divided where a capital follows a small letter.
         Separator, ///< Whatever is neither letter nor number.
         Number,    ///< A number as the module reads it.
@@ -22,8 +22,8 @@ struct Token {
     };
 
     Kind kind;
-    std::size_t begin;
-    std::size_t end;
+    std::uint32_t begin; // There are very many of these.
+    std::uint32_t end;
 
     std::string_view in(std::string_view name) const { return name.substr(begin, end - begin); }
 };

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <map>
+#include <optional>
+#include <set>
 #include <utility>
 
 namespace casetable {
@@ -69,7 +71,9 @@ public:
     Group wholeNames(std::vector<std::size_t> entries) const
     {
         Group group;
-        group.slots = {Slot{MetadataPattern::StringValue, 0, Slot::toTheEnd, before_, 0, false}};
+        const std::string beginning(commonBeginning(entries, 0));
+        group.slots = {Slot{MetadataPattern::StringValue, 0, beginning.size(), Slot::toTheEnd,
+                            before_ + beginning, beginning.size(), false, false}};
         group.entries = std::move(entries);
         return group;
     }
@@ -127,6 +131,14 @@ private:
         return isMost(most->second, all) && (most->first.empty() || isMost(all, values));
     }
 
+    // The name from token `index` on, without extensions.
+    std::string_view rest(std::size_t entry, std::size_t index) const
+    {
+        const Token* const found = token(entry, index);
+        return found == nullptr ? std::string_view()
+                                : name(entry).text.substr(found->begin, stem(entry) - found->begin);
+    }
+
     // What follows a word, but for the values: numbers, and words that do not belong to one. Empty
     // without a number.
     std::string pattern(std::size_t entry, std::size_t index) const
@@ -148,14 +160,84 @@ private:
         return number ? pattern : std::string();
     }
 
+    // Whether a key and the separator that joins it with its value stand before this token: "=", or
+    // a "-" if that is so in several places of the name, as in task-rest_run-2.
+    bool isPair(const Alike& alike) const
+    {
+        const std::size_t e = alike.entries.front();
+        if (alike.token == 0 || !isKind(e, alike.token - 1, Kind::Separator))
+            return false;
+        return text(e, alike.token - 1).back() == '=' ||
+               (isDashedKey(e, alike.token - 1) && dashedKeys(e) > 1);
+    }
+
+    // Whether a key before a "-" ends at this token.
+    bool isDashedKey(std::size_t entry, std::size_t dash) const
+    {
+        return dash > 0 && isKind(entry, dash, Kind::Separator) && text(entry, dash) == "-" &&
+               isKind(entry, dash - 1, Kind::Word) &&
+               (dash == 1 || (isKind(entry, dash - 2, Kind::Separator) &&
+                              text(entry, dash - 2).back() != '-')) &&
+               token(entry, dash + 1) != nullptr;
+    }
+
+    std::size_t dashedKeys(std::size_t entry) const
+    {
+        std::size_t keys = 0;
+        for (std::size_t index = 0; token(entry, index) != nullptr; ++index)
+            keys += isDashedKey(entry, index) ? 1 : 0;
+        return keys;
+    }
+
+    // The token behind a value that begins at token `index`, if another key follows it, or a word
+    // that belongs to no key.
+    std::size_t endOfPair(std::size_t entry, std::size_t index) const
+    {
+        const char joint = text(entry, index - 1).back();
+        std::size_t end = Slot::toTheEnd;
+        for (++index; token(entry, index) != nullptr; ++index) {
+            if (!isKind(entry, index, Kind::Separator))
+                continue;
+            if (joint == '-' && text(entry, index).front() != '-')
+                return index;
+            if (joint == '=' && text(entry, index).front() == '=')
+                return end;
+            end = index;
+        }
+        return Slot::toTheEnd;
+    }
+
+    // What all different texts at a token begin with, as in meshfine, meshmedium and meshcoarse.
+    // Empty if they are so few, or what they share or differ in so short, that it may be by chance.
+    std::string_view commonBeginning(const std::vector<std::size_t>& entries,
+                                     std::size_t index) const
+    {
+        std::set<std::string_view> texts;
+        std::size_t shortest = longestName;
+        for (const std::size_t e : entries) {
+            if (!isKind(e, index, Kind::Word))
+                return {};
+            texts.insert(text(e, index));
+            shortest = std::min(shortest, text(e, index).size());
+        }
+        if (texts.size() < 3)
+            return {};
+        const std::string_view first = *texts.begin();
+        const std::string_view last = *texts.rbegin(); // Those between begin with the same.
+        std::size_t length = 0;
+        while (length < shortest && first[length] == last[length] &&
+               static_cast<unsigned char>(first[length]) < 128)
+            ++length;
+        return length < 4 || length + 3 > shortest ? std::string_view() : first.substr(0, length);
+    }
+
     // Whether text may be a value at this token: behind a constant text that ends like one.
     bool textMayBegin(const Alike& alike) const
     {
         if (alike.token == 0)
             return false;
         const std::size_t e = alike.entries.front();
-        const std::string_view before = text(e, alike.token - 1);
-        if (isKind(e, alike.token - 1, Kind::Separator) && before.back() == '=')
+        if (isPair(alike))
             return true;
         if (files_ && !textInFileNames_)
             return false;
@@ -240,14 +322,39 @@ private:
     {
         if (entries.empty())
             return;
-        const std::string_view before = text(entries.front(), alike.token - 1);
+        const bool isPair = this->isPair(alike);
         const bool differ = std::any_of(entries.begin(), entries.end(), [&](std::size_t e) {
             return text(e, alike.token) != text(entries.front(), alike.token);
         });
-        if (!differ && before.back() != '=') {
+        if (!differ && !isPair) {
             divideByText(alike, entries);
             return;
         }
+        if (!isPair) {
+            addTexts(alike, entries);
+            return;
+        }
+        std::map<std::size_t, std::vector<std::size_t>> byEnd;
+        std::set<std::string_view> rests;
+        for (const std::size_t e : entries) {
+            const std::size_t end = endOfPair(e, alike.token);
+            byEnd[end].push_back(e);
+            rests.insert(rest(e, end));
+        }
+        // What follows is read with the last text, so it must say nothing.
+        if (rests.size() == 1 &&
+            rests.begin()->find_first_of("=-0123456789") == rests.begin()->npos)
+            byEnd = {{Slot::toTheEnd, entries}};
+        for (auto& [end, members] : byEnd) {
+            if (end == Slot::toTheEnd)
+                addTexts(alike, members);
+            else
+                addSlot(alike, std::move(members), MetadataPattern::StringValue, end);
+        }
+    }
+
+    void addTexts(const Alike& alike, const std::vector<std::size_t>& entries)
+    {
         const std::string rest = pattern(entries.front(), alike.token + 1);
         const bool goesOn =
             !rest.empty() && std::all_of(entries.begin(), entries.end(), [&](std::size_t e) {
@@ -255,11 +362,12 @@ private:
                        isKind(e, alike.token + 1, Kind::Separator) &&
                        pattern(e, alike.token + 1) == rest;
             });
-        addSlot(alike, entries, MetadataPattern::StringValue, goesOn);
+        addSlot(alike, entries, MetadataPattern::StringValue,
+                goesOn ? alike.token + 1 : Slot::toTheEnd);
     }
 
     // The first words of folders are values where they stand before the same numbers, as in
-    // steel_T300 and alloy_T300, and constant otherwise.
+    // steel_T300 and alloy_T300, or the same texts, and constant otherwise.
     void divideFirstWords(const Alike& alike, const std::vector<std::size_t>& entries)
     {
         std::map<std::string, std::vector<std::size_t>> byRest;
@@ -276,7 +384,26 @@ private:
                 addSlot(alike, std::move(members), MetadataPattern::StringValue);
         }
         std::sort(constant.begin(), constant.end());
-        divideByText(alike, constant);
+        if (areCombined(constant))
+            addSlot(alike, constant, MetadataPattern::StringValue);
+        else
+            divideByText(alike, constant);
+    }
+
+    // Whether nearly all combinations of some first words and some rests occur, as of water and
+    // oil with -hot and -cold.
+    bool areCombined(const std::vector<std::size_t>& entries) const
+    {
+        std::set<std::string_view> words;
+        std::set<std::string_view> rests;
+        for (const std::size_t e : entries) {
+            if (!isKind(e, 1, Kind::Separator))
+                return false;
+            words.insert(text(e, 0));
+            rests.insert(name(e).text.substr(name(e).tokens[1].begin));
+        }
+        return words.size() > 1 && rests.size() > 1 &&
+               isMost(entries.size(), words.size() * rests.size());
     }
 
     // The text between the slot before and token `index`.
@@ -289,20 +416,30 @@ private:
         return of.text.substr(begin, end - begin);
     }
 
+    // Slots of text end before token `end`, all others behind their first.
     void addSlot(const Alike& alike, std::vector<std::size_t> entries,
-                 MetadataPattern::ValueType type, bool goesOn = true)
+                 MetadataPattern::ValueType type, std::optional<std::size_t> end = std::nullopt)
     {
-        const std::string_view left = literal(alike, entries.front(), alike.token);
+        const std::string_view beginning = type == MetadataPattern::StringValue && !isPair(alike)
+                                               ? commonBeginning(entries, alike.token)
+                                               : std::string_view();
+        std::string left(literal(alike, entries.front(), alike.token));
+        left += beginning;
         Slot slot{type,
                   alike.token,
-                  goesOn ? alike.token + 1 : Slot::toTheEnd,
-                  (alike.literal == 0 ? before_ : std::string()) + std::string(left),
+                  beginning.size(),
+                  end.value_or(alike.token + 1),
+                  (alike.literal == 0 ? before_ : std::string()) + left,
                   left.size(),
-                  !alike.slots.empty() && alike.slots.back().type == MetadataPattern::StringValue};
-        Alike next = part(alike, std::move(entries));
+                  !alike.slots.empty() && alike.slots.back().type == MetadataPattern::StringValue,
+                  isPair(alike)};
+        Alike next;
+        next.entries = std::move(entries);
+        next.slots = alike.slots;
+        next.token = slot.endToken;
+        next.literal = slot.endToken;
         next.slots.push_back(std::move(slot));
-        next.literal = next.token;
-        if (goesOn)
+        if (next.token != Slot::toTheEnd)
             work_.push_back(std::move(next));
         else
             groups_.push_back(Group{std::move(next.entries), std::move(next.slots), ""});
@@ -369,7 +506,19 @@ private:
             });
         for (const Index nameIndex : seen)
             entryOfName_[nameIndex] = 0;
-        return entries;
+        return someOf(std::move(entries), seen);
+    }
+
+    static std::vector<Entry> someOf(std::vector<Entry> entries, const std::vector<Index>& names)
+    {
+        if (entries.size() < enoughToLookAt)
+            return entries;
+        std::vector<Entry> some;
+        for (std::size_t e = 0; e < entries.size(); ++e) {
+            if (isLookedAt(names[e], entries.size()))
+                some.push_back(std::move(entries[e]));
+        }
+        return some;
     }
 
     static std::vector<Index> bearers(const Place& place, const Group& group)
@@ -406,17 +555,18 @@ private:
         std::vector<Group> groups = place.groups();
 
         // Folders whose names say nothing to us may be values as a whole.
+        const auto saysNothing = [](const Group& group) {
+            return group.slots.empty() || group.entries.size() == 1;
+        };
         std::vector<std::size_t> plain;
         for (const Group& group : groups) {
-            if (group.slots.empty())
+            if (saysNothing(group))
                 plain.insert(plain.end(), group.entries.begin(), group.entries.end());
         }
         std::sort(plain.begin(), plain.end());
         if (plain.size() > 1 && place.weight(plain) * 2 >= place.weight() &&
             holdTheSame(place, plain)) {
-            groups.erase(std::remove_if(groups.begin(), groups.end(),
-                                        [](const Group& group) { return group.slots.empty(); }),
-                         groups.end());
+            groups.erase(std::remove_if(groups.begin(), groups.end(), saysNothing), groups.end());
             groups.push_back(place.wholeNames(plain));
         }
         for (Group& group : groups)

@@ -14,14 +14,16 @@ namespace casetable {
 struct Slot {
     MetadataPattern::ValueType type;
     std::size_t firstToken;
-    std::size_t endToken; ///< One past the last token; `toTheEnd` for all that follows.
+    std::size_t beginInToken; ///< Where in its first token it begins.
+    std::size_t endToken;     ///< One past the last token; `toTheEnd` for all that follows.
     /// The text that stands before it in all of these paths, as far back as the slot before, or
     /// into the folder above. Empty when there is none, as at the beginning of a path.
     std::string left;
     std::size_t leftInName; ///< How much of it belongs to the name of the slot.
     bool afterText;         ///< Whether a slot of text ends where that part begins.
+    bool isPair;            ///< Whether it is the value of a key, as in `T=300`.
 
-    static const std::size_t toTheEnd = static_cast<std::size_t>(-1);
+    static constexpr std::size_t toTheEnd = static_cast<std::size_t>(-1);
 };
 
 /// Folders that are alike, and so are the folders that they stand in.
@@ -46,7 +48,9 @@ struct PathTemplates {
 };
 
 /// Finds out which paths of `tree` are alike. The text in file names, which mostly tells what is in
-/// a file, makes slots only if `textInFileNames` is set, or behind "=".
+/// a file, makes slots only if `textInFileNames` is set, or where keys and values are joined by
+/// "=", or several by "-". Where very many names stand at one place, only some of them are looked
+/// at.
 PathTemplates pathTemplates(const PathTree& tree, bool textInFileNames);
 
 /// The bytes of a name that a slot stands for; `stem` is the name's length without extensions. A
@@ -55,7 +59,7 @@ inline std::string_view valueOf(const Slot& slot, const Name& name, std::size_t 
 {
     if (name.text.empty())
         return name.text;
-    const std::size_t begin = name.tokens[slot.firstToken].begin;
+    const std::size_t begin = name.tokens[slot.firstToken].begin + slot.beginInToken;
     const std::size_t end =
         slot.endToken == Slot::toTheEnd ? stem : name.tokens[slot.endToken - 1].end;
     return name.text.substr(begin, end - begin);

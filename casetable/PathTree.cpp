@@ -56,8 +56,10 @@ void PathTree::add(std::string_view path, std::vector<Index>& open)
 void PathTree::divideNames()
 {
     Signs signs;
-    for (const Name& name : names_)
-        signs.look(name.text);
+    for (std::size_t n = 0; n < names_.size(); ++n) {
+        if (isLookedAt(n, names_.size()))
+            signs.look(names_[n].text);
+    }
     std::unordered_map<std::string, std::uint32_t> shapes;
     for (Name& name : names_) {
         name.tokens = tokensOf(name.text, signs);

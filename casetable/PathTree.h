@@ -21,6 +21,16 @@ struct Name {
     std::uint32_t shape; ///< The same for names that differ in their numbers only.
 };
 
+/// More of the same kind tell nothing new about what they are like.
+const std::size_t enoughToLookAt = 4096;
+
+/// Whether to look at the thing of this number when only some of `count` are looked at: all of few,
+/// and about enoughToLookAt of many. Neighbours are alike, so these stand in no regular distance.
+inline bool isLookedAt(std::uint64_t number, std::size_t count)
+{
+    return (number * 2654435761U >> 7) % (count / enoughToLookAt + 1) == 0;
+}
+
 /// The folders and files of a list of relative paths. Refers to the list, which must outlive it and
 /// stay as it is. Names, folders and files are numbered by the byte order of the paths, so that the
 /// order of the list does not show.

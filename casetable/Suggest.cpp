@@ -8,10 +8,12 @@
 #include <set>
 #include <stdexcept>
 #include <string_view>
+#include <tuple>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
+#include "casetable/MarkerFinder.h"
 #include "casetable/PathTemplates.h"
 #include "casetable/PathTree.h"
 #include "crawler/CrawlerBasicImporterParser.h"
@@ -24,8 +26,6 @@ namespace {
 // More markers than anybody wants to read; a bound for trees that are nothing but numbers.
 const std::size_t maxSlots = 64;
 const std::size_t sampleSize = 5;
-const std::size_t pathsToTry = 2000;
-const std::size_t maxMarkers = 8;
 
 // A slot in the names of a class of folders or files.
 struct Key {
@@ -78,19 +78,6 @@ struct Route {
     std::size_t size() const { return files->files.size(); }
 };
 
-// Where the last word of `left`, with the separators behind it, begins.
-std::size_t lastWord(std::string_view left)
-{
-    std::size_t begin = left.size();
-    if (begin > 0 && left[begin - 1] == '/')
-        --begin;
-    while (begin > 0 && left[begin - 1] != '/' && !isWordByte(left[begin - 1]))
-        --begin;
-    while (begin > 0 && isWordByte(left[begin - 1]))
-        --begin;
-    return begin;
-}
-
 // What tells keys apart. For a value at the beginning of a name that is its being there: the folder
 // above may differ.
 std::string keyText(const Slot& slot)
@@ -105,6 +92,7 @@ public:
         : tree_(tree), templates_(pathTemplates(tree, textInFileNames))
     {
         findRoutes();
+        unmarked_ = findUnmarked();
     }
 
     // The markers; empty when nothing can be said.
@@ -116,21 +104,25 @@ public:
             if (chosen.empty())
                 return {};
             supporters_ = supporters(chosen);
-            const std::optional<KeyIndex> counter = fileCounter(chosen);
-            if (counter) {
-                refused.insert(*counter);
-                continue;
-            }
             std::vector<MetadataPattern> patterns;
-            const std::optional<KeyIndex> failed = mark(chosen, patterns);
-            if (!failed)
+            const std::optional<KeyIndex> unfit = mark(chosen, patterns);
+            if (!unfit) {
+                foldersTell_ = readsFolders(chosen);
                 return patterns;
-            refused.insert(*failed);
+            }
+            refused.insert(*unfit);
         }
     }
 
     // Values at the beginning of paths, if there is more than one.
-    std::vector<std::string> unmarked() const
+    const std::vector<std::string>& unmarked() const { return unmarked_; }
+
+    // Whether the folders tell what a file belongs to. Then the texts in its name tell what is in
+    // it.
+    bool foldersTell() const { return foldersTell_ || !unmarked_.empty(); }
+
+private:
+    std::vector<std::string> findUnmarked() const
     {
         std::set<std::string_view> values;
         for (const FolderClass& folders : templates_.folders) {
@@ -147,9 +139,6 @@ public:
         some.resize(std::min(some.size(), sampleSize));
         return some;
     }
-
-private:
-    std::size_t fileCount() const { return tree_.files().size(); }
 
     std::vector<Key> keysOf(const std::vector<Slot>& slots, std::size_t folders,
                             const std::vector<PathTree::Index>& bearers) const
@@ -186,6 +175,7 @@ private:
         std::map<std::pair<std::string_view, std::size_t>, KeyIndex> indices;
         for (std::size_t f = 0; f < templates_.files.size(); ++f) {
             Route route{&templates_.files[f], {}};
+            fileCount_ += route.size();
             std::map<std::string_view, std::size_t> counts;
             for (const Key* key : keysTo(f)) {
                 const std::string_view text = key->text;
@@ -254,18 +244,18 @@ private:
         }
         std::vector<std::pair<std::size_t, KeyIndex>> order;
         for (const auto& [index, candidate] : candidates) {
-            if (candidate.varies && candidate.files * 2 >= fileCount() && refused.count(index) == 0)
+            if (candidate.varies && candidate.files * 2 >= fileCount_ && refused.count(index) == 0)
                 order.emplace_back(candidate.files, index);
         }
         std::stable_sort(order.begin(), order.end(),
                          [](const auto& a, const auto& b) { return a.first > b.first; });
 
         std::vector<KeyIndex> chosen;
-        std::size_t shared = fileCount();
+        std::size_t shared = fileCount_;
         for (const auto& [files, index] : order) {
             const std::vector<KeyIndex> wider = inOrder(chosen, index);
             const std::size_t left = size(supporters(wider));
-            if (!wider.empty() && left * 2 >= fileCount() &&
+            if (!wider.empty() && left * 2 >= fileCount_ &&
                 (chosen.empty() || left * 4 >= shared * 3)) {
                 chosen = wider;
                 shared = left;
@@ -300,18 +290,22 @@ private:
     // most folders again, and they are text, or they count.
     std::optional<KeyIndex> fileCounter(const std::vector<KeyIndex>& chosen) const
     {
-        bool folderVaries = false;
-        for (const KeyIndex index : chosen) {
-            for (const Route* route : supporters_)
-                folderVaries = folderVaries || !route->find(index)->inFileName();
-        }
-        if (!folderVaries)
+        if (!readsFolders(chosen) && unmarked_.empty())
             return std::nullopt;
         for (const KeyIndex index : chosen) {
             if (countsFiles(index))
                 return index;
         }
         return std::nullopt;
+    }
+
+    bool readsFolders(const std::vector<KeyIndex>& chosen) const
+    {
+        return std::any_of(chosen.begin(), chosen.end(), [this](KeyIndex index) {
+            return std::any_of(supporters_.begin(), supporters_.end(), [index](const Route* route) {
+                return !route->find(index)->inFileName();
+            });
+        });
     }
 
     bool countsFiles(KeyIndex index) const
@@ -341,21 +335,23 @@ private:
             occurrences += entry.second.folders;
         const bool repeated = folders.size() > 1 && values.size() > 1 &&
                               occurrences * 2 >= folders.size() * values.size();
-        if (!repeated || slot.left.back() == '=')
+        if (!repeated || slot.isPair)
             return false;
+        if (slot.type == MetadataPattern::StringValue)
+            return true;
         std::vector<std::string_view> texts;
         texts.reserve(values.size());
         for (const auto& entry : values)
             texts.push_back(entry.first);
-        // A parameter has its word right before it, as in AoA1, AoA2 and AoA3.
-        return slot.type == MetadataPattern::StringValue ||
-               (!isWordByte(slot.left.back()) && count(texts));
+        return count(texts, isWordByte(slot.left.back()));
     }
 
-    // Whether these are whole numbers that are padded, or that count from 0 or 1.
-    static bool count(const std::vector<std::string_view>& texts)
+    // Whether these are whole numbers that are padded, or that count from 0 or 1. A parameter may
+    // look like either if it has its word right before it, as in AoA1, AoA2 and AoA3, but not like
+    // both with three digits, as IM001, IM002 and IM003.
+    static bool count(const std::vector<std::string_view>& texts, bool behindWord)
     {
-        bool padded = false;
+        std::size_t padded = 0;
         std::set<std::uint64_t> numbers;
         for (const std::string_view text : texts) {
             std::uint64_t number = 0;
@@ -363,25 +359,19 @@ private:
             const auto result = std::from_chars(text.data(), end, number);
             if (result.ec != std::errc() || result.ptr != end)
                 return false;
-            padded = padded || (text.size() > 1 && text.front() == '0');
+            if (text.size() > 1 && text.front() == '0')
+                padded = std::max(padded, text.size());
             numbers.insert(number);
         }
-        return padded || (numbers.size() > 2 && *numbers.begin() <= 1 &&
-                          *numbers.rbegin() - *numbers.begin() == numbers.size() - 1);
+        const bool counts = numbers.size() > 2 && *numbers.begin() <= 1 &&
+                            *numbers.rbegin() - *numbers.begin() == numbers.size() - 1;
+        return behindWord ? counts && padded >= 3 : counts || padded > 0;
     }
-
-    // A path, and where the values of the chosen keys begin and end in it.
-    struct Trial {
-        std::string_view path;
-        std::vector<std::size_t> begins;
-        std::vector<std::size_t> ends;
-        std::vector<bool> exact; // Whether the value must end there and not later.
-    };
 
     // Some of the paths that have all chosen keys, the same whatever their order.
     std::vector<Trial> trials(const std::vector<KeyIndex>& chosen) const
     {
-        const std::size_t step = size(supporters_) / pathsToTry + 1;
+        const std::size_t paths = size(supporters_);
         std::vector<Trial> trials;
         for (const Route* route : supporters_) {
             std::vector<const Key*> keys;
@@ -390,8 +380,7 @@ private:
                 keys.push_back(route->find(index));
             std::size_t taken = 0;
             for (const PathTree::Index file : route->files->files) {
-                // Neighbours are alike, so a fixed step might always meet the same kind of file.
-                if (taken == 0 || (std::uint64_t(file) * 2654435761U >> 7) % step == 0) {
+                if (taken == 0 || isLookedAt(file, paths)) {
                     trials.push_back(trial(*route, keys, file));
                     ++taken;
                 }
@@ -429,47 +418,61 @@ private:
         return trial;
     }
 
-    // The text before the value of key `k` that all trials share, as far back as the value before.
-    static std::string_view commonLeft(const std::vector<Trial>& trials, std::size_t k)
+    // A chosen key whose values are those of one before, if there is one, as in
+    // subject01/subject01_rest.dat.
+    std::optional<KeyIndex> repetition(const std::vector<KeyIndex>& chosen,
+                                       const std::vector<Trial>& trials) const
     {
-        const auto leftOf = [k](const Trial& trial) {
-            const std::size_t begin = k == 0 ? 0 : trial.ends[k - 1];
-            return trial.path.substr(begin, trial.begins[k] - begin);
-        };
-        std::string_view common = leftOf(trials.front());
-        for (const Trial& trial : trials) {
-            const std::string_view left = leftOf(trial);
-            const auto end =
-                std::mismatch(left.rbegin(), left.rend(), common.rbegin(), common.rend());
-            common.remove_prefix(static_cast<std::size_t>(common.rend() - end.second));
+        for (std::size_t k = 1; k < chosen.size(); ++k) {
+            for (std::size_t before = 0; before < k; ++before) {
+                if (repeats(trials, k, before, wordOf(chosen[k]) == wordOf(chosen[before])))
+                    return chosen[k];
+            }
         }
-        return common;
+        return std::nullopt;
     }
 
-    // Words, numbers and separators.
-    static int kindOf(char c) { return isWordByte(c) ? 0 : c >= '0' && c <= '9' ? 1 : 2; }
-
-    // Where a word begins that ends in a number at `end`, as in "x1=", if only separators stand
-    // behind; `end` where there is none.
-    static std::size_t numberedWord(std::string_view left, std::size_t end)
+    // The word that stands before the values of a key, without separators.
+    std::string_view wordOf(KeyIndex index) const
     {
-        std::size_t number = end;
-        while (number > 0 && kindOf(left[number - 1]) == 1)
-            --number;
-        std::size_t word = number;
-        while (word > 0 && isWordByte(left[word - 1]))
-            --word;
-        const bool follows = end < left.size() && !isWordByte(left[end]);
-        return follows && number < end && word < number ? word : end;
+        const std::string_view text = supporters_.front()->find(index)->text;
+        return text.substr(1, text.find_last_not_of("-_=. "));
     }
 
-    // What could be the marker of key `k`, the most pleasant first: ends of the text that stands
-    // before its value in all trials.
-    std::vector<std::string> markers(KeyIndex index, const std::vector<Trial>& trials,
-                                     std::size_t k) const
+    static bool repeats(const std::vector<Trial>& trials, std::size_t k, std::size_t before,
+                        bool sameWord)
+    {
+        std::set<std::string> values;
+        std::size_t same = 0;
+        std::size_t length = 0;
+        for (const Trial& trial : trials) {
+            std::string value = bare(trial.value(k));
+            same += value == bare(trial.value(before)) ? 1 : 0;
+            length = std::max(length, value.size());
+            values.insert(std::move(value));
+        }
+        // A few short values may agree by chance.
+        const bool isCertain = sameWord || values.size() >= 8 || length >= 4;
+        return isCertain && same * 10 >= trials.size() * 9;
+    }
+
+    // The same for a value that is written in another way, as 20240131 for 2024-01-31 or 7 for 007.
+    static std::string bare(std::string_view value)
+    {
+        std::string bare;
+        for (const char c : value) {
+            const bool joins = !bare.empty() && (c == '-' || c == '_' || c == ':');
+            if (!joins && !(bare.empty() && c == '0' && value.size() > 1))
+                bare += c;
+        }
+        return bare;
+    }
+
+    // What stands before the values of a key, as far as it is the same in all paths.
+    ValuePlace place(KeyIndex index) const
     {
         const Slot& slot = *supporters_.front()->find(index)->slot;
-        std::size_t constant = slot.left.size(); // As far as there is no slot in it.
+        std::size_t constant = slot.left.size();
         bool afterText = true;
         for (const Route* route : supporters_) {
             const Slot& other = *route->find(index)->slot;
@@ -479,178 +482,28 @@ private:
                 std::min(constant, static_cast<std::size_t>(end.first - other.left.rbegin()));
             afterText = afterText && other.afterText && other.leftInName == slot.leftInName;
         }
-        const std::string left(commonLeft(trials, k));
-        constant = std::min(constant, left.size());
-        const std::size_t word =
-            left.size() - constant + lastWord(left.substr(left.size() - constant));
-        std::vector<std::string> markers;
-        // The separators behind a text are no part of it.
-        if (afterText && slot.leftInName <= constant)
-            markers.push_back(left.substr(left.size() - slot.leftInName));
-        const std::size_t numbered = numberedWord(left, word);
-        if (numbered < word)
-            markers.push_back(left.substr(numbered));
-        markers.push_back(left.substr(word));
-        for (std::size_t begin = word; begin > 0 && markers.size() < maxMarkers;) {
-            const int kind = kindOf(left[begin - 1]);
-            while (begin > 0 && kindOf(left[begin - 1]) == kind)
-                --begin;
-            // Values may share their last letters by chance.
-            if (begin > 0 || constant == left.size())
-                markers.push_back(left.substr(begin));
-        }
-        // Without its word, a marker may stand where the one before takes the word.
-        std::size_t separators = word;
-        while (separators < left.size() && isWordByte(left[separators]))
-            ++separators;
-        markers.push_back(left.substr(separators));
-        markers.erase(std::remove(markers.begin(), markers.end(), std::string()), markers.end());
-        return markers;
+        ValuePlace place{slot.type, constant, std::nullopt};
+        if (afterText)
+            place.behindText = slot.leftInName;
+        return place;
     }
 
-    // In how many paths the marker of key `k` is found in its place, behind a marker of
-    // `lengthBefore` bytes for the key before.
-    static std::size_t foundInPlace(const std::vector<Trial>& trials, std::size_t k,
-                                    const std::string& marker, std::size_t lengthBefore)
-    {
-        std::size_t found = 0;
-        for (const Trial& trial : trials) {
-            const std::size_t start = k == 0 ? 0 : trial.begins[k - 1] - lengthBefore + 1;
-            const std::size_t position = trial.path.find(marker, start);
-            found +=
-                position != std::string_view::npos && position + marker.size() == trial.begins[k]
-                    ? 1
-                    : 0;
-        }
-        return found;
-    }
-
-    // In how many paths the text of key `k`, with this marker, is a value when the next marker has
-    // `lengthBehind` bytes.
-    static std::size_t textsRead(const std::vector<Trial>& trials, std::size_t k,
-                                 const std::string& marker, std::size_t lengthBehind)
-    {
-        std::map<std::string, std::size_t> segments;
-        CrawlerBasicImporterParser parser;
-        for (const Trial& trial : trials) {
-            const std::size_t begin = trial.begins[k] - marker.size();
-            const std::size_t end = trial.begins[k + 1] - lengthBehind;
-            if (begin < end)
-                ++segments[std::string(trial.path.substr(begin, end - begin))];
-        }
-        for (const auto& segment : segments)
-            parser.appendRawFilePath(segment.first);
-        try {
-            parser.applyMetadataPatternList({{marker, MetadataPattern::StringValue}});
-        } catch (const std::out_of_range&) {
-            return 0;
-        }
-        std::size_t read = 0;
-        for (const auto& file : parser.crawlerFilePathList())
-            read += file->isMatched() ? segments.at(file->filePath()) : 0;
-        return read;
-    }
-
-    // The values that are read where they should, for each pattern.
-    static std::vector<std::size_t> readWell(const std::vector<Trial>& trials,
-                                             const std::vector<MetadataPattern>& patterns)
-    {
-        std::vector<std::size_t> well(patterns.size(), 0);
-        for (const Trial& trial : trials) {
-            CrawlerBasicImporterParser parser;
-            const std::string path(trial.path);
-            parser.appendRawFilePath(path);
-            try {
-                parser.applyMetadataPatternList(patterns);
-            } catch (const std::out_of_range&) {
-                continue;
-            }
-            const std::vector<MetadataInfo> infos = parser.metadataInfoList(path);
-            for (std::size_t k = 0; k < infos.size(); ++k) {
-                const std::size_t end = infos[k].valuePosition + infos[k].valueLength;
-                if (infos[k].valuePosition == trial.begins[k] &&
-                    (end == trial.ends[k] || (end > trial.ends[k] && !trial.exact[k])))
-                    ++well[k];
-            }
-        }
-        return well;
-    }
-
-    static bool isMost(std::size_t part, std::size_t whole) { return part * 10 >= whole * 9; }
-
-    MetadataPattern::ValueType typeOf(KeyIndex index) const
-    {
-        return supporters_.front()->find(index)->slot->type;
-    }
-
-    // A marker for a key, with the best choice for the keys before.
-    struct Choice {
-        std::string marker;
-        std::size_t cost; // The paths in which something is not found, before the pleasantness.
-        std::size_t before;
-    };
-
-    // The choices for key `k`, those for the key before given; or a key that cannot be had.
-    std::optional<KeyIndex> addChoices(const std::vector<KeyIndex>& chosen,
-                                       const std::vector<Trial>& trials,
-                                       std::vector<std::vector<Choice>>& choices) const
-    {
-        const std::size_t k = choices.size();
-        const std::vector<Choice> start = {Choice{"", 0, 0}};
-        const std::vector<Choice>& choicesBefore = choices.empty() ? start : choices.back();
-        const bool behindText = k > 0 && typeOf(chosen[k - 1]) == MetadataPattern::StringValue;
-        const std::vector<std::string> markers = this->markers(chosen[k], trials, k);
-        std::vector<Choice> added;
-        bool found = false;
-        for (std::size_t m = 0; m < markers.size(); ++m) {
-            std::optional<Choice> best;
-            for (std::size_t b = 0; b < choicesBefore.size(); ++b) {
-                const Choice& before = choicesBefore[b];
-                std::size_t good = foundInPlace(trials, k, markers[m], before.marker.size());
-                found = found || isMost(good, trials.size());
-                if (behindText && isMost(good, trials.size()))
-                    good =
-                        std::min(good, textsRead(trials, k - 1, before.marker, markers[m].size()));
-                const std::size_t cost =
-                    before.cost + (trials.size() - good) * maxSlots * (maxMarkers + 1) + m;
-                if (isMost(good, trials.size()) && (!best || cost < best->cost))
-                    best = Choice{markers[m], cost, b};
-            }
-            if (best)
-                added.push_back(*best);
-        }
-        if (added.empty())
-            return found ? chosen[k - 1] : chosen[k];
-        choices.push_back(std::move(added));
-        return std::nullopt;
-    }
-
-    // Gives each key, of one at least, its marker; otherwise answers a key that has none which
-    // works. Whether a marker is found in its place depends on the one before.
+    // Gives each key its marker; otherwise answers one that must not be chosen.
     std::optional<KeyIndex> mark(const std::vector<KeyIndex>& chosen,
                                  std::vector<MetadataPattern>& patterns) const
     {
-        const std::vector<Trial> trials = this->trials(chosen);
-        std::vector<std::vector<Choice>> choices;
-        do {
-            if (const std::optional<KeyIndex> failed = addChoices(chosen, trials, choices))
-                return failed;
-        } while (choices.size() < chosen.size());
-        const std::vector<Choice>& last = choices.back();
-        const auto best =
-            std::min_element(last.begin(), last.end(),
-                             [](const Choice& a, const Choice& b) { return a.cost < b.cost; });
-        auto choice = static_cast<std::size_t>(best - last.begin());
-        for (std::size_t k = chosen.size(); k-- > 0; choice = choices[k][choice].before)
-            patterns.emplace_back(choices[k][choice].marker, typeOf(chosen[k]));
-        std::reverse(patterns.begin(), patterns.end());
-
-        const std::vector<std::size_t> well = readWell(trials, patterns);
-        for (std::size_t k = 0; k < chosen.size(); ++k) {
-            if (!isMost(well[k], trials.size()))
-                return chosen[k];
-        }
-        return std::nullopt;
+        if (const std::optional<KeyIndex> counter = fileCounter(chosen))
+            return counter;
+        std::vector<Trial> trials = this->trials(chosen);
+        if (const std::optional<KeyIndex> repeating = repetition(chosen, trials))
+            return repeating;
+        std::vector<ValuePlace> places;
+        places.reserve(chosen.size());
+        for (const KeyIndex index : chosen)
+            places.push_back(place(index));
+        const MarkerFinder finder(std::move(places), std::move(trials));
+        const std::optional<std::size_t> failed = finder.find(patterns);
+        return failed ? std::make_optional(chosen[*failed]) : std::nullopt;
     }
 
     const PathTree& tree_;
@@ -658,7 +511,10 @@ private:
     std::vector<std::vector<Key>> keysOfFolders_;
     std::vector<std::vector<Key>> keysOfFiles_;
     std::vector<Route> routes_;
+    std::size_t fileCount_ = 0; // Of those in classes.
+    std::vector<std::string> unmarked_;
     std::vector<const Route*> supporters_; // Of the keys chosen.
+    bool foldersTell_ = false;
 };
 
 double sizeOf(std::string number)
@@ -706,6 +562,40 @@ bool count(CrawlerBasicImporterParser& parser, const std::vector<MetadataPattern
     return true;
 }
 
+// Where runs are mixed, each name occurs several times in a case; a few that do may be in folders
+// of one run.
+void findMixedFiles(const CrawlerBasicImporterParser& parser, Suggestion& suggestion)
+{
+    if (suggestion.cases == suggestion.matchedFiles)
+        return;
+    struct File {
+        std::size_t caseIndex;
+        std::string path;
+
+        std::string_view name() const { return std::string_view(path).substr(path.rfind('/') + 1); }
+        bool operator<(const File& other) const
+        {
+            return std::make_tuple(caseIndex, name(), std::string_view(path)) <
+                   std::make_tuple(other.caseIndex, other.name(), std::string_view(other.path));
+        }
+    };
+    std::vector<File> files;
+    for (const auto& file : parser.crawlerFilePathList()) {
+        if (file->isMatched())
+            files.push_back({file->caseIndex(), file->filePath()});
+    }
+    std::sort(files.begin(), files.end());
+    std::size_t mixedFiles = 0;
+    for (std::size_t f = 1; f < files.size(); ++f) {
+        if (files[f].caseIndex != files[f - 1].caseIndex || files[f].name() != files[f - 1].name())
+            continue;
+        if (mixedFiles++ == 0)
+            suggestion.mixed = {files[f - 1].path, files[f].path};
+    }
+    if (mixedFiles * 2 < suggestion.matchedFiles)
+        suggestion.mixed = {};
+}
+
 // Leaves out what reads but one value, and of markers that overlap the last text: only text
 // overlaps.
 void countWhatVaries(const std::list<std::string>& paths, std::vector<MetadataPattern> patterns,
@@ -720,7 +610,7 @@ void countWhatVaries(const std::list<std::string>& paths, std::vector<MetadataPa
             for (std::size_t k = 0; k < patterns.size() && leaveOut == patterns.size(); ++k)
                 leaveOut = suggestion.patterns[k].valueCount < 2 ? k : leaveOut;
             if (leaveOut == patterns.size())
-                return;
+                return findMixedFiles(parser, suggestion);
         } else {
             for (std::size_t k = 0; k < patterns.size(); ++k)
                 leaveOut = patterns[k].valueType == MetadataPattern::StringValue ? k : leaveOut;
@@ -744,8 +634,11 @@ Suggestion suggest(const std::list<std::string>& paths)
         Suggester suggester(tree, false);
         suggestion.unmarked = suggester.unmarked();
         patterns = suggester.patterns();
-        if (patterns.empty())
-            patterns = Suggester(tree, true).patterns();
+        if (patterns.empty() || !suggester.foldersTell()) {
+            std::vector<MetadataPattern> more = Suggester(tree, true).patterns();
+            if (more.size() > patterns.size())
+                patterns = std::move(more);
+        }
     }
     countWhatVaries(paths, patterns, suggestion);
     return suggestion;

@@ -3,7 +3,9 @@
 
 #include <cstddef>
 #include <list>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "crawler/MetadataPattern.h"
@@ -24,24 +26,39 @@ struct Suggestion {
     std::size_t files = 0;
     std::size_t matchedFiles = 0;
     std::size_t cases = 0;
-    /// The first few values that stand at the very beginning of paths, where no marker can be.
+    /// A few values that stand at the very beginning of paths, where no marker can be.
     std::vector<std::string> unmarked;
+    /// Two files of one name, in different folders, which fall into one case though there are so
+    /// many such that different runs must be mixed; otherwise empty.
+    std::pair<std::string, std::string> mixed;
 };
 
 /// Finds texts that are followed by varying values in the same place of most of `paths`, which are
 /// relative and joined by "/". What it answers does not depend on their order.
 Suggestion suggest(const std::list<std::string>& paths);
 
-/// The command line that imports `root` with the suggested markers, quoted for a shell (bash or
-/// zsh where bytes must be escaped) such that every byte arrives; `given` are other arguments,
-/// placed first. Without a root, which is empty then, they name a list.
-std::string commandLine(const Suggestion& suggestion, const std::vector<std::string>& given,
-                        const std::string& root);
+/// A suggestion with what else stands in the command line.
+struct SuggestedRun {
+    Suggestion suggestion;
+    std::vector<std::string> given; ///< Other arguments, placed first.
+    std::string root;               ///< Empty when the arguments name a list.
+};
+
+/// The command line that imports the root with the suggested markers, quoted for a shell (bash or
+/// zsh where bytes must be escaped) such that every byte arrives.
+std::string commandLine(const SuggestedRun& run);
+
+/// The same paths with the folder above as root, and the name of the root below it.
+struct RunAbove {
+    SuggestedRun run;
+    std::string name;
+};
 
 /// What to tell people: the command line, a line for each marker and the counts; or, on one line
-/// without its end, why no marker can be suggested.
-std::string suggestionText(const Suggestion& suggestion, const std::vector<std::string>& given,
-                           const std::string& root);
+/// without its end, why no marker can be suggested. With a run above, its command line too, or if
+/// there are no markers otherwise, first.
+std::string suggestionText(const SuggestedRun& run,
+                           const std::optional<RunAbove>& above = std::nullopt);
 
 } // namespace casetable
 

@@ -96,44 +96,74 @@ std::string table(const std::vector<SuggestedPattern>& patterns)
     return text;
 }
 
-std::string unmarkedHint(const Suggestion& suggestion, const std::string& root)
+std::string counts(const Suggestion& suggestion)
+{
+    return "matches " + std::to_string(suggestion.matchedFiles) + " of " +
+           counted(suggestion.files, "file", "files") + ", " +
+           counted(suggestion.cases, "case", "cases");
+}
+
+std::string unmarkedHint(const Suggestion& suggestion)
 {
     return "the names of the first folders differ (" + list(suggestion.unmarked, false) +
-           "), but no marker can stand before them" +
-           (root.empty() ? "" : "; the folder above as ROOT makes room");
+           "), but no marker can stand before them";
+}
+
+std::string commandTableAndCounts(const SuggestedRun& run)
+{
+    const Suggestion& suggestion = run.suggestion;
+    std::string text =
+        commandLine(run) + "\n\n" + table(suggestion.patterns) + '\n' + counts(suggestion) + '\n';
+    // Where values cannot be read at the beginning, that may be the reason.
+    if (!suggestion.mixed.first.empty() && suggestion.unmarked.empty())
+        text += "different runs may be one case: " + printable(suggestion.mixed.first) + " and " +
+                printable(suggestion.mixed.second) + " are not told apart\n";
+    return text;
+}
+
+// The first marker mostly holds the name of the root.
+std::string besideRoot(const RunAbove& above)
+{
+    const bool named = above.run.suggestion.patterns.front().pattern.pattern != "/";
+    return "what stands beside " + cell(above.name) + " is walked " +
+           (named ? "too, and seldom matches" : "and may match too");
 }
 
 } // namespace
 
-std::string commandLine(const Suggestion& suggestion, const std::vector<std::string>& given,
-                        const std::string& root)
+std::string commandLine(const SuggestedRun& run)
 {
     std::string line = "casetable";
-    for (const std::string& argument : given)
+    for (const std::string& argument : run.given)
         line += ' ' + shellWord(argument);
-    for (const SuggestedPattern& suggested : suggestion.patterns)
+    for (const SuggestedPattern& suggested : run.suggestion.patterns)
         line += ' ' + markerWords(suggested.pattern);
-    if (root.empty())
+    if (run.root.empty())
         return line;
-    return line + (root.front() == '-' ? " -- " : " ") + shellWord(root);
+    return line + (run.root.front() == '-' ? " -- " : " ") + shellWord(run.root);
 }
 
-std::string suggestionText(const Suggestion& suggestion, const std::vector<std::string>& given,
-                           const std::string& root)
+std::string suggestionText(const SuggestedRun& run, const std::optional<RunAbove>& above)
 {
-    const std::string place = root.empty() ? "in the list" : "below " + root;
-    if (suggestion.patterns.empty())
+    const Suggestion& suggestion = run.suggestion;
+    if (suggestion.patterns.empty() && above)
+        return commandTableAndCounts(above->run) + "ROOT is the folder above: below " +
+               cell(above->name) + ' ' + unmarkedHint(suggestion) + "; " + besideRoot(*above) +
+               '\n';
+    if (suggestion.patterns.empty()) {
+        const std::string place = run.root.empty() ? "in the list" : "below " + run.root;
         return "no marker can be suggested: " +
                (suggestion.files == 0
                     ? "there is no file " + place
                     : "no text is followed by varying values in most paths " + place) +
-               (suggestion.unmarked.empty() ? "" : "; " + unmarkedHint(suggestion, root));
-    std::string text = commandLine(suggestion, given, root) + "\n\n" + table(suggestion.patterns) +
-                       "\nmatches " + std::to_string(suggestion.matchedFiles) + " of " +
-                       counted(suggestion.files, "file", "files") + ", " +
-                       counted(suggestion.cases, "case", "cases") + '\n';
+               (suggestion.unmarked.empty() ? "" : "; " + unmarkedHint(suggestion));
+    }
+    std::string text = commandTableAndCounts(run);
     if (!suggestion.unmarked.empty())
-        text += unmarkedHint(suggestion, root) + '\n';
+        text += unmarkedHint(suggestion) + (above ? "" : "\n");
+    if (above)
+        text += "; the folder above as ROOT makes room and " + counts(above->run.suggestion) +
+                " (" + besideRoot(*above) + "):\n" + commandLine(above->run) + '\n';
     return text;
 }
 

@@ -25,6 +25,7 @@
 #include "casetable/Output.h"
 #include "casetable/ReadList.h"
 #include "casetable/Report.h"
+#include "casetable/RootAbove.h"
 #include "casetable/Suggest.h"
 #include "casetable/TableWriter.h"
 #include "casetable/Text.h"
@@ -169,16 +170,35 @@ ExitCode explainPath(const Options& options, Output& output)
     return explanation.isMatched && leftOut.empty() ? ExitCode::Cases : ExitCode::NoCases;
 }
 
+// What can be said with the folder above as ROOT, if that is more.
+std::optional<RunAbove> suggestAbove(const Options& options, const std::list<std::string>& files,
+                                     const Suggestion& suggestion)
+{
+    const std::optional<RootAbove> above =
+        suggestion.unmarked.empty() ? std::nullopt : rootAbove(options);
+    if (!above)
+        return std::nullopt;
+    std::list<std::string> paths;
+    for (const std::string& file : files)
+        paths.push_back(above->name + '/' + file);
+    RunAbove run{{suggest(paths), walkArguments(above->options), above->options.root}, above->name};
+    const Suggestion& more = run.run.suggestion;
+    if (more.patterns.size() <= suggestion.patterns.size() && more.cases <= suggestion.cases)
+        return std::nullopt;
+    return run;
+}
+
 ExitCode suggestMarkers(const Options& options, const std::list<std::string>& files,
                         std::size_t hiddenLeftOut, Output& output, Console& console)
 {
     // Nothing is half-written yet, so an interrupt may end the program at once.
     releaseInterrupts();
     throwIfInterrupted();
-    const Suggestion suggestion = suggest(files);
+    const SuggestedRun run{suggest(files), walkArguments(options), options.root};
+    const std::optional<RunAbove> above = suggestAbove(options, files, run.suggestion);
     catchInterrupts();
-    const std::string text = suggestionText(suggestion, walkArguments(options), options.root);
-    if (suggestion.patterns.empty()) {
+    const std::string text = suggestionText(run, above);
+    if (run.suggestion.patterns.empty() && !above) {
         console.error(text + hiddenRemark(hiddenLeftOut));
         return ExitCode::NoCases;
     }

@@ -155,20 +155,91 @@ TEST(CasetableSuggest, SaysWhyThereIsNoMarker)
     }
 }
 
-TEST(CasetableSuggest, SaysThatFoldersDifferBeforeWhichNoMarkerCanStand)
+TEST(CasetableSuggest, TakesTheFolderAboveWhereNoMarkerCanStandBeforeTheFirstFolders)
 {
     const TemporaryTree tree;
     for (const std::string folder : {"300", "350", "400"})
         tree.file("nn/" + folder + "/out.dat");
+    tree.file("beside/out.dat");
+    tree.link("link", "nn");
 
-    EXPECT_EQ(
-        message(run(tree, {"--suggest", "nn"}).errors),
-        "no marker can be suggested: no text is followed by varying values in most paths below "
-        "nn; the names of the first folders differ (300, 350, 400), but no marker can stand "
-        "before them; the folder above as ROOT makes room");
-    const Outcome above = run(tree, {"--suggest", "."});
-    EXPECT_EQ(above.exitCode, 0) << above;
-    EXPECT_EQ(above.output.substr(0, above.output.find('\n')), "casetable -n nn/ .");
+    const std::vector<std::pair<std::string, std::string>> lines = {
+        {"nn", "-n nn/ ."},
+        {"./nn//", "-n nn/ ."},
+        {"nn/.", "-n nn/ nn/./.."},
+        {"nn/300/..", "-n nn/ nn/300/../.."},
+        {tree.path("nn"), "-n nn/ " + tree.path()},
+        {"link", "--follow -n link/ ."}};
+    for (const auto& [root, line] : lines) {
+        SCOPED_TRACE(root);
+        const Outcome outcome = run(tree, {"--suggest", root});
+        EXPECT_EQ(outcome.exitCode, 0) << outcome;
+        EXPECT_EQ(outcome.output.substr(0, outcome.output.find('\n')), "casetable " + line);
+        expectLineToWork(tree, {"--suggest", root}, 3, 3);
+    }
+    Setting below = in(tree);
+    below.folder = tree.path("nn");
+    for (const std::string root : {".", "./", "300/.."}) {
+        const Outcome outcome = run({"--suggest", root}, below);
+        EXPECT_EQ(outcome.output.substr(0, outcome.output.find('\n')),
+                  "casetable -n nn/ " + std::string(root == "300/.." ? "300/../.." : ".."));
+    }
+}
+
+TEST(CasetableSuggest, AddsTheLineForTheFolderAboveWhereItReadsMore)
+{
+    const TemporaryTree tree;
+    for (const std::string day : {"2024-01-31", "2024-02-01"}) {
+        for (const std::string test : {"1", "2", "3"})
+            tree.file("r/" + day + "_test" + test + "/out.log");
+    }
+    const Outcome outcome = run(tree, {"--suggest", "r"});
+    ASSERT_EQ(outcome.exitCode, 0) << outcome;
+    EXPECT_EQ(outcome.output.substr(0, outcome.output.find('\n')), "casetable -n _test r");
+    const std::string line = "casetable -s r/ -n _test .\n";
+    ASSERT_EQ(outcome.output.substr(outcome.output.size() - line.size()), line) << outcome;
+    EXPECT_NE(outcome.output.find("matches 6 of 6 files, 6 cases ("), std::string::npos) << outcome;
+    EXPECT_EQ(parseCsv(runInShell(tree, line).output).size(), 6u + 1);
+}
+
+TEST(CasetableSuggest, SeesTheSameFilesFromTheFolderAbove)
+{
+    const TemporaryTree tree;
+    for (const std::string folder : {"300", "350", "400"}) {
+        for (const std::string file : {"out.dat", "old/out.dat", "a/b/deep.dat", "x.tmp"})
+            tree.file("we*ird [1]/" + folder + "/" + file);
+        tree.file(".hidden/" + folder + "/out.dat");
+    }
+    const std::string root = "we*ird [1]";
+    expectLineToWork(tree, {"--suggest", "--max-depth", "2", root}, 6, 3);
+    expectLineToWork(tree, {"--suggest", "--exclude=/*/old/", "--exclude=*.tmp", root}, 6, 3);
+    expectLineToWork(tree, {"--suggest", "--exclude=4*/a", "--exclude=400/old", root}, 10, 3);
+    expectLineToWork(tree, {"--suggest", "--hidden", ".hidden"}, 3, 3);
+}
+
+TEST(CasetableSuggest, GivesNoLineForAFolderAboveThatDoesNotShowTheRoot)
+{
+    const TemporaryTree tree;
+    for (const std::string folder : {"300", "350", "400"}) {
+        tree.file("nn/" + folder + "/out.dat");
+        tree.file(".nn/" + folder + "/out.dat");
+    }
+    const std::vector<Arguments> given = {
+        {"--suggest", ".nn"}, {"--suggest", "--exclude=n*", "nn"}, {"--suggest", "--from-list=-"}};
+    Setting setting = in(tree);
+    tree.file("list", "300/out.dat\n350/out.dat\n400/out.dat\n");
+    setting.input = tree.path("list");
+    for (const Arguments& arguments : given) {
+        const Outcome outcome = run(arguments, setting);
+        EXPECT_EQ(outcome.exitCode, 1) << outcome;
+        EXPECT_EQ(
+            message(outcome.errors),
+            "no marker can be suggested: no text is followed by varying values in most paths " +
+                std::string(arguments.back() == "--from-list=-" ? "in the list"
+                                                                : "below " + arguments.back()) +
+                "; the names of the first folders differ (300, 350, 400), but no marker can "
+                "stand before them");
+    }
 }
 
 TEST(CasetableSuggest, SaysWhatIsHidden)

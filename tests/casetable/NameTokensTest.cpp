@@ -58,6 +58,8 @@ TEST(NameTokens, DivideWordsBeforeCapitals)
 {
     EXPECT_EQ(tokens({"wingA"}), "w:wing w:A");
     EXPECT_EQ(tokens({"WINGa"}), "w:WINGa");
+    EXPECT_EQ(tokens({"kEpsilon"}), "w:kEpsilon");
+    EXPECT_EQ(tokens({"kOmegaSST"}), "w:kOmega w:SST");
 }
 
 TEST(NameTokens, TakeADashForASignWhereOtherNamesHaveNone)

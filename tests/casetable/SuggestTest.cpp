@@ -90,6 +90,7 @@ void expectSame(const Suggestion& one, const Suggestion& other)
     EXPECT_EQ(one.matchedFiles, other.matchedFiles);
     EXPECT_EQ(one.cases, other.cases);
     EXPECT_EQ(one.unmarked, other.unmarked);
+    EXPECT_EQ(one.mixed, other.mixed);
 }
 
 Paths shuffled(const Paths& paths, plain::Random& random)
@@ -208,6 +209,27 @@ TEST(Suggest, TakesNamesOfFoldersAsValues)
               Samples({{"0b11ee", "77b2c1", "a3f9c2"}}));
 }
 
+TEST(Suggest, TakesNamesOfFoldersWithNumbersAsValuesToo)
+{
+    Paths paths;
+    for (const std::string data : {"cifar10/", "imagenet/", "mnist/"}) {
+        for (const std::string model : {"resnet50/", "vit_b16/"})
+            paths.push_back("outputs/" + data + model + "metrics.json");
+    }
+    const Suggestion suggestion = suggest(paths);
+    EXPECT_EQ(markers(suggestion), Markers({"s /", "s /"}));
+    EXPECT_EQ(samples(suggestion),
+              Samples({{"cifar10", "imagenet", "mnist"}, {"resnet50", "vit_b16"}}));
+}
+
+TEST(Suggest, TakesTheFirstWordsOfFoldersThatAreCombinedWithOthersAsValues)
+{
+    const Suggestion suggestion =
+        suggest({"all/water-hot/x", "all/water-cold/x", "all/oil-hot/x", "all/oil-cold/x"});
+    EXPECT_EQ(markers(suggestion), Markers({"s all/", "s -"}));
+    EXPECT_EQ(samples(suggestion), Samples({{"oil", "water"}, {"cold", "hot"}}));
+}
+
 TEST(Suggest, TakesNoNamesOfFoldersThatHoldDifferentThings)
 {
     EXPECT_EQ(markers(Paths{"all/src/main.cpp", "all/src/help.cpp", "all/doc/guide.md",
@@ -251,6 +273,134 @@ TEST(Suggest, KeepsASingleLetterThatTheNextMarkerWouldRefuse)
     EXPECT_EQ(suggestion.cases, 3u);
 }
 
+TEST(Suggest, LeavesOutWhatRepeatsAValueBefore)
+{
+    EXPECT_EQ(markers(Paths{"sub01/sub01_T300.dat", "sub01/sub01_T400.dat", "sub02/sub02_T300.dat",
+                            "sub02/sub02_T400.dat"}),
+              Markers({"n sub", "n T"}));
+    EXPECT_EQ(markers(Paths{"log2024-01-31/data_20240131.csv", "log2024-02-01/data_20240201.csv"}),
+              Markers({"s log"}));
+    Paths runs;
+    for (int run = 3; run < 12; ++run)
+        runs.push_back("run_" + std::string(run < 10 ? "000" : "00") + std::to_string(run) +
+                       "/out_" + std::to_string(run) + ".dat");
+    EXPECT_EQ(markers(runs), Markers({"n run_"}));
+}
+
+TEST(Suggest, KeepsFewShortValuesThatAgreeByChanceAndTheOthersThatBelongTogether)
+{
+    EXPECT_EQ(markers(Paths{"nx10_ny10/x", "nx20_ny20/x"}), Markers({"n nx", "n ny"}));
+    EXPECT_EQ(markers(Paths{"run_0001/T300/x", "run_0002/T350/x", "run_0003/T400/x"}),
+              Markers({"n run_", "n T"}));
+}
+
+TEST(Suggest, FindsKeysAndValuesDividedByDashesInFileNames)
+{
+    Paths paths;
+    for (const std::string sub : {"01", "02", "03"}) {
+        for (const std::string ses : {"pre", "post"}) {
+            for (const std::string task : {"rest", "nback"}) {
+                for (const std::string run : {"01", "02"})
+                    paths.push_back("sub-" + sub + "/ses-" + ses + "/func/sub-" + sub + "_ses-" +
+                                    ses + "_task-" + task + "_run-" + run + "_bold.nii.gz");
+            }
+        }
+    }
+    const Suggestion suggestion = suggest(paths);
+    EXPECT_EQ(markers(suggestion), Markers({"n sub-", "s ses-", "s _task-", "n _run-"}));
+    EXPECT_EQ(suggestion.cases, 24u);
+    // One alone may be any text.
+    EXPECT_EQ(markers(Paths{"run1/wake-upper.dat", "run1/wake-lower.dat", "run2/wake-upper.dat",
+                            "run2/wake-lower.dat"}),
+              Markers({"n run"}));
+}
+
+TEST(Suggest, EndsAValueOfSeveralWordsBeforeTheNextKey)
+{
+    const Suggestion equals =
+        suggest({"model=resnet50,opt=adam,lr=1e-3/x", "model=resnet50,opt=sgd,lr=1e-2/x",
+                 "model=vit_b_16,opt=adam,lr=1e-2/x", "model=vit_b_16,opt=sgd,lr=1e-3/x"});
+    EXPECT_EQ(markers(equals), Markers({"s model=", "s ,opt=", "n ,lr="}));
+    EXPECT_EQ(equals.patterns.at(0).sample, Markers({"resnet50", "vit_b_16"}));
+    const Suggestion dashes = suggest({"in/acq-highRes_dir-AP_x.dat", "in/acq-low2_dir-PA_x.dat"});
+    EXPECT_EQ(markers(dashes), Markers({"s acq-", "s _dir-"}));
+    EXPECT_EQ(samples(dashes), Samples({{"highRes", "low2"}, {"AP_x", "PA_x"}}));
+    // It would be read up to the end.
+    EXPECT_EQ(
+        markers(Paths{"sub-01/sub-01_task-go_bold.nii", "sub-01/sub-01_task-go_events.tsv",
+                      "sub-02/sub-02_task-stop_bold.nii", "sub-02/sub-02_task-stop_events.tsv"}),
+        Markers({"n sub-"}));
+}
+
+TEST(Suggest, TakesTextInFileNamesAsAValueWhereFoldersDoNotTellFilesApart)
+{
+    Paths flat;
+    Paths folders;
+    for (const std::string n : {"10", "20", "40"}) {
+        for (const std::string word : {"bicg", "cg", "gmres"})
+            flat.push_back("solver_" + word + "_n" + n + ".csv");
+        for (const std::string word : {"pressure", "velocity"})
+            folders.push_back("n" + n + "/out_" + word + ".csv");
+        for (const std::string name : {"flow.vtu", "forces.dat", "solver.log"})
+            folders.push_back("n" + n + "/" + name);
+    }
+    const Suggestion suggestion = suggest(flat);
+    EXPECT_EQ(markers(suggestion), Markers({"s solver_", "n _n"}));
+    EXPECT_EQ(suggestion.cases, 9u);
+    EXPECT_EQ(markers(folders), Markers({"n n"}));
+}
+
+TEST(Suggest, DoesNotSplitRunsInFoldersThatNoMarkerReads)
+{
+    Paths paths;
+    for (const std::string folder : {"steel/", "alu/", "brass/"}) {
+        for (const std::string name : {"out_pressure.csv", "out_velocity.csv"})
+            paths.push_back(folder + name);
+    }
+    const Suggestion suggestion = suggest(paths);
+    EXPECT_EQ(markers(suggestion), Markers());
+    EXPECT_EQ(suggestion.unmarked, Markers({"alu", "brass", "steel"}));
+}
+
+TEST(Suggest, FindsTheWordThatSeveralNamesBeginWith)
+{
+    Paths paths;
+    for (const std::string version : {"v1.0.2/", "v1.1.0/", "v2.0.0/"}) {
+        for (const std::string mesh : {"meshcoarse/", "meshfine/", "meshmedium/"})
+            paths.push_back(version + mesh + "flow.vtu");
+    }
+    const Suggestion suggestion = suggest(paths);
+    EXPECT_EQ(markers(suggestion), Markers({"s v", "s mesh"}));
+    EXPECT_EQ(samples(suggestion),
+              Samples({{"1.0.2", "1.1.0", "2.0.0"}, {"coarse", "fine", "medium"}}));
+    EXPECT_EQ(markers(Paths{"in/stay/x", "in/star/x", "in/stab/x"}), Markers({"s in/"}));
+    EXPECT_EQ(markers(Paths{"in/mesh/x", "in/meshfine/x", "in/meshcoarse/x"}), Markers({"s in/"}));
+    EXPECT_EQ(markers(Paths{"in/thermal/x", "in/thermite/x", "in/thermo/x"}), Markers({"s in/"}));
+    EXPECT_EQ(markers(Paths{"mat=steelsoft/x", "mat=steelhard/x", "mat=steelmild/x"}),
+              Markers({"s mat="}));
+}
+
+TEST(Suggest, ReadsNoVersionWithoutItsEnd)
+{
+    const Suggestion suggestion =
+        suggest({"v1.0.1/coarse/x", "v1.0.2/fine/x", "v1.0.1/fine/x", "v1.0.2/coarse/x"});
+    EXPECT_EQ(markers(suggestion), Markers({"s /"}));
+    EXPECT_EQ(suggestion.mixed,
+              std::make_pair(std::string("v1.0.1/coarse/x"), std::string("v1.0.2/coarse/x")));
+}
+
+TEST(Suggest, TellsOnlyOfFilesThatAreCertainlyOfDifferentRuns)
+{
+    Paths paths;
+    for (const std::string run : {"run1/", "run2/"}) {
+        for (const std::string name : {"mesh", "flow", "in/log", "out/log", "forces"})
+            paths.push_back(run + name);
+    }
+    const Suggestion suggestion = suggest(paths);
+    EXPECT_EQ(markers(suggestion), Markers({"n run"}));
+    EXPECT_EQ(suggestion.mixed, std::make_pair(std::string(), std::string()));
+}
+
 TEST(Suggest, LeavesOutWhatDoesNotVary)
 {
     EXPECT_EQ(markers(Paths{"v2/T300/Re5/x", "v2/T400/Re5/x"}), Markers({"n T"}));
@@ -275,6 +425,12 @@ TEST(Suggest, DoesNotSplitTheFilesOfARun)
             steps.push_back(run + "flow_" + step + ".vtu");
     }
     EXPECT_EQ(markers(steps), Markers({"n run_"}));
+    Paths images;
+    for (const std::string run : {"run_1/", "run_2/", "run_3/"}) {
+        for (const std::string image : {"000", "001", "002"})
+            images.push_back(run + "IM" + image + ".dcm");
+    }
+    EXPECT_EQ(markers(images), Markers({"n run_"}));
 }
 
 TEST(Suggest, IsNotMisledByFilesThatDoNotFit)
@@ -320,6 +476,20 @@ TEST(Suggest, TakesAnyBytes)
     EXPECT_EQ(markers(Paths{"\xff\xfe=1/x", "\xff\xfe=2/x"}), Markers({"n \xff\xfe="}));
     EXPECT_EQ(markers(Paths{"a\n'1/x", "a\n'2/x"}), Markers({"n a\n'"}));
     EXPECT_EQ(markers(Paths{"\xce\xb1=1/x", "\xce\xb1=2/x"}), Markers({"n \xce\xb1="}));
+}
+
+TEST(Suggest, FindsWhatVeryManyNamesAtOnePlaceShare)
+{
+    plain::Random random(99);
+    Paths paths;
+    for (int i = 0; i < 20000; ++i)
+        paths.push_back("T" + std::to_string(300 + i % 7) + "_" +
+                        plain::randomText(random, "abcdefxyz0123456789", 12) + "x.dat");
+    const Suggestion suggestion = suggest(paths);
+    EXPECT_EQ(markers(suggestion).at(0), "n T");
+    EXPECT_EQ(suggestion.patterns.at(0).valueCount, 7u);
+    expectHonest(paths, suggestion);
+    expectSame(suggestion, suggest(shuffled(paths, random)));
 }
 
 TEST(Suggest, CountsAPathThatIsGivenTwiceOnce)
@@ -404,7 +574,7 @@ TEST(SuggestionText, ShowsTheCommandTheMarkersAndTheCounts)
 {
     const Suggestion suggestion =
         suggest({"wingA/Mach0.80/x", "wingA/Mach0.85/x", "wingB/Mach0.80/x", "README"});
-    EXPECT_EQ(suggestionText(suggestion, {"--follow"}, "my results"),
+    EXPECT_EQ(suggestionText({suggestion, {"--follow"}, "my results"}),
               "casetable --follow -s wing -n Mach 'my results'\n"
               "\n"
               "marker  type    values  sample\n"
@@ -419,12 +589,13 @@ TEST(SuggestionText, ShowsOnlyTheBeginningOfMany)
     Paths paths;
     for (int i = 10; i < 2000; ++i)
         paths.push_back("in/T" + std::to_string(i) + "/" + std::string(300, 'x'));
-    const std::string text = suggestionText(suggest(paths), {}, "r");
+    const std::string text = suggestionText({suggest(paths), {}, "r"});
     EXPECT_NE(text.find("T       number    1990  10, 11, 12, 13, 14, ...\n"), std::string::npos)
         << text;
     const std::string longText = suggestionText(
-        suggest({"in=" + std::string(40, 'a') + "/x", "in=" + std::string(40, 'b') + "/x"}), {},
-        "r");
+        {suggest({"in=" + std::string(40, 'a') + "/x", "in=" + std::string(40, 'b') + "/x"}),
+         {},
+         "r"});
     EXPECT_NE(longText.find("  " + std::string(24, 'a') + "..., " + std::string(24, 'b') + "...\n"),
               std::string::npos)
         << longText;
@@ -433,7 +604,7 @@ TEST(SuggestionText, ShowsOnlyTheBeginningOfMany)
 TEST(SuggestionText, EscapesWhatCouldDriveTheTerminal)
 {
     const Suggestion suggestion = suggest({"\x1b[=1/x", "\x1b[=2/x"});
-    const std::string text = suggestionText(suggestion, {}, "a\nb");
+    const std::string text = suggestionText({suggestion, {}, "a\nb"});
     EXPECT_EQ(text.substr(0, text.find('\n')), "casetable -n $'\\033[=' $'a\\012b'");
     EXPECT_NE(text.find("\\x1b[="), std::string::npos) << text;
 }
@@ -443,7 +614,7 @@ TEST(SuggestionText, GivesTheProgramMarkersAndFoldersThatBeginWithADash)
     Suggestion suggestion;
     suggestion.patterns = {{MetadataPattern("-x", MetadataPattern::StringValue), 2, {}},
                            {MetadataPattern("-'", MetadataPattern::NumberValue), 2, {}}};
-    EXPECT_EQ(commandLine(suggestion, {}, "-r"), "casetable --string=-x '--number=-'\\''' -- -r");
+    EXPECT_EQ(commandLine({suggestion, {}, "-r"}), "casetable --string=-x '--number=-'\\''' -- -r");
 }
 
 TEST(SuggestionText, QuotesWhatSomeShellsWouldLookUpAsACommand)
@@ -451,14 +622,14 @@ TEST(SuggestionText, QuotesWhatSomeShellsWouldLookUpAsACommand)
     Suggestion suggestion;
     suggestion.patterns = {{MetadataPattern("==", MetadataPattern::StringValue), 2, {}},
                            {MetadataPattern("a=", MetadataPattern::StringValue), 2, {}}};
-    EXPECT_EQ(commandLine(suggestion, {}, "r"), "casetable -s '==' -s a= r");
+    EXPECT_EQ(commandLine({suggestion, {}, "r"}), "casetable -s '==' -s a= r");
 }
 
 TEST(SuggestionText, SaysInOneLineWhyThereIsNothingToSay)
 {
-    EXPECT_EQ(suggestionText(suggest({}), {}, "r"),
+    EXPECT_EQ(suggestionText({suggest({}), {}, "r"}),
               "no marker can be suggested: there is no file below r");
-    EXPECT_EQ(suggestionText(suggest({"a", "b"}), {}, "r"),
+    EXPECT_EQ(suggestionText({suggest({"a", "b"}), {}, "r"}),
               "no marker can be suggested: no text is followed by varying values in most paths "
               "below r");
 }
@@ -466,11 +637,57 @@ TEST(SuggestionText, SaysInOneLineWhyThereIsNothingToSay)
 TEST(SuggestionText, SaysWhatIsNotRead)
 {
     const std::string text = suggestionText(
-        suggest({"steel/T300/x", "steel/T400/x", "alu/T300/x", "alu/T400/x"}), {}, "r");
+        {suggest({"steel/T300/x", "steel/T400/x", "alu/T300/x", "alu/T400/x"}), {}, "r"});
     EXPECT_NE(text.find("matches 4 of 4 files, 2 cases\nthe names of the first folders differ "
                         "(alu, steel), "),
               std::string::npos)
         << text;
+}
+
+TEST(SuggestionText, SaysThatDifferentRunsMayBeOneCase)
+{
+    Suggestion suggestion = suggest({"T1/x", "T2/x"});
+    suggestion.mixed = {"T1\n/a/x", "T1\n/b/x"};
+    const std::string line =
+        "different runs may be one case: T1\\n/a/x and T1\\n/b/x are not told apart\n";
+    const std::string text = suggestionText({suggestion, {}, "r"});
+    EXPECT_NE(text.find("2 cases\n" + line), std::string::npos) << text;
+    suggestion.unmarked = {"a", "b"};
+    EXPECT_EQ(suggestionText({suggestion, {}, "r"}).find(line), std::string::npos);
+}
+
+TEST(SuggestionText, AddsTheCommandForTheFolderAbove)
+{
+    const Paths paths = {"steel/T300/x", "steel/T400/x", "alu/T300/x", "alu/T400/x"};
+    Paths pathsAbove;
+    for (const std::string& path : paths)
+        pathsAbove.push_back("r/" + path);
+    const RunAbove above = {{suggest(pathsAbove), {"--follow"}, "."}, "r"};
+
+    const std::string text = suggestionText({suggest(paths), {}, "./r"}, above);
+
+    EXPECT_EQ(text.substr(text.find("matches")),
+              "matches 4 of 4 files, 2 cases\n"
+              "the names of the first folders differ (alu, steel), but no marker can stand before "
+              "them; the folder above as ROOT makes room and matches 4 of 4 files, 4 cases (what "
+              "stands beside r is walked too, and seldom matches):\n"
+              "casetable --follow -s r/ -n T .\n");
+}
+
+TEST(SuggestionText, GivesTheCommandForTheFolderAboveWhereThereIsNoOther)
+{
+    const Paths paths = {"300/x", "400/x", "500/x"};
+    const RunAbove above = {{suggest({"r/300/x", "r/400/x", "r/500/x"}), {}, "."}, "r"};
+    EXPECT_EQ(suggestionText({suggest(paths), {}, "r"}, above),
+              "casetable -n r/ .\n"
+              "\n"
+              "marker  type    values  sample\n"
+              "r/      number       3  300, 400, 500\n"
+              "\n"
+              "matches 3 of 3 files, 3 cases\n"
+              "ROOT is the folder above: below r the names of the first folders differ (300, 400, "
+              "500), but no marker can stand before them; what stands beside r is walked too, and "
+              "seldom matches\n");
 }
 
 } // namespace tests

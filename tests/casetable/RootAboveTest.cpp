@@ -1,0 +1,100 @@
+#include "casetable/RootAbove.h"
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/casetable/TemporaryTree.h"
+
+namespace casetable {
+namespace tests {
+
+namespace {
+
+Options below(const std::string& root)
+{
+    Options options;
+    options.root = root;
+    return options;
+}
+
+} // namespace
+
+TEST(RootAbove, IsTheFolderThatTheRootStandsIn)
+{
+    const TemporaryTree tree;
+    tree.folder("a/b/c");
+    const std::vector<std::pair<std::string, std::string>> roots = {
+        {"a/b", "a"}, {"a/b///", "a"}, {"a/b/.", "a/b/./.."}, {"a/b/c/..", "a/b/c/../.."}};
+    for (const auto& [root, expected] : roots) {
+        SCOPED_TRACE(root);
+        const std::optional<RootAbove> above = rootAbove(below(tree.path(root)));
+        ASSERT_TRUE(above);
+        EXPECT_EQ(above->options.root, tree.path(expected));
+        EXPECT_EQ(above->name, "b");
+        EXPECT_FALSE(above->options.follow);
+    }
+    EXPECT_EQ(rootAbove(below("a"))->options.root, ".");
+    EXPECT_EQ(rootAbove(below("/a"))->options.root, "/");
+    EXPECT_EQ(rootAbove(below("."))->options.root, "..");
+    EXPECT_EQ(rootAbove(below(".."))->options.root, "../..");
+}
+
+TEST(RootAbove, IsNoneWhereNoFolderIsAboveOrItIsMissing)
+{
+    EXPECT_FALSE(rootAbove(below("/")));
+    EXPECT_FALSE(rootAbove(below("//")));
+    EXPECT_FALSE(rootAbove(below("/.")));
+    EXPECT_FALSE(rootAbove(below("")));
+    const TemporaryTree tree;
+    EXPECT_FALSE(rootAbove(below(tree.path("missing/a"))));
+    EXPECT_FALSE(rootAbove(below(tree.path("missing/.."))));
+}
+
+TEST(RootAbove, FollowsARootThatIsALink)
+{
+    const TemporaryTree tree;
+    tree.folder("a");
+    tree.link("link", "a");
+    for (const char* root : {"link", "link/"}) {
+        const std::optional<RootAbove> above = rootAbove(below(tree.path(root)));
+        ASSERT_TRUE(above);
+        EXPECT_EQ(above->name, "link");
+        EXPECT_TRUE(above->options.follow);
+    }
+}
+
+TEST(RootAbove, SelectsTheSameFiles)
+{
+    Options options = below("a*b");
+    options.selection.maxDepth = 2;
+    for (const char* glob : {"*.tmp", "old/", "/x/y*", "x/y/", "**/z"})
+        options.selection.excluded.emplace_back(glob);
+
+    const std::optional<RootAbove> above = rootAbove(options);
+
+    ASSERT_TRUE(above);
+    EXPECT_EQ(above->options.selection.maxDepth, 3u);
+    std::vector<std::string> globs;
+    for (const Glob& glob : above->options.selection.excluded)
+        globs.push_back(glob.text());
+    EXPECT_EQ(globs, std::vector<std::string>(
+                         {"*.tmp", "old/", "/a\\*b/x/y*", "/a\\*b/x/y/", "/a\\*b/**/z"}));
+}
+
+TEST(RootAbove, IsNoneWhereTheRootWouldBeLeftOut)
+{
+    Options hidden = below(".a");
+    EXPECT_TRUE(rootAbove(hidden));
+    hidden.selection.hidden = false;
+    EXPECT_FALSE(rootAbove(hidden));
+    Options excluded = below("abc");
+    excluded.selection.excluded.emplace_back("a*");
+    EXPECT_FALSE(rootAbove(excluded));
+}
+
+} // namespace tests
+} // namespace casetable
