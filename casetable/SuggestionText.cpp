@@ -162,8 +162,8 @@ std::string suggestionText(const SuggestedRun& run, const std::optional<RunAbove
     if (!suggestion.unmarked.empty())
         text += unmarkedHint(suggestion) + (above ? "" : "\n");
     if (above)
-        text += "; the folder above as ROOT makes room and " + counts(above->run.suggestion) +
-                " (" + besideRoot(*above) + "):\n" + commandLine(above->run) + '\n';
+        text += "; the folder above as ROOT makes room:\n\n" + commandLine(above->run) + "\n\n" +
+                counts(above->run.suggestion) + "; " + besideRoot(*above) + '\n';
     return text;
 }
 

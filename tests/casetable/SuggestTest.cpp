@@ -669,9 +669,12 @@ TEST(SuggestionText, AddsTheCommandForTheFolderAbove)
     EXPECT_EQ(text.substr(text.find("matches")),
               "matches 4 of 4 files, 2 cases\n"
               "the names of the first folders differ (alu, steel), but no marker can stand before "
-              "them; the folder above as ROOT makes room and matches 4 of 4 files, 4 cases (what "
-              "stands beside r is walked too, and seldom matches):\n"
-              "casetable --follow -s r/ -n T .\n");
+              "them; the folder above as ROOT makes room:\n"
+              "\n"
+              "casetable --follow -s r/ -n T .\n"
+              "\n"
+              "matches 4 of 4 files, 4 cases; what stands beside r is walked too, and seldom "
+              "matches\n");
 }
 
 TEST(SuggestionText, GivesTheCommandForTheFolderAboveWhereThereIsNoOther)
