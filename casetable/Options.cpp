@@ -150,14 +150,13 @@ struct OptionNames {
             const bool takesValue = option->get_items_expected_max() > 0;
             for (const std::string& letter : option->get_snames())
                 (takesValue ? shortWithValue : shortFlags) += letter;
-            for (const std::string& name : option->get_lnames()) {
-                if (takesValue)
-                    longWithValue.push_back("--" + name);
-            }
+            for (const std::string& name : option->get_lnames())
+                (takesValue ? longWithValue : longFlags).push_back("--" + name);
         }
     }
 
     std::vector<std::string> longWithValue;
+    std::vector<std::string> longFlags;
     std::string shortWithValue; // The letters.
     std::string shortFlags;
 };
@@ -184,8 +183,9 @@ bool hasOtherBehindFlags(const OptionNames& names, const std::string& argument)
 }
 
 // The library reads some arguments in ways that nobody would expect. It takes the value of
-// "--option=" from the next argument; here it is an empty value. And what stands behind flags it
-// reads as an argument of its own, which may even be the folder.
+// "--option=" from the next argument; here it is an empty value. It takes flags with a value, some
+// of which turn them off. And what stands behind flags it reads as an argument of its own, which
+// may even be the folder.
 void refuseSurprises(const CLI::App& app, int argc, const char* const* argv)
 {
     const OptionNames names(app);
@@ -196,6 +196,10 @@ void refuseSurprises(const CLI::App& app, int argc, const char* const* argv)
         for (const std::string& option : names.longWithValue) {
             if (argument == option + "=")
                 failUsage(option + ": the value is empty");
+        }
+        for (const std::string& flag : names.longFlags) {
+            if (argument.compare(0, flag.size() + 1, flag + "=") == 0)
+                failUsage(flag + ": takes no value");
         }
         if (takesNextArgument(names, argument))
             ++i;

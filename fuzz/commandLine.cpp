@@ -59,6 +59,12 @@ public:
             throw WrongUsage();
         if (listed)
             options.selection.hidden = true;
+        if (options.suggest) {
+            if (!options.patterns.empty() || !options.identifiers.empty() || format_ || files_ ||
+                unmatched_ || options.explain)
+                throw WrongUsage();
+            return;
+        }
         if (options.patterns.empty() || (files_ && unmatched_) ||
             (unmatched_ && !options.identifiers.empty()))
             throw WrongUsage();
@@ -114,10 +120,14 @@ private:
             {"--string", 's'},    {"--number", 'n'},     {"--aux", 'a'},       {"--format", 'f'},
             {"--output", 'o'},    {"--follow", 'L'},     {"--quiet", 'q'},     {"--files", 'F'},
             {"--unmatched", 'U'}, {"--keep-going", 'K'}, {"--from-list", 'l'}, {"--null", '0'},
-            {"--exclude", 'E'},   {"--hidden", 'H'},     {"--max-depth", 'd'}, {"--explain", 'X'}};
+            {"--exclude", 'E'},   {"--hidden", 'H'},     {"--max-depth", 'd'}, {"--explain", 'X'},
+            {"--suggest", 'S'}};
         const std::size_t equals = argument.find('=');
         const auto letter = letters.find(argument.substr(0, equals));
         if (letter == letters.end())
+            throw WrongUsage();
+        const bool isFlag = std::string("LqFUK0HS").find(letter->second) != std::string::npos;
+        if (isFlag && equals != std::string::npos)
             throw WrongUsage();
         if (equals == std::string::npos)
             take(letter->second, [this] { return nextArgument(); });
@@ -186,6 +196,9 @@ private:
             break;
         case 'F':
             files_ = true;
+            break;
+        case 'S':
+            options.suggest = true;
             break;
         case 'X':
             options.explain = value();
@@ -366,23 +379,18 @@ std::string shown(const casetable::Options& options)
            (options.explain ? fuzz::shown(*options.explain) : "none") + " rows " +
            std::to_string(static_cast<int>(options.rows)) + " keepGoing " +
            std::to_string(options.keepGoing) + " follow " + std::to_string(options.follow) +
-           " quiet " + std::to_string(options.quiet);
+           " quiet " + std::to_string(options.quiet) + " suggest " +
+           std::to_string(options.suggest);
 }
 
-/// Asks for something to be printed, or gives a flag a value, which is nowhere promised to work or
-/// to fail; such a value may also be the argument of an option, but that is no loss.
+/// Asks for something to be printed, or may do so; it may also be the value of an option, but that
+/// is no loss.
 bool isLeftOut(const std::string& argument)
 {
     if (argument.substr(0, 3) == "--h" || argument.substr(0, 3) == "--v")
         return true;
-    if (argument.size() > 1 && argument[0] == '-' && argument[1] != '-')
-        return argument.find('h') != std::string::npos;
-    for (const char* const flag : {"--follow=", "--quiet=", "--files=", "--unmatched=",
-                                   "--keep-going=", "--null=", "--hidden="}) {
-        if (argument.find(flag) == 0)
-            return true;
-    }
-    return false;
+    return argument.size() > 1 && argument[0] == '-' && argument[1] != '-' &&
+           argument.find('h') != std::string::npos;
 }
 
 } // namespace

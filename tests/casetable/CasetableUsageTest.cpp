@@ -120,6 +120,18 @@ TEST(CasetableUsage, RefusesAnythingButOneRoot)
     expectWrongUsage({"-n", "T", "results", "--", "-x"}, "-x");
 }
 
+TEST(CasetableUsage, RefusesAFlagWithAValue)
+{
+    expectWrongUsage({"-n", "T", "--quiet=0", "results"}, "--quiet: takes no value");
+    expectWrongUsage({"-n", "T", "--files=", "results"}, "--files: takes no value");
+    expectWrongUsage({"--suggest=true", "results"}, "--suggest: takes no value");
+    expectWrongUsage({"--help=0"}, "--help: takes no value");
+
+    const TemporaryTree tree;
+    tree.file("results/--quiet=1");
+    EXPECT_EQ(run(tree, {"-n", "--quiet=", "results"}).output, "case,--quiet=\r\n0,1\r\n");
+}
+
 TEST(CasetableUsage, RefusesAnEmptyRoot)
 {
     expectWrongUsage({"-n", "T", ""}, "ROOT");
