@@ -179,7 +179,8 @@ std::vector<std::string> FileList::doubts() const
         doubts.push_back(name_ + ": all lines end in CR LF, and the CR is taken as a part of the "
                                  "paths");
     if (std::any_of(paths_.begin(), paths_.end(), isQuoted))
-        doubts.push_back(name_ + ": quotes around paths are taken as parts of them");
+        doubts.push_back(name_ + ": quotes around paths are taken as parts of them; with --null a "
+                                 "lister need not quote, as with -z or -print0");
     return doubts;
 }
 

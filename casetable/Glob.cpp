@@ -61,17 +61,25 @@ Glob::Glob(const std::string& text) : text_(text)
 
 bool Glob::matches(std::string_view path, bool isFolder) const
 {
+    if (!isMatch(path, isFolder))
+        return false;
+    *matched_ = true;
+    return true;
+}
+
+bool Glob::isMatch(std::string_view path, bool isFolder) const
+{
     if (foldersOnly_ && !isFolder)
         return false;
     if (needsPath_)
-        return matchesPath(componentsOf(path));
+        return isMatch(componentsOf(path));
     const std::string name(path.substr(path.rfind('/') + 1));
     return name != "." && matchesComponent(components_.front(), name);
 }
 
 // Where the components do not go on, the last "**" passed takes one more. Those before it need not
 // be tried again: whatever they could leave to the last, it can take itself.
-bool Glob::matchesPath(const std::vector<std::string>& path) const
+bool Glob::isMatch(const std::vector<std::string>& path) const
 {
     if (path.empty())
         return false; // The folder "." of a list is the root.

@@ -1,6 +1,8 @@
 #ifndef CASETABLE_GLOB_H
 #define CASETABLE_GLOB_H
 
+#include <atomic>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,16 +32,21 @@ public:
     /// entry is asked about, not the folders above it.
     bool matches(std::string_view path, bool isFolder) const;
 
+    /// Whether it, or a copy of it, has matched anything so far; may be asked from any thread.
+    bool hasMatched() const { return *matched_; }
+
     /// The pattern as it was given.
     const std::string& text() const { return text_; }
 
 private:
-    bool matchesPath(const std::vector<std::string>& path) const;
+    bool isMatch(std::string_view path, bool isFolder) const;
+    bool isMatch(const std::vector<std::string>& path) const;
 
     std::string text_;
     std::vector<std::string> components_;
     bool needsPath_ = false;
     bool foldersOnly_ = false;
+    std::shared_ptr<std::atomic<bool>> matched_ = std::make_shared<std::atomic<bool>>(false);
 };
 
 } // namespace casetable

@@ -172,6 +172,15 @@ bool takesNextArgument(const OptionNames& names, const std::string& argument)
     return argument.find_first_of(names.shortWithValue, 1) == argument.size() - 1;
 }
 
+// True for -suggest, which would be -s with the marker "uggest".
+bool isLongNameWithOneDash(const OptionNames& names, const std::string& argument)
+{
+    const std::string name = '-' + argument.substr(0, argument.find('='));
+    const auto isName = [&name](const std::string& known) { return known == name; };
+    return std::any_of(names.longWithValue.begin(), names.longWithValue.end(), isName) ||
+           std::any_of(names.longFlags.begin(), names.longFlags.end(), isName);
+}
+
 // True for flags in one argument, such as -qL, with something behind them that is no letter.
 bool hasOtherBehindFlags(const OptionNames& names, const std::string& argument)
 {
@@ -197,6 +206,8 @@ void refuseSurprises(const CLI::App& app, int argc, const char* const* argv)
             if (argument == option + "=")
                 failUsage(option + ": the value is empty");
         }
+        if (isLongNameWithOneDash(names, argument))
+            failUsage(argument + ": it takes two dashes, as in -" + argument);
         for (const std::string& flag : names.longFlags) {
             if (argument.compare(0, flag.size() + 1, flag + "=") == 0)
                 failUsage(flag + ": takes no value");
@@ -207,8 +218,9 @@ void refuseSurprises(const CLI::App& app, int argc, const char* const* argv)
 }
 
 // The library may complain of what is missing before, or beside, what it did not expect.
-void refuseUnexpected(const std::vector<std::string>& remaining)
+void refuseUnexpected(const CLI::App& app)
 {
+    const std::vector<std::string> remaining = app.remaining();
     if (std::find(remaining.begin(), remaining.end(), "--") != remaining.end())
         return;
     for (const std::string& argument : remaining) {
@@ -216,8 +228,8 @@ void refuseUnexpected(const std::vector<std::string>& remaining)
             failUsage(argument + ": there is no such option; --help lists those that there are");
     }
     if (!remaining.empty())
-        failUsage("there is more than one ROOT, such as '" + remaining.front() +
-                  "'; wildcards in options need quotes");
+        failUsage("there is more than one ROOT: '" + app.get_option("ROOT")->results().front() +
+                  "' and '" + remaining.front() + "'; blanks and wildcards need quotes");
 }
 
 // Prints what --help or --version asked for.
@@ -332,10 +344,10 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
         print(text.str());
         return std::nullopt;
     } catch (const CLI::RequiredError&) {
-        refuseUnexpected(app.remaining());
+        refuseUnexpected(app);
         failUsage("ROOT, the folder to import, is missing; --help shows examples");
     } catch (const CLI::ParseError& error) {
-        refuseUnexpected(app.remaining());
+        refuseUnexpected(app);
         failUsage(error.what());
     }
 

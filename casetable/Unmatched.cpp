@@ -31,12 +31,30 @@ std::vector<std::size_t> failureCounts(const std::vector<UnmatchedFile>& files,
     return counts;
 }
 
-// The program stays in the "C" locale, so letters are those of ASCII.
-bool containsInOtherLetters(const std::string& path, const std::string& marker)
+bool beginsNumber(const std::string& path, std::size_t position)
 {
-    const auto lower = [](char c) { return std::tolower(static_cast<unsigned char>(c)); };
-    return std::search(path.begin(), path.end(), marker.begin(), marker.end(),
-                       [lower](char a, char b) { return lower(a) == lower(b); }) != path.end();
+    for (const char optional : {'-', '.'})
+        position += position < path.size() && path[position] == optional ? 1 : 0;
+    return position < path.size() && path[position] >= '0' && path[position] <= '9';
+}
+
+// Whether the marker stands in the path but for the case of its letters, a number behind it where
+// one is asked for. The program stays in the "C" locale, so letters are those of ASCII.
+bool standsInOtherCase(const std::string& path, const MetadataPattern& pattern)
+{
+    const auto isSame = [](char a, char b) {
+        return std::tolower(static_cast<unsigned char>(a)) ==
+               std::tolower(static_cast<unsigned char>(b));
+    };
+    const std::string& marker = pattern.pattern;
+    for (auto from = path.begin();; ++from) {
+        from = std::search(from, path.end(), marker.begin(), marker.end(), isSame);
+        if (from == path.end())
+            return false;
+        if (pattern.valueType == MetadataPattern::StringValue ||
+            beginsNumber(path, static_cast<std::size_t>(from - path.begin()) + marker.size()))
+            return true;
+    }
 }
 
 } // namespace
@@ -104,23 +122,25 @@ std::string likelyCause(const MetadataFileCrawler& importer,
     const auto k = static_cast<std::size_t>(std::max_element(failures.begin(), failures.end()) -
                                             failures.begin());
     const std::string& marker = patterns[k].pattern;
-    bool stands = false; // Where it should, in some path.
+    const std::string name = "'" + marker + "'";
+    std::string withoutValue;
     for (const UnmatchedFile& file : files) {
-        if (file.metadataIndex != k || file.markerFound) {
-            stands = stands || file.metadataIndex == k;
+        if (file.metadataIndex != k)
             continue;
-        }
-        if (file.path.find(marker) != std::string::npos)
-            return "'" + marker + "' stands in front of '" + patterns[k - 1].pattern + "' in " +
-                   file.path + ", and markers go from left to right";
-        if (containsInOtherLetters(file.path, marker))
-            return "'" + marker + "' is written with other letters, large or small, in " +
-                   file.path;
+        if (file.markerFound)
+            withoutValue = withoutValue.empty() ? file.path : withoutValue;
+        else if (file.path.find(marker) != std::string::npos)
+            return name + " stands in front of '" + patterns[k - 1].pattern + "' in " + file.path +
+                   ", and markers go from left to right";
+        else if (standsInOtherCase(file.path, patterns[k]))
+            return name + " is written with other letters, large or small, in " + file.path;
     }
-    if (stands)
+    if (!withoutValue.empty())
+        return name + " has no value in " + withoutValue + ", and --explain tells why";
+    if (importer.hasCases())
         return "";
-    if (root.find(marker) != std::string::npos)
-        return "'" + marker + "' stands in " + root + ", but only the paths below it are read";
+    if ((root + '/').find(marker) != std::string::npos)
+        return name + " stands in " + root + ", but only the paths below it are read";
     if (marker.find_first_of("*?[") != std::string::npos)
         return "a marker is a literal text, without wildcards";
     return "";

@@ -35,9 +35,8 @@ std::vector<UnmatchedFile> unmatchedFiles(const MetadataFileCrawler& importer,
 std::string failureSummary(const MetadataFileCrawler& importer,
                            const std::vector<MetadataPattern>& patterns);
 
-/// Where these files are all that there are: one line with the likely reason why the marker that
-/// mostly was the first that failed stands in none of the paths as it should; empty where none is
-/// likely. `root` is the folder as the user named it.
+/// One line with a likely reason why the marker that most often was the first that failed did so;
+/// empty where none is likely. `root` is the folder as the user named it.
 std::string likelyCause(const MetadataFileCrawler& importer,
                         const std::vector<MetadataPattern>& patterns, const std::string& root);
 

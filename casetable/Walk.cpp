@@ -113,6 +113,15 @@ std::string withPath(const std::string& text, const std::string& path)
     return aboutRoot ? path + ": " + text : text;
 }
 
+// The crawler's text for a folder below the root.
+bool isAboutAFolderThatMayNotBeRead(const std::string& text)
+{
+    const std::string beginning = "The specified path: ";
+    const std::string end = " is not readable.";
+    return text.compare(0, beginning.size(), beginning) == 0 && text.size() > end.size() &&
+           text.compare(text.size() - end.size(), end.size(), end) == 0;
+}
+
 std::unique_ptr<FolderCrawler> walkTree(const boost::shared_ptr<FileInfoInterface const>& root,
                                         const std::atomic<std::size_t>& filesSeen, Console& console)
 {
@@ -148,7 +157,14 @@ std::unique_ptr<FolderCrawler> walkTree(const boost::shared_ptr<FileInfoInterfac
 std::unique_ptr<FolderCrawler> walk(FileSystem& fileSystem, const std::string& path,
                                     Console& console)
 {
-    return walkTree(fileSystemRoot(fileSystem, path), fileSystem.filesSeen, console);
+    try {
+        return walkTree(fileSystemRoot(fileSystem, path), fileSystem.filesSeen, console);
+    } catch (const Failure& failure) {
+        if (!isAboutAFolderThatMayNotBeRead(failure.what()))
+            throw;
+        throw Failure(failure.code,
+                      failure.what() + std::string(" --keep-going leaves such folders out."));
+    }
 }
 
 std::unique_ptr<FolderCrawler> walk(FileList& list, Console& console)

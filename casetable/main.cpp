@@ -24,6 +24,7 @@
 #include "casetable/Options.h"
 #include "casetable/Output.h"
 #include "casetable/ReadList.h"
+#include "casetable/Remarks.h"
 #include "casetable/Report.h"
 #include "casetable/RootAbove.h"
 #include "casetable/Suggest.h"
@@ -126,6 +127,17 @@ ExitCode conclude(const Options& options, const Import& import, std::size_t hidd
     console.note("cases: " + std::to_string(import.table().GetNumberOfRows()) + ", from " +
                  std::to_string(matched) + " of " + std::to_string(files) + " files" +
                  (mention ? "; --unmatched lists the others" : "") + hiddenRemark(hiddenLeftOut));
+    for (const Glob& glob : options.selection.excluded) {
+        if (!glob.hasMatched())
+            console.note("--exclude '" + glob.text() + "' left nothing out");
+    }
+    for (const std::string& remark : remarks(import.importer(), options.patterns))
+        console.note(remark);
+    if (mention) {
+        const std::string cause = likelyCause(import.importer(), options.patterns, options.root);
+        if (!cause.empty())
+            console.note(cause);
+    }
     return ExitCode::Cases;
 }
 
@@ -225,6 +237,14 @@ void spareMatchedFile(const std::string& output, const std::string& root, const 
     }
 }
 
+void spareList(const std::string& list, const std::string& output)
+{
+    std::error_code failure;
+    if (list != "-" && std::filesystem::is_regular_file(output, failure) &&
+        std::filesystem::equivalent(output, list, failure))
+        throw Failure(ExitCode::OutputFailed, output + ": is the list itself, and is not replaced");
+}
+
 ExitCode run(const Options& options, Console& console)
 {
     if (options.quiet)
@@ -241,6 +261,8 @@ ExitCode run(const Options& options, Console& console)
     fileSystem.warn = [&console](const std::string& text) { console.warning(text); };
     FileList list(options.list ? listName(*options.list) : "", options.nullSeparated);
     list.selection = options.selection;
+    if (options.list && options.output)
+        spareList(*options.list, *options.output);
     if (options.list)
         readList(*options.list, list, console);
     std::unique_ptr<FolderCrawler> crawler =

@@ -114,7 +114,7 @@ private:
         return arguments_[next_++];
     }
 
-    void takeLong(const std::string& argument)
+    static const std::map<std::string, char>& letters()
     {
         static const std::map<std::string, char> letters = {
             {"--string", 's'},    {"--number", 'n'},     {"--aux", 'a'},       {"--format", 'f'},
@@ -122,9 +122,14 @@ private:
             {"--unmatched", 'U'}, {"--keep-going", 'K'}, {"--from-list", 'l'}, {"--null", '0'},
             {"--exclude", 'E'},   {"--hidden", 'H'},     {"--max-depth", 'd'}, {"--explain", 'X'},
             {"--suggest", 'S'}};
+        return letters;
+    }
+
+    void takeLong(const std::string& argument)
+    {
         const std::size_t equals = argument.find('=');
-        const auto letter = letters.find(argument.substr(0, equals));
-        if (letter == letters.end())
+        const auto letter = letters().find(argument.substr(0, equals));
+        if (letter == letters().end())
             throw WrongUsage();
         const bool isFlag = std::string("LqFUK0HS").find(letter->second) != std::string::npos;
         if (isFlag && equals != std::string::npos)
@@ -137,6 +142,8 @@ private:
 
     void takeShort(const std::string& argument)
     {
+        if (letters().count('-' + argument.substr(0, argument.find('='))) != 0)
+            throw WrongUsage();
         std::size_t at = 1;
         while (at < argument.size()) {
             const char letter = argument[at++];

@@ -44,8 +44,9 @@ TEST(CasetableExitCode, IsOneWhenNoFileMatchedWithALineOnEachFailedMarker)
 
     EXPECT_EQ(outcome.exitCode, 1) << outcome;
     EXPECT_EQ(outcome.output, "case,T,P\r\n");
-    EXPECT_EQ(message(outcome.errors), "no file matched: marker 'P' failed for 4 files, 'T' failed "
-                                       "for 2 files; --unmatched lists them");
+    EXPECT_EQ(message(outcome.errors),
+              "no file matched: marker 'P' failed for 4 files, 'T' failed for 2 files; 'P' has no "
+              "value in T1/Px, and --explain tells why; --unmatched lists them");
 }
 
 TEST(CasetableExitCode, IsOneWithTheLikelyCauseWhereThereIsOne)

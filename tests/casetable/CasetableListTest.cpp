@@ -267,14 +267,19 @@ TEST(CasetableList, ThatIsRefusedLeavesAnEarlierOutputAsItWas)
     EXPECT_EQ(tree.content("out"), "earlier");
 }
 
-TEST(CasetableList, MayBeReplacedByTheOutput)
+TEST(CasetableList, IsNotReplacedByTheOutput)
 {
     const TemporaryTree tree;
     tree.file("list", "T1/x\n");
+    tree.link("link", "list");
 
-    EXPECT_EQ(run(tree, {"-n", "T", "--from-list", "list", "-o", "list"}).exitCode, 0);
-
-    EXPECT_EQ(tree.content("list"), "case,T\r\n0,1\r\n");
+    for (const std::string name : {"list", "./list", "link"}) {
+        const Outcome outcome = run(tree, {"-n", "T", "--from-list", "list", "-o", name});
+        EXPECT_EQ(outcome.exitCode, 4) << outcome;
+        EXPECT_EQ(message(outcome.errors), name + ": is the list itself, and is not replaced");
+    }
+    EXPECT_EQ(tree.content("list"), "T1/x\n");
+    EXPECT_EQ(runOnInput("T1/x\n", {"-n", "T", "--from-list", "-", "-o", "/dev/null"}).exitCode, 0);
 }
 
 TEST(CasetableList, ThatCannotBeReadIsAnErrorWithTheReason)

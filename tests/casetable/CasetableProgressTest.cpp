@@ -183,5 +183,28 @@ TEST(CasetableRemark, MentionsUnmatchedFilesOnlyWhereThereAreSomeThatAreNotListe
     EXPECT_EQ(message(run({"-n", "T", "all"}, setting).errors), "cases: 1, from 1 of 1 files");
 }
 
+TEST(CasetableRemark, TellsOfValuesThatAreCutAndWhyFilesMayNotMatch)
+{
+    const TemporaryTree tree;
+    tree.file("results/P1.5bar_T1,5");
+    tree.file("results/p1_T1");
+    Setting setting = in(tree);
+    setting.errors = Stream::Terminal;
+
+    EXPECT_EQ(
+        run({"-s", "P", "-n", "_T", "results"}, setting).errors,
+        "casetable: no file matched: marker 'P' failed for 2 files; 'P' is written with other "
+        "letters, large or small, in p1_T1; --unmatched lists them\n");
+    tree.file("results/P12.5bar_T1,5");
+    EXPECT_EQ(
+        run({"-s", "P", "-n", "_T", "results"}, setting).errors,
+        "casetable: cases: 1, from 1 of 3 files; --unmatched lists the others\n"
+        "casetable: the value of 'P' ends at a '.' in 1 file, as in P12.5bar_T1,5, which gives "
+        "'12'\n"
+        "casetable: the value of '_T' ends at a ',' in 1 file, as in P12.5bar_T1,5, which "
+        "gives '1'\n"
+        "casetable: 'P' is written with other letters, large or small, in p1_T1\n");
+}
+
 } // namespace tests
 } // namespace casetable

@@ -221,5 +221,25 @@ TEST(CasetableMaxDepth, IsNamedWhereNoFileIsLeft)
               "no file matched: there is no file below results, with --exclude");
 }
 
+TEST(CasetableSelection, IsRemarkedUponWhereAGlobLeavesNothingOut)
+{
+    const TemporaryTree tree;
+    tree.file("results/T1/x");
+    tree.file("results/T1/y.tmp");
+    Setting setting = in(tree);
+    setting.errors = Stream::Terminal;
+    const auto remarks = [&](const Arguments& arguments) { return run(arguments, setting).errors; };
+
+    EXPECT_EQ(remarks({"-n", "T", "-E", "*.tmp", "-E", "*.TMP", "results"}),
+              "casetable: cases: 1, from 1 of 1 files\n"
+              "casetable: --exclude '*.TMP' left nothing out\n");
+    tree.file("list", "T1/x\n");
+    EXPECT_EQ(remarks({"-n", "T", "-E", "y", "-E", "z", "--from-list", "list"}),
+              "casetable: cases: 1, from 1 of 1 files\n"
+              "casetable: --exclude 'y' left nothing out\n"
+              "casetable: --exclude 'z' left nothing out\n");
+    EXPECT_EQ(run(tree, {"-n", "T", "-E", "*.TMP", "results"}).errors, "");
+}
+
 } // namespace tests
 } // namespace casetable

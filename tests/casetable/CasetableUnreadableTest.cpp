@@ -39,7 +39,8 @@ TEST_F(CasetableUnreadable, FolderStopsTheWalkWithTheMessageOfTheModule)
         const Outcome outcome = runAsOrdinaryUser({"-n", "T", "results"});
         EXPECT_EQ(outcome.exitCode, 3) << outcome;
         EXPECT_EQ(outcome.output, "");
-        EXPECT_EQ(message(outcome.errors), "The specified path: results/closed is not readable.");
+        EXPECT_EQ(message(outcome.errors), "The specified path: results/closed is not readable. "
+                                           "--keep-going leaves such folders out.");
     }
 }
 
@@ -102,7 +103,9 @@ TEST_F(CasetableUnreadable, FolderBehindALinkIsTreatedAlike)
     const Outcome keptGoing = runAsOrdinaryUser({"-n", "T", "-L", "--keep-going", "results"});
 
     EXPECT_EQ(stopped.exitCode, 3) << stopped;
-    EXPECT_EQ(message(stopped.errors), "The specified path: results/link is not readable.");
+    EXPECT_EQ(
+        message(stopped.errors),
+        "The specified path: results/link is not readable. --keep-going leaves such folders out.");
     EXPECT_EQ(keptGoing.exitCode, 0) << keptGoing;
     EXPECT_EQ(message(keptGoing.errors), "warning: results/link: Permission denied");
 }
@@ -117,8 +120,8 @@ TEST_F(CasetableUnreadable, FolderIsNamedInOneLineWhateverItsName)
     const Outcome keptGoing = runAsOrdinaryUser({"-n", "T", "--keep-going", "results"});
 
     // The module's message goes through a text of Qt, which holds no such byte.
-    EXPECT_EQ(message(stopped.errors),
-              "The specified path: results/a\\nb\\x1b\xef\xbf\xbd is not readable.");
+    EXPECT_EQ(message(stopped.errors), "The specified path: results/a\\nb\\x1b\xef\xbf\xbd is not "
+                                       "readable. --keep-going leaves such folders out.");
     EXPECT_EQ(message(keptGoing.errors), "warning: results/a\\nb\\x1b\\xff: Permission denied");
 }
 
@@ -219,7 +222,8 @@ TEST_F(CasetableUnreadable, FolderInALoopOfLinksStopsTheWalkUnlessItKeepsGoing)
     const Outcome keptGoing = runAsOrdinaryUser({"-n", "T", "-L", "--keep-going", "-q", "results"});
 
     EXPECT_EQ(stopped.exitCode, 3) << stopped;
-    EXPECT_EQ(message(stopped.errors), "The specified path: results/b/to c is not readable.");
+    EXPECT_EQ(message(stopped.errors), "The specified path: results/b/to c is not readable. "
+                                       "--keep-going leaves such folders out.");
     EXPECT_EQ(keptGoing.output, "case,T\r\n0,1\r\n") << keptGoing;
     EXPECT_EQ(keptGoing.errors, "");
 }

@@ -115,9 +115,22 @@ TEST(CasetableUsage, RefusesAnythingButOneRoot)
 {
     expectWrongUsage({"-n", "T"}, "ROOT, the folder to import, is missing; --help");
     expectWrongUsage({}, "ROOT, the folder to import, is missing; --help");
-    expectWrongUsage({"-n", "T", "results", "results2"}, "results2");
+    expectWrongUsage({"-n", "T", "results", "results2"},
+                     "more than one ROOT: 'results' and 'results2'; blanks");
     expectWrongUsage({"-n", "T", "results", "a\nb"}, "a\\nb");
     expectWrongUsage({"-n", "T", "results", "--", "-x"}, "-x");
+}
+
+TEST(CasetableUsage, RefusesALongNameWithOneDash)
+{
+    expectWrongUsage({"-suggest", "results"}, "-suggest: it takes two dashes, as in --suggest");
+    expectWrongUsage({"-n", "T", "-files", "results"}, "-files: it takes two dashes");
+    expectWrongUsage({"-string=T", "results"}, "-string=T: it takes two dashes");
+
+    const TemporaryTree tree;
+    tree.file("results/-files1/uggest2");
+    EXPECT_EQ(run(tree, {"-n", "-files", "-nuggest", "results"}).output,
+              "case,-files,uggest\r\n0,1,2\r\n");
 }
 
 TEST(CasetableUsage, RefusesAFlagWithAValue)

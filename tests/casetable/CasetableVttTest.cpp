@@ -90,7 +90,7 @@ TEST(CasetableVtt, GoesToStandardOutputToo)
               Columns({{"case", "integers", {"0"}}, {"T", "doubles", {"1"}}}));
 }
 
-TEST(CasetableVtt, ThatCannotBeWrittenLeavesTheEarlierFile)
+TEST(CasetableVtt, IntoAFileThatMayNotGrowLeavesTheEarlierOne)
 {
     SKIP_WHERE_SANITIZERS_WRITE();
     const TemporaryTree tree;

@@ -320,7 +320,8 @@ TEST(FileList, DoubtsWhatIsProbablyNotMeantAndKeepsIt)
     const std::string mark = "list: the byte order mark is taken as a part of the first path";
     const std::string returns =
         "list: all lines end in CR LF, and the CR is taken as a part of the paths";
-    const std::string quotes = "list: quotes around paths are taken as parts of them";
+    const std::string quotes = "list: quotes around paths are taken as parts of "
+                               "them; with --null a lister need not quote, as with -z or -print0";
 
     EXPECT_EQ(doubts("\xef\xbb\xbf"
                      "a\n",

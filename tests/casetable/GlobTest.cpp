@@ -261,5 +261,19 @@ TEST(Glob, MatchesAsARegularExpressionThatSaysTheSame)
     EXPECT_GT(matches, 1000u) << "hardly anything matched";
 }
 
+TEST(Glob, TellsWhetherItOrACopyHasMatched)
+{
+    const Glob glob("*.tmp");
+    const Glob copy = glob;
+    EXPECT_FALSE(copy.matches("a.txt", false));
+    EXPECT_FALSE(glob.hasMatched());
+
+    EXPECT_TRUE(copy.matches("b/a.tmp", false));
+
+    EXPECT_TRUE(copy.hasMatched());
+    EXPECT_TRUE(glob.hasMatched());
+    EXPECT_FALSE(Glob("*.tmp").hasMatched());
+}
+
 } // namespace tests
 } // namespace casetable

@@ -10,9 +10,8 @@
 
 #include <gtest/gtest.h>
 
-#include "casetable/FileSystem.h"
-#include "crawler/CrawlerBasicImporterParser.h"
 #include "host/AuxFileInfoInterface.h"
+#include "tests/casetable/Importing.h"
 
 namespace casetable {
 namespace tests {
@@ -20,30 +19,6 @@ namespace tests {
 namespace {
 
 using Patterns = std::vector<MetadataPattern>;
-
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
-std::auto_ptr<CrawlerImporterParserInterface> makeParser()
-{
-    return std::auto_ptr<CrawlerImporterParserInterface>(new CrawlerBasicImporterParser);
-}
-#pragma GCC diagnostic pop
-
-// An importer that was given these files.
-struct Importing {
-    Importing(const std::vector<std::string>& files, const Patterns& patterns)
-        : importer(makeParser())
-    {
-        FolderCrawler::Result result;
-        result.folder = fileSystemRoot(fileSystem, "/");
-        result.files.assign(files.begin(), files.end());
-        importer.setCrawlResult(result);
-        importer.setMetadataPatternList(patterns);
-    }
-
-    FileSystem fileSystem;
-    MetadataFileCrawler importer;
-};
 
 // A plain restatement of how a path is matched: the metadata index of the first marker that fails
 // and whether it was found, or nothing for a match. Throws as the matching does where a marker
@@ -261,22 +236,43 @@ TEST(Unmatched, HasALikelyCauseWhereAMarkerStandsInNoPathAsItShould)
               "'P' stands in front of 'T' in P1/T2, and markers go from left to right");
     EXPECT_EQ(cause({"x", "MACH1"}, {{"Mach", number}}),
               "'Mach' is written with other letters, large or small, in MACH1");
+    EXPECT_EQ(cause({"a-t-5", "tx/t-.5"}, {{"T-", number}}),
+              "'T-' is written with other letters, large or small, in a-t-5");
+    EXPECT_EQ(cause({"tx"}, {{"T", MetadataPattern::StringValue}}),
+              "'T' is written with other letters, large or small, in tx");
+    EXPECT_EQ(cause({"y", "Tx", "Ty"}, {{"T", number}}),
+              "'T' has no value in Tx, and --explain tells why");
+    EXPECT_EQ(cause({"Tx", "t1"}, {{"T", number}}),
+              "'T' is written with other letters, large or small, in t1");
     EXPECT_EQ(cause({"x"}, {{"Runs", number}}),
               "'Runs' stands in Runs/[a], but only the paths below it are read");
+    EXPECT_EQ(cause({"x"}, {{"Runs/[a]/", number}}),
+              "'Runs/[a]/' stands in Runs/[a], but only the paths below it are read");
     EXPECT_EQ(cause({"x"}, {{"T*", number}}), "a marker is a literal text, without wildcards");
     EXPECT_EQ(cause({"x"}, {{"T?_", number}}), "a marker is a literal text, without wildcards");
 }
 
-TEST(Unmatched, HasNoLikelyCauseWhereAValueIsMissingOrNothingIsAlike)
+TEST(Unmatched, HasALikelyCauseAlsoBesideFilesThatMatch)
+{
+    const Patterns patterns = {{"Temp", MetadataPattern::NumberValue}};
+    const auto cause = [&](const std::vector<std::string>& files) {
+        return likelyCause(Importing(files, patterns).importer, patterns, "Temp");
+    };
+
+    EXPECT_EQ(cause({"Temp1", "a", "temp2"}),
+              "'Temp' is written with other letters, large or small, in temp2");
+    EXPECT_EQ(cause({"Temp1", "a"}), "");
+}
+
+TEST(Unmatched, HasNoLikelyCauseWhereNothingIsAlike)
 {
     const auto number = MetadataPattern::NumberValue;
     const auto cause = [](const std::vector<std::string>& files, const Patterns& patterns) {
-        return likelyCause(Importing(files, patterns).importer, patterns, "Tx");
+        return likelyCause(Importing(files, patterns).importer, patterns, "results");
     };
 
     EXPECT_EQ(cause({"x", "y"}, {{"P", number}}), "");
-    EXPECT_EQ(cause({"Tx", "y"}, {{"T", number}}), "");
-    EXPECT_EQ(cause({"T*x"}, {{"T*", number}}), "");
+    EXPECT_EQ(cause({"tx", "t", "t-x"}, {{"T", number}}), "");
 }
 
 } // namespace tests

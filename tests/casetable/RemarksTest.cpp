@@ -1,0 +1,54 @@
+#include "casetable/Remarks.h"
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/casetable/Importing.h"
+
+namespace casetable {
+namespace tests {
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+const auto number = MetadataPattern::NumberValue;
+const auto text = MetadataPattern::StringValue;
+
+Texts remarksOn(const Texts& files, const std::vector<MetadataPattern>& patterns)
+{
+    return remarks(Importing(files, patterns).importer, patterns);
+}
+
+} // namespace
+
+TEST(Remarks, TellOfTextThatIsCutAtAPointInFrontOfTheNextMarker)
+{
+    EXPECT_EQ(remarksOn({"P10.1bar_T20.csv", "P10.2bar_T20.csv", "Pxy_T20.csv"},
+                        {{"P", text}, {"_T", number}}),
+              Texts({"the value of 'P' ends at a '.' in 2 files, as in P10.1bar_T20.csv, which "
+                     "gives '10'"}));
+}
+
+TEST(Remarks, TellOfNumbersThatEndAtAPointOrCommaWithDigitsBehind)
+{
+    EXPECT_EQ(remarksOn({"Mach0,70/v1.0.2", "Mach1/v2.0"}, {{"Mach", number}, {"v", number}}),
+              Texts({"the value of 'Mach' ends at a ',' in 1 file, as in Mach0,70/v1.0.2, which "
+                     "gives '0'",
+                     "the value of 'v' ends at a '.' in 1 file, as in Mach0,70/v1.0.2, which gives "
+                     "'1.0'"}));
+}
+
+TEST(Remarks, AreSilentWhereValuesEndAsUsual)
+{
+    EXPECT_EQ(remarksOn({"wingA.b/Mach0.80/run_7_x.vtu.gz", "wingAB/Mach1./run_8,a.b"},
+                        {{"wing", text}, {"Mach", number}, {"run_", text}}),
+              Texts());
+    EXPECT_EQ(remarksOn({"T1.csv", "T2-3", "T4"}, {{"T", number}}), Texts());
+    EXPECT_EQ(remarksOn({"T1,5"}, {{"P", number}}), Texts());
+}
+
+} // namespace tests
+} // namespace casetable
