@@ -9,7 +9,7 @@
 
 namespace casetable {
 
-/// The length in bytes from which on a name is not looked into.
+/// The most bytes of a name that is looked into.
 const std::size_t longestName = 255;
 
 /// A piece of the name of a file or folder; the bytes from `begin` up to `end`.

@@ -25,10 +25,13 @@ struct Name {
 const std::size_t enoughToLookAt = 4096;
 
 /// Whether to look at the thing of this number when only some of `count` are looked at: all of few,
-/// and about enoughToLookAt of many. Neighbours are alike, so these stand in no regular distance.
+/// and about enoughToLookAt of many. Neighbours are alike, and so are things in a regular distance,
+/// so nothing about a number but chance tells whether it is.
 inline bool isLookedAt(std::uint64_t number, std::size_t count)
 {
-    return (number * 2654435761U >> 7) % (count / enoughToLookAt + 1) == 0;
+    number = (number ^ number >> 30) * 0xbf58476d1ce4e5b9U;
+    number = (number ^ number >> 27) * 0x94d049bb133111ebU;
+    return (number ^ number >> 31) % (count / enoughToLookAt + 1) == 0;
 }
 
 /// The folders and files of a list of relative paths. Refers to the list, which must outlive it and

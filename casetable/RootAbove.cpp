@@ -67,7 +67,8 @@ std::optional<RootAbove> rootAbove(const Options& options)
     if (root == ".") {
         above.options.root = "..";
         above.name = realName(root);
-    } else if (above.name == "." || above.name == "..") {
+    } else if (above.name == "." || above.name == ".." || isLink(root)) {
+        // A link cannot be walked from above without all others being followed too.
         above.options.root = root + "/..";
         above.name = realName(root);
     } else {
@@ -75,7 +76,6 @@ std::optional<RootAbove> rootAbove(const Options& options)
         above.options.root = withoutSlashesAtTheEnd(path);
         if (above.options.root.empty())
             above.options.root = path.empty() ? "." : "/";
-        above.options.follow = options.follow || isLink(root);
     }
     if (above.name.empty() || ::access(above.options.root.c_str(), R_OK | X_OK) != 0)
         return std::nullopt;

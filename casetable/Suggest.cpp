@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
+#include <cstdlib>
 #include <map>
 #include <optional>
 #include <set>
 #include <stdexcept>
 #include <string_view>
 #include <tuple>
-#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
@@ -92,7 +92,7 @@ public:
         : tree_(tree), templates_(pathTemplates(tree, textInFileNames))
     {
         findRoutes();
-        unmarked_ = findUnmarked();
+        findUnmarked();
     }
 
     // The markers; empty when nothing can be said.
@@ -119,25 +119,48 @@ public:
 
     // Whether the folders tell what a file belongs to. Then the texts in its name tell what is in
     // it.
-    bool foldersTell() const { return foldersTell_ || !unmarked_.empty(); }
+    bool foldersTell() const { return foldersTell_ || unmarkedFolders_; }
 
 private:
-    std::vector<std::string> findUnmarked() const
+    void findUnmarked()
     {
         std::set<std::string_view> values;
         for (const FolderClass& folders : templates_.folders) {
-            if (folders.parent != 0 || folders.slots.empty() || !folders.slots.front().left.empty())
-                continue;
-            for (const PathTree::Index folder : folders.folders) {
-                const Name& name = tree_.names()[tree_.folders()[folder].name];
-                values.insert(valueOf(folders.slots.front(), name, name.text.size()));
-            }
+            if (folders.parent == 0 && beginsPaths(folders.slots))
+                addValues(folders.slots.front(), false, folders.folders, values);
         }
-        if (values.size() < 2)
-            return {};
-        std::vector<std::string> some(values.begin(), values.end());
-        some.resize(std::min(some.size(), sampleSize));
-        return some;
+        unmarkedFolders_ = values.size() > 1;
+        if (!unmarkedFolders_)
+            values = firstValuesOfMostFiles();
+        if (values.size() > 1)
+            unmarked_.assign(values.begin(), values.end());
+        unmarked_.resize(std::min(unmarked_.size(), sampleSize));
+    }
+
+    // Some numbered files beside folders say nothing about most paths.
+    std::set<std::string_view> firstValuesOfMostFiles() const
+    {
+        std::set<std::string_view> values;
+        std::size_t count = 0;
+        for (const FileClass& files : templates_.files) {
+            if (files.folders != 0 || !beginsPaths(files.slots))
+                continue;
+            count += files.files.size();
+            addValues(files.slots.front(), true, files.files, values);
+        }
+        return count * 2 >= fileCount_ ? values : std::set<std::string_view>();
+    }
+
+    static bool beginsPaths(const std::vector<Slot>& slots)
+    {
+        return !slots.empty() && slots.front().left.empty();
+    }
+
+    void addValues(const Slot& slot, bool areFiles, const std::vector<PathTree::Index>& bearers,
+                   std::set<std::string_view>& values) const
+    {
+        for (const PathTree::Index bearer : bearers)
+            values.insert(valueAt(slot, areFiles, bearer));
     }
 
     std::vector<Key> keysOf(const std::vector<Slot>& slots, std::size_t folders,
@@ -290,7 +313,7 @@ private:
     // most folders again, and they are text, or they count.
     std::optional<KeyIndex> fileCounter(const std::vector<KeyIndex>& chosen) const
     {
-        if (!readsFolders(chosen) && unmarked_.empty())
+        if (!readsFolders(chosen) && !unmarkedFolders_)
             return std::nullopt;
         for (const KeyIndex index : chosen) {
             if (countsFiles(index))
@@ -310,46 +333,37 @@ private:
 
     bool countsFiles(KeyIndex index) const
     {
-        struct Seen {
-            std::size_t folders = 0;
-            PathTree::Index last = 0;
-        };
-        std::unordered_map<std::string_view, Seen> values;
+        std::set<std::string_view> values;
         std::unordered_set<PathTree::Index> folders;
+        std::vector<std::pair<PathTree::Index, std::string_view>> occurrences;
         const Slot& slot = *supporters_.front()->find(index)->slot;
         for (const Route* route : supporters_) {
             const Key& key = *route->find(index);
             if (!key.inFileName())
                 return false;
             for (const PathTree::Index file : route->files->files) {
-                const PathTree::Index folder = tree_.files()[file].folder;
-                Seen& seen = values[valueAt(*key.slot, true, file)];
-                if (seen.folders == 0 || seen.last != folder)
-                    ++seen.folders;
-                seen.last = folder;
-                folders.insert(folder);
+                occurrences.emplace_back(tree_.files()[file].folder,
+                                         valueAt(*key.slot, true, file));
+                folders.insert(occurrences.back().first);
+                values.insert(occurrences.back().second);
             }
         }
-        std::size_t occurrences = 0;
-        for (const auto& entry : values)
-            occurrences += entry.second.folders;
+        // Several files of a folder may have the same value.
+        std::sort(occurrences.begin(), occurrences.end());
+        occurrences.erase(std::unique(occurrences.begin(), occurrences.end()), occurrences.end());
         const bool repeated = folders.size() > 1 && values.size() > 1 &&
-                              occurrences * 2 >= folders.size() * values.size();
+                              occurrences.size() * 2 >= folders.size() * values.size();
         if (!repeated || slot.isPair)
             return false;
         if (slot.type == MetadataPattern::StringValue)
             return true;
-        std::vector<std::string_view> texts;
-        texts.reserve(values.size());
-        for (const auto& entry : values)
-            texts.push_back(entry.first);
-        return count(texts, isWordByte(slot.left.back()));
+        return count(values, isWordByte(slot.left.back()));
     }
 
     // Whether these are whole numbers that are padded, or that count from 0 or 1. A parameter may
     // look like either if it has its word right before it, as in AoA1, AoA2 and AoA3, but not like
     // both with three digits, as IM001, IM002 and IM003.
-    static bool count(const std::vector<std::string_view>& texts, bool behindWord)
+    static bool count(const std::set<std::string_view>& texts, bool behindWord)
     {
         std::size_t padded = 0;
         std::set<std::uint64_t> numbers;
@@ -459,10 +473,11 @@ private:
     // The same for a value that is written in another way, as 20240131 for 2024-01-31 or 7 for 007.
     static std::string bare(std::string_view value)
     {
+        while (value.size() > 1 && value.front() == '0')
+            value.remove_prefix(1);
         std::string bare;
         for (const char c : value) {
-            const bool joins = !bare.empty() && (c == '-' || c == '_' || c == ':');
-            if (!joins && !(bare.empty() && c == '0' && value.size() > 1))
+            if (bare.empty() || (c != '-' && c != '_' && c != ':'))
                 bare += c;
         }
         return bare;
@@ -513,6 +528,7 @@ private:
     std::vector<Route> routes_;
     std::size_t fileCount_ = 0; // Of those in classes.
     std::vector<std::string> unmarked_;
+    bool unmarkedFolders_ = false;         // Whether those are in the names of folders.
     std::vector<const Route*> supporters_; // Of the keys chosen.
     bool foldersTell_ = false;
 };
@@ -521,10 +537,7 @@ double sizeOf(std::string number)
 {
     std::replace_if(
         number.begin(), number.end(), [](char c) { return c == 'D' || c == 'd'; }, 'e');
-    const char* const begin = number.data() + (number.front() == '+' ? 1 : 0);
-    double size = 0;
-    std::from_chars(begin, number.data() + number.size(), size);
-    return size;
+    return std::strtod(number.c_str(), nullptr); // Also of what no number holds, as 1e999.
 }
 
 std::vector<std::string> sampleOf(const std::set<std::string>& values,

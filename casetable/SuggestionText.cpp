@@ -105,8 +105,8 @@ std::string counts(const Suggestion& suggestion)
 
 std::string unmarkedHint(const Suggestion& suggestion)
 {
-    return "the names of the first folders differ (" + list(suggestion.unmarked, false) +
-           "), but no marker can stand before them";
+    return "the paths differ at their beginning (" + list(suggestion.unmarked, false) +
+           "), where no marker can stand";
 }
 
 std::string commandTableAndCounts(const SuggestedRun& run)

@@ -127,12 +127,18 @@ std::string likelyCause(const MetadataFileCrawler& importer,
     for (const UnmatchedFile& file : files) {
         if (file.metadataIndex != k)
             continue;
-        if (file.markerFound)
+        if (file.markerFound) {
             withoutValue = withoutValue.empty() ? file.path : withoutValue;
-        else if (file.path.find(marker) != std::string::npos)
+            continue;
+        }
+        const std::size_t position = file.path.find(marker);
+        if (position != std::string::npos &&
+            position == markerPositions(file.path, patterns).back())
+            return name + " stands in " + file.path + " only where the marker before begins";
+        if (position != std::string::npos)
             return name + " stands in front of '" + patterns[k - 1].pattern + "' in " + file.path +
                    ", and markers go from left to right";
-        else if (standsInOtherCase(file.path, patterns[k]))
+        if (standsInOtherCase(file.path, patterns[k]))
             return name + " is written with other letters, large or small, in " + file.path;
     }
     if (!withoutValue.empty())

@@ -54,17 +54,20 @@ TEST(RootAbove, IsNoneWhereNoFolderIsAboveOrItIsMissing)
     EXPECT_FALSE(rootAbove(below(tree.path("missing/.."))));
 }
 
-TEST(RootAbove, FollowsARootThatIsALink)
+TEST(RootAbove, IsTheFolderThatTheTargetOfALinkStandsIn)
 {
     const TemporaryTree tree;
-    tree.folder("a");
-    tree.link("link", "a");
+    tree.folder("a/b");
+    tree.link("link", "a/b");
     for (const char* root : {"link", "link/"}) {
         const std::optional<RootAbove> above = rootAbove(below(tree.path(root)));
         ASSERT_TRUE(above);
-        EXPECT_EQ(above->name, "link");
-        EXPECT_TRUE(above->options.follow);
+        EXPECT_EQ(above->options.root, tree.path("link/.."));
+        EXPECT_EQ(above->name, "b");
+        EXPECT_FALSE(above->options.follow);
     }
+    tree.link("dangling", "missing");
+    EXPECT_FALSE(rootAbove(below(tree.path("dangling"))));
 }
 
 TEST(RootAbove, SelectsTheSameFiles)

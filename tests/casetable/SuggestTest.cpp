@@ -172,6 +172,8 @@ TEST(Suggest, TellsASignFromASeparator)
     EXPECT_EQ(markers(Paths{"run-0007/x", "run-0008/x"}), Markers({"n run-"}));
     EXPECT_EQ(samples(suggest({"AoA-2.5/x", "AoA+2.5/x", "AoA0/x"})),
               Samples({{"-2.5", "0", "+2.5"}}));
+    EXPECT_EQ(samples(suggest({"T1e999/x", "T1D2/x", "T-1e999/x", "T5/x"})),
+              Samples({{"-1e999", "5", "1D2", "1e999"}}));
     EXPECT_EQ(markers(Paths{"AoA-2.5/x", "AoA2.5/x"}), Markers({"n AoA"}));
 }
 
@@ -285,6 +287,10 @@ TEST(Suggest, LeavesOutWhatRepeatsAValueBefore)
         runs.push_back("run_" + std::string(run < 10 ? "000" : "00") + std::to_string(run) +
                        "/out_" + std::to_string(run) + ".dat");
     EXPECT_EQ(markers(runs), Markers({"n run_"}));
+    Paths few;
+    for (const std::string run : {"0", "1", "2"})
+        few.push_back("run_00" + run + "/run_" + run + ".dat");
+    EXPECT_EQ(markers(few), Markers({"n run_"}));
 }
 
 TEST(Suggest, KeepsFewShortValuesThatAgreeByChanceAndTheOthersThatBelongTogether)
@@ -433,6 +439,17 @@ TEST(Suggest, DoesNotSplitTheFilesOfARun)
     EXPECT_EQ(markers(images), Markers({"n run_"}));
 }
 
+TEST(Suggest, KeepsNumbersInFileNamesThatStandInFewFolders)
+{
+    Paths paths;
+    for (int folder = 0; folder < 6; ++folder) {
+        for (const std::string role : {"_u.dat", "_v.dat", "_w.dat"})
+            paths.push_back("Mach0." + std::to_string(folder) + "/out_00" +
+                            std::to_string(folder / 2 + 1) + role);
+    }
+    EXPECT_EQ(markers(paths), Markers({"n Mach", "n out_"}));
+}
+
 TEST(Suggest, IsNotMisledByFilesThatDoNotFit)
 {
     Paths paths = {"README", "geometry/wing.stl", "geometry/T5/flap.stl", "notes/2024-01-31.md"};
@@ -455,6 +472,21 @@ TEST(Suggest, TellsWhatStandsAtTheBeginningWhereNoMarkerCanBe)
     EXPECT_EQ(markers(suggestion), Markers({"n T"}));
     EXPECT_EQ(suggestion.unmarked, Markers({"alu", "steel"}));
     EXPECT_EQ(suggest({"T300/x", "T400/x"}).unmarked, Markers());
+    const Suggestion files =
+        suggest({"2024-01-31_run1.csv", "2024-01-31_run2.csv", "2024-02-01_run1.csv", "README"});
+    EXPECT_EQ(markers(files), Markers({"n _run"}));
+    EXPECT_EQ(files.unmarked, Markers({"2024-01-31", "2024-02-01"}));
+    EXPECT_EQ(suggest({"T300/x", "T400/x", "T500/x", "1.txt", "2.txt"}).unmarked, Markers());
+    EXPECT_EQ(suggest({"alu/x", "steel/x", "1.txt", "2.txt", "3.txt"}).unmarked,
+              Markers({"alu", "steel"}));
+}
+
+// Only the names of folders tell what their files belong to.
+TEST(Suggest, TakesTextInFileNamesBehindAValueAtTheirBeginningToo)
+{
+    EXPECT_EQ(markers(Paths{"2024-01-31_n10_cg.csv", "2024-01-31_n20_cg.csv",
+                            "2024-02-01_n10_bicg.csv", "2024-02-01_n20_bicg.csv"}),
+              Markers({"n _n", "s _"}));
 }
 
 TEST(Suggest, SaysNothingWhereNothingCanBeSaid)
@@ -638,8 +670,8 @@ TEST(SuggestionText, SaysWhatIsNotRead)
 {
     const std::string text = suggestionText(
         {suggest({"steel/T300/x", "steel/T400/x", "alu/T300/x", "alu/T400/x"}), {}, "r"});
-    EXPECT_NE(text.find("matches 4 of 4 files, 2 cases\nthe names of the first folders differ "
-                        "(alu, steel), "),
+    EXPECT_NE(text.find("matches 4 of 4 files, 2 cases\nthe paths differ at their beginning (alu, "
+                        "steel), "),
               std::string::npos)
         << text;
 }
@@ -668,8 +700,8 @@ TEST(SuggestionText, AddsTheCommandForTheFolderAbove)
 
     EXPECT_EQ(text.substr(text.find("matches")),
               "matches 4 of 4 files, 2 cases\n"
-              "the names of the first folders differ (alu, steel), but no marker can stand before "
-              "them; the folder above as ROOT makes room:\n"
+              "the paths differ at their beginning (alu, steel), where no marker can stand; the "
+              "folder above as ROOT makes room:\n"
               "\n"
               "casetable --follow -s r/ -n T .\n"
               "\n"
@@ -688,8 +720,8 @@ TEST(SuggestionText, GivesTheCommandForTheFolderAboveWhereThereIsNoOther)
               "r/      number       3  300, 400, 500\n"
               "\n"
               "matches 3 of 3 files, 3 cases\n"
-              "ROOT is the folder above: below r the names of the first folders differ (300, 400, "
-              "500), but no marker can stand before them; what stands beside r is walked too, and "
+              "ROOT is the folder above: below r the paths differ at their beginning (300, 400, "
+              "500), where no marker can stand; what stands beside r is walked too, and "
               "seldom matches\n");
 }
 

@@ -234,6 +234,10 @@ TEST(Unmatched, HasALikelyCauseWhereAMarkerStandsInNoPathAsItShould)
     EXPECT_EQ(cause({"x", "P1/T2"}, {{"T", number}, {"P", number}}), "");
     EXPECT_EQ(cause({"P1/T2", "P1/T3", "x"}, {{"T", number}, {"P", number}}),
               "'P' stands in front of 'T' in P1/T2, and markers go from left to right");
+    EXPECT_EQ(cause({"T300/x"}, {{"T", number}, {"T", number}}),
+              "'T' stands in T300/x only where the marker before begins");
+    EXPECT_EQ(cause({"Mach1"}, {{"Mach", number}, {"M", number}}),
+              "'M' stands in Mach1 only where the marker before begins");
     EXPECT_EQ(cause({"x", "MACH1"}, {{"Mach", number}}),
               "'Mach' is written with other letters, large or small, in MACH1");
     EXPECT_EQ(cause({"a-t-5", "tx/t-.5"}, {{"T-", number}}),
