@@ -38,8 +38,9 @@ bool beginsNumber(const std::string& path, std::size_t position)
     return position < path.size() && path[position] >= '0' && path[position] <= '9';
 }
 
-// Whether the marker stands in the path but for the case of its letters, a number behind it where
-// one is asked for. The program stays in the "C" locale, so letters are those of ASCII.
+// Whether the marker stands in the path but for the case of its letters. A single letter stands in
+// many, so a number must follow it where one is asked for. The program stays in the "C" locale, so
+// letters are those of ASCII.
 bool standsInOtherCase(const std::string& path, const MetadataPattern& pattern)
 {
     const auto isSame = [](char a, char b) {
@@ -51,7 +52,7 @@ bool standsInOtherCase(const std::string& path, const MetadataPattern& pattern)
         from = std::search(from, path.end(), marker.begin(), marker.end(), isSame);
         if (from == path.end())
             return false;
-        if (pattern.valueType == MetadataPattern::StringValue ||
+        if (pattern.valueType == MetadataPattern::StringValue || marker.size() > 1 ||
             beginsNumber(path, static_cast<std::size_t>(from - path.begin()) + marker.size()))
             return true;
     }

@@ -275,7 +275,8 @@ ExitCode run(const Options& options, Console& console)
     if (options.output && !options.list)
         spareMatchedFile(*options.output, options.root, import);
     write(makeReport(options, import), options.format, output);
-    if (options.output && options.format == Format::Auto && !output.isTerminal())
+    if (options.output && options.format == Format::Auto && !output.isTerminal() &&
+        std::filesystem::path(*options.output).has_extension())
         console.note(*options.output + ": written as CSV, as no format goes by that ending");
     return conclude(options, import, fileSystem.hiddenLeftOut, console);
 }

@@ -104,6 +104,8 @@ TEST_F(CasetableOutput, IsCsvWhereItsEndingStandsForNoFormatWhichIsRemarked)
     EXPECT_EQ(tree_.content("a.xlsx"), csv);
     EXPECT_EQ(remarks("a.xlsx", "csv").find(remark), std::string::npos);
     EXPECT_EQ(remarks("a.CSV", "auto").find(remark), std::string::npos);
+    EXPECT_EQ(remarks("a", "auto").find(remark), std::string::npos);
+    EXPECT_EQ(remarks("/dev/null", "auto").find(remark), std::string::npos);
     EXPECT_EQ(run({"-n", "T", "results"}, setting).errors.find(remark), std::string::npos);
 }
 

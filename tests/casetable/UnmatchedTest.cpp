@@ -242,6 +242,8 @@ TEST(Unmatched, HasALikelyCauseWhereAMarkerStandsInNoPathAsItShould)
               "'Mach' is written with other letters, large or small, in MACH1");
     EXPECT_EQ(cause({"a-t-5", "tx/t-.5"}, {{"T-", number}}),
               "'T-' is written with other letters, large or small, in a-t-5");
+    EXPECT_EQ(cause({"zelle 01"}, {{"Zelle", number}}),
+              "'Zelle' is written with other letters, large or small, in zelle 01");
     EXPECT_EQ(cause({"tx"}, {{"T", MetadataPattern::StringValue}}),
               "'T' is written with other letters, large or small, in tx");
     EXPECT_EQ(cause({"y", "Tx", "Ty"}, {{"T", number}}),
