@@ -135,7 +135,7 @@ bool joins(std::string_view name, const Token& first, const Token& between, cons
     if (!numbers || second.kind != Token::Kind::Number || between.end - between.begin != 1)
         return false;
     const char joint = name[between.begin];
-    if (joint == '-' || joint == ':' || joint == '.')
+    if (joint == '-' || joint == ':' || joint == '.' || joint == ',')
         return true;
     if (joint != '_' && joint != 'T')
         return false;

@@ -18,7 +18,7 @@ struct Token {
         Word,      ///< Letters, divided where a capital follows a small letter.
         Separator, ///< Whatever is neither letter nor number.
         Number,    ///< A number as the module reads it.
-        Numbers    ///< Numbers that belong together, such as a date, a time or a version.
+        Numbers    ///< Numbers that belong together, such as a date, a version or 0,75.
     };
 
     Kind kind;

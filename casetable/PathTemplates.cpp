@@ -285,7 +285,7 @@ private:
             texts.insert(texts.end(), joined.begin(), joined.end());
             std::sort(texts.begin(), texts.end());
             divideTexts(alike, texts);
-        } else if (alike.token == 0 && !files_) {
+        } else if (alike.token == 0) {
             divideFirstWords(alike, words);
         } else {
             divideByText(alike, words);
@@ -300,6 +300,13 @@ private:
         part.slots = alike.slots;
         part.literal = alike.literal;
         return part;
+    }
+
+    static Alike behindFirstWord(const Alike& alike, std::vector<std::size_t> entries)
+    {
+        Alike behind = part(alike, std::move(entries));
+        behind.literal = behind.token;
+        return behind;
     }
 
     std::map<std::string_view, std::vector<std::size_t>>
@@ -367,7 +374,8 @@ private:
     }
 
     // The first words of folders are values where they stand before the same numbers, as in
-    // steel_T300 and alloy_T300, or the same texts, and constant otherwise.
+    // steel_T300 and alloy_T300, or the same texts, and constant otherwise. Those of files make no
+    // slots, but are no part of what stands before the numbers either.
     void divideFirstWords(const Alike& alike, const std::vector<std::size_t>& entries)
     {
         std::map<std::string, std::vector<std::size_t>> byRest;
@@ -380,11 +388,13 @@ private:
                 isConstant = isConstant || isMost(weight(same), weight(members));
             if (isConstant)
                 constant.insert(constant.end(), members.begin(), members.end());
+            else if (files_)
+                work_.push_back(behindFirstWord(alike, std::move(members)));
             else
                 addSlot(alike, std::move(members), MetadataPattern::StringValue);
         }
         std::sort(constant.begin(), constant.end());
-        if (areCombined(constant))
+        if (!files_ && areCombined(constant))
             addSlot(alike, constant, MetadataPattern::StringValue);
         else
             divideByText(alike, constant);
@@ -554,9 +564,15 @@ private:
                     false, textInFileNames_, before(c));
         std::vector<Group> groups = place.groups();
 
-        // Folders whose names say nothing to us may be values as a whole.
-        const auto saysNothing = [](const Group& group) {
-            return group.slots.empty() || group.entries.size() == 1;
+        // Folders whose names say nothing to us may be values as a whole. Of words that only some
+        // begin with, as "lab Ulm" and "lab Kiel" beside "field_2", no marker can be made for all.
+        const auto saysNothing = [&place](const Group& group) {
+            const bool isText =
+                std::all_of(group.slots.begin(), group.slots.end(), [](const Slot& slot) {
+                    return slot.type == MetadataPattern::StringValue && !slot.isPair;
+                });
+            return group.slots.empty() || group.entries.size() == 1 ||
+                   (isText && place.weight(group.entries) * 4 < place.weight() * 3);
         };
         std::vector<std::size_t> plain;
         for (const Group& group : groups) {

@@ -80,6 +80,8 @@ std::optional<RootAbove> rootAbove(const Options& options)
     if (above.name.empty() || ::access(above.options.root.c_str(), R_OK | X_OK) != 0)
         return std::nullopt;
 
+    // That nobody may read what stands beside is no reason to fail.
+    above.options.keepGoing = true;
     Selection& selection = above.options.selection;
     if (selection.maxDepth != Selection().maxDepth)
         ++selection.maxDepth;

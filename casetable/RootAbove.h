@@ -9,7 +9,7 @@
 namespace casetable {
 
 /// A run with the folder above as root, which sees the files of another run under `name`, and what
-/// stands beside it too.
+/// stands beside it too, as far as that can be read.
 struct RootAbove {
     Options options;
     std::string name; ///< Of the other run's root.

@@ -10,10 +10,12 @@
 #include <stdexcept>
 #include <string_view>
 #include <tuple>
+#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
 #include "casetable/MarkerFinder.h"
+#include "casetable/MixedFiles.h"
 #include "casetable/PathTemplates.h"
 #include "casetable/PathTree.h"
 #include "crawler/CrawlerBasicImporterParser.h"
@@ -108,6 +110,7 @@ public:
             const std::optional<KeyIndex> unfit = mark(chosen, patterns);
             if (!unfit) {
                 foldersTell_ = readsFolders(chosen);
+                fileNamesTell_ = fileNamesTell(chosen);
                 return patterns;
             }
             refused.insert(*unfit);
@@ -117,9 +120,9 @@ public:
     // Values at the beginning of paths, if there is more than one.
     const std::vector<std::string>& unmarked() const { return unmarked_; }
 
-    // Whether the folders tell what a file belongs to. Then the texts in its name tell what is in
-    // it.
-    bool foldersTell() const { return foldersTell_ || unmarkedFolders_; }
+    // Whether the folders alone tell what a file belongs to. Then the texts in its name tell what
+    // is in it.
+    bool foldersTell() const { return (foldersTell_ || unmarkedFolders_) && !fileNamesTell_; }
 
 private:
     void findUnmarked()
@@ -310,24 +313,66 @@ private:
     }
 
     // A chosen key that tells the files of one case apart, if there is one: its values occur in
-    // most folders again, and they are text, or they count.
+    // most folders again, and they are text, or they count. Where numbers tell the files of a
+    // folder apart, text in their names may do so too.
     std::optional<KeyIndex> fileCounter(const std::vector<KeyIndex>& chosen) const
     {
         if (!readsFolders(chosen) && !unmarkedFolders_)
             return std::nullopt;
+        const bool fileNamesTell = this->fileNamesTell(chosen);
         for (const KeyIndex index : chosen) {
-            if (countsFiles(index))
+            if (countsFiles(index) && !(fileNamesTell && isText(index)))
                 return index;
         }
         return std::nullopt;
     }
 
-    bool readsFolders(const std::vector<KeyIndex>& chosen) const
+    bool isText(KeyIndex index) const
+    {
+        return supporters_.front()->find(index)->slot->type == MetadataPattern::StringValue;
+    }
+
+    // Whether a number among these keys, which is no counter, varies in most folders.
+    bool fileNamesTell(const std::vector<KeyIndex>& chosen) const
     {
         return std::any_of(chosen.begin(), chosen.end(), [this](KeyIndex index) {
-            return std::any_of(supporters_.begin(), supporters_.end(), [index](const Route* route) {
-                return !route->find(index)->inFileName();
-            });
+            return !isText(index) && variesInFolders(index) && !countsFiles(index);
+        });
+    }
+
+    bool variesInFolders(KeyIndex index) const
+    {
+        struct Seen {
+            std::string_view value;
+            bool varies;
+        };
+        std::unordered_map<PathTree::Index, Seen> folders;
+        for (const Route* route : supporters_) {
+            const Key& key = *route->find(index);
+            if (!key.inFileName())
+                return false;
+            for (const PathTree::Index file : route->files->files) {
+                const std::string_view value = valueAt(*key.slot, true, file);
+                Seen& seen =
+                    folders.emplace(tree_.files()[file].folder, Seen{value, false}).first->second;
+                seen.varies = seen.varies || seen.value != value;
+            }
+        }
+        const auto varying = std::count_if(folders.begin(), folders.end(),
+                                           [](const auto& folder) { return folder.second.varies; });
+        return static_cast<std::size_t>(varying) * 2 >= folders.size();
+    }
+
+    bool readsFolders(const std::vector<KeyIndex>& chosen) const
+    {
+        return !std::all_of(chosen.begin(), chosen.end(),
+                            [this](KeyIndex index) { return isInFileNames(index); });
+    }
+
+    bool isInFileNames(KeyIndex index) const
+    {
+        return std::all_of(supporters_.begin(), supporters_.end(), [index](const Route* route) {
+            return route->find(index)->inFileName();
         });
     }
 
@@ -355,9 +400,16 @@ private:
                               occurrences.size() * 2 >= folders.size() * values.size();
         if (!repeated || slot.isPair)
             return false;
+        // Dates and the like count nothing.
         if (slot.type == MetadataPattern::StringValue)
-            return true;
+            return !std::all_of(values.begin(), values.end(), beginsAndEndsInDigits);
         return count(values, isWordByte(slot.left.back()));
+    }
+
+    static bool beginsAndEndsInDigits(std::string_view text)
+    {
+        const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+        return !text.empty() && isDigit(text.front()) && isDigit(text.back());
     }
 
     // Whether these are whole numbers that are padded, or that count from 0 or 1. A parameter may
@@ -518,7 +570,13 @@ private:
             places.push_back(place(index));
         const MarkerFinder finder(std::move(places), std::move(trials));
         const std::optional<std::size_t> failed = finder.find(patterns);
-        return failed ? std::make_optional(chosen[*failed]) : std::nullopt;
+        if (!failed)
+            return std::nullopt;
+        // A folder tells more than the text at the beginning of the names in it.
+        const std::size_t next = *failed + 1;
+        const bool textFollows = next < chosen.size() && isText(chosen[next]) &&
+                                 isInFileNames(chosen[next]) && !isInFileNames(chosen[*failed]);
+        return chosen[textFollows ? next : *failed];
     }
 
     const PathTree& tree_;
@@ -531,6 +589,7 @@ private:
     bool unmarkedFolders_ = false;         // Whether those are in the names of folders.
     std::vector<const Route*> supporters_; // Of the keys chosen.
     bool foldersTell_ = false;
+    bool fileNamesTell_ = false;
 };
 
 double sizeOf(std::string number)
@@ -575,40 +634,6 @@ bool count(CrawlerBasicImporterParser& parser, const std::vector<MetadataPattern
     return true;
 }
 
-// Where runs are mixed, each name occurs several times in a case; a few that do may be in folders
-// of one run.
-void findMixedFiles(const CrawlerBasicImporterParser& parser, Suggestion& suggestion)
-{
-    if (suggestion.cases == suggestion.matchedFiles)
-        return;
-    struct File {
-        std::size_t caseIndex;
-        std::string path;
-
-        std::string_view name() const { return std::string_view(path).substr(path.rfind('/') + 1); }
-        bool operator<(const File& other) const
-        {
-            return std::make_tuple(caseIndex, name(), std::string_view(path)) <
-                   std::make_tuple(other.caseIndex, other.name(), std::string_view(other.path));
-        }
-    };
-    std::vector<File> files;
-    for (const auto& file : parser.crawlerFilePathList()) {
-        if (file->isMatched())
-            files.push_back({file->caseIndex(), file->filePath()});
-    }
-    std::sort(files.begin(), files.end());
-    std::size_t mixedFiles = 0;
-    for (std::size_t f = 1; f < files.size(); ++f) {
-        if (files[f].caseIndex != files[f - 1].caseIndex || files[f].name() != files[f - 1].name())
-            continue;
-        if (mixedFiles++ == 0)
-            suggestion.mixed = {files[f - 1].path, files[f].path};
-    }
-    if (mixedFiles * 2 < suggestion.matchedFiles)
-        suggestion.mixed = {};
-}
-
 // Leaves out what reads but one value, and of markers that overlap the last text: only text
 // overlaps.
 void countWhatVaries(const std::list<std::string>& paths, std::vector<MetadataPattern> patterns,
@@ -622,8 +647,10 @@ void countWhatVaries(const std::list<std::string>& paths, std::vector<MetadataPa
         if (count(parser, patterns, suggestion)) {
             for (std::size_t k = 0; k < patterns.size() && leaveOut == patterns.size(); ++k)
                 leaveOut = suggestion.patterns[k].valueCount < 2 ? k : leaveOut;
-            if (leaveOut == patterns.size())
-                return findMixedFiles(parser, suggestion);
+            if (leaveOut == patterns.size()) {
+                suggestion.mixed = mixedFiles(parser);
+                return;
+            }
         } else {
             for (std::size_t k = 0; k < patterns.size(); ++k)
                 leaveOut = patterns[k].valueType == MetadataPattern::StringValue ? k : leaveOut;

@@ -5,9 +5,9 @@
 #include <list>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
+#include "casetable/MixedFiles.h"
 #include "crawler/MetadataPattern.h"
 
 namespace casetable {
@@ -28,9 +28,7 @@ struct Suggestion {
     std::size_t cases = 0;
     /// A few values that stand at the very beginning of paths, where no marker can be.
     std::vector<std::string> unmarked;
-    /// Two files of one name, in different folders, which fall into one case though there are so
-    /// many such that different runs must be mixed; otherwise empty.
-    std::pair<std::string, std::string> mixed;
+    MixedFiles mixed;
 };
 
 /// Finds texts that are followed by varying values in the same place of most of `paths`, which are
@@ -56,7 +54,8 @@ struct RunAbove {
 
 /// What to tell people: the command line, a line for each marker and the counts; or, on one line
 /// without its end, why no marker can be suggested. With a run above, its command line too, or if
-/// there are no markers otherwise, first.
+/// there are no markers otherwise, first; that needs a reason in the suggestion: values at the very
+/// beginning or files of one name that are mixed.
 std::string suggestionText(const SuggestedRun& run,
                            const std::optional<RunAbove>& above = std::nullopt);
 

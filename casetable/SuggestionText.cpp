@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <string_view>
+#include <utility>
 
 #include "casetable/Suggest.h"
 #include "casetable/Text.h"
@@ -62,8 +63,10 @@ std::string cell(const std::string& bytes)
 std::string list(const std::vector<std::string>& values, bool goesOn)
 {
     std::string text;
-    for (const std::string& value : values)
-        text += (text.empty() ? "" : ", ") + (value.empty() ? "''" : cell(value));
+    for (const std::string& value : values) {
+        const bool plain = !value.empty() && value.find(',') == std::string::npos;
+        text += (text.empty() ? "" : ", ") + (plain ? cell(value) : '\'' + cell(value) + '\'');
+    }
     return text + (goesOn ? ", ..." : "");
 }
 
@@ -109,24 +112,36 @@ std::string unmarkedHint(const Suggestion& suggestion)
            "), where no marker can stand";
 }
 
-std::string commandTableAndCounts(const SuggestedRun& run)
+// Empty where there is nothing to say.
+std::string mixedHint(const MixedFiles& mixed)
 {
-    const Suggestion& suggestion = run.suggestion;
-    std::string text =
-        commandLine(run) + "\n\n" + table(suggestion.patterns) + '\n' + counts(suggestion) + '\n';
-    // Where values cannot be read at the beginning, that may be the reason.
-    if (!suggestion.mixed.first.empty() && suggestion.unmarked.empty())
-        text += "different runs may be one case: " + printable(suggestion.mixed.first) + " and " +
-                printable(suggestion.mixed.second) + " are not told apart\n";
-    return text;
+    const auto both = [](const std::pair<std::string, std::string>& files) {
+        return printable(files.first) + " and " + printable(files.second);
+    };
+    if (!mixed.sameName.first.empty())
+        return "different runs may be one case: " + both(mixed.sameName) + " are not told apart";
+    if (!mixed.likeNames.first.empty())
+        return "a case holds files of like names, such as " + both(mixed.likeNames) +
+               "; if these are different runs, a marker is missing";
+    return "";
+}
+
+std::string lineOf(const std::string& text)
+{
+    return text.empty() ? text : text + '\n';
+}
+
+std::string commandAndTable(const SuggestedRun& run)
+{
+    return commandLine(run) + "\n\n" + table(run.suggestion.patterns) + '\n';
 }
 
 // The first marker mostly holds the name of the root.
 std::string besideRoot(const RunAbove& above)
 {
     const bool named = above.run.suggestion.patterns.front().pattern.pattern != "/";
-    return "what stands beside " + cell(above.name) + " is walked " +
-           (named ? "too, and seldom matches" : "and may match too");
+    return "the other folders beside " + cell(above.name) + " are read as well, and their files " +
+           (named ? "seldom match" : "may be in the table");
 }
 
 } // namespace
@@ -147,7 +162,8 @@ std::string suggestionText(const SuggestedRun& run, const std::optional<RunAbove
 {
     const Suggestion& suggestion = run.suggestion;
     if (suggestion.patterns.empty() && above)
-        return commandTableAndCounts(above->run) + "ROOT is the folder above: below " +
+        return commandAndTable(above->run) + counts(above->run.suggestion) + '\n' +
+               lineOf(mixedHint(above->run.suggestion.mixed)) + "ROOT is the folder above: below " +
                cell(above->name) + ' ' + unmarkedHint(suggestion) + "; " + besideRoot(*above) +
                '\n';
     if (suggestion.patterns.empty()) {
@@ -158,13 +174,16 @@ std::string suggestionText(const SuggestedRun& run, const std::optional<RunAbove
                     : "no text is followed by varying values in most paths " + place) +
                (suggestion.unmarked.empty() ? "" : "; " + unmarkedHint(suggestion));
     }
-    std::string text = commandTableAndCounts(run);
-    if (!suggestion.unmarked.empty())
-        text += unmarkedHint(suggestion) + (above ? "" : "\n");
-    if (above)
-        text += "; the folder above as ROOT makes room:\n\n" + commandLine(above->run) + "\n\n" +
-                counts(above->run.suggestion) + "; " + besideRoot(*above) + '\n';
-    return text;
+    std::string text = commandAndTable(run) + counts(suggestion) + '\n';
+    const std::string mixed = mixedHint(suggestion.mixed);
+    if (!above)
+        return text + lineOf(mixed) +
+               (suggestion.unmarked.empty() ? "" : unmarkedHint(suggestion) + '\n');
+    // Where values cannot be read at the beginning, that is mostly the reason.
+    text += suggestion.unmarked.empty() ? mixed : unmarkedHint(suggestion);
+    return text + "; the folder above as ROOT makes room:\n\n" + commandLine(above->run) + "\n\n" +
+           counts(above->run.suggestion) + "; " + besideRoot(*above) + '\n' +
+           lineOf(mixedHint(above->run.suggestion.mixed));
 }
 
 } // namespace casetable

@@ -186,8 +186,9 @@ ExitCode explainPath(const Options& options, Output& output)
 std::optional<RunAbove> suggestAbove(const Options& options, const std::list<std::string>& files,
                                      const Suggestion& suggestion)
 {
-    const std::optional<RootAbove> above =
-        suggestion.unmarked.empty() ? std::nullopt : rootAbove(options);
+    const bool lacksValues =
+        !suggestion.unmarked.empty() || !suggestion.mixed.sameName.first.empty();
+    const std::optional<RootAbove> above = lacksValues ? rootAbove(options) : std::nullopt;
     if (!above)
         return std::nullopt;
     std::list<std::string> paths;

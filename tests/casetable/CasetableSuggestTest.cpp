@@ -164,12 +164,12 @@ TEST(CasetableSuggest, TakesTheFolderAboveWhereNoMarkerCanStandBeforeTheFirstFol
     tree.link("link", "nn");
 
     const std::vector<std::pair<std::string, std::string>> lines = {
-        {"nn", "-n nn/ ."},
-        {"./nn//", "-n nn/ ."},
-        {"nn/.", "-n nn/ nn/./.."},
-        {"nn/300/..", "-n nn/ nn/300/../.."},
-        {tree.path("nn"), "-n nn/ " + tree.path()},
-        {"link", "-n nn/ link/.."}};
+        {"nn", "--keep-going -n nn/ ."},
+        {"./nn//", "--keep-going -n nn/ ."},
+        {"nn/.", "--keep-going -n nn/ nn/./.."},
+        {"nn/300/..", "--keep-going -n nn/ nn/300/../.."},
+        {tree.path("nn"), "--keep-going -n nn/ " + tree.path()},
+        {"link", "--keep-going -n nn/ link/.."}};
     for (const auto& [root, line] : lines) {
         SCOPED_TRACE(root);
         const Outcome outcome = run(tree, {"--suggest", root});
@@ -182,7 +182,8 @@ TEST(CasetableSuggest, TakesTheFolderAboveWhereNoMarkerCanStandBeforeTheFirstFol
     for (const std::string root : {".", "./", "300/.."}) {
         const Outcome outcome = run({"--suggest", root}, below);
         EXPECT_EQ(outcome.output.substr(0, outcome.output.find('\n')),
-                  "casetable -n nn/ " + std::string(root == "300/.." ? "300/../.." : ".."));
+                  "casetable --keep-going -n nn/ " +
+                      std::string(root == "300/.." ? "300/../.." : ".."));
     }
 }
 
@@ -196,7 +197,7 @@ TEST(CasetableSuggest, AddsTheLineForTheFolderAboveWhereItReadsMore)
     const Outcome outcome = run(tree, {"--suggest", "r"});
     ASSERT_EQ(outcome.exitCode, 0) << outcome;
     EXPECT_EQ(outcome.output.substr(0, outcome.output.find('\n')), "casetable -n _test r");
-    const std::string line = "casetable -s r/ -n _test .\n";
+    const std::string line = "casetable --keep-going -s r/ -n _test .\n";
     EXPECT_NE(outcome.output.find("\n\n" + line + "\nmatches 6 of 6 files, 6 cases;"),
               std::string::npos)
         << outcome;
@@ -214,11 +215,26 @@ TEST(CasetableSuggest, TakesTheFolderAboveWhereFilesBeginWithTheirValues)
     }
     expectLineToWork(tree, {"--suggest", "nn"}, 3, 3);
     const Outcome outcome = run(tree, {"--suggest", "log"});
-    const std::string line = "casetable -s log/ -n _run .\n";
+    const std::string line = "casetable --keep-going -s log/ -n _run .\n";
     EXPECT_NE(outcome.output.find("\n\n" + line + "\nmatches 6 of 6 files, 6 cases;"),
               std::string::npos)
         << outcome;
     EXPECT_EQ(parseCsv(runInShell(tree, line).output).size(), 6u + 1);
+}
+
+TEST(CasetableSuggest, AddsTheLineForTheFolderAboveWhereRunsAreMixedToo)
+{
+    const TemporaryTree tree;
+    for (const std::string place : {"lab Ulm", "lab Kiel", "field_outside"}) {
+        for (const std::string cell : {"01", "02"})
+            tree.file("r/" + place + "/cell " + cell + "/data.csv");
+    }
+    const Outcome outcome = run(tree, {"--suggest", "r"});
+    EXPECT_EQ(outcome.output.substr(0, outcome.output.find('\n')), "casetable -n 'cell ' r");
+    EXPECT_NE(outcome.output.find("\n\ncasetable --keep-going -s r/ -n 'cell ' .\n\n"
+                                  "matches 6 of 6 files, 6 cases; "),
+              std::string::npos)
+        << outcome;
 }
 
 TEST(CasetableSuggest, SeesTheSameFilesFromTheFolderAbove)

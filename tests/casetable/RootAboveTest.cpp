@@ -54,6 +54,11 @@ TEST(RootAbove, IsNoneWhereNoFolderIsAboveOrItIsMissing)
     EXPECT_FALSE(rootAbove(below(tree.path("missing/.."))));
 }
 
+TEST(RootAbove, LeavesOutWhatCannotBeReadBesideTheRoot)
+{
+    EXPECT_TRUE(rootAbove(below("a"))->options.keepGoing);
+}
+
 TEST(RootAbove, IsTheFolderThatTheTargetOfALinkStandsIn)
 {
     const TemporaryTree tree;

@@ -39,6 +39,7 @@ std::vector<std::string> markers(const Paths& paths)
 }
 
 using Markers = std::vector<std::string>;
+using TwoFiles = std::pair<std::string, std::string>;
 
 std::vector<std::vector<std::string>> samples(const Suggestion& suggestion)
 {
@@ -90,7 +91,8 @@ void expectSame(const Suggestion& one, const Suggestion& other)
     EXPECT_EQ(one.matchedFiles, other.matchedFiles);
     EXPECT_EQ(one.cases, other.cases);
     EXPECT_EQ(one.unmarked, other.unmarked);
-    EXPECT_EQ(one.mixed, other.mixed);
+    EXPECT_EQ(one.mixed.sameName, other.mixed.sameName);
+    EXPECT_EQ(one.mixed.likeNames, other.mixed.likeNames);
 }
 
 Paths shuffled(const Paths& paths, plain::Random& random)
@@ -391,8 +393,7 @@ TEST(Suggest, ReadsNoVersionWithoutItsEnd)
     const Suggestion suggestion =
         suggest({"v1.0.1/coarse/x", "v1.0.2/fine/x", "v1.0.1/fine/x", "v1.0.2/coarse/x"});
     EXPECT_EQ(markers(suggestion), Markers({"s /"}));
-    EXPECT_EQ(suggestion.mixed,
-              std::make_pair(std::string("v1.0.1/coarse/x"), std::string("v1.0.2/coarse/x")));
+    EXPECT_EQ(suggestion.mixed.sameName, TwoFiles("v1.0.1/coarse/x", "v1.0.2/coarse/x"));
 }
 
 TEST(Suggest, TellsOnlyOfFilesThatAreCertainlyOfDifferentRuns)
@@ -404,7 +405,117 @@ TEST(Suggest, TellsOnlyOfFilesThatAreCertainlyOfDifferentRuns)
     }
     const Suggestion suggestion = suggest(paths);
     EXPECT_EQ(markers(suggestion), Markers({"n run"}));
-    EXPECT_EQ(suggestion.mixed, std::make_pair(std::string(), std::string()));
+    EXPECT_EQ(suggestion.mixed.sameName, TwoFiles());
+    EXPECT_EQ(suggestion.mixed.likeNames, TwoFiles());
+}
+
+TEST(Suggest, TakesTextInFileNamesAsAValueWhereNumbersInThemVaryInAFolderToo)
+{
+    Paths stains;
+    Paths repeated;
+    Paths steps;
+    for (const std::string folder : {"Z5", "Z6", "Z7"}) {
+        for (const std::string number : {"001", "002", "003"}) {
+            for (const std::string word : {"DAPI", "GFP"}) {
+                stains.push_back(folder + "/stain-" + word + "_dose" + number.back() + ".tif");
+                repeated.push_back(folder + "/stain-" + word + "_at_" + folder + ".tif");
+                steps.push_back(folder + "/out_" + word + "_" + number + ".vtu");
+            }
+        }
+    }
+    const Suggestion suggestion = suggest(stains);
+    EXPECT_EQ(markers(suggestion), Markers({"n Z", "s stain-", "n _dose"}));
+    EXPECT_EQ(suggestion.cases, 18u);
+    EXPECT_EQ(markers(repeated), Markers({"n Z"}));
+    EXPECT_EQ(markers(steps), Markers({"n Z"}));
+}
+
+// No constant text stands before them, and they may tell what is in a file.
+TEST(Suggest, TakesNoFirstWordsOfFileNames)
+{
+    Paths paths;
+    for (const std::string folder : {"run1/", "run2/", "run4/"}) {
+        for (const std::string number : {"300", "350"}) {
+            for (const std::string word : {"pressure", "velocity"})
+                paths.push_back(folder + word + "_T" + number + ".dat");
+        }
+    }
+    const Suggestion suggestion = suggest(paths);
+    EXPECT_EQ(markers(suggestion), Markers({"n run", "n T"}));
+    EXPECT_EQ(suggestion.mixed.likeNames,
+              TwoFiles("run1/pressure_T300.dat", "run1/velocity_T300.dat"));
+}
+
+TEST(Suggest, FindsNumbersBehindDifferentFirstWordsOfFiles)
+{
+    Paths paths;
+    for (const std::string material : {"alu", "steel"}) {
+        for (const std::string force : {"100", "200", "300"}) {
+            for (const std::string version : {"2.1", "2.2"})
+                paths.push_back(material + "_" + force + "N_2024-05-01_v" + version + ".dat");
+        }
+    }
+    const Suggestion suggestion = suggest(paths);
+    EXPECT_EQ(markers(suggestion), Markers({"n _", "n _v"}));
+    EXPECT_EQ(suggestion.cases, 6u);
+    EXPECT_EQ(suggestion.mixed.likeNames,
+              TwoFiles("alu_100N_2024-05-01_v2.1.dat", "steel_100N_2024-05-01_v2.1.dat"));
+}
+
+TEST(Suggest, ReadsADecimalCommaAsText)
+{
+    Paths paths;
+    for (const std::string model : {"SA", "SST", "kEps"}) {
+        for (const std::string mach : {"0,7", "0,75", "0,8"}) {
+            for (const std::string angle : {"0", "2"})
+                paths.push_back(model + "_M" + mach + "_A" + angle + ".csv");
+        }
+    }
+    const Suggestion suggestion = suggest(paths);
+    EXPECT_EQ(markers(suggestion), Markers({"s M", "n _A"}));
+    EXPECT_EQ(samples(suggestion), Samples({{"0,7", "0,75", "0,8"}, {"0", "2"}}));
+    EXPECT_EQ(suggestion.mixed.likeNames, TwoFiles("SA_M0,75_A0.csv", "SST_M0,75_A0.csv"));
+}
+
+TEST(Suggest, TakesDatesThatOccurInAllFoldersForNoCounters)
+{
+    Paths paths;
+    for (const std::string river : {"gauge_Rhein/", "gauge_Aare/"}) {
+        for (const std::string year : {"2020", "2021"}) {
+            for (const std::string day : {"01-11", "01-12", "02-01"})
+                paths.push_back(river + year + "/" + year + "-" + day + "_Q" + year.back() +
+                                ".csv");
+        }
+    }
+    const Suggestion suggestion = suggest(paths);
+    EXPECT_EQ(markers(suggestion), Markers({"s gauge_", "n /", "s /", "n _Q"}));
+    EXPECT_EQ(suggestion.cases, 12u);
+}
+
+TEST(Suggest, DoesNotGiveUpAFolderForADateInFileNames)
+{
+    Paths paths;
+    for (const std::string station : {"A/", "B/"}) {
+        for (const std::string day : {"2024-01-31", "2024-02-01"})
+            paths.push_back("station_" + station + day + ".csv");
+    }
+    const Suggestion suggestion = suggest(paths);
+    EXPECT_EQ(markers(suggestion), Markers({"s station_"}));
+    EXPECT_EQ(suggestion.mixed.likeNames,
+              TwoFiles("station_A/2024-01-31.csv", "station_A/2024-02-01.csv"));
+}
+
+TEST(Suggest, TakesFolderNamesAsWholesWhereOnlySomeBeginAlike)
+{
+    Paths paths;
+    for (const std::string place : {"lab Ulm", "lab Kiel", "field_outside"}) {
+        for (const std::string cell : {"01", "02"})
+            paths.push_back(place + "/cell " + cell + "/data.csv");
+    }
+    EXPECT_EQ(suggest(paths).unmarked, Markers({"field_outside", "lab Kiel", "lab Ulm"}));
+    for (std::string& path : paths)
+        path.insert(0, "in/");
+    EXPECT_EQ(markers(paths), Markers({"s in/", "n cell "}));
 }
 
 TEST(Suggest, LeavesOutWhatDoesNotVary)
@@ -616,6 +727,12 @@ TEST(SuggestionText, ShowsTheCommandTheMarkersAndTheCounts)
               "matches 3 of 4 files, 3 cases\n");
 }
 
+TEST(SuggestionText, QuotesValuesWithCommas)
+{
+    const std::string text = suggestionText({suggest({"in/M0,7/x", "in/M0,75/x"}), {}, "r"});
+    EXPECT_NE(text.find("  2  '0,7', '0,75'\n"), std::string::npos) << text;
+}
+
 TEST(SuggestionText, ShowsOnlyTheBeginningOfMany)
 {
     Paths paths;
@@ -670,8 +787,10 @@ TEST(SuggestionText, SaysWhatIsNotRead)
 {
     const std::string text = suggestionText(
         {suggest({"steel/T300/x", "steel/T400/x", "alu/T300/x", "alu/T400/x"}), {}, "r"});
-    EXPECT_NE(text.find("matches 4 of 4 files, 2 cases\nthe paths differ at their beginning (alu, "
-                        "steel), "),
+    EXPECT_NE(text.find("matches 4 of 4 files, 2 cases\n"
+                        "different runs may be one case: alu/T300/x and steel/T300/x are not told "
+                        "apart\n"
+                        "the paths differ at their beginning (alu, steel), "),
               std::string::npos)
         << text;
 }
@@ -679,13 +798,50 @@ TEST(SuggestionText, SaysWhatIsNotRead)
 TEST(SuggestionText, SaysThatDifferentRunsMayBeOneCase)
 {
     Suggestion suggestion = suggest({"T1/x", "T2/x"});
-    suggestion.mixed = {"T1\n/a/x", "T1\n/b/x"};
+    suggestion.mixed.sameName = {"T1\n/a/x", "T1\n/b/x"};
     const std::string line =
         "different runs may be one case: T1\\n/a/x and T1\\n/b/x are not told apart\n";
     const std::string text = suggestionText({suggestion, {}, "r"});
     EXPECT_NE(text.find("2 cases\n" + line), std::string::npos) << text;
     suggestion.unmarked = {"a", "b"};
-    EXPECT_EQ(suggestionText({suggestion, {}, "r"}).find(line), std::string::npos);
+    const std::string both = suggestionText({suggestion, {}, "r"});
+    EXPECT_NE(both.find("2 cases\n" + line + "the paths differ at their beginning (a, b), "),
+              std::string::npos)
+        << both;
+}
+
+TEST(SuggestionText, SaysThatFilesOfLikeNamesAreInOneCase)
+{
+    Suggestion suggestion = suggest({"T1/x", "T2/x"});
+    suggestion.mixed.likeNames = {"T1/a_1", "T1/b_1"};
+    const std::string text = suggestionText({suggestion, {}, "r"});
+    EXPECT_NE(text.find("2 cases\na case holds files of like names, such as T1/a_1 and T1/b_1; if "
+                        "these are different runs, a marker is missing\n"),
+              std::string::npos)
+        << text;
+}
+
+TEST(SuggestionText, SaysWhetherTheFolderAboveTellsRunsApart)
+{
+    Suggestion below = suggest({"T1/x", "T2/x"});
+    below.mixed.sameName = {"T1/a/x", "T1/b/x"};
+    RunAbove above = {{suggest({"r/T1/x", "r/T2/x"}), {}, "."}, "r"};
+    const std::string reason = "2 cases\ndifferent runs may be one case: T1/a/x and T1/b/x are not "
+                               "told apart; the folder above as ROOT makes room:\n\n";
+    const std::string text = suggestionText({below, {}, "r"}, above);
+    EXPECT_NE(text.find(reason), std::string::npos) << text;
+    EXPECT_EQ(text.find("r/T1/x"), std::string::npos) << text;
+
+    above.run.suggestion.mixed.likeNames = {"r/T1/x", "r/T1/y"};
+    const std::string line =
+        "a case holds files of like names, such as r/T1/x and r/T1/y; if these "
+        "are different runs, a marker is missing\n";
+    const std::string more = suggestionText({below, {}, "r"}, above);
+    EXPECT_EQ(more, text + line);
+    below = suggest({"300/x", "400/x"});
+    const std::string first = suggestionText({below, {}, "r"}, above);
+    EXPECT_NE(first.find("2 cases\n" + line + "ROOT is the folder above"), std::string::npos)
+        << first;
 }
 
 TEST(SuggestionText, AddsTheCommandForTheFolderAbove)
@@ -705,8 +861,8 @@ TEST(SuggestionText, AddsTheCommandForTheFolderAbove)
               "\n"
               "casetable --follow -s r/ -n T .\n"
               "\n"
-              "matches 4 of 4 files, 4 cases; what stands beside r is walked too, and seldom "
-              "matches\n");
+              "matches 4 of 4 files, 4 cases; the other folders beside r are read as well, "
+              "and their files seldom match\n");
 }
 
 TEST(SuggestionText, GivesTheCommandForTheFolderAboveWhereThereIsNoOther)
@@ -721,8 +877,8 @@ TEST(SuggestionText, GivesTheCommandForTheFolderAboveWhereThereIsNoOther)
               "\n"
               "matches 3 of 3 files, 3 cases\n"
               "ROOT is the folder above: below r the paths differ at their beginning (300, 400, "
-              "500), where no marker can stand; what stands beside r is walked too, and "
-              "seldom matches\n");
+              "500), where no marker can stand; the other folders beside r are read as well, and "
+              "their files seldom match\n");
 }
 
 } // namespace tests
