@@ -147,7 +147,8 @@ private:
         bool number = false;
         for (; token(entry, index) != nullptr; ++index) {
             const Kind kind = token(entry, index)->kind;
-            const bool isKey = kind == Kind::Word && isKind(entry, index + 1, Kind::Number);
+            const bool isKey = kind == Kind::Word && (isKind(entry, index + 1, Kind::Number) ||
+                                                      isKind(entry, index + 1, Kind::Numbers));
             if (kind == Kind::Number || kind == Kind::Numbers) {
                 number = true;
                 pattern += '\0';
@@ -266,6 +267,16 @@ private:
             finish(alike, ends);
         divideByText(alike, separators);
 
+        // Beside 0,75 a whole number has a decimal comma that is not written.
+        const bool commas = std::any_of(joined.begin(), joined.end(), [&](std::size_t e) {
+            return this->text(e, alike.token).find(',') != std::string_view::npos;
+        });
+        if (commas) {
+            joined.insert(joined.end(), numbers.begin(), numbers.end());
+            std::sort(joined.begin(), joined.end());
+            numbers.clear();
+        }
+
         // The separators that follow say nothing about the kind of the values.
         const std::size_t values = weight(numbers) + weight(joined) + weight(words);
         const bool text = textMayBegin(alike);
@@ -278,7 +289,7 @@ private:
             }
         }
         if (!joined.empty() && (!text || isMost(weight(joined), values)))
-            addSlot(alike, std::exchange(joined, {}), MetadataPattern::StringValue);
+            addJoined(alike, std::exchange(joined, {}));
         if (text) {
             std::vector<std::size_t> texts = std::move(words);
             texts.insert(texts.end(), numbers.begin(), numbers.end());
@@ -358,6 +369,17 @@ private:
             else
                 addSlot(alike, std::move(members), MetadataPattern::StringValue, end);
         }
+    }
+
+    // A unit is read with them, as in 0,75s.
+    void addJoined(const Alike& alike, std::vector<std::size_t> entries)
+    {
+        const std::size_t behind = alike.token + 1;
+        const bool unit = std::all_of(entries.begin(), entries.end(), [&](std::size_t e) {
+            return isKind(e, behind, Kind::Word) &&
+                   text(e, behind) == text(entries.front(), behind);
+        });
+        addSlot(alike, std::move(entries), MetadataPattern::StringValue, behind + (unit ? 1 : 0));
     }
 
     void addTexts(const Alike& alike, const std::vector<std::size_t>& entries)

@@ -402,14 +402,13 @@ private:
             return false;
         // Dates and the like count nothing.
         if (slot.type == MetadataPattern::StringValue)
-            return !std::all_of(values.begin(), values.end(), beginsAndEndsInDigits);
+            return !std::all_of(values.begin(), values.end(), beginsWithDigit);
         return count(values, isWordByte(slot.left.back()));
     }
 
-    static bool beginsAndEndsInDigits(std::string_view text)
+    static bool beginsWithDigit(std::string_view text)
     {
-        const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
-        return !text.empty() && isDigit(text.front()) && isDigit(text.back());
+        return !text.empty() && text.front() >= '0' && text.front() <= '9';
     }
 
     // Whether these are whole numbers that are padded, or that count from 0 or 1. A parameter may

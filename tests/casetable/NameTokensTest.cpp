@@ -83,6 +83,12 @@ TEST(NameTokens, KeepDatesTimesAndVersionsTogether)
     EXPECT_EQ(tokens({"300_5"}), "n:300 s:_ n:5");
 }
 
+TEST(NameTokens, KeepDecimalCommasInTheirNumbers)
+{
+    EXPECT_EQ(tokens({"M0,75_A2"}), "w:M N:0,75 s:_ w:A n:2");
+    EXPECT_EQ(tokens({"x=1,y=2"}), "w:x s:= n:1 s:, w:y s:= n:2");
+}
+
 TEST(NameTokens, CoverAnyNameWithoutAGap)
 {
     plain::Random random(7);

@@ -477,6 +477,21 @@ TEST(Suggest, ReadsADecimalCommaAsText)
     EXPECT_EQ(suggestion.mixed.likeNames, TwoFiles("SA_M0,75_A0.csv", "SST_M0,75_A0.csv"));
 }
 
+TEST(Suggest, ReadsWholeNumbersAndUnitsWithDecimalCommas)
+{
+    Paths paths;
+    for (const std::string folder : {"R1/", "R2/", "R4/"}) {
+        for (const std::string word : {"alu", "steel"}) {
+            for (const std::string time : {"0,7", "0,75", "1"})
+                paths.push_back(folder + word + "_T" + time + "s.csv");
+        }
+    }
+    const Suggestion suggestion = suggest(paths);
+    EXPECT_EQ(markers(suggestion), Markers({"n R", "s T"}));
+    EXPECT_EQ(suggestion.patterns.at(1).sample, Markers({"0,75s", "0,7s", "1s"}));
+    EXPECT_EQ(suggestion.matchedFiles, 18u);
+}
+
 TEST(Suggest, TakesDatesThatOccurInAllFoldersForNoCounters)
 {
     Paths paths;
