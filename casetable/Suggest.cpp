@@ -26,7 +26,7 @@ namespace casetable {
 namespace {
 
 // More markers than anybody wants to read; a bound for trees that are nothing but numbers.
-const std::size_t maxSlots = 64;
+const std::size_t maxSlots = 32;
 const std::size_t sampleSize = 5;
 
 // A slot in the names of a class of folders or files.
