@@ -166,14 +166,10 @@ std::string suggestionText(const SuggestedRun& run, const std::optional<RunAbove
                lineOf(mixedHint(above->run.suggestion.mixed)) + "ROOT is the folder above: below " +
                cell(above->name) + ' ' + unmarkedHint(suggestion) + "; " + besideRoot(*above) +
                '\n';
-    if (suggestion.patterns.empty()) {
-        const std::string place = run.root.empty() ? "in the list" : "below " + run.root;
-        return "no marker can be suggested: " +
-               (suggestion.files == 0
-                    ? "there is no file " + place
-                    : "no text is followed by varying values in most paths " + place) +
+    if (suggestion.patterns.empty())
+        return "no text is followed by varying values in most paths " +
+               (run.root.empty() ? "in the list" : "below " + run.root) +
                (suggestion.unmarked.empty() ? "" : "; " + unmarkedHint(suggestion));
-    }
     std::string text = commandAndTable(run) + counts(suggestion) + '\n';
     const std::string mixed = mixedHint(suggestion.mixed);
     if (!above)

@@ -210,12 +210,13 @@ ExitCode suggestMarkers(const Options& options, const std::list<std::string>& fi
     const SuggestedRun run{suggest(files), walkArguments(options), options.root};
     const std::optional<RunAbove> above = suggestAbove(options, files, run.suggestion);
     catchInterrupts();
-    const std::string text = suggestionText(run, above);
     if (run.suggestion.patterns.empty() && !above) {
-        console.error(text + hiddenRemark(hiddenLeftOut));
+        console.error("no marker can be suggested: " +
+                      (files.empty() ? noFiles(options) : suggestionText(run)) +
+                      hiddenRemark(hiddenLeftOut));
         return ExitCode::NoCases;
     }
-    output.write(text);
+    output.write(suggestionText(run, above));
     output.commit();
     return ExitCode::Cases;
 }

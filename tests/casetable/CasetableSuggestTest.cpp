@@ -296,6 +296,11 @@ TEST(CasetableSuggest, SaysWhatIsHidden)
     EXPECT_EQ(message(run(tree, {"--suggest", "results"}).errors),
               "no marker can be suggested: there is no file below results; "
               "1 hidden entry left out, --hidden takes it");
+    EXPECT_EQ(message(run(tree, {"--suggest", "-H", "-E", ".*", "results"}).errors),
+              "no marker can be suggested: there is no file below results, with --exclude");
+    tree.file("list");
+    EXPECT_EQ(message(run(tree, {"--suggest", "--from-list", "list"}).errors),
+              "no marker can be suggested: there is no file in list");
 }
 
 TEST(CasetableSuggest, FailsLikeAnyRunWhereTheFolderIsMissing)

@@ -791,11 +791,10 @@ TEST(SuggestionText, QuotesWhatSomeShellsWouldLookUpAsACommand)
 
 TEST(SuggestionText, SaysInOneLineWhyThereIsNothingToSay)
 {
-    EXPECT_EQ(suggestionText({suggest({}), {}, "r"}),
-              "no marker can be suggested: there is no file below r");
     EXPECT_EQ(suggestionText({suggest({"a", "b"}), {}, "r"}),
-              "no marker can be suggested: no text is followed by varying values in most paths "
-              "below r");
+              "no text is followed by varying values in most paths below r");
+    EXPECT_EQ(suggestionText({suggest({"a", "b"}), {}, ""}),
+              "no text is followed by varying values in most paths in the list");
 }
 
 TEST(SuggestionText, SaysWhatIsNotRead)
