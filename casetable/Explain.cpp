@@ -279,9 +279,9 @@ private:
                     "Extensions at the end of a segment are left off."};
         const std::string left =
             length < segment.size() ? ", as " + extension + " is left off" : "";
-        const char only = segment[markerLength];
-        const bool isDigit = only >= '0' && only <= '9';
-        return {"only " + quoted(std::string(1, only)) + " stands behind " + name + left,
+        const std::string_view only = segment.substr(markerLength, 1);
+        const bool isDigit = only >= "0" && only <= "9";
+        return {"only " + quoted(only) + " stands behind " + name + left,
                 isDigit ? rule + " A number may be one digit:\n  -n " + printable(marker) : rule};
     }
 

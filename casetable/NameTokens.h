@@ -15,7 +15,7 @@ const std::size_t longestName = 255;
 /// A piece of the name of a file or folder; the bytes from `begin` up to `end`.
 struct Token {
     enum class Kind : std::uint8_t {
-        Word,      ///< Letters, divided where a capital follows a small letter.
+        Word,      ///< Letters, divided where a capital follows a small one that is not the first.
         Separator, ///< Whatever is neither letter nor number.
         Number,    ///< A number as the module reads it.
         Numbers    ///< Numbers that belong together, such as a date, a version or 0,75.

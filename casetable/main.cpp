@@ -34,7 +34,6 @@
 #include "casetable/Unmatched.h"
 #include "casetable/VttWriter.h"
 #include "casetable/Walk.h"
-#include "host/AuxFileInfoInterface.h"
 
 namespace casetable {
 
@@ -222,21 +221,20 @@ ExitCode suggestMarkers(const Options& options, const std::list<std::string>& fi
 }
 
 // Nobody wants a table in place of one of the files that it tells of.
-void spareMatchedFile(const std::string& output, const std::string& root, const Import& import)
+void spareMatchedFile(const Options& options, const Import& import)
 {
     std::error_code failure;
-    const std::filesystem::path file = std::filesystem::canonical(output, failure);
+    const std::filesystem::path file = std::filesystem::canonical(*options.output, failure);
     if (failure)
         return; // There is no such file yet.
-    const std::filesystem::path folder = std::filesystem::canonical(root, failure);
+    const std::filesystem::path folder = std::filesystem::canonical(options.root, failure);
     if (failure)
         return;
     const std::string path = file.lexically_relative(folder).string();
-    for (const auto& matched : import.importer().identifiedAuxFiles()) {
-        if (matched->filePath() == path)
-            throw Failure(ExitCode::OutputFailed,
-                          output + ": is one of the matched files, and is not replaced");
-    }
+    // Only a file that is matched has a value for each marker.
+    if (import.importer().metadataInfoList(path).size() == options.patterns.size())
+        throw Failure(ExitCode::OutputFailed,
+                      *options.output + ": is one of the matched files, and is not replaced");
 }
 
 void spareList(const std::string& list, const std::string& output)
@@ -275,7 +273,7 @@ ExitCode run(const Options& options, Console& console)
     const Import import(std::move(crawler), options.patterns, options.identifiers);
     throwIfInterrupted();
     if (options.output && !options.list)
-        spareMatchedFile(*options.output, options.root, import);
+        spareMatchedFile(options, import);
     write(makeReport(options, import), options.format, output);
     if (options.output && options.format == Format::Auto && !output.isTerminal() &&
         std::filesystem::path(*options.output).has_extension())
