@@ -13,7 +13,7 @@
 #include "benchmarks/Campaign.h"
 #include "benchmarks/Host.h"
 #include "benchmarks/Measure.h"
-#include "casetable/PlainTagValidator.h"
+#include "casetable/importing/PlainTagValidator.h"
 #include "crawler/AuxFileIdentifierValidator.h"
 #include "crawler/CrawlerBasicImporterParser.h"
 #include "host/AuxFileCollectionInterface.h"

@@ -13,8 +13,8 @@
 
 #include "benchmarks/Campaign.h"
 #include "benchmarks/Host.h"
-#include "casetable/FileSystem.h"
-#include "casetable/PlainTagValidator.h"
+#include "casetable/importing/PlainTagValidator.h"
+#include "casetable/listing/FileSystem.h"
 #include "crawler/CrawlerBasicImporterParser.h"
 #include "crawler/FolderCrawler.h"
 #include "host/AuxFileInfoInterface.h"

@@ -20,7 +20,7 @@
 #include "benchmarks/Campaign.h"
 #include "benchmarks/Measure.h"
 #include "benchmarks/MemoryTree.h"
-#include "casetable/FileSystem.h"
+#include "casetable/listing/FileSystem.h"
 #include "crawler/FolderCrawler.h"
 
 namespace {

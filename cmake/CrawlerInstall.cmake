@@ -28,7 +28,7 @@ install(
   COMPONENT development
   FILES_MATCHING
   PATTERN "*.h"
-  PATTERN "CrawlerFilePath.h" EXCLUDE)
+  PATTERN "private" EXCLUDE)
 
 # For find_package(Crawler).
 install(

@@ -5,7 +5,7 @@
 
 #include <boost/make_shared.hpp>
 
-#include "crawler/CrawlerFilePath.h"
+#include "crawler/private/CrawlerFilePath.h"
 
 struct CrawlerBasicImporterParser::Impl {
     using FilesOfCases =

@@ -1,4 +1,4 @@
-#include "crawler/CrawlerFilePath.h"
+#include "crawler/private/CrawlerFilePath.h"
 
 #include <stdexcept>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "casetable/Explain.h"
+#include "casetable/explaining/Explain.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -8,9 +8,9 @@
 
 #include <boost/lexical_cast/try_lexical_convert.hpp>
 
-#include "casetable/Colour.h"
-#include "casetable/Text.h"
-#include "casetable/Unmatched.h"
+#include "casetable/explaining/Unmatched.h"
+#include "casetable/system/Colour.h"
+#include "casetable/system/Text.h"
 #include "crawler/CrawlerBasicImporterParser.h"
 #include "host/AuxFileInfoInterface.h"
 

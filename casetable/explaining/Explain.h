@@ -1,5 +1,5 @@
-#ifndef CASETABLE_EXPLAIN_H
-#define CASETABLE_EXPLAIN_H
+#ifndef CASETABLE_EXPLAINING_EXPLAIN_H
+#define CASETABLE_EXPLAINING_EXPLAIN_H
 
 #include <string>
 #include <vector>

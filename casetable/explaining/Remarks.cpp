@@ -1,4 +1,4 @@
-#include "casetable/Remarks.h"
+#include "casetable/explaining/Remarks.h"
 
 #include <cstddef>
 

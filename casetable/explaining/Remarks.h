@@ -1,5 +1,5 @@
-#ifndef CASETABLE_REMARKS_H
-#define CASETABLE_REMARKS_H
+#ifndef CASETABLE_EXPLAINING_REMARKS_H
+#define CASETABLE_EXPLAINING_REMARKS_H
 
 #include <string>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "casetable/Unmatched.h"
+#include "casetable/explaining/Unmatched.h"
 
 #include <algorithm>
 #include <cctype>

@@ -1,5 +1,5 @@
-#ifndef CASETABLE_UNMATCHED_H
-#define CASETABLE_UNMATCHED_H
+#ifndef CASETABLE_EXPLAINING_UNMATCHED_H
+#define CASETABLE_EXPLAINING_UNMATCHED_H
 
 #include <cstddef>
 #include <string>

@@ -1,4 +1,4 @@
-#include "casetable/Import.h"
+#include "casetable/importing/Import.h"
 
 #include <list>
 #include <memory>
@@ -7,8 +7,8 @@
 
 #include <boost/make_shared.hpp>
 
-#include "casetable/ExitCode.h"
-#include "casetable/PlainTagValidator.h"
+#include "casetable/importing/PlainTagValidator.h"
+#include "casetable/system/ExitCode.h"
 #include "crawler/CrawlerBasicImporterParser.h"
 #include "host/ExceptionBase.h"
 #include "host/ImportLoadContextInterface.h"

@@ -1,5 +1,5 @@
-#ifndef CASETABLE_IMPORT_H
-#define CASETABLE_IMPORT_H
+#ifndef CASETABLE_IMPORTING_IMPORT_H
+#define CASETABLE_IMPORTING_IMPORT_H
 
 #include <memory>
 #include <vector>

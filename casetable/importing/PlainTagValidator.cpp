@@ -1,4 +1,4 @@
-#include "casetable/PlainTagValidator.h"
+#include "casetable/importing/PlainTagValidator.h"
 
 #include <algorithm>
 

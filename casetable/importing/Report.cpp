@@ -1,4 +1,4 @@
-#include "casetable/Report.h"
+#include "casetable/importing/Report.h"
 
 #include <map>
 #include <set>
@@ -7,8 +7,8 @@
 #include <vtkTable.h>
 #include <vtkVariant.h>
 
-#include "casetable/Import.h"
-#include "casetable/Unmatched.h"
+#include "casetable/explaining/Unmatched.h"
+#include "casetable/importing/Import.h"
 #include "host/AuxFileInfoInterface.h"
 
 namespace casetable {

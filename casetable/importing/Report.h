@@ -1,5 +1,5 @@
-#ifndef CASETABLE_REPORT_H
-#define CASETABLE_REPORT_H
+#ifndef CASETABLE_IMPORTING_REPORT_H
+#define CASETABLE_IMPORTING_REPORT_H
 
 #include <cstddef>
 #include <functional>

@@ -1,4 +1,4 @@
-#include "casetable/FileList.h"
+#include "casetable/listing/FileList.h"
 
 #include <algorithm>
 #include <optional>
@@ -6,8 +6,8 @@
 
 #include <boost/make_shared.hpp>
 
-#include "casetable/ExitCode.h"
-#include "casetable/Text.h"
+#include "casetable/system/ExitCode.h"
+#include "casetable/system/Text.h"
 
 namespace casetable {
 

@@ -1,5 +1,5 @@
-#ifndef CASETABLE_FILELIST_H
-#define CASETABLE_FILELIST_H
+#ifndef CASETABLE_LISTING_FILELIST_H
+#define CASETABLE_LISTING_FILELIST_H
 
 #include <atomic>
 #include <cstddef>
@@ -9,7 +9,7 @@
 
 #include <boost/shared_ptr.hpp>
 
-#include "casetable/Selection.h"
+#include "casetable/listing/Selection.h"
 #include "host/FileInfoInterface.h"
 
 namespace casetable {

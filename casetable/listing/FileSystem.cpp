@@ -1,4 +1,4 @@
-#include "casetable/FileSystem.h"
+#include "casetable/listing/FileSystem.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,5 +1,5 @@
-#ifndef CASETABLE_FILESYSTEM_H
-#define CASETABLE_FILESYSTEM_H
+#ifndef CASETABLE_LISTING_FILESYSTEM_H
+#define CASETABLE_LISTING_FILESYSTEM_H
 
 #include <atomic>
 #include <cstddef>
@@ -8,7 +8,7 @@
 
 #include <boost/shared_ptr.hpp>
 
-#include "casetable/Selection.h"
+#include "casetable/listing/Selection.h"
 #include "host/FileInfoInterface.h"
 
 namespace casetable {

@@ -1,5 +1,5 @@
-#ifndef CASETABLE_GLOB_H
-#define CASETABLE_GLOB_H
+#ifndef CASETABLE_LISTING_GLOB_H
+#define CASETABLE_LISTING_GLOB_H
 
 #include <atomic>
 #include <memory>

@@ -1,4 +1,4 @@
-#include "casetable/Progress.h"
+#include "casetable/listing/Progress.h"
 
 #include <utility>
 

@@ -1,5 +1,5 @@
-#ifndef CASETABLE_PROGRESS_H
-#define CASETABLE_PROGRESS_H
+#ifndef CASETABLE_LISTING_PROGRESS_H
+#define CASETABLE_LISTING_PROGRESS_H
 
 #include <cstddef>
 #include <mutex>

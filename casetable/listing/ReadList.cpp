@@ -1,4 +1,4 @@
-#include "casetable/ReadList.h"
+#include "casetable/listing/ReadList.h"
 
 #include <array>
 #include <cerrno>
@@ -10,11 +10,11 @@
 #include <poll.h>
 #include <unistd.h>
 
-#include "casetable/Console.h"
-#include "casetable/ExitCode.h"
-#include "casetable/FileList.h"
-#include "casetable/Interrupt.h"
-#include "casetable/StatusLine.h"
+#include "casetable/listing/FileList.h"
+#include "casetable/system/Console.h"
+#include "casetable/system/ExitCode.h"
+#include "casetable/system/Interrupt.h"
+#include "casetable/system/StatusLine.h"
 
 namespace casetable {
 

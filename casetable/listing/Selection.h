@@ -1,12 +1,12 @@
-#ifndef CASETABLE_SELECTION_H
-#define CASETABLE_SELECTION_H
+#ifndef CASETABLE_LISTING_SELECTION_H
+#define CASETABLE_LISTING_SELECTION_H
 
 #include <cstddef>
 #include <limits>
 #include <string_view>
 #include <vector>
 
-#include "casetable/Glob.h"
+#include "casetable/listing/Glob.h"
 
 namespace casetable {
 

@@ -1,4 +1,4 @@
-#include "casetable/Walk.h"
+#include "casetable/listing/Walk.h"
 
 #include <atomic>
 #include <chrono>
@@ -11,13 +11,13 @@
 
 #include <QtGlobal>
 
-#include "casetable/Console.h"
-#include "casetable/ExitCode.h"
-#include "casetable/FileList.h"
-#include "casetable/FileSystem.h"
-#include "casetable/Interrupt.h"
-#include "casetable/Progress.h"
-#include "casetable/StatusLine.h"
+#include "casetable/listing/FileList.h"
+#include "casetable/listing/FileSystem.h"
+#include "casetable/listing/Progress.h"
+#include "casetable/system/Console.h"
+#include "casetable/system/ExitCode.h"
+#include "casetable/system/Interrupt.h"
+#include "casetable/system/StatusLine.h"
 
 namespace casetable {
 

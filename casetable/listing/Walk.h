@@ -1,5 +1,5 @@
-#ifndef CASETABLE_WALK_H
-#define CASETABLE_WALK_H
+#ifndef CASETABLE_LISTING_WALK_H
+#define CASETABLE_LISTING_WALK_H
 
 #include <memory>
 #include <string>

@@ -1,4 +1,4 @@
-#include "casetable/Options.h"
+#include "casetable/options/Options.h"
 
 #include <algorithm>
 #include <cctype>
@@ -13,9 +13,9 @@
 
 #include <CLI/CLI.hpp>
 
-#include "casetable/ExitCode.h"
-#include "casetable/Output.h"
-#include "casetable/PlainTagValidator.h"
+#include "casetable/importing/PlainTagValidator.h"
+#include "casetable/system/ExitCode.h"
+#include "casetable/system/Output.h"
 
 namespace casetable {
 

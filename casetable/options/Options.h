@@ -1,11 +1,11 @@
-#ifndef CASETABLE_OPTIONS_H
-#define CASETABLE_OPTIONS_H
+#ifndef CASETABLE_OPTIONS_OPTIONS_H
+#define CASETABLE_OPTIONS_OPTIONS_H
 
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "casetable/Selection.h"
+#include "casetable/listing/Selection.h"
 #include "crawler/AuxFileIdentifierValidator.h"
 #include "crawler/MetadataPattern.h"
 

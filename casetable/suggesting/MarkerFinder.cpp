@@ -1,11 +1,11 @@
-#include "casetable/MarkerFinder.h"
+#include "casetable/suggesting/MarkerFinder.h"
 
 #include <algorithm>
 #include <map>
 #include <stdexcept>
 #include <utility>
 
-#include "casetable/NameTokens.h"
+#include "casetable/suggesting/NameTokens.h"
 #include "crawler/CrawlerBasicImporterParser.h"
 #include "host/AuxFileInfoInterface.h"
 

@@ -1,4 +1,4 @@
-#include "casetable/MixedFiles.h"
+#include "casetable/suggesting/MixedFiles.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -6,7 +6,7 @@
 #include <tuple>
 #include <vector>
 
-#include "casetable/NameTokens.h"
+#include "casetable/suggesting/NameTokens.h"
 #include "host/AuxFileInfoInterface.h"
 
 namespace casetable {

@@ -1,4 +1,4 @@
-#include "casetable/NameTokens.h"
+#include "casetable/suggesting/NameTokens.h"
 
 #include <algorithm>
 

@@ -1,5 +1,5 @@
-#ifndef CASETABLE_NAMETOKENS_H
-#define CASETABLE_NAMETOKENS_H
+#ifndef CASETABLE_SUGGESTING_NAMETOKENS_H
+#define CASETABLE_SUGGESTING_NAMETOKENS_H
 
 #include <cstddef>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "casetable/PathTemplates.h"
+#include "casetable/suggesting/PathTemplates.h"
 
 #include <algorithm>
 #include <map>

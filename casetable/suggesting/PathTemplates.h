@@ -1,11 +1,11 @@
-#ifndef CASETABLE_PATHTEMPLATES_H
-#define CASETABLE_PATHTEMPLATES_H
+#ifndef CASETABLE_SUGGESTING_PATHTEMPLATES_H
+#define CASETABLE_SUGGESTING_PATHTEMPLATES_H
 
 #include <cstddef>
 #include <string>
 #include <vector>
 
-#include "casetable/PathTree.h"
+#include "casetable/suggesting/PathTree.h"
 #include "crawler/MetadataPattern.h"
 
 namespace casetable {

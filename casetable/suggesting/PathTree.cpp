@@ -1,4 +1,4 @@
-#include "casetable/PathTree.h"
+#include "casetable/suggesting/PathTree.h"
 
 #include <algorithm>
 

@@ -1,5 +1,5 @@
-#ifndef CASETABLE_PATHTREE_H
-#define CASETABLE_PATHTREE_H
+#ifndef CASETABLE_SUGGESTING_PATHTREE_H
+#define CASETABLE_SUGGESTING_PATHTREE_H
 
 #include <cstddef>
 #include <cstdint>
@@ -9,7 +9,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "casetable/NameTokens.h"
+#include "casetable/suggesting/NameTokens.h"
 
 namespace casetable {
 

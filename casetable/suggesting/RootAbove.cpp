@@ -1,4 +1,4 @@
-#include "casetable/RootAbove.h"
+#include "casetable/suggesting/RootAbove.h"
 
 #include <cstdlib>
 #include <memory>

@@ -1,10 +1,10 @@
-#ifndef CASETABLE_ROOTABOVE_H
-#define CASETABLE_ROOTABOVE_H
+#ifndef CASETABLE_SUGGESTING_ROOTABOVE_H
+#define CASETABLE_SUGGESTING_ROOTABOVE_H
 
 #include <optional>
 #include <string>
 
-#include "casetable/Options.h"
+#include "casetable/options/Options.h"
 
 namespace casetable {
 

@@ -1,4 +1,4 @@
-#include "casetable/Suggest.h"
+#include "casetable/suggesting/Suggest.h"
 
 #include <algorithm>
 #include <charconv>
@@ -14,10 +14,10 @@
 #include <unordered_set>
 #include <utility>
 
-#include "casetable/MarkerFinder.h"
-#include "casetable/MixedFiles.h"
-#include "casetable/PathTemplates.h"
-#include "casetable/PathTree.h"
+#include "casetable/suggesting/MarkerFinder.h"
+#include "casetable/suggesting/MixedFiles.h"
+#include "casetable/suggesting/PathTemplates.h"
+#include "casetable/suggesting/PathTree.h"
 #include "crawler/CrawlerBasicImporterParser.h"
 #include "host/AuxFileInfoInterface.h"
 

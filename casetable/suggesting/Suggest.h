@@ -1,5 +1,5 @@
-#ifndef CASETABLE_SUGGEST_H
-#define CASETABLE_SUGGEST_H
+#ifndef CASETABLE_SUGGESTING_SUGGEST_H
+#define CASETABLE_SUGGESTING_SUGGEST_H
 
 #include <cstddef>
 #include <list>
@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "casetable/MixedFiles.h"
+#include "casetable/suggesting/MixedFiles.h"
 #include "crawler/MetadataPattern.h"
 
 namespace casetable {

@@ -3,8 +3,8 @@
 #include <string_view>
 #include <utility>
 
-#include "casetable/Suggest.h"
-#include "casetable/Text.h"
+#include "casetable/suggesting/Suggest.h"
+#include "casetable/system/Text.h"
 
 namespace casetable {
 

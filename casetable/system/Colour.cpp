@@ -1,4 +1,4 @@
-#include "casetable/Colour.h"
+#include "casetable/system/Colour.h"
 
 #include <cstdlib>
 

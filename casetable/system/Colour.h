@@ -1,5 +1,5 @@
-#ifndef CASETABLE_COLOUR_H
-#define CASETABLE_COLOUR_H
+#ifndef CASETABLE_SYSTEM_COLOUR_H
+#define CASETABLE_SYSTEM_COLOUR_H
 
 #include <string>
 

@@ -1,11 +1,11 @@
-#include "casetable/Console.h"
+#include "casetable/system/Console.h"
 
 #include <cstddef>
 
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include "casetable/Text.h"
+#include "casetable/system/Text.h"
 
 namespace casetable {
 

@@ -1,10 +1,10 @@
-#ifndef CASETABLE_CONSOLE_H
-#define CASETABLE_CONSOLE_H
+#ifndef CASETABLE_SYSTEM_CONSOLE_H
+#define CASETABLE_SYSTEM_CONSOLE_H
 
 #include <mutex>
 #include <string>
 
-#include "casetable/Colour.h"
+#include "casetable/system/Colour.h"
 
 namespace casetable {
 

@@ -1,5 +1,5 @@
-#ifndef CASETABLE_EXITCODE_H
-#define CASETABLE_EXITCODE_H
+#ifndef CASETABLE_SYSTEM_EXITCODE_H
+#define CASETABLE_SYSTEM_EXITCODE_H
 
 #include <stdexcept>
 #include <string>

@@ -1,4 +1,4 @@
-#include "casetable/Interrupt.h"
+#include "casetable/system/Interrupt.h"
 
 #include <initializer_list>
 

@@ -1,4 +1,4 @@
-#include "casetable/Output.h"
+#include "casetable/system/Output.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -12,9 +12,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "casetable/Colour.h"
-#include "casetable/ExitCode.h"
-#include "casetable/Interrupt.h"
+#include "casetable/system/Colour.h"
+#include "casetable/system/ExitCode.h"
+#include "casetable/system/Interrupt.h"
 
 namespace casetable {
 

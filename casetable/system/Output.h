@@ -1,5 +1,5 @@
-#ifndef CASETABLE_OUTPUT_H
-#define CASETABLE_OUTPUT_H
+#ifndef CASETABLE_SYSTEM_OUTPUT_H
+#define CASETABLE_SYSTEM_OUTPUT_H
 
 #include <optional>
 #include <string>

@@ -1,6 +1,6 @@
-#include "casetable/StatusLine.h"
+#include "casetable/system/StatusLine.h"
 
-#include "casetable/Console.h"
+#include "casetable/system/Console.h"
 
 namespace casetable {
 

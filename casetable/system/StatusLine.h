@@ -1,5 +1,5 @@
-#ifndef CASETABLE_STATUSLINE_H
-#define CASETABLE_STATUSLINE_H
+#ifndef CASETABLE_SYSTEM_STATUSLINE_H
+#define CASETABLE_SYSTEM_STATUSLINE_H
 
 #include <chrono>
 #include <functional>

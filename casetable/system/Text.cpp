@@ -1,4 +1,4 @@
-#include "casetable/Text.h"
+#include "casetable/system/Text.h"
 
 #include <clocale>
 #include <cstdio>

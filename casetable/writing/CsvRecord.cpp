@@ -1,8 +1,8 @@
-#include "casetable/CsvRecord.h"
+#include "casetable/writing/CsvRecord.h"
 
 #include <utility>
 
-#include "casetable/Report.h"
+#include "casetable/importing/Report.h"
 
 namespace casetable {
 

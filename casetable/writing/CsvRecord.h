@@ -1,5 +1,5 @@
-#ifndef CASETABLE_CSVRECORD_H
-#define CASETABLE_CSVRECORD_H
+#ifndef CASETABLE_WRITING_CSVRECORD_H
+#define CASETABLE_WRITING_CSVRECORD_H
 
 #include <string>
 #include <vector>

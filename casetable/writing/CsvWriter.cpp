@@ -1,10 +1,10 @@
-#include "casetable/CsvWriter.h"
+#include "casetable/writing/CsvWriter.h"
 
 #include <string>
 
-#include "casetable/CsvRecord.h"
-#include "casetable/Output.h"
-#include "casetable/Report.h"
+#include "casetable/importing/Report.h"
+#include "casetable/system/Output.h"
+#include "casetable/writing/CsvRecord.h"
 
 namespace casetable {
 

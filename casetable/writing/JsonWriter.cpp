@@ -1,4 +1,4 @@
-#include "casetable/JsonWriter.h"
+#include "casetable/writing/JsonWriter.h"
 
 #include <string>
 #include <utility>
@@ -6,8 +6,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include "casetable/Output.h"
-#include "casetable/Report.h"
+#include "casetable/importing/Report.h"
+#include "casetable/system/Output.h"
 
 namespace casetable {
 

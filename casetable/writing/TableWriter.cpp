@@ -1,13 +1,13 @@
-#include "casetable/TableWriter.h"
+#include "casetable/writing/TableWriter.h"
 
 #include <algorithm>
 #include <string>
 #include <vector>
 
-#include "casetable/Colour.h"
-#include "casetable/Output.h"
-#include "casetable/Report.h"
-#include "casetable/Text.h"
+#include "casetable/importing/Report.h"
+#include "casetable/system/Colour.h"
+#include "casetable/system/Output.h"
+#include "casetable/system/Text.h"
 
 namespace casetable {
 

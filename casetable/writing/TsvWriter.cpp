@@ -1,11 +1,11 @@
-#include "casetable/TsvWriter.h"
+#include "casetable/writing/TsvWriter.h"
 
 #include <string>
 #include <vector>
 
-#include "casetable/CsvRecord.h"
-#include "casetable/Output.h"
-#include "casetable/Report.h"
+#include "casetable/importing/Report.h"
+#include "casetable/system/Output.h"
+#include "casetable/writing/CsvRecord.h"
 
 namespace casetable {
 

@@ -1,4 +1,4 @@
-#include "casetable/VttWriter.h"
+#include "casetable/writing/VttWriter.h"
 
 #include <stdexcept>
 #include <string>
@@ -17,11 +17,11 @@
 #include <vtkTypeInt64Array.h>
 #include <vtkXMLTableWriter.h>
 
-#include "casetable/CsvRecord.h"
-#include "casetable/ExitCode.h"
-#include "casetable/Output.h"
-#include "casetable/Report.h"
-#include "casetable/Text.h"
+#include "casetable/importing/Report.h"
+#include "casetable/system/ExitCode.h"
+#include "casetable/system/Output.h"
+#include "casetable/system/Text.h"
+#include "casetable/writing/CsvRecord.h"
 
 namespace casetable {
 

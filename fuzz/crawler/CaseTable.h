@@ -1,5 +1,5 @@
-#ifndef FUZZ_CASETABLE_H
-#define FUZZ_CASETABLE_H
+#ifndef FUZZ_CRAWLER_CASETABLE_H
+#define FUZZ_CRAWLER_CASETABLE_H
 
 #include <algorithm>
 #include <cstddef>

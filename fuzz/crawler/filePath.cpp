@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "crawler/CrawlerFilePath.h"
+#include "crawler/private/CrawlerFilePath.h"
 #include "fuzz/Input.h"
 #include "tests/crawler/PlainMatching.h"
 

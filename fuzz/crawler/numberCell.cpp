@@ -7,8 +7,8 @@
 
 #include <boost/make_shared.hpp>
 
-#include "fuzz/CaseTable.h"
 #include "fuzz/Input.h"
+#include "fuzz/crawler/CaseTable.h"
 #include "tests/crawler/Doubles.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)

@@ -9,8 +9,8 @@
 #include <utility>
 #include <vector>
 
-#include "casetable/ExitCode.h"
-#include "casetable/Options.h"
+#include "casetable/options/Options.h"
+#include "casetable/system/ExitCode.h"
 #include "fuzz/Input.h"
 
 namespace {

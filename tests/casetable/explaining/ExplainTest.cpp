@@ -1,4 +1,4 @@
-#include "casetable/Explain.h"
+#include "casetable/explaining/Explain.h"
 
 #include <map>
 #include <sstream>
@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include "casetable/Text.h"
+#include "casetable/system/Text.h"
 #include "crawler/CrawlerBasicImporterParser.h"
 #include "host/AuxFileInfoInterface.h"
 #include "tests/crawler/PlainMatching.h"

@@ -1,11 +1,11 @@
-#include "casetable/Remarks.h"
+#include "casetable/explaining/Remarks.h"
 
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
-#include "tests/casetable/Importing.h"
+#include "tests/casetable/support/Importing.h"
 
 namespace casetable {
 namespace tests {

@@ -1,4 +1,4 @@
-#include "casetable/Unmatched.h"
+#include "casetable/explaining/Unmatched.h"
 
 #include <memory>
 #include <optional>
@@ -11,7 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "host/AuxFileInfoInterface.h"
-#include "tests/casetable/Importing.h"
+#include "tests/casetable/support/Importing.h"
 
 namespace casetable {
 namespace tests {

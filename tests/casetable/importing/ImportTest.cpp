@@ -1,15 +1,15 @@
-#include "casetable/Import.h"
+#include "casetable/importing/Import.h"
 
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
-#include "casetable/Console.h"
-#include "casetable/ExitCode.h"
-#include "casetable/FileSystem.h"
-#include "casetable/Walk.h"
-#include "tests/casetable/TemporaryTree.h"
+#include "casetable/listing/FileSystem.h"
+#include "casetable/listing/Walk.h"
+#include "casetable/system/Console.h"
+#include "casetable/system/ExitCode.h"
+#include "tests/casetable/support/TemporaryTree.h"
 
 namespace casetable {
 namespace tests {

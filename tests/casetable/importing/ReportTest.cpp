@@ -1,4 +1,4 @@
-#include "casetable/Report.h"
+#include "casetable/importing/Report.h"
 
 #include <string>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "casetable/FileList.h"
+#include "casetable/listing/FileList.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -12,7 +12,7 @@
 
 #include <gtest/gtest.h>
 
-#include "casetable/ExitCode.h"
+#include "casetable/system/ExitCode.h"
 #include "crawler/FolderCrawler.h"
 #include "tests/crawler/Doubles.h"
 

@@ -1,4 +1,4 @@
-#include "casetable/FileSystem.h"
+#include "casetable/listing/FileSystem.h"
 
 #include <cstdio>
 #include <functional>
@@ -13,8 +13,8 @@
 #include <gtest/gtest.h>
 
 #include "crawler/FolderCrawler.h"
-#include "tests/casetable/OrdinaryUser.h"
-#include "tests/casetable/TemporaryTree.h"
+#include "tests/casetable/support/OrdinaryUser.h"
+#include "tests/casetable/support/TemporaryTree.h"
 
 namespace casetable {
 namespace tests {

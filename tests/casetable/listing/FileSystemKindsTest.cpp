@@ -1,4 +1,4 @@
-#include "casetable/FileSystem.h"
+#include "casetable/listing/FileSystem.h"
 
 #include <set>
 #include <string>
@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/casetable/TemporaryTree.h"
+#include "tests/casetable/support/TemporaryTree.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "casetable/FileSystem.h"
+#include "casetable/listing/FileSystem.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -19,9 +19,9 @@
 
 #include "crawler/FolderCrawler.h"
 #include "host/ExceptionBase.h"
-#include "tests/casetable/OrdinaryUser.h"
-#include "tests/casetable/Sanitizer.h"
-#include "tests/casetable/TemporaryTree.h"
+#include "tests/casetable/support/OrdinaryUser.h"
+#include "tests/casetable/support/Sanitizer.h"
+#include "tests/casetable/support/TemporaryTree.h"
 
 namespace casetable {
 namespace tests {

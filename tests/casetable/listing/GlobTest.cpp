@@ -1,4 +1,4 @@
-#include "casetable/Glob.h"
+#include "casetable/listing/Glob.h"
 
 #include <cstddef>
 #include <random>

@@ -1,4 +1,4 @@
-#include "casetable/Selection.h"
+#include "casetable/listing/Selection.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "casetable/Walk.h"
+#include "casetable/listing/Walk.h"
 
 #include <list>
 #include <new>
@@ -7,13 +7,13 @@
 
 #include <gtest/gtest.h>
 
-#include "casetable/Console.h"
-#include "casetable/ExitCode.h"
-#include "casetable/FileSystem.h"
+#include "casetable/listing/FileSystem.h"
+#include "casetable/system/Console.h"
+#include "casetable/system/ExitCode.h"
 #include "crawler/FolderCrawler.h"
-#include "tests/casetable/OrdinaryUser.h"
-#include "tests/casetable/Sanitizer.h"
-#include "tests/casetable/TemporaryTree.h"
+#include "tests/casetable/support/OrdinaryUser.h"
+#include "tests/casetable/support/Sanitizer.h"
+#include "tests/casetable/support/TemporaryTree.h"
 
 namespace casetable {
 namespace tests {

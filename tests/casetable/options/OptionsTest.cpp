@@ -1,4 +1,4 @@
-#include "casetable/Options.h"
+#include "casetable/options/Options.h"
 
 #include <cstring>
 #include <optional>
@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "casetable/ExitCode.h"
+#include "casetable/system/ExitCode.h"
 
 namespace casetable {
 namespace tests {

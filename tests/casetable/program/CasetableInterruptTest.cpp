@@ -7,9 +7,9 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/casetable/Injection.h"
-#include "tests/casetable/Program.h"
-#include "tests/casetable/TemporaryTree.h"
+#include "tests/casetable/support/Injection.h"
+#include "tests/casetable/support/Program.h"
+#include "tests/casetable/support/TemporaryTree.h"
 
 namespace casetable {
 namespace tests {

@@ -7,10 +7,10 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/casetable/Csv.h"
-#include "tests/casetable/OrdinaryUser.h"
-#include "tests/casetable/Program.h"
-#include "tests/casetable/TemporaryTree.h"
+#include "tests/casetable/support/Csv.h"
+#include "tests/casetable/support/OrdinaryUser.h"
+#include "tests/casetable/support/Program.h"
+#include "tests/casetable/support/TemporaryTree.h"
 
 namespace casetable {
 namespace tests {

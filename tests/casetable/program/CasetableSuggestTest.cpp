@@ -3,9 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/casetable/Csv.h"
-#include "tests/casetable/Program.h"
-#include "tests/casetable/TemporaryTree.h"
+#include "tests/casetable/support/Csv.h"
+#include "tests/casetable/support/Program.h"
+#include "tests/casetable/support/TemporaryTree.h"
 
 namespace casetable {
 namespace tests {

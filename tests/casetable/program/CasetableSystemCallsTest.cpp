@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/casetable/Program.h"
-#include "tests/casetable/TemporaryTree.h"
+#include "tests/casetable/support/Program.h"
+#include "tests/casetable/support/TemporaryTree.h"
 
 namespace casetable {
 namespace tests {

@@ -7,10 +7,10 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/casetable/Program.h"
-#include "tests/casetable/Sanitizer.h"
-#include "tests/casetable/TemporaryTree.h"
-#include "tests/casetable/Vtt.h"
+#include "tests/casetable/support/Program.h"
+#include "tests/casetable/support/Sanitizer.h"
+#include "tests/casetable/support/TemporaryTree.h"
+#include "tests/casetable/support/Vtt.h"
 
 namespace casetable {
 namespace tests {

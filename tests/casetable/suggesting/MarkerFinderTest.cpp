@@ -1,4 +1,4 @@
-#include "casetable/MarkerFinder.h"
+#include "casetable/suggesting/MarkerFinder.h"
 
 #include <optional>
 #include <string>

@@ -1,4 +1,4 @@
-#include "casetable/MixedFiles.h"
+#include "casetable/suggesting/MixedFiles.h"
 
 #include <string>
 #include <utility>

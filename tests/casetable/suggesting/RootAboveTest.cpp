@@ -1,4 +1,4 @@
-#include "casetable/RootAbove.h"
+#include "casetable/suggesting/RootAbove.h"
 
 #include <optional>
 #include <string>
@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/casetable/TemporaryTree.h"
+#include "tests/casetable/support/TemporaryTree.h"
 
 namespace casetable {
 namespace tests {

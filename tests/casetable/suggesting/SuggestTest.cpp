@@ -1,4 +1,4 @@
-#include "casetable/Suggest.h"
+#include "casetable/suggesting/Suggest.h"
 
 #include <algorithm>
 #include <list>

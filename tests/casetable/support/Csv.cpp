@@ -1,4 +1,4 @@
-#include "tests/casetable/Csv.h"
+#include "tests/casetable/support/Csv.h"
 
 #include <algorithm>
 #include <stdexcept>

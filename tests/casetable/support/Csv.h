@@ -1,5 +1,5 @@
-#ifndef TESTS_CASETABLE_CSV_H
-#define TESTS_CASETABLE_CSV_H
+#ifndef TESTS_CASETABLE_SUPPORT_CSV_H
+#define TESTS_CASETABLE_SUPPORT_CSV_H
 
 #include <string>
 #include <vector>

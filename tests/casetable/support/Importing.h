@@ -1,11 +1,11 @@
-#ifndef TESTS_CASETABLE_IMPORTING_H
-#define TESTS_CASETABLE_IMPORTING_H
+#ifndef TESTS_CASETABLE_SUPPORT_IMPORTING_H
+#define TESTS_CASETABLE_SUPPORT_IMPORTING_H
 
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "casetable/FileSystem.h"
+#include "casetable/listing/FileSystem.h"
 #include "crawler/CrawlerBasicImporterParser.h"
 #include "crawler/FolderCrawler.h"
 #include "crawler/MetadataFileCrawler.h"

@@ -1,6 +1,6 @@
-#include "tests/casetable/Injection.h"
+#include "tests/casetable/support/Injection.h"
 
-#include "tests/casetable/TemporaryTree.h"
+#include "tests/casetable/support/TemporaryTree.h"
 
 namespace casetable {
 namespace tests {

@@ -1,10 +1,10 @@
-#ifndef TESTS_CASETABLE_INJECTION_H
-#define TESTS_CASETABLE_INJECTION_H
+#ifndef TESTS_CASETABLE_SUPPORT_INJECTION_H
+#define TESTS_CASETABLE_SUPPORT_INJECTION_H
 
 #include <string>
 
-#include "tests/casetable/Program.h"
-#include "tests/casetable/Sanitizer.h"
+#include "tests/casetable/support/Program.h"
+#include "tests/casetable/support/Sanitizer.h"
 
 namespace casetable {
 namespace tests {

@@ -1,4 +1,4 @@
-#include "tests/casetable/OrdinaryUser.h"
+#include "tests/casetable/support/OrdinaryUser.h"
 
 #include <cstdio>
 
@@ -11,7 +11,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/casetable/TemporaryTree.h"
+#include "tests/casetable/support/TemporaryTree.h"
 
 namespace casetable {
 namespace tests {

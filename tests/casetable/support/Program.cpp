@@ -1,4 +1,4 @@
-#include "tests/casetable/Program.h"
+#include "tests/casetable/support/Program.h"
 
 #include <array>
 #include <cerrno>
@@ -18,8 +18,8 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/casetable/OrdinaryUser.h"
-#include "tests/casetable/TemporaryTree.h"
+#include "tests/casetable/support/OrdinaryUser.h"
+#include "tests/casetable/support/TemporaryTree.h"
 
 namespace casetable {
 namespace tests {

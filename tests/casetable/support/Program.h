@@ -1,5 +1,5 @@
-#ifndef TESTS_CASETABLE_PROGRAM_H
-#define TESTS_CASETABLE_PROGRAM_H
+#ifndef TESTS_CASETABLE_SUPPORT_PROGRAM_H
+#define TESTS_CASETABLE_SUPPORT_PROGRAM_H
 
 #include <functional>
 #include <ostream>

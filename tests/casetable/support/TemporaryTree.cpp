@@ -1,4 +1,4 @@
-#include "tests/casetable/TemporaryTree.h"
+#include "tests/casetable/support/TemporaryTree.h"
 
 #include <cerrno>
 #include <cstdlib>

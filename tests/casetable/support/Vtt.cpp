@@ -1,4 +1,4 @@
-#include "tests/casetable/Vtt.h"
+#include "tests/casetable/support/Vtt.h"
 
 #include <cstdio>
 #include <stdexcept>

@@ -1,5 +1,5 @@
-#ifndef TESTS_CASETABLE_VTT_H
-#define TESTS_CASETABLE_VTT_H
+#ifndef TESTS_CASETABLE_SUPPORT_VTT_H
+#define TESTS_CASETABLE_SUPPORT_VTT_H
 
 #include <ostream>
 #include <string>

@@ -1,10 +1,10 @@
-#include "casetable/Interrupt.h"
+#include "casetable/system/Interrupt.h"
 
 #include <csignal>
 
 #include <gtest/gtest.h>
 
-#include "tests/casetable/OrdinaryUser.h"
+#include "tests/casetable/support/OrdinaryUser.h"
 
 namespace casetable {
 namespace tests {

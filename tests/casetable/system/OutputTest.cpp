@@ -1,4 +1,4 @@
-#include "casetable/Output.h"
+#include "casetable/system/Output.h"
 
 #include <csignal>
 #include <filesystem>
@@ -13,10 +13,10 @@
 
 #include <gtest/gtest.h>
 
-#include "casetable/ExitCode.h"
-#include "casetable/Interrupt.h"
-#include "tests/casetable/OrdinaryUser.h"
-#include "tests/casetable/TemporaryTree.h"
+#include "casetable/system/ExitCode.h"
+#include "casetable/system/Interrupt.h"
+#include "tests/casetable/support/OrdinaryUser.h"
+#include "tests/casetable/support/TemporaryTree.h"
 
 namespace casetable {
 namespace tests {

@@ -1,4 +1,4 @@
-#include "casetable/VttWriter.h"
+#include "casetable/writing/VttWriter.h"
 
 #include <cstdio>
 #include <fstream>
@@ -12,13 +12,13 @@
 
 #include <gtest/gtest.h>
 
-#include "casetable/ExitCode.h"
-#include "casetable/Output.h"
-#include "casetable/Report.h"
-#include "tests/casetable/OrdinaryUser.h"
-#include "tests/casetable/Sanitizer.h"
-#include "tests/casetable/TemporaryTree.h"
-#include "tests/casetable/Vtt.h"
+#include "casetable/importing/Report.h"
+#include "casetable/system/ExitCode.h"
+#include "casetable/system/Output.h"
+#include "tests/casetable/support/OrdinaryUser.h"
+#include "tests/casetable/support/Sanitizer.h"
+#include "tests/casetable/support/TemporaryTree.h"
+#include "tests/casetable/support/Vtt.h"
 
 namespace casetable {
 namespace tests {
