@@ -15,6 +15,7 @@
 
 #include <boost/make_shared.hpp>
 
+#include "casetable/system/Descriptor.h"
 #include "host/ExceptionBase.h"
 
 namespace casetable {
@@ -46,29 +47,6 @@ bool meansUnreadable(int error)
 {
     return meansAbsent(error) || error == EACCES || error == EPERM || error == ESTALE;
 }
-
-class Descriptor {
-public:
-    Descriptor() = default;
-    explicit Descriptor(int number) : number_(number) {}
-    Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
-    Descriptor& operator=(Descriptor&& other) noexcept
-    {
-        std::swap(number_, other.number_);
-        return *this;
-    }
-    ~Descriptor()
-    {
-        if (isOpen())
-            ::close(number_);
-    }
-
-    bool isOpen() const { return number_ >= 0; }
-    int number() const { return number_; }
-
-private:
-    int number_ = -1;
-};
 
 struct stat statusAt(int folder, const char* name, int flags)
 {
@@ -251,12 +229,12 @@ public:
         // Where unreadable folders are left out, those in a listing have passed the test.
         if (parent_ && isDirectory() && fileSystem_.leaveOutUnreadable)
             return true;
-        return withReason([this] {
+        return noted(withReason([this] {
             const int error = accessError(isDirectory() ? R_OK | X_OK : R_OK);
             if (error != 0 && !meansUnreadable(error))
                 throwSystemError(error);
             return error == 0;
-        });
+        }));
     }
 
     bool isFile() const override { return kind_ == Kind::File; }
@@ -264,7 +242,7 @@ public:
     // What the system does not let us look at is taken to exist; it will not be readable.
     bool exists() const override
     {
-        return withReason([this] { return !meansAbsent(accessError(F_OK)); });
+        return noted(withReason([this] { return !meansAbsent(accessError(F_OK)); }));
     }
 
     std::string fullPath() const override { return parent_ ? parent_->pathOf(name_) : name_; }
@@ -288,6 +266,14 @@ public:
     }
 
 private:
+    // An answer that ends a walk is kept for whoever tells the user.
+    bool noted(bool answer) const
+    {
+        if (!answer)
+            fileSystem_.refused = parent_ ? FileSystem::Refused::Folder : FileSystem::Refused::Root;
+        return answer;
+    }
+
     // Calls `act` and turns a failure of the system into one that the crawler understands.
     template <class Act> auto withReason(Act act) const -> decltype(act())
     {

@@ -36,6 +36,12 @@ struct FileSystem {
     /// The number of entries left out so far only because they are hidden: files, folders, and
     /// links wherever they may lead. May be read like `filesSeen`.
     std::atomic<std::size_t> hiddenLeftOut{0};
+
+    enum class Refused { Nothing, Root, Folder };
+
+    /// Which entry was last said not to exist or not to be readable: a walk that meets one fails,
+    /// and its text does not tell which it was. May be read like `filesSeen`.
+    std::atomic<Refused> refused{Refused::Nothing};
 };
 
 /// The entry at `path`, which need not exist, on the real file system.

@@ -12,6 +12,7 @@
 
 #include "casetable/listing/FileList.h"
 #include "casetable/system/Console.h"
+#include "casetable/system/Descriptor.h"
 #include "casetable/system/ExitCode.h"
 #include "casetable/system/Interrupt.h"
 #include "casetable/system/StatusLine.h"
@@ -30,22 +31,15 @@ public:
         if (file == "-")
             return;
         // Not to wait for the writer of a named pipe: that is done where it can be interrupted.
-        descriptor_ = ::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-        if (descriptor_ < 0)
+        opened_ = Descriptor(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+        if (!opened_.isOpen())
             fail(errno);
     }
-    ~Input()
-    {
-        if (descriptor_ > STDIN_FILENO)
-            ::close(descriptor_);
-    }
-    Input(const Input&) = delete;
-    Input& operator=(const Input&) = delete;
 
     // Waits a moment; false when nothing has come.
     bool isReady()
     {
-        pollfd input = {descriptor_, POLLIN, 0};
+        pollfd input = {descriptor(), POLLIN, 0};
         const int count = ::poll(&input, 1, intervalMilliseconds);
         if (count < 0 && errno != EINTR)
             fail(errno);
@@ -55,7 +49,7 @@ public:
     // What there is; nothing at the end. Answers `false` when it was cut short.
     bool read(std::string_view& bytes)
     {
-        const ssize_t size = ::read(descriptor_, buffer_.data(), buffer_.size());
+        const ssize_t size = ::read(descriptor(), buffer_.data(), buffer_.size());
         if (size < 0 && (errno == EINTR || errno == EAGAIN))
             return false;
         if (size < 0)
@@ -65,6 +59,8 @@ public:
     }
 
 private:
+    int descriptor() const { return opened_.isOpen() ? opened_.number() : STDIN_FILENO; }
+
     [[noreturn]] void fail(int error) const
     {
         throw Failure(ExitCode::ImportFailed,
@@ -72,7 +68,7 @@ private:
     }
 
     const std::string name_;
-    int descriptor_ = STDIN_FILENO;
+    Descriptor opened_; // Nothing for standard input, which is not ours to close.
     std::array<char, std::size_t{64} * 1024> buffer_;
 };
 

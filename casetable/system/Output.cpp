@@ -122,8 +122,6 @@ Output::Output(std::optional<std::string> path)
 
 Output::~Output()
 {
-    if (descriptor_ >= 0 && !target_.empty())
-        ::close(descriptor_);
     if (!temporary_.empty())
         ::unlink(temporary_.c_str());
 }
@@ -135,11 +133,8 @@ bool Output::isTerminal() const
     struct stat status = {};
     if (::stat(target_.c_str(), &status) != 0 || !S_ISCHR(status.st_mode))
         return false;
-    const int descriptor = ::open(target_.c_str(), O_WRONLY | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
-    const bool terminal = descriptor >= 0 && ::isatty(descriptor) == 1;
-    if (descriptor >= 0)
-        ::close(descriptor);
-    return terminal;
+    const Descriptor opened(::open(target_.c_str(), O_WRONLY | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+    return opened.isOpen() && ::isatty(opened.number()) == 1;
 }
 
 bool Output::showsColours() const
@@ -159,11 +154,9 @@ void Output::commit()
     flush();
     if (target_.empty())
         return;
-    if (!temporary_.empty() && retried([this] { return ::fsync(descriptor_); }) != 0)
+    if (!temporary_.empty() && retried([this] { return ::fsync(descriptor()); }) != 0)
         fail(errno);
-    const int descriptor = descriptor_;
-    descriptor_ = -1;
-    if (::close(descriptor) != 0)
+    if (::close(opened_.release()) != 0)
         fail(errno);
     if (temporary_.empty())
         return;
@@ -173,28 +166,23 @@ void Output::commit()
     temporary_.clear();
 }
 
-void Output::open()
+Descriptor Output::open()
 {
     struct stat status = {};
-    if (target_.empty())
-        descriptor_ = STDOUT_FILENO;
-    else if (inheritedDescriptor(target_) >= 0)
-        descriptor_ = ::fcntl(inheritedDescriptor(target_), F_DUPFD_CLOEXEC, 0);
-    else if (::stat(target_.c_str(), &status) == 0 && !isRegular(status))
-        descriptor_ =
-            retried([this] { return ::open(target_.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC); });
-    else
-        openTemporary();
-    if (descriptor_ < 0)
-        fail(errno);
+    if (inheritedDescriptor(target_) >= 0)
+        return Descriptor(::fcntl(inheritedDescriptor(target_), F_DUPFD_CLOEXEC, 0));
+    if (::stat(target_.c_str(), &status) == 0 && !isRegular(status))
+        return Descriptor(
+            retried([this] { return ::open(target_.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC); }));
+    return openTemporary();
 }
 
-void Output::openTemporary()
+Descriptor Output::openTemporary()
 {
     std::string name = folderOf(target_) + "/.casetable-XXXXXX";
-    descriptor_ = ::mkostemp(name.data(), O_CLOEXEC);
-    if (descriptor_ < 0)
-        return;
+    Descriptor opened(::mkostemp(name.data(), O_CLOEXEC));
+    if (!opened.isOpen())
+        return opened;
     temporary_ = name;
 
     mode_t mode = creationMode();
@@ -202,25 +190,34 @@ void Output::openTemporary()
     if (::stat(target_.c_str(), &earlier) == 0) {
         mode = earlier.st_mode & 0777;
         // What the earlier file allows its group is not for the user's own.
-        if (::fchown(descriptor_, earlier.st_uid, earlier.st_gid) != 0)
+        if (::fchown(opened.number(), earlier.st_uid, earlier.st_gid) != 0)
             mode &= ~static_cast<mode_t>(S_IRWXG);
     }
-    if (::fchmod(descriptor_, mode) != 0)
+    if (::fchmod(opened.number(), mode) != 0)
         fail(errno);
+    return opened;
+}
+
+int Output::descriptor() const
+{
+    return target_.empty() ? STDOUT_FILENO : opened_.number();
 }
 
 void Output::flush()
 {
-    if (descriptor_ < 0)
-        open();
+    if (descriptor() < 0) {
+        opened_ = open();
+        if (!opened_.isOpen())
+            fail(errno);
+    }
     std::size_t written = 0;
     while (written < buffer_.size()) {
         throwIfInterrupted();
         const ssize_t count = retried([&] {
-            return ::write(descriptor_, buffer_.data() + written, buffer_.size() - written);
+            return ::write(descriptor(), buffer_.data() + written, buffer_.size() - written);
         });
         if (count < 0 && errno == EAGAIN) {
-            pollfd ready = {descriptor_, POLLOUT, 0};
+            pollfd ready = {descriptor(), POLLOUT, 0};
             if (retried([&ready] { return ::poll(&ready, 1, -1); }) < 0)
                 fail(errno);
             continue;

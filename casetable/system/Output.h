@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "casetable/system/Descriptor.h"
+
 namespace casetable {
 
 /// Where the report goes: standard output, or a file.
@@ -40,15 +42,16 @@ public:
     void commit();
 
 private:
-    void open();
-    void openTemporary();
+    Descriptor open();
+    Descriptor openTemporary();
+    int descriptor() const;
     void flush();
     [[noreturn]] void fail(int error) const;
 
     std::string name_;      // As the user knows it.
     std::string target_;    // With links followed; empty for standard output.
     std::string temporary_; // Empty while there is none.
-    int descriptor_ = -1;
+    Descriptor opened_;     // Standard output is not ours to close.
     std::string buffer_;
 };
 
