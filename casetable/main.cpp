@@ -1,33 +1,26 @@
 #include <algorithm>
-#include <csignal>
 #include <cstddef>
 #include <exception>
 #include <filesystem>
-#include <list>
-#include <memory>
 #include <new>
 #include <optional>
 #include <string>
-#include <system_error>
 #include <utility>
-#include <vector>
 
 #include "casetable/explaining/Explain.h"
-#include "casetable/explaining/Remarks.h"
+#include "casetable/explaining/Summary.h"
 #include "casetable/explaining/Unmatched.h"
 #include "casetable/importing/Import.h"
 #include "casetable/importing/Report.h"
-#include "casetable/listing/FileList.h"
-#include "casetable/listing/FileSystem.h"
-#include "casetable/listing/ReadList.h"
-#include "casetable/listing/Walk.h"
+#include "casetable/listing/Listing.h"
+#include "casetable/listing/Source.h"
 #include "casetable/options/Options.h"
-#include "casetable/suggesting/RootAbove.h"
-#include "casetable/suggesting/Suggest.h"
+#include "casetable/suggesting/SuggestMarkers.h"
 #include "casetable/system/Console.h"
 #include "casetable/system/ExitCode.h"
 #include "casetable/system/Interrupt.h"
 #include "casetable/system/Output.h"
+#include "casetable/system/OutputGuards.h"
 #include "casetable/system/Text.h"
 #include "casetable/writing/CsvWriter.h"
 #include "casetable/writing/JsonWriter.h"
@@ -38,29 +31,6 @@
 namespace casetable {
 
 namespace {
-
-std::vector<std::string> tagsOf(const std::vector<AuxFileIdentifier>& identifiers)
-{
-    std::vector<std::string> tags;
-    for (const AuxFileIdentifier& identifier : identifiers) {
-        if (std::find(tags.begin(), tags.end(), identifier.tag) == tags.end())
-            tags.push_back(identifier.tag);
-    }
-    return tags;
-}
-
-Report makeReport(const Options& options, const Import& import)
-{
-    switch (options.rows) {
-    case Rows::Files:
-        return fileReport(import, options.patterns, tagsOf(options.identifiers));
-    case Rows::Unmatched:
-        return unmatchedReport(import, options.patterns);
-    case Rows::Cases:
-        break;
-    }
-    return caseReport(import, options.patterns, tagsOf(options.identifiers));
-}
 
 void write(const Report& report, Format format, Output& output)
 {
@@ -75,69 +45,6 @@ void write(const Report& report, Format format, Output& output)
     else
         writeCsv(report, output);
     output.commit();
-}
-
-std::string noFiles(const Options& options)
-{
-    const std::string where =
-        options.list ? "in " + listName(*options.list) : "below " + options.root;
-    const bool limited = options.selection.maxDepth != Selection().maxDepth;
-    const bool excluded = !options.selection.excluded.empty();
-    return "there is no file " + where +
-           (limited && excluded ? ", with --exclude and --max-depth"
-            : excluded          ? ", with --exclude"
-            : limited           ? ", with --max-depth"
-                                : "");
-}
-
-// What was left out though the user may not expect it.
-std::string hiddenRemark(std::size_t count)
-{
-    if (count == 0)
-        return "";
-    return count == 1
-               ? "; 1 hidden entry left out, --hidden takes it"
-               : "; " + std::to_string(count) + " hidden entries left out, --hidden takes them";
-}
-
-std::string whyNoneMatched(const Options& options, const Import& import)
-{
-    const std::string cause = likelyCause(import.importer(), options.patterns, options.root);
-    return failureSummary(import.importer(), options.patterns) +
-           (cause.empty() ? "" : "; " + cause) +
-           (options.rows == Rows::Unmatched ? "" : "; --unmatched lists them");
-}
-
-// Tells how it went; the exit code depends on whether there are cases, whatever the rows are.
-ExitCode conclude(const Options& options, const Import& import, std::size_t hiddenLeftOut,
-                  Console& console)
-{
-    const std::size_t files = import.importer().files().size();
-    if (!import.importer().hasCases()) {
-        console.error("no file matched: " +
-                      (files == 0 ? noFiles(options) : whyNoneMatched(options, import)) +
-                      hiddenRemark(hiddenLeftOut));
-        return ExitCode::NoCases;
-    }
-    if (!console.showsNotes())
-        return ExitCode::Cases; // Counting takes memory for as many files as there are.
-    const std::size_t matched = import.importer().identifiedAuxFiles().size();
-    const bool mention = matched != files && options.rows != Rows::Unmatched;
-    console.note("cases: " + std::to_string(import.table().GetNumberOfRows()) + ", from " +
-                 std::to_string(matched) + " of " + std::to_string(files) + " files" +
-                 (mention ? "; --unmatched lists the others" : "") + hiddenRemark(hiddenLeftOut));
-    for (const Glob& glob : options.selection.excluded) {
-        if (!glob.hasMatched())
-            console.note("--exclude '" + glob.text() + "' left nothing out");
-    }
-    for (const std::string& remark : remarks(import.importer(), options.patterns))
-        console.note(remark);
-    if (mention) {
-        const std::string cause = likelyCause(import.importer(), options.patterns, options.root);
-        if (!cause.empty())
-            console.note(cause);
-    }
-    return ExitCode::Cases;
 }
 
 // Why an import does not even look at the file at `path`; empty where it does.
@@ -181,68 +88,32 @@ ExitCode explainPath(const Options& options, Output& output)
     return explanation.isMatched && leftOut.empty() ? ExitCode::Cases : ExitCode::NoCases;
 }
 
-// What can be said with the folder above as ROOT, if that is more.
-std::optional<RunAbove> suggestAbove(const Options& options, const std::list<std::string>& files,
-                                     const Suggestion& suggestion)
+Report makeReport(const Options& options, const Import& import)
 {
-    const bool lacksValues =
-        !suggestion.unmarked.empty() || !suggestion.mixed.sameName.first.empty();
-    const std::optional<RootAbove> above = lacksValues ? rootAbove(options) : std::nullopt;
-    if (!above)
-        return std::nullopt;
-    std::list<std::string> paths;
-    for (const std::string& file : files)
-        paths.push_back(above->name + '/' + file);
-    RunAbove run{{suggest(paths), walkArguments(above->options), above->options.root}, above->name};
-    const Suggestion& more = run.run.suggestion;
-    if (more.patterns.size() <= suggestion.patterns.size() && more.cases <= suggestion.cases)
-        return std::nullopt;
-    return run;
-}
-
-ExitCode suggestMarkers(const Options& options, const std::list<std::string>& files,
-                        std::size_t hiddenLeftOut, Output& output, Console& console)
-{
-    // Nothing is half-written yet, so an interrupt may end the program at once.
-    releaseInterrupts();
-    throwIfInterrupted();
-    const SuggestedRun run{suggest(files), walkArguments(options), options.root};
-    const std::optional<RunAbove> above = suggestAbove(options, files, run.suggestion);
-    catchInterrupts();
-    if (run.suggestion.patterns.empty() && !above) {
-        console.error("no marker can be suggested: " +
-                      (files.empty() ? noFiles(options) : suggestionText(run)) +
-                      hiddenRemark(hiddenLeftOut));
-        return ExitCode::NoCases;
+    switch (options.rows) {
+    case Rows::Files:
+        return fileReport(import.table(), import.importer().identifiedAuxFiles());
+    case Rows::Unmatched:
+        return unmatchedReport(import.importer(), import.table().patterns);
+    case Rows::Cases:
+        break;
     }
-    output.write(suggestionText(run, above));
-    output.commit();
-    return ExitCode::Cases;
+    return caseReport(import.table());
 }
 
-// Nobody wants a table in place of one of the files that it tells of.
-void spareMatchedFile(const Options& options, const Import& import)
+ExitCode importTable(const Options& options, Listing& listing, Output& output, Console& console)
 {
-    std::error_code failure;
-    const std::filesystem::path file = std::filesystem::canonical(*options.output, failure);
-    if (failure)
-        return; // There is no such file yet.
-    const std::filesystem::path folder = std::filesystem::canonical(options.root, failure);
-    if (failure)
-        return;
-    const std::string path = file.lexically_relative(folder).string();
-    // Only a file that is matched has a value for each marker.
-    if (import.importer().metadataInfoList(path).size() == options.patterns.size())
-        throw Failure(ExitCode::OutputFailed,
-                      *options.output + ": is one of the matched files, and is not replaced");
-}
-
-void spareList(const std::string& list, const std::string& output)
-{
-    std::error_code failure;
-    if (list != "-" && std::filesystem::is_regular_file(output, failure) &&
-        std::filesystem::equivalent(output, list, failure))
-        throw Failure(ExitCode::OutputFailed, output + ": is the list itself, and is not replaced");
+    const Import import(listing.takeCrawler(), options.patterns, options.identifiers);
+    throwIfInterrupted();
+    if (options.output && !options.list)
+        spareMatchedFile(*options.output, options.root,
+                         [&import](const std::string& path) { return import.isMatched(path); });
+    write(makeReport(options, import), options.format, output);
+    if (options.output && options.format == Format::Auto && !output.isTerminal() &&
+        std::filesystem::path(*options.output).has_extension())
+        console.note(*options.output + ": written as CSV, as no format goes by that ending");
+    return summarize(import, sourceOf(options), listing.hiddenLeftOut(),
+                     options.rows == Rows::Unmatched, console);
 }
 
 ExitCode run(const Options& options, Console& console)
@@ -254,31 +125,13 @@ ExitCode run(const Options& options, Console& console)
     if (options.explain)
         return explainPath(options, output);
 
-    FileSystem fileSystem;
-    fileSystem.followLinks = options.follow;
-    fileSystem.leaveOutUnreadable = options.keepGoing;
-    fileSystem.selection = options.selection;
-    fileSystem.warn = [&console](const std::string& text) { console.warning(text); };
-    FileList list(options.list ? listName(*options.list) : "", options.nullSeparated);
-    list.selection = options.selection;
     if (options.list && options.output)
-        spareList(*options.list, *options.output);
-    if (options.list)
-        readList(*options.list, list, console);
-    std::unique_ptr<FolderCrawler> crawler =
-        options.list ? walk(list, console) : walk(fileSystem, options.root, console);
+        spareList(*options.output, *options.list);
+    Listing listing(sourceOf(options), console);
     if (options.suggest)
-        return suggestMarkers(options, crawler->result().files, fileSystem.hiddenLeftOut, output,
-                              console);
-    const Import import(std::move(crawler), options.patterns, options.identifiers);
-    throwIfInterrupted();
-    if (options.output && !options.list)
-        spareMatchedFile(options, import);
-    write(makeReport(options, import), options.format, output);
-    if (options.output && options.format == Format::Auto && !output.isTerminal() &&
-        std::filesystem::path(*options.output).has_extension())
-        console.note(*options.output + ": written as CSV, as no format goes by that ending");
-    return conclude(options, import, fileSystem.hiddenLeftOut, console);
+        return suggestMarkers(options, listing.takeCrawler()->result().files,
+                              listing.hiddenLeftOut(), output, console);
+    return importTable(options, listing, output, console);
 }
 
 } // namespace
@@ -289,9 +142,7 @@ int main(int argc, char** argv)
 {
     using namespace casetable;
 
-    // A reader that goes away, or a file that may not grow, is a failed write, not a sudden end.
-    static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
-    static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
+    takeBrokenWritesAsFailures();
     Console console;
     try {
         const std::optional<Options> options = parseOptions(argc, argv);

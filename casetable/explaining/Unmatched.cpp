@@ -4,6 +4,7 @@
 #include <cctype>
 #include <iterator>
 #include <numeric>
+#include <utility>
 
 #include "host/AuxFileInfoInterface.h"
 
@@ -92,6 +93,26 @@ std::vector<UnmatchedFile> unmatchedFiles(const MetadataFileCrawler& importer,
     for (const std::string& path : paths)
         unmatched.push_back(explain(importer, patterns, path));
     return unmatched;
+}
+
+Report unmatchedReport(const MetadataFileCrawler& importer,
+                       const std::vector<MetadataPattern>& patterns)
+{
+    Report report;
+    report.rowsName = "unmatched";
+    report.columns = {{"path", Column::Kind::Text},
+                      {"marker", Column::Kind::Text},
+                      {"reason", Column::Kind::Text}};
+    std::vector<UnmatchedFile> files = unmatchedFiles(importer, patterns);
+    report.rowCount = files.size();
+    report.row = [files = std::move(files), &patterns](std::size_t index) {
+        const UnmatchedFile& file = files[index];
+        Row row;
+        row.cells = {file.path, patterns[file.metadataIndex].pattern,
+                     file.markerFound ? "no value" : "not found"};
+        return row;
+    };
+    return report;
 }
 
 std::string failureSummary(const MetadataFileCrawler& importer,

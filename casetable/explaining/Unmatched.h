@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "casetable/importing/Report.h"
 #include "crawler/MetadataFileCrawler.h"
 #include "crawler/MetadataPattern.h"
 
@@ -29,6 +30,11 @@ std::vector<std::size_t> markerPositions(const std::string& path,
 /// and not empty; in ascending byte order of path.
 std::vector<UnmatchedFile> unmatchedFiles(const MetadataFileCrawler& importer,
                                           const std::vector<MetadataPattern>& patterns);
+
+/// A row for each of these files: the path, the first marker that failed, and why. Refers to
+/// `patterns`.
+Report unmatchedReport(const MetadataFileCrawler& importer,
+                       const std::vector<MetadataPattern>& patterns);
 
 /// One line that says for how many of these files each marker was the first that failed, most
 /// first.

@@ -1,11 +1,17 @@
 #include "casetable/importing/Import.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <list>
 #include <memory>
 #include <stdexcept>
 #include <string>
 
 #include <boost/make_shared.hpp>
+
+#include <vtkSmartPointer.h>
+#include <vtkTable.h>
+#include <vtkVariant.h>
 
 #include "casetable/importing/PlainTagValidator.h"
 #include "casetable/system/ExitCode.h"
@@ -99,6 +105,25 @@ chooseAuxFiles(const MetadataFileCrawler& importer,
     return validator.auxFiles();
 }
 
+CaseTable makeTable(const LoadContext& context, const std::vector<MetadataPattern>& patterns,
+                    const std::vector<AuxFileIdentifier>& identifiers)
+{
+    CaseTable table;
+    table.patterns = patterns;
+    table.caseCount = static_cast<std::size_t>(context.table->GetNumberOfRows());
+    table.cells.reserve(table.caseCount * patterns.size());
+    for (vtkIdType row = 0; row < context.table->GetNumberOfRows(); ++row) {
+        for (vtkIdType column = 0; column < context.table->GetNumberOfColumns(); ++column)
+            table.cells.push_back(context.table->GetValue(row, column).ToString());
+    }
+    for (const AuxFileIdentifier& identifier : identifiers) {
+        if (std::find(table.tags.begin(), table.tags.end(), identifier.tag) == table.tags.end())
+            table.tags.push_back(identifier.tag);
+    }
+    table.auxFiles = context.auxFiles;
+    return table;
+}
+
 } // namespace
 
 Import::Import(std::unique_ptr<FolderCrawler> crawler, const std::vector<MetadataPattern>& patterns,
@@ -117,11 +142,16 @@ Import::Import(std::unique_ptr<FolderCrawler> crawler, const std::vector<Metadat
             importer_.setAuxFilesToLoad(chooseAuxFiles(importer_, identifiers));
         LoadContext context;
         importer_.extract(context);
-        table_ = context.table;
-        auxFiles_ = context.auxFiles;
+        table_ = makeTable(context, patterns, identifiers);
     } catch (const ortelo::ExceptionBase& failure) {
         throw Failure(ExitCode::ImportFailed, failure.what());
     }
+}
+
+bool Import::isMatched(const std::string& path) const
+{
+    // Only a file that is matched has a value for each pattern.
+    return importer_.metadataInfoList(path).size() == table_.patterns.size();
 }
 
 } // namespace casetable

@@ -2,22 +2,18 @@
 #define CASETABLE_IMPORTING_IMPORT_H
 
 #include <memory>
+#include <string>
 #include <vector>
 
-#include <boost/shared_ptr.hpp>
-
-#include <vtkSmartPointer.h>
-#include <vtkTable.h>
-
+#include "casetable/importing/CaseTable.h"
 #include "crawler/AuxFileIdentifierValidator.h"
 #include "crawler/FolderCrawler.h"
 #include "crawler/MetadataFileCrawler.h"
 #include "crawler/MetadataPattern.h"
-#include "host/AuxFileCollectionInterface.h"
 
 namespace casetable {
 
-/// A finished import: the importer for questions about files, and what it extracted.
+/// A finished import: the importer for questions about files, and the cases that it extracted.
 class Import {
 public:
     /// Runs the importer on a finished walk, and destroys the crawler when the importer has its own
@@ -31,16 +27,15 @@ public:
 
     const MetadataFileCrawler& importer() const { return importer_; }
 
-    /// One row a case; see MetadataFileCrawler::extract().
-    vtkTable& table() const { return *table_; }
+    /// The cases, as the importer extracted them.
+    const CaseTable& table() const { return table_; }
 
-    /// The auxiliary files chosen; empty when none were asked for or there are no cases.
-    const boost::shared_ptr<AuxFileCollectionInterface>& auxFiles() const { return auxFiles_; }
+    /// Whether the file at `path`, relative to the root, belongs to a case.
+    bool isMatched(const std::string& path) const;
 
 private:
     MetadataFileCrawler importer_;
-    vtkSmartPointer<vtkTable> table_;
-    boost::shared_ptr<AuxFileCollectionInterface> auxFiles_;
+    CaseTable table_;
 };
 
 } // namespace casetable

@@ -4,42 +4,27 @@
 #include <set>
 #include <utility>
 
-#include <vtkTable.h>
-#include <vtkVariant.h>
-
-#include "casetable/explaining/Unmatched.h"
-#include "casetable/importing/Import.h"
-#include "host/AuxFileInfoInterface.h"
+#include "casetable/importing/CaseTable.h"
 
 namespace casetable {
 
 namespace {
 
-void addValueColumns(const std::vector<MetadataPattern>& patterns, std::vector<Column>& columns)
+void addValueColumns(const CaseTable& table, std::vector<Column>& columns)
 {
-    for (const MetadataPattern& pattern : patterns)
+    for (const MetadataPattern& pattern : table.patterns)
         columns.push_back({pattern.pattern, pattern.valueType == MetadataPattern::NumberValue
                                                 ? Column::Kind::NumberValue
                                                 : Column::Kind::StringValue});
 }
 
-void addValues(const Import& import, std::size_t caseIndex, std::vector<std::string>& cells)
-{
-    vtkTable& table = import.table();
-    for (vtkIdType j = 0; j < table.GetNumberOfColumns(); ++j)
-        cells.push_back(table.GetValue(static_cast<vtkIdType>(caseIndex), j).ToString());
-}
-
-std::map<std::string, std::string> tagsByPath(const Import& import,
-                                              const std::vector<std::string>& tags)
+std::map<std::string, std::string> tagsByPath(const CaseTable& table)
 {
     std::map<std::string, std::string> tagOf;
-    if (import.auxFiles()) {
-        for (std::size_t index = 0; index < import.auxFiles()->indexCount(); ++index) {
-            for (const std::string& tag : tags) {
-                for (const std::string& path : import.auxFiles()->filePaths(index, tag))
-                    tagOf[path] = tag;
-            }
+    for (std::size_t caseIndex = 0; caseIndex < table.caseCount; ++caseIndex) {
+        for (std::size_t tag = 0; tag < table.tags.size(); ++tag) {
+            for (const std::string& path : table.auxFilesOf(caseIndex, tag))
+                tagOf[path] = table.tags[tag];
         }
     }
     return tagOf;
@@ -47,72 +32,47 @@ std::map<std::string, std::string> tagsByPath(const Import& import,
 
 } // namespace
 
-Report caseReport(const Import& import, const std::vector<MetadataPattern>& patterns,
-                  const std::vector<std::string>& tags)
+Report caseReport(const CaseTable& table)
 {
     Report report;
     report.rowsName = "cases";
     report.columns.push_back({"case", Column::Kind::Index});
-    addValueColumns(patterns, report.columns);
-    report.tags = tags;
-    report.rowCount = static_cast<std::size_t>(import.table().GetNumberOfRows());
-    report.row = [&import, tags](std::size_t index) {
+    addValueColumns(table, report.columns);
+    report.tags = table.tags;
+    report.rowCount = table.caseCount;
+    report.row = [&table](std::size_t index) {
         Row row;
         row.cells.push_back(std::to_string(index));
-        addValues(import, index, row.cells);
-        for (const std::string& tag : tags) {
-            const bool hasFiles = import.auxFiles() && index < import.auxFiles()->indexCount();
-            row.filesPerTag.push_back(hasFiles ? import.auxFiles()->filePaths(index, tag)
-                                               : std::vector<std::string>());
-        }
+        table.appendCells(index, row.cells);
+        for (std::size_t tag = 0; tag < table.tags.size(); ++tag)
+            row.filesPerTag.push_back(table.auxFilesOf(index, tag));
         return row;
     };
     return report;
 }
 
-Report fileReport(const Import& import, const std::vector<MetadataPattern>& patterns,
-                  const std::vector<std::string>& tags)
+Report fileReport(const CaseTable& table,
+                  std::vector<boost::shared_ptr<AuxFileInfoInterface>> files)
 {
     Report report;
     report.rowsName = "files";
     report.columns.push_back({"path", Column::Kind::Text});
     report.columns.push_back({"case", Column::Kind::Index});
-    addValueColumns(patterns, report.columns);
-    if (!tags.empty())
+    addValueColumns(table, report.columns);
+    if (!table.tags.empty())
         report.columns.push_back({"tag", Column::Kind::Text});
 
-    const auto files = import.importer().identifiedAuxFiles();
     report.rowCount = files.size();
-    report.row = [&import, files, tagOf = tagsByPath(import, tags),
-                  hasTags = !tags.empty()](std::size_t index) {
+    report.row = [&table, files = std::move(files), tagOf = tagsByPath(table)](std::size_t index) {
         const AuxFileInfoInterface& file = *files[index];
         Row row;
         row.cells.push_back(file.filePath());
         row.cells.push_back(std::to_string(file.caseIndex()));
-        addValues(import, file.caseIndex(), row.cells);
-        if (hasTags) {
+        table.appendCells(file.caseIndex(), row.cells);
+        if (!table.tags.empty()) {
             const auto tag = tagOf.find(file.filePath());
             row.cells.push_back(tag == tagOf.end() ? std::string() : tag->second);
         }
-        return row;
-    };
-    return report;
-}
-
-Report unmatchedReport(const Import& import, const std::vector<MetadataPattern>& patterns)
-{
-    Report report;
-    report.rowsName = "unmatched";
-    report.columns = {{"path", Column::Kind::Text},
-                      {"marker", Column::Kind::Text},
-                      {"reason", Column::Kind::Text}};
-    const std::vector<UnmatchedFile> files = unmatchedFiles(import.importer(), patterns);
-    report.rowCount = files.size();
-    report.row = [files, &patterns](std::size_t index) {
-        const UnmatchedFile& file = files[index];
-        Row row;
-        row.cells = {file.path, patterns[file.metadataIndex].pattern,
-                     file.markerFound ? "no value" : "not found"};
         return row;
     };
     return report;

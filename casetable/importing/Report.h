@@ -6,11 +6,13 @@
 #include <string>
 #include <vector>
 
-#include "crawler/MetadataPattern.h"
+#include <boost/shared_ptr.hpp>
+
+#include "host/AuxFileInfoInterface.h"
 
 namespace casetable {
 
-class Import;
+struct CaseTable;
 
 /// One column of the output.
 struct Column {
@@ -33,7 +35,7 @@ struct Row {
     std::vector<std::vector<std::string>> filesPerTag; ///< One list of paths for each tag.
 };
 
-/// What is written, whatever the format. Refers to the import and the patterns it was made from.
+/// What is written, whatever the format. Refers to the table that it was made from.
 struct Report {
     std::string rowsName; ///< What the rows are: "cases", "files" or "unmatched".
     std::vector<Column> columns;
@@ -43,16 +45,12 @@ struct Report {
 };
 
 /// A row for each case: its index, its values, and its auxiliary files per tag.
-Report caseReport(const Import& import, const std::vector<MetadataPattern>& patterns,
-                  const std::vector<std::string>& tags);
+Report caseReport(const CaseTable& table);
 
-/// A row for each matched file in byte order of path: the path, its case, the values of the case,
-/// and, where there are tags, the tag under which the file was collected.
-Report fileReport(const Import& import, const std::vector<MetadataPattern>& patterns,
-                  const std::vector<std::string>& tags);
-
-/// A row for each file that belongs to no case: the path, the first marker that failed, and why.
-Report unmatchedReport(const Import& import, const std::vector<MetadataPattern>& patterns);
+/// A row for each of `files`, which are matched, in their order: the path, its case, the values of
+/// the case, and, where there are tags, the tag under which the file was collected.
+Report fileReport(const CaseTable& table,
+                  std::vector<boost::shared_ptr<AuxFileInfoInterface>> files);
 
 /// `names` with "(2)", "(3)" ... behind those that are taken, as the case table names its columns.
 std::vector<std::string> uniqueNames(std::vector<std::string> names);

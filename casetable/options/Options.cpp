@@ -393,6 +393,12 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
     return options;
 }
 
+Source sourceOf(const Options& options)
+{
+    return {options.root,      options.list,   options.nullSeparated,
+            options.selection, options.follow, options.keepGoing};
+}
+
 std::vector<std::string> walkArguments(const Options& options)
 {
     std::vector<std::string> arguments;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "casetable/listing/Selection.h"
+#include "casetable/listing/Source.h"
 #include "crawler/AuxFileIdentifierValidator.h"
 #include "crawler/MetadataPattern.h"
 
@@ -39,6 +40,9 @@ struct Options {
 /// Throws Failure with ExitCode::WrongUsage, or ExitCode::OutputFailed when it could not be
 /// printed.
 std::optional<Options> parseOptions(int argc, const char* const* argv);
+
+/// Where the files of the import come from.
+Source sourceOf(const Options& options);
 
 /// The arguments that make another run see the same files below the same root.
 std::vector<std::string> walkArguments(const Options& options);

@@ -33,6 +33,12 @@ void catchInterrupts()
     handleSignals(rememberSignal);
 }
 
+void takeBrokenWritesAsFailures()
+{
+    static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+    static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
+}
+
 void releaseInterrupts()
 {
     handleSignals(SIG_DFL);

@@ -14,6 +14,10 @@ struct Interrupted {
 /// program had it ignore.
 void catchInterrupts();
 
+/// From now on a reader that goes away, or a file that may not grow, is a failed write instead of
+/// the program's sudden end.
+void takeBrokenWritesAsFailures();
+
 /// From now on the signals end the program at once again.
 void releaseInterrupts();
 

@@ -40,9 +40,9 @@ protected:
 
 TEST_F(ImportOfATree, HasAuxiliaryFilesOnlyWhereTheyAreAskedForAndThereAreCases)
 {
-    EXPECT_FALSE(import("T", {}).auxFiles());
-    EXPECT_FALSE(import("none", {{"*.log", "log"}}).auxFiles());
-    const auto files = import("T", {{"*.log", "log"}}).auxFiles();
+    EXPECT_FALSE(import("T", {}).table().auxFiles);
+    EXPECT_FALSE(import("none", {{"*.log", "log"}}).table().auxFiles);
+    const auto files = import("T", {{"*.log", "log"}}).table().auxFiles;
     ASSERT_TRUE(files);
     EXPECT_EQ(files->filePaths(0, "log"), std::vector<std::string>({"T1/a.log"}));
 }

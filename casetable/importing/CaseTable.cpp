@@ -1,0 +1,23 @@
+#include "casetable/importing/CaseTable.h"
+
+#include <iterator>
+
+namespace casetable {
+
+std::vector<std::string> CaseTable::auxFilesOf(std::size_t caseIndex, std::size_t tagIndex) const
+{
+    // The collection ends behind the last case that has files in it.
+    if (!auxFiles || caseIndex >= auxFiles->indexCount())
+        return {};
+    return auxFiles->filePaths(caseIndex, tags[tagIndex]);
+}
+
+void CaseTable::appendCells(std::size_t caseIndex, std::vector<std::string>& cells) const
+{
+    const auto begin =
+        std::next(this->cells.begin(), static_cast<std::ptrdiff_t>(caseIndex * patterns.size()));
+    cells.insert(cells.end(), begin,
+                 std::next(begin, static_cast<std::ptrdiff_t>(patterns.size())));
+}
+
+} // namespace casetable
