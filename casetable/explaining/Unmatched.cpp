@@ -5,6 +5,7 @@
 #include <iterator>
 #include <numeric>
 
+#include "crawler/private/PathReading.h"
 #include "host/AuxFileInfoInterface.h"
 
 namespace casetable {
@@ -15,7 +16,7 @@ namespace {
 UnmatchedFile explain(const MetadataFileCrawler& importer,
                       const std::vector<MetadataPattern>& patterns, const std::string& path)
 {
-    const std::size_t found = markerPositions(path, patterns).size();
+    const std::size_t found = reading::markerPositions(path, patterns).size();
     if (found < patterns.size())
         return {path, found, false};
     return {path, importer.metadataInfoList(path).size(), true};
@@ -59,21 +60,6 @@ bool standsInOtherCase(const std::string& path, const MetadataPattern& pattern)
 }
 
 } // namespace
-
-std::vector<std::size_t> markerPositions(const std::string& path,
-                                         const std::vector<MetadataPattern>& patterns)
-{
-    std::vector<std::size_t> positions;
-    std::size_t start = 0;
-    for (const MetadataPattern& pattern : patterns) {
-        const std::size_t position = path.find(pattern.pattern, start);
-        if (position == std::string::npos)
-            break;
-        positions.push_back(position);
-        start = position + 1;
-    }
-    return positions;
-}
 
 std::vector<UnmatchedFile> unmatchedFiles(const MetadataFileCrawler& importer,
                                           const std::vector<MetadataPattern>& patterns)
@@ -134,7 +120,7 @@ std::string likelyCause(const MetadataFileCrawler& importer,
         }
         const std::size_t position = file.path.find(marker);
         if (position != std::string::npos &&
-            position == markerPositions(file.path, patterns).back())
+            position == reading::markerPositions(file.path, patterns).back())
             return name + " stands in " + file.path + " only where the marker before begins";
         if (position != std::string::npos)
             return name + " stands in front of '" + patterns[k - 1].pattern + "' in " + file.path +

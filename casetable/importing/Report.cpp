@@ -9,6 +9,7 @@
 
 #include "casetable/explaining/Unmatched.h"
 #include "casetable/importing/Import.h"
+#include "crawler/private/UniqueName.h"
 #include "host/AuxFileInfoInterface.h"
 
 namespace casetable {
@@ -122,9 +123,9 @@ std::vector<std::string> uniqueNames(std::vector<std::string> names)
 {
     std::set<std::string> taken;
     for (std::string& name : names) {
-        const std::string base = name;
-        for (std::size_t counter = 2; !taken.insert(name).second; ++counter)
-            name = base + "(" + std::to_string(counter) + ")";
+        name = uniqueName(name,
+                          [&taken](const std::string& other) { return taken.count(other) != 0; });
+        taken.insert(name);
     }
     return names;
 }
