@@ -4,6 +4,7 @@
 #include <cctype>
 #include <iterator>
 #include <numeric>
+#include <string_view>
 
 #include "crawler/private/PathReading.h"
 #include "host/AuxFileInfoInterface.h"
@@ -32,13 +33,6 @@ std::vector<std::size_t> failureCounts(const std::vector<UnmatchedFile>& files,
     return counts;
 }
 
-bool beginsNumber(const std::string& path, std::size_t position)
-{
-    for (const char optional : {'-', '.'})
-        position += position < path.size() && path[position] == optional ? 1 : 0;
-    return position < path.size() && path[position] >= '0' && path[position] <= '9';
-}
-
 // Whether the marker stands in the path but for the case of its letters. A single letter stands in
 // many, so a number must follow it where one is asked for. The program stays in the "C" locale, so
 // letters are those of ASCII.
@@ -53,8 +47,9 @@ bool standsInOtherCase(const std::string& path, const MetadataPattern& pattern)
         from = std::search(from, path.end(), marker.begin(), marker.end(), isSame);
         if (from == path.end())
             return false;
+        const std::size_t end = static_cast<std::size_t>(from - path.begin()) + marker.size();
         if (pattern.valueType == MetadataPattern::StringValue || marker.size() > 1 ||
-            beginsNumber(path, static_cast<std::size_t>(from - path.begin()) + marker.size()))
+            reading::scanNumberValue(std::string_view(path), end) != reading::noValue)
             return true;
     }
 }
