@@ -25,7 +25,8 @@ bool isCut(const std::string& path, const std::vector<MetadataInfo>& infos, std:
     if (end == path.size())
         return false;
     if (type == MetadataPattern::NumberValue)
-        return (path[end] == ',' || path[end] == '.') && reading::digitAt(std::string_view(path), end + 1);
+        return (path[end] == ',' || path[end] == '.') &&
+               reading::digitAt(std::string_view(path), end + 1);
     return path[end] == '.' && k + 1 < infos.size() && end < infos[k + 1].patternPosition;
 }
 
