@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <cstddef>
 #include <exception>
 #include <filesystem>
@@ -8,6 +7,7 @@
 #include <utility>
 
 #include "casetable/explaining/Explain.h"
+#include "casetable/explaining/LeftOut.h"
 #include "casetable/explaining/Summary.h"
 #include "casetable/explaining/Unmatched.h"
 #include "casetable/importing/Import.h"
@@ -45,35 +45,6 @@ void write(const Report& report, Format format, Output& output)
     else
         writeCsv(report, output);
     output.commit();
-}
-
-// Why an import does not even look at the file at `path`; empty where it does.
-std::string whyLeftOut(const Selection& selection, const std::string& path)
-{
-    if (path.front() == '/')
-        return "the path is absolute; name it as it stands below ROOT";
-    std::string entry; // The path so far, as an import meets it.
-    std::size_t depth = 0;
-    for (std::size_t begin = 0, end = 0; end < path.size(); begin = end + 1) {
-        end = std::min(path.find('/', begin), path.size());
-        const std::string name = path.substr(begin, end - begin);
-        if (name.empty() || name == ".")
-            continue;
-        if (name == "..")
-            return "the path climbs out by \"..\"";
-        entry += (entry.empty() ? "" : "/") + name;
-        const bool isFolder = end < path.size();
-        switch (selection.judge(entry, ++depth, isFolder)) {
-        case Selection::Verdict::Hidden:
-            return name + " is hidden; --hidden takes it";
-        case Selection::Verdict::LeftOut:
-            return (isFolder && depth >= selection.maxDepth ? "--max-depth" : "--exclude") +
-                   (" leaves " + name) + " out";
-        case Selection::Verdict::Taken:
-            break;
-        }
-    }
-    return "";
 }
 
 ExitCode explainPath(const Options& options, Output& output)

@@ -20,11 +20,10 @@ class FileInfoInterface;
 /// wait for it to finish and read result(). The tree is seen through FileInfoInterface alone, and
 /// every call to it is made on the crawler's thread.
 ///
-/// The walk recurses once per folder level and takes about 300 bytes of stack for each (288
-/// measured in an optimised build on x86-64, 1,168 under AddressSanitizer), besides what the host's
-/// own operations take at the deepest. The thread's stack is 64 MiB of address space, so that trees
-/// of 20,000 levels take less than half of it in any build; setStackSize() before start() changes
-/// that.
+/// The walk recurses once per folder level. In an optimised build each level takes about 300 bytes
+/// of stack, besides what the host's own operations take at the deepest. The thread's stack is
+/// 64 MiB of address space, so that trees of 20,000 levels take less than half of it in any build;
+/// setStackSize() before start() changes that.
 class CRAWLER_API FolderCrawler : public QThread {
     Q_OBJECT
 
@@ -38,7 +37,7 @@ public:
         /// failure or an abort it holds the files found before.
         std::list<std::string> files;
         /// The text of the failure that stopped a run; null when none ever did. A later run that
-        /// succeeds leaves it as it is, on purpose.
+        /// succeeds leaves it as it is: for a clean result, make a new crawler.
         QString errorString;
     };
 
@@ -58,8 +57,9 @@ public:
     /// thread by start(). Everything that is not a file is taken for a folder and entered.
     ///
     /// A root that does not exist or cannot be read, a folder below it that cannot be read, and any
-    /// ortelo::ExceptionBase of the host stop the whole walk and become Result::errorString. Any
-    /// other exception leaves run().
+    /// ortelo::ExceptionBase of the host stop the whole walk and become Result::errorString; what()
+    /// is read as UTF-8. Any other exception leaves run(); on the crawler's own thread, that ends
+    /// the program.
     void run() override;
 
     /// The result, owned by the crawler. Read it only while the thread is not running.
@@ -73,7 +73,7 @@ Q_SIGNALS:
 protected:
 #endif
     /// Emitted on the crawler's thread for every directory that the walk enters, the root first,
-    /// with its full path. Connect with SIGNAL(processingDirectory(QString)).
+    /// with its fullPath(), read as UTF-8. Connect with SIGNAL(processingDirectory(QString)).
     void processingDirectory(QString directory) const;
 
 private:

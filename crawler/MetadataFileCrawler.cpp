@@ -2,13 +2,10 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
 #include <locale>
 #include <new>
 #include <string>
 #include <utility>
-
-#include <boost/lexical_cast/try_lexical_convert.hpp>
 
 #include <vtkSmartPointer.h>
 #include <vtkStdString.h>
@@ -18,6 +15,8 @@
 #include <vtkVariant.h>
 #include <vtkVariantArray.h>
 
+#include "crawler/private/PathReading.h"
+#include "crawler/private/UniqueName.h"
 #include "host/AuxFileCollectionInterface.h"
 #include "host/AuxFileInfoInterface.h"
 #include "host/ExceptionBase.h"
@@ -41,10 +40,9 @@ const vtkVariant nanVariant{vtkStdString(nanText)};
 
 std::string uniqueColumnName(const std::string& base, vtkTable& table)
 {
-    std::string candidate = base;
-    for (std::uint64_t counter = 2; table.GetColumnByName(candidate.c_str()) != nullptr; ++counter)
-        candidate = base + "(" + std::to_string(counter) + ")";
-    return candidate;
+    return uniqueName(base, [&table](const std::string& name) {
+        return table.GetColumnByName(name.c_str()) != nullptr;
+    });
 }
 
 vtkVariant makeCaseCell(const std::string& text, MetadataPattern::ValueType valueType)
@@ -52,7 +50,7 @@ vtkVariant makeCaseCell(const std::string& text, MetadataPattern::ValueType valu
     if (valueType == MetadataPattern::NumberValue) {
         // Checked, not converted: the cell keeps the text.
         double number = 0;
-        if (!boost::conversion::try_lexical_convert(text, number))
+        if (!reading::convertsToNumber(text, number))
             return nullVariant;
     }
     return vtkVariant(text.c_str());
@@ -67,7 +65,7 @@ bool numbersAreClassic()
 
 const char* skipDigits(const char* text)
 {
-    while (*text >= '0' && *text <= '9')
+    while (reading::isDigit(*text))
         ++text;
     return text;
 }
@@ -80,14 +78,14 @@ bool isPlainNumber(const std::string& text)
     const std::size_t longestPlainNumber = 64;
     if (text.size() > longestPlainNumber)
         return false;
-    const char* const begin = text.c_str() + (text[0] == '-' || text[0] == '+' ? 1 : 0);
+    const char* const begin = text.c_str() + (reading::isSign(text[0]) ? 1 : 0);
     const char* end = skipDigits(begin);
     if (end == begin)
         return false;
     if (*end == '.')
         end = skipDigits(end + 1);
     if (*end == 'e' || *end == 'E') {
-        const char* const digits = end + (end[1] == '-' || end[1] == '+' ? 2 : 1);
+        const char* const digits = end + (reading::isSign(end[1]) ? 2 : 1);
         end = skipDigits(digits);
         if (end == digits || end > digits + 2)
             return false;

@@ -64,6 +64,11 @@ public:
     bool hasCases() const;
 
     /// The matched files, in the parser's order; ownership is shared with the parser.
+    ///
+    /// With CrawlerBasicImporterParser, a file that the last pattern list was not applied to still
+    /// counts as matched when the list before matched it, and has its old case index. Those are all
+    /// files after an empty list, and after setMetadataPatternList() threw, the file at which it
+    /// did and those behind it in byte order of path.
     std::vector<boost::shared_ptr<AuxFileInfoInterface>> identifiedAuxFiles() const;
 
     /// Keeps the collection that extract() hands on, in place of an earlier one; may be empty.
@@ -74,12 +79,15 @@ public:
     /// The table has one row per case, in case order, and, if there is any case, one column per
     /// pattern, in pattern order: a vtkStringArray for StringValue, a vtkVariantArray otherwise. A
     /// column is named after its marker, with "(2)", "(3)" ... behind it where the name is taken.
-    /// Every cell is a string; a number that does not convert to double is "NULL".
+    /// Every cell is a string; a number that does not convert to double is "NULL". Numbers are
+    /// judged under the global C++ locale: where that writes a decimal comma, 1.5 is none. Names
+    /// and texts end at their first NUL; a number with a NUL in it is none.
     ///
     /// Throws ortelo::ExceptionBase ("Folder name not specified.") before the first accepted
     /// result, with the context untouched.
     void extract(ImportLoadContextInterface& context) override;
 
+    /// What the parser answers for `name`: a path relative to the root, as it stands in files().
     std::vector<MetadataInfo> metadataInfoList(const std::string& name) const override;
 
 private:

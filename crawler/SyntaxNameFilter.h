@@ -23,7 +23,7 @@ public:
     /// Copies the candidates; duplicates stay.
     explicit SyntaxNameFilter(const QStringList& syntaxes);
 
-    /// One candidate, converted as UTF-8.
+    /// One candidate: `syntax` up to its first NUL, read as UTF-8.
     explicit SyntaxNameFilter(const std::string& syntax);
 
     ~SyntaxNameFilter() override;

@@ -6,12 +6,10 @@
 #include <stdexcept>
 #include <string_view>
 
-#include <boost/lexical_cast/try_lexical_convert.hpp>
-
-#include "casetable/explaining/Unmatched.h"
 #include "casetable/system/Colour.h"
 #include "casetable/system/Text.h"
 #include "crawler/CrawlerBasicImporterParser.h"
+#include "crawler/private/PathReading.h"
 #include "host/AuxFileInfoInterface.h"
 
 namespace casetable {
@@ -58,16 +56,6 @@ std::string shown(const MetadataPattern& pattern)
            printable(pattern.pattern);
 }
 
-bool isSeparator(char c)
-{
-    return c == '/' || c == '\\';
-}
-
-bool isSign(char c)
-{
-    return c == '-' || c == '+';
-}
-
 // The first `bytes` and the rest of the character that they end in.
 std::string_view wholeCharacters(std::string_view text, std::size_t bytes)
 {
@@ -76,21 +64,11 @@ std::string_view wholeCharacters(std::string_view text, std::size_t bytes)
     return text.substr(0, bytes);
 }
 
-// The length of a segment without the extensions of its last component.
-std::size_t lengthWithoutExtensions(std::string_view segment)
-{
-    const std::size_t begin = segment.find_last_of("/\\") + 1; // 0 where there is none.
-    std::string_view name = segment.substr(begin);
-    while (name != "." && name != ".." && name.find('.') != std::string_view::npos)
-        name = name.substr(0, name.rfind('.'));
-    return begin + name.size();
-}
-
 class PathExplanation {
 public:
     PathExplanation(const std::string& path, const Patterns& patterns, bool inColour)
         : path_(path), patterns_(patterns), inColour_(inColour), reading_(path, patterns),
-          positions_(markerPositions(path, patterns))
+          positions_(reading::markerPositions(path, patterns))
     {
     }
 
@@ -189,26 +167,26 @@ private:
         const std::string_view rest = segment(k).substr(end);
         const bool isNumber = patterns_[k].valueType == MetadataPattern::NumberValue;
         std::string text = isLast(k) ? "up to the end" : "up to the next marker";
-        if (!rest.empty() && isSeparator(rest[0]))
+        if (!rest.empty() && reading::isSeparator(rest[0]))
             text = std::string("up to the ") + rest[0];
         else if (!rest.empty())
             text = isNumber ? numberEnd(reading_.values[k].value, rest)
                             : "the extension " + quoted(rest) + " is left off";
-        else if (!isNumber && lengthWithoutExtensions(segment(k)) == 0)
+        else if (!isNumber && reading::lengthWithoutExtensions(segment(k)) == 0)
             text += "; an extension is kept where nothing stands before it";
 
         double number = 0;
-        if (isNumber && !boost::conversion::try_lexical_convert(reading_.values[k].value, number))
+        if (isNumber && !reading::convertsToNumber(reading_.values[k].value, number))
             text += "; it converts to no number, so its cell is NULL";
         return text;
     }
 
     static std::string numberEnd(const std::string& value, std::string_view rest)
     {
-        if (rest[0] == '.' && value.find_first_of(".DEde") == std::string::npos)
+        const bool hasExponent = std::any_of(value.begin(), value.end(), reading::isExponentLetter);
+        if (rest[0] == '.' && !hasExponent && value.find('.') == std::string::npos)
             return "a point without digits behind it is left off";
-        const bool exponentMayFollow = value.find_first_of("DEde") == std::string::npos;
-        if (exponentMayFollow && std::string_view("DEde").find(rest[0]) != std::string_view::npos)
+        if (!hasExponent && reading::isExponentLetter(rest[0]))
             return "up to " + quoted(rest.substr(0, 1)) +
                    ", which begins no exponent without digits";
         return "up to " + quoted(wholeCharacters(rest, 1));
@@ -252,7 +230,7 @@ private:
                                  "them or before them.";
         if (behind.empty())
             return {"the path ends with " + name, rule};
-        std::size_t wrong = isSign(behind[0]) ? 1 : 0;
+        std::size_t wrong = reading::isSign(behind[0]) ? 1 : 0;
         if (wrong < behind.size() && behind[wrong] == '.')
             ++wrong;
         return {quoted(wholeCharacters(behind, std::min(wrong + 1, behind.size()))) + " behind " +
@@ -266,7 +244,7 @@ private:
         const std::string rule = "One character at the end of a segment is not taken as a value; "
                                  "a segment ends\n  at the next marker or with the path.";
         const std::size_t markerLength = marker.size();
-        const std::size_t length = lengthWithoutExtensions(segment);
+        const std::size_t length = reading::lengthWithoutExtensions(segment);
         const std::string extension = "the extension " + quoted(segment.substr(length));
         if (segment.size() == markerLength)
             return {"the path ends with " + name,
@@ -280,9 +258,10 @@ private:
         const std::string left =
             length < segment.size() ? ", as " + extension + " is left off" : "";
         const std::string_view only = segment.substr(markerLength, 1);
-        const bool isDigit = only >= "0" && only <= "9";
         return {"only " + quoted(only) + " stands behind " + name + left,
-                isDigit ? rule + " A number may be one digit:\n  -n " + printable(marker) : rule};
+                reading::isDigit(only[0])
+                    ? rule + " A number may be one digit:\n  -n " + printable(marker)
+                    : rule};
     }
 
     const std::string& path_;

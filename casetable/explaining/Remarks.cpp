@@ -1,7 +1,9 @@
 #include "casetable/explaining/Remarks.h"
 
 #include <cstddef>
+#include <string_view>
 
+#include "crawler/private/PathReading.h"
 #include "host/AuxFileInfoInterface.h"
 
 namespace casetable {
@@ -16,11 +18,6 @@ struct Cut {
     char at = '.';
 };
 
-bool isDigit(const std::string& path, std::size_t position)
-{
-    return position < path.size() && path[position] >= '0' && path[position] <= '9';
-}
-
 bool isCut(const std::string& path, const std::vector<MetadataInfo>& infos, std::size_t k,
            MetadataPattern::ValueType type)
 {
@@ -28,7 +25,8 @@ bool isCut(const std::string& path, const std::vector<MetadataInfo>& infos, std:
     if (end == path.size())
         return false;
     if (type == MetadataPattern::NumberValue)
-        return (path[end] == ',' || path[end] == '.') && isDigit(path, end + 1);
+        return (path[end] == ',' || path[end] == '.') &&
+               reading::digitAt(std::string_view(path), end + 1);
     return path[end] == '.' && k + 1 < infos.size() && end < infos[k + 1].patternPosition;
 }
 

@@ -4,8 +4,10 @@
 #include <cctype>
 #include <iterator>
 #include <numeric>
+#include <string_view>
 #include <utility>
 
+#include "crawler/private/PathReading.h"
 #include "host/AuxFileInfoInterface.h"
 
 namespace casetable {
@@ -16,7 +18,7 @@ namespace {
 UnmatchedFile explain(const MetadataFileCrawler& importer,
                       const std::vector<MetadataPattern>& patterns, const std::string& path)
 {
-    const std::size_t found = markerPositions(path, patterns).size();
+    const std::size_t found = reading::markerPositions(path, patterns).size();
     if (found < patterns.size())
         return {path, found, false};
     return {path, importer.metadataInfoList(path).size(), true};
@@ -30,13 +32,6 @@ std::vector<std::size_t> failureCounts(const std::vector<UnmatchedFile>& files,
     for (const UnmatchedFile& file : files)
         ++counts[file.metadataIndex];
     return counts;
-}
-
-bool beginsNumber(const std::string& path, std::size_t position)
-{
-    for (const char optional : {'-', '.'})
-        position += position < path.size() && path[position] == optional ? 1 : 0;
-    return position < path.size() && path[position] >= '0' && path[position] <= '9';
 }
 
 // Whether the marker stands in the path but for the case of its letters. A single letter stands in
@@ -53,28 +48,14 @@ bool standsInOtherCase(const std::string& path, const MetadataPattern& pattern)
         from = std::search(from, path.end(), marker.begin(), marker.end(), isSame);
         if (from == path.end())
             return false;
+        const std::size_t end = static_cast<std::size_t>(from - path.begin()) + marker.size();
         if (pattern.valueType == MetadataPattern::StringValue || marker.size() > 1 ||
-            beginsNumber(path, static_cast<std::size_t>(from - path.begin()) + marker.size()))
+            reading::scanNumberValue(std::string_view(path), end) != reading::noValue)
             return true;
     }
 }
 
 } // namespace
-
-std::vector<std::size_t> markerPositions(const std::string& path,
-                                         const std::vector<MetadataPattern>& patterns)
-{
-    std::vector<std::size_t> positions;
-    std::size_t start = 0;
-    for (const MetadataPattern& pattern : patterns) {
-        const std::size_t position = path.find(pattern.pattern, start);
-        if (position == std::string::npos)
-            break;
-        positions.push_back(position);
-        start = position + 1;
-    }
-    return positions;
-}
 
 std::vector<UnmatchedFile> unmatchedFiles(const MetadataFileCrawler& importer,
                                           const std::vector<MetadataPattern>& patterns)
@@ -155,7 +136,7 @@ std::string likelyCause(const MetadataFileCrawler& importer,
         }
         const std::size_t position = file.path.find(marker);
         if (position != std::string::npos &&
-            position == markerPositions(file.path, patterns).back())
+            position == reading::markerPositions(file.path, patterns).back())
             return name + " stands in " + file.path + " only where the marker before begins";
         if (position != std::string::npos)
             return name + " stands in front of '" + patterns[k - 1].pattern + "' in " + file.path +

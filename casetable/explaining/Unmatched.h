@@ -21,11 +21,6 @@ struct UnmatchedFile {
     bool markerFound;
 };
 
-/// Where each marker begins in `path`, in order, as far as they are found: each is searched for
-/// from the byte after the start of the one before. No value is read before all of them are found.
-std::vector<std::size_t> markerPositions(const std::string& path,
-                                         const std::vector<MetadataPattern>& patterns);
-
 /// The files of the importer's crawl result that match not all of `patterns`, the list last applied
 /// and not empty; in ascending byte order of path.
 std::vector<UnmatchedFile> unmatchedFiles(const MetadataFileCrawler& importer,

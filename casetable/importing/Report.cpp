@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "casetable/importing/CaseTable.h"
+#include "crawler/private/UniqueName.h"
 
 namespace casetable {
 
@@ -82,9 +83,9 @@ std::vector<std::string> uniqueNames(std::vector<std::string> names)
 {
     std::set<std::string> taken;
     for (std::string& name : names) {
-        const std::string base = name;
-        for (std::size_t counter = 2; !taken.insert(name).second; ++counter)
-            name = base + "(" + std::to_string(counter) + ")";
+        name = uniqueName(name,
+                          [&taken](const std::string& other) { return taken.count(other) != 0; });
+        taken.insert(name);
     }
     return names;
 }

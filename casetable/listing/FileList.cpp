@@ -6,6 +6,7 @@
 
 #include <boost/make_shared.hpp>
 
+#include "casetable/listing/FilePath.h"
 #include "casetable/system/ExitCode.h"
 #include "casetable/system/Text.h"
 
@@ -31,18 +32,6 @@ bool beginsWith(std::string_view text, std::string_view beginning)
 bool isBelow(std::string_view path, std::string_view folder)
 {
     return path.size() > folder.size() && path[folder.size()] == '/' && beginsWith(path, folder);
-}
-
-// Whether one of the components is `component`.
-bool hasComponent(std::string_view path, std::string_view component)
-{
-    for (std::size_t begin = 0; begin <= path.size();) {
-        const std::size_t end = std::min(path.find('/', begin), path.size());
-        if (path.substr(begin, end - begin) == component)
-            return true;
-        begin = end + 1;
-    }
-    return false;
 }
 
 std::size_t commonLength(std::string_view left, std::string_view right)
@@ -191,22 +180,26 @@ boost::shared_ptr<FileInfoInterface const> FileList::root()
 
 void FileList::check(std::string_view path, std::size_t number) const
 {
-    if (path.empty())
-        refuse(path, number, "the path is empty");
     const std::size_t null = path.find('\0');
     if (null != std::string_view::npos)
         refuse(path.substr(0, null + 1), number,
                "a path holds no NUL; a list divided by NULs needs --null");
-    if (path.front() == '/')
+    switch (pathFault(path)) {
+    case PathFault::Empty:
+        refuse(path, number, "the path is empty");
+    case PathFault::Absolute:
         refuse(path, number, "the path is absolute; list files relative to one folder");
-    if (hasComponent(path, ""))
+    case PathFault::EmptyComponent:
+        refuse(path, number, "a component of the path is empty");
+    case PathFault::NamesFolder:
         refuse(path, number,
-               path.back() == '/' ? "a path that ends in / names a folder; list files only"
-                                  : "a component of the path is empty");
-    if (path.substr(path.rfind('/') + 1) == ".")
-        refuse(path, number, "a path that ends in . names a folder; list files only");
-    if (hasComponent(path, ".."))
+               std::string("a path that ends in ") + path.back() +
+                   " names a folder; list files only");
+    case PathFault::ClimbsOut:
         refuse(path, number, "the path climbs out by \"..\"");
+    case PathFault::None:
+        break;
+    }
     if (static_cast<std::size_t>(std::count(path.begin(), path.end(), '/')) > maxFolders)
         refuse(path, number,
                "the path lies below more than " + std::to_string(maxFolders) + " folders");

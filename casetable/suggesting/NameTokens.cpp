@@ -2,36 +2,14 @@
 
 #include <algorithm>
 
+#include "crawler/private/PathReading.h"
+
 namespace casetable {
 
 namespace {
 
-bool isDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
-
-bool digitAt(std::string_view name, std::size_t index)
-{
-    return index < name.size() && isDigit(name[index]);
-}
-
-bool isSign(char c)
-{
-    return c == '-' || c == '+';
-}
-
-bool isExponentLetter(char c)
-{
-    return c == 'D' || c == 'E' || c == 'd' || c == 'e';
-}
-
-std::size_t skipDigits(std::string_view name, std::size_t index)
-{
-    while (digitAt(name, index))
-        ++index;
-    return index;
-}
+using reading::digitAt;
+using reading::isDigit;
 
 std::size_t skipWord(std::string_view name, std::size_t index)
 {
@@ -42,7 +20,7 @@ std::size_t skipWord(std::string_view name, std::size_t index)
 
 bool isSignedNumber(std::string_view name, std::size_t index)
 {
-    return index < name.size() && isSign(name[index]) &&
+    return index < name.size() && reading::isSign(name[index]) &&
            (digitAt(name, index + 1) ||
             (index + 1 < name.size() && name[index + 1] == '.' && digitAt(name, index + 2)));
 }
@@ -51,24 +29,6 @@ bool isSignedNumber(std::string_view name, std::size_t index)
 bool isPadded(std::string_view name, std::size_t sign)
 {
     return digitAt(name, sign + 1) && name[sign + 1] == '0' && digitAt(name, sign + 2);
-}
-
-// The index after the number whose sign, if any, stands at `index`; the rules are the module's.
-std::size_t skipNumber(std::string_view name, std::size_t index)
-{
-    if (isSign(name[index]))
-        ++index;
-    std::size_t end = skipDigits(name, index);
-    if (end < name.size() && name[end] == '.')
-        end = skipDigits(name, end + 1);
-    if (end < name.size() && isExponentLetter(name[end])) {
-        std::size_t exponent = end + 1;
-        if (exponent < name.size() && isSign(name[exponent]))
-            ++exponent;
-        if (digitAt(name, exponent))
-            end = skipDigits(name, exponent);
-    }
-    return name[end - 1] == '.' ? end - 1 : end;
 }
 
 // The word ends before a capital that follows a small letter, unless that one stands alone, as in
@@ -185,7 +145,8 @@ std::vector<Token> tokensOf(std::string_view name, const Signs& signs)
     std::vector<Token> tokens;
     for (std::size_t begin = 0; begin < name.size(); begin = tokens.back().end) {
         if (numberBeginsAt(name, begin, tokens, signs))
-            tokens.push_back(token(Token::Kind::Number, begin, skipNumber(name, begin)));
+            tokens.push_back(
+                token(Token::Kind::Number, begin, reading::scanNumberValue(name, begin)));
         else if (isWordByte(name[begin]))
             tokens.push_back(token(Token::Kind::Word, begin, skipCamelWord(name, begin)));
         else

@@ -5,8 +5,6 @@
 #include <utility>
 #include <vector>
 
-#include <boost/lexical_cast/try_lexical_convert.hpp>
-
 #include <vtkAbstractArray.h>
 #include <vtkDoubleArray.h>
 #include <vtkObject.h>
@@ -22,6 +20,7 @@
 #include "casetable/system/Output.h"
 #include "casetable/system/Text.h"
 #include "casetable/writing/CsvRecord.h"
+#include "crawler/private/PathReading.h"
 
 namespace casetable {
 
@@ -56,7 +55,7 @@ template <class Array, class Value> vtkSmartPointer<Array> makeNumbers(const Tex
     auto array = makeArray<Array>(texts.size());
     for (std::size_t i = 0; i < texts.size(); ++i) {
         Value value = 0;
-        if (!boost::conversion::try_lexical_convert(texts[i], value))
+        if (!reading::convertsToNumber(texts[i], value))
             return nullptr;
         array->SetValue(static_cast<vtkIdType>(i), value);
     }

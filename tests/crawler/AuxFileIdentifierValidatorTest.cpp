@@ -488,6 +488,23 @@ TEST(AuxFileIdentifierValidator, ReadsTheCaseOfAFileWhenItCollects)
     EXPECT_EQ(second->indexCount(), 4u);
 }
 
+/// A file that belongs to no case, and still has the index of an earlier one.
+struct UnmatchedFile : FixedAuxFile {
+    using FixedAuxFile::FixedAuxFile;
+    bool isMatched() const override { return ++matchedAsked, false; }
+    mutable int matchedAsked = 0;
+};
+
+TEST(AuxFileIdentifierValidator, CollectsAFileWithoutAskingWhetherItIsMatched)
+{
+    const auto unmatched = boost::make_shared<UnmatchedFile>("x.a", 1);
+    Fixture fixture({{"*.a", "T"}}, {unmatched});
+
+    EXPECT_TRUE(fixture.validator.isValid());
+    EXPECT_EQ(contents(*fixture.validator.auxFiles()), (Contents{{"T", {{1, {"x.a"}}}}}));
+    EXPECT_EQ(unmatched->matchedAsked, 0);
+}
+
 TEST(AuxFileIdentifierValidator, RefusesACaseIndexThatNoCollectionCanHold)
 {
     const auto lost = file("x.a", std::numeric_limits<std::size_t>::max());

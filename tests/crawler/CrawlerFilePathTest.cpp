@@ -212,6 +212,14 @@ TEST(CrawlerFilePath, TakesTheFirstOccurrenceOfAMarker)
     expectInfo(file.metadataInfoList()[1], 3, 4, "2");
 }
 
+TEST(CrawlerFilePath, TriesNoOtherOccurrenceOfAMarkerThatWasFound)
+{
+    // Behind the second "T" stands a number, and behind "b2" no second "b" that "a1" is behind.
+    expectValues("Tx_T5", {{"T", NumberValue}}, false, {});
+    expectValues("Tx_T5/P7", {{"T", NumberValue}, {"P", NumberValue}}, false, {});
+    expectValues("b2/a1", {{"a", NumberValue}, {"b", NumberValue}}, false, {});
+}
+
 TEST(CrawlerFilePath, FindsAMarkerInsideTheTextOfThePreviousOne)
 {
     // Looked for behind the whole first marker, the second one would be found and both would match.
@@ -476,6 +484,25 @@ TEST(CrawlerFilePath, ReadsTextUpToTheExtensionsOfTheLastComponent)
         refuses(".", ".."),
         refuses(".", "..."),
         refuses(".", "...."),
+    };
+    expectRows(StringValue, rows);
+}
+
+TEST(CrawlerFilePath, ReadsNoTextWhereAnExtensionBeginsWithinTheMarker)
+{
+    const std::vector<Row> rows = {
+        refuses("v1.", "v1.55"),
+        refuses("v1.", "x/v1.55.dat"),
+        refuses("a.b", "x/a.bcc"),
+        refuses("/.a", "x/.abc"),
+        // The extension that is left off is that of the last component.
+        reads("v1.", "v1.55/x", "55"),
+        reads("v1.", "v1.55/x.dat", "55"),
+        reads("a.b", "x/a.bcc/y", "cc"),
+        // And where nothing stands before it, none is left off.
+        reads(".", "x.d", "d"),
+        reads(".d", "x.dat", "at"),
+        reads(".dat", "x.dat", ""),
     };
     expectRows(StringValue, rows);
 }

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <csignal>
 #include <cstddef>
 #include <future>
 #include <list>
@@ -472,6 +473,17 @@ TEST(FolderCrawler, LetsOtherExceptionsLeaveTheRun)
 
     EXPECT_TRUE(crawler.result().errorString.isNull());
     EXPECT_EQ((Files{"a"}), crawler.result().files);
+}
+
+TEST(FolderCrawler, EndsTheProgramWhenAnyOtherExceptionLeavesItsOwnThread)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe"); // Others may have left threads of Qt.
+    const FileSystem disk;
+    const EntryPtr folder = disk.directory("/r");
+    folder->hook = throwAt("/r entries()", std::runtime_error("of the host"));
+    FolderCrawler crawler(folder);
+
+    EXPECT_EXIT(runToEnd(crawler), testing::KilledBySignal(SIGABRT), "");
 }
 
 TEST(FolderCrawler, KeepsFileNamesByteForByteAndReadsPathsAsUtf8)

@@ -417,6 +417,59 @@ TEST(MetadataFileCrawler, IdentifiesNoFileBeforeAPatternListOrWithoutAMatch)
     EXPECT_EQ("a/T1.dat", importer->identifiedAuxFiles().front()->filePath());
 }
 
+/// The identified files, each as "path in case".
+std::vector<std::string> identified(const MetadataFileCrawler& importer)
+{
+    std::vector<std::string> files;
+    for (const auto& file : importer.identifiedAuxFiles())
+        files.push_back(file->filePath() + " in " + std::to_string(file->caseIndex()));
+    return files;
+}
+
+TEST(MetadataFileCrawler, IdentifiesTheFilesOfEarlierMatchesWhenThePatternListIsEmpty)
+{
+    const FileSystem disk;
+    const ImporterPtr importer = makeImporter(new CrawlerBasicImporterParser);
+    importer->setCrawlResult(crawlResult(disk.directory("/r"), {"T1", "T2", "x"}));
+    importer->setMetadataPatternList({{"T", MetadataPattern::NumberValue}});
+
+    importer->setMetadataPatternList({});
+
+    EXPECT_FALSE(importer->hasCases());
+    EXPECT_EQ((std::vector<std::string>{"T1 in 0", "T2 in 1"}), identified(*importer));
+}
+
+TEST(MetadataFileCrawler, IdentifiesTheFilesOfEarlierMatchesBehindThePathAtWhichPatternsThrew)
+{
+    const FileSystem disk;
+    const ImporterPtr importer = makeImporter(new CrawlerBasicImporterParser);
+    importer->setCrawlResult(
+        crawlResult(disk.directory("/r"), {"1", "2.abx/bcy/", "3.abxx/bcyy/", "4.abc", "5"}));
+    importer->setMetadataPatternList({{"", MetadataPattern::NumberValue}});
+
+    EXPECT_THROW(importer->setMetadataPatternList(
+                     {{".ab", MetadataPattern::StringValue}, {"bc", MetadataPattern::StringValue}}),
+                 std::out_of_range);
+
+    // The first does not match the new list; the last two were not reached.
+    EXPECT_EQ(
+        (std::vector<std::string>{"2.abx/bcy/ in 0", "3.abxx/bcyy/ in 1", "4.abc in 3", "5 in 4"}),
+        identified(*importer));
+}
+
+TEST(MetadataFileCrawler, AnswersMetadataForPathsAsTheyStandInItsFilesAndForNoOthers)
+{
+    const FileSystem disk;
+    const ImporterPtr importer = makeImporter(new CrawlerBasicImporterParser);
+    importer->setCrawlResult(crawlResult(disk.directory("/r"), {"a/T1.dat"}));
+    importer->setMetadataPatternList({{"T", MetadataPattern::NumberValue}});
+
+    ASSERT_EQ(1U, importer->metadataInfoList(importer->files().front()).size());
+    EXPECT_EQ("1", importer->metadataInfoList("a/T1.dat").front().value);
+    for (const std::string name : {"T1.dat", "/r/a/T1.dat", "./a/T1.dat", "a//T1.dat", ""})
+        EXPECT_TRUE(importer->metadataInfoList(name).empty()) << name;
+}
+
 TEST(MetadataFileCrawler, ReplacesTheAuxFilesToLoadEvenByNothing)
 {
     const Arrangement given;

@@ -258,6 +258,19 @@ TEST(Unmatched, HasALikelyCauseWhereAMarkerStandsInNoPathAsItShould)
     EXPECT_EQ(cause({"x"}, {{"T?_", number}}), "a marker is a literal text, without wildcards");
 }
 
+TEST(Unmatched, TakesASingleLetterForAMarkerWithOtherLettersWhereANumberFollows)
+{
+    const Patterns patterns = {{"t", MetadataPattern::NumberValue}};
+    const auto cause = [&](const std::string& file) {
+        return likelyCause(Importing({file}, patterns).importer, patterns, "runs");
+    };
+
+    for (const std::string file : {"a/T5", "a/T-5", "a/T+5", "a/T.5", "a/T-.5", "a/T+.5", "Tx/T5"})
+        EXPECT_EQ(cause(file), "'t' is written with other letters, large or small, in " + file);
+    for (const std::string file : {"a/T", "a/Tx", "a/T-", "a/T+", "a/T+-5", "a/T.", "a/T-.x"})
+        EXPECT_EQ(cause(file), "") << file;
+}
+
 TEST(Unmatched, HasALikelyCauseAlsoBesideFilesThatMatch)
 {
     const Patterns patterns = {{"Temp", MetadataPattern::NumberValue}};

@@ -72,10 +72,12 @@ TEST(CasetableExplain, SaysWhatAnImportLeavesOut)
 
     EXPECT_EQ(explained("a/.b/T1/x", {}), ".b is hidden; --hidden takes it\n");
     EXPECT_EQ(explained("a/.b/T1/x", {"--hidden"}), "");
-    EXPECT_EQ(explained("./a//T1/x", {}), "");
+    EXPECT_EQ(explained("./a/T1/x", {}), "");
+    EXPECT_EQ(explained("a//T1/x", {}), "a component of the path is empty\n");
+    EXPECT_EQ(explained("a/T1/", {}), "a path that ends in / names a folder\n");
     EXPECT_EQ(explained("a/T1/x", {"-E", "T*/"}), "--exclude leaves T1 out\n");
     EXPECT_EQ(explained("a/T1/x", {"-E", "a/*/x"}), "--exclude leaves x out\n");
-    EXPECT_EQ(explained("a//T1/./x", {"-E", "/a/T1/x"}), "--exclude leaves x out\n");
+    EXPECT_EQ(explained("a/T1/./x", {"-E", "/a/T1/x"}), "--exclude leaves x out\n");
     EXPECT_EQ(explained("a/T1/x", {"-d", "2"}), "--max-depth leaves T1 out\n");
     EXPECT_EQ(explained("a/T1/x", {"-d", "3", "-E", "x"}), "--exclude leaves x out\n");
     EXPECT_EQ(explained("a/T1/x", {"-d", "3", "-E", "x/", "-E", "T1/a"}), "");
