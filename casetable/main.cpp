@@ -29,11 +29,7 @@
 #include "casetable/system/Interrupt.h"
 #include "casetable/system/Output.h"
 #include "casetable/system/Text.h"
-#include "casetable/writing/CsvWriter.h"
-#include "casetable/writing/JsonWriter.h"
-#include "casetable/writing/TableWriter.h"
-#include "casetable/writing/TsvWriter.h"
-#include "casetable/writing/VttWriter.h"
+#include "casetable/writing/Formats.h"
 
 namespace casetable {
 
@@ -60,21 +56,6 @@ Report makeReport(const Options& options, const Import& import)
         break;
     }
     return caseReport(import, options.patterns, tagsOf(options.identifiers));
-}
-
-void write(const Report& report, Format format, Output& output)
-{
-    if (format == Format::Json)
-        writeJson(report, output);
-    else if (format == Format::Tsv)
-        writeTsv(report, output);
-    else if (format == Format::Vtt)
-        writeVtt(report, output);
-    else if (format == Format::Table || (format == Format::Auto && output.isTerminal()))
-        writeTable(report, output);
-    else
-        writeCsv(report, output);
-    output.commit();
 }
 
 std::string noFiles(const Options& options)
@@ -274,8 +255,10 @@ ExitCode run(const Options& options, Console& console)
     throwIfInterrupted();
     if (options.output && !options.list)
         spareMatchedFile(options, import);
-    write(makeReport(options, import), options.format, output);
-    if (options.output && options.format == Format::Auto && !output.isTerminal() &&
+    const Format& format = options.format != nullptr ? *options.format : formatFor(output);
+    format.write(makeReport(options, import), output);
+    output.commit();
+    if (options.output && options.format == nullptr && !output.isTerminal() &&
         std::filesystem::path(*options.output).has_extension())
         console.note(*options.output + ": written as CSV, as no format goes by that ending");
     return conclude(options, import, fileSystem.hiddenLeftOut, console);

@@ -5,7 +5,6 @@
 #include <charconv>
 #include <cstddef>
 #include <functional>
-#include <map>
 #include <sstream>
 #include <stdexcept>
 #include <string_view>
@@ -45,31 +44,14 @@ std::string quoted(const std::string& option, const std::string& value)
     return option + " '" + value + "'";
 }
 
-Format parseFormat(const std::string& name)
+// Null for "auto".
+const Format* parseFormat(const std::string& name)
 {
-    static const std::map<std::string, Format> formats = {
-        {"auto", Format::Auto}, {"table", Format::Table}, {"csv", Format::Csv},
-        {"tsv", Format::Tsv},   {"json", Format::Json},   {"vtt", Format::Vtt}};
-    const auto format = formats.find(name);
-    if (format == formats.end())
+    const Format* const format = formatNamed(name);
+    if (format == nullptr && name != "auto")
         failUsage(quoted("--format", name) +
                   ": unknown format; choose auto, table, csv, tsv, json or vtt");
-    return format->second;
-}
-
-// The format that the ending of a file's name stands for, in letters of either case.
-Format formatOfEnding(const std::string& file)
-{
-    static const std::map<std::string, Format> formats = {{".csv", Format::Csv},
-                                                          {".tsv", Format::Tsv},
-                                                          {".json", Format::Json},
-                                                          {".vtt", Format::Vtt},
-                                                          {".txt", Format::Table}};
-    std::string ending = file.substr(std::min(file.rfind('.'), file.size()));
-    for (char& c : ending) // The program stays in the "C" locale, which knows only ASCII letters.
-        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    const auto format = formats.find(ending);
-    return format == formats.end() ? Format::Auto : format->second;
+    return format;
 }
 
 // `path` without the slashes and the components "." that it begins with.
@@ -387,7 +369,7 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
         if (options.explain->empty())
             failUsage("--explain: the path is empty");
     }
-    if (options.format == Format::Auto && options.output)
+    if (options.format == nullptr && options.output)
         options.format = formatOfEnding(*options.output);
     options.rows = files ? Rows::Files : unmatched ? Rows::Unmatched : Rows::Cases;
     return options;

@@ -6,12 +6,11 @@
 #include <vector>
 
 #include "casetable/listing/Selection.h"
+#include "casetable/writing/Formats.h"
 #include "crawler/AuxFileIdentifierValidator.h"
 #include "crawler/MetadataPattern.h"
 
 namespace casetable {
-
-enum class Format { Auto, Table, Csv, Tsv, Json, Vtt };
 
 /// What the rows of the output stand for.
 enum class Rows { Cases, Files, Unmatched };
@@ -26,7 +25,8 @@ struct Options {
     /// In the order of the options; at least one, but none with `suggest`.
     std::vector<MetadataPattern> patterns;
     std::vector<AuxFileIdentifier> identifiers;
-    Format format = Format::Auto;      ///< As asked for, or as the ending of `output` says.
+    /// As asked for, or as the ending of `output` says; null where neither says anything.
+    const Format* format = nullptr;
     std::optional<std::string> output; ///< Standard output when there is none.
     Rows rows = Rows::Cases;
     std::optional<std::string> explain; ///< The path to explain instead of an import, below `root`.
