@@ -60,10 +60,10 @@ Report makeReport(const Options& options, const Import& import)
 
 std::string noFiles(const Options& options)
 {
-    const std::string where =
-        options.list ? "in " + listName(*options.list) : "below " + options.root;
-    const bool limited = options.selection.maxDepth != Selection().maxDepth;
-    const bool excluded = !options.selection.excluded.empty();
+    const std::string where = options.source.list ? "in " + listName(*options.source.list)
+                                                  : "below " + options.source.root;
+    const bool limited = options.source.selection.maxDepth != Selection().maxDepth;
+    const bool excluded = !options.source.selection.excluded.empty();
     return "there is no file " + where +
            (limited && excluded ? ", with --exclude and --max-depth"
             : excluded          ? ", with --exclude"
@@ -83,7 +83,7 @@ std::string hiddenRemark(std::size_t count)
 
 std::string whyNoneMatched(const Options& options, const Import& import)
 {
-    const std::string cause = likelyCause(import.importer(), options.patterns, options.root);
+    const std::string cause = likelyCause(import.importer(), options.patterns, options.source.root);
     return failureSummary(import.importer(), options.patterns) +
            (cause.empty() ? "" : "; " + cause) +
            (options.rows == Rows::Unmatched ? "" : "; --unmatched lists them");
@@ -107,14 +107,15 @@ ExitCode conclude(const Options& options, const Import& import, std::size_t hidd
     console.note("cases: " + std::to_string(import.table().GetNumberOfRows()) + ", from " +
                  std::to_string(matched) + " of " + std::to_string(files) + " files" +
                  (mention ? "; --unmatched lists the others" : "") + hiddenRemark(hiddenLeftOut));
-    for (const Glob& glob : options.selection.excluded) {
+    for (const Glob& glob : options.source.selection.excluded) {
         if (!glob.hasMatched())
             console.note("--exclude '" + glob.text() + "' left nothing out");
     }
     for (const std::string& remark : remarks(import.importer(), options.patterns))
         console.note(remark);
     if (mention) {
-        const std::string cause = likelyCause(import.importer(), options.patterns, options.root);
+        const std::string cause =
+            likelyCause(import.importer(), options.patterns, options.source.root);
         if (!cause.empty())
             console.note(cause);
     }
@@ -153,9 +154,9 @@ std::string whyLeftOut(const Selection& selection, const std::string& path)
 ExitCode explainPath(const Options& options, Output& output)
 {
     const Explanation explanation =
-        explain(*options.explain, options.patterns, output.showsColours());
+        explain(options.explained, options.patterns, output.showsColours());
     output.write(explanation.text);
-    const std::string leftOut = whyLeftOut(options.selection, *options.explain);
+    const std::string leftOut = whyLeftOut(options.source.selection, options.explained);
     if (!leftOut.empty())
         output.write("an import does not look at it: " + printable(leftOut) + '\n');
     output.commit();
@@ -174,7 +175,8 @@ std::optional<RunAbove> suggestAbove(const Options& options, const std::list<std
     std::list<std::string> paths;
     for (const std::string& file : files)
         paths.push_back(above->name + '/' + file);
-    RunAbove run{{suggest(paths), walkArguments(above->options), above->options.root}, above->name};
+    RunAbove run{{suggest(paths), walkArguments(above->options), above->options.source.root},
+                 above->name};
     const Suggestion& more = run.run.suggestion;
     if (more.patterns.size() <= suggestion.patterns.size() && more.cases <= suggestion.cases)
         return std::nullopt;
@@ -187,7 +189,7 @@ ExitCode suggestMarkers(const Options& options, const std::list<std::string>& fi
     // Nothing is half-written yet, so an interrupt may end the program at once.
     releaseInterrupts();
     throwIfInterrupted();
-    const SuggestedRun run{suggest(files), walkArguments(options), options.root};
+    const SuggestedRun run{suggest(files), walkArguments(options), options.source.root};
     const std::optional<RunAbove> above = suggestAbove(options, files, run.suggestion);
     catchInterrupts();
     if (run.suggestion.patterns.empty() && !above) {
@@ -208,7 +210,7 @@ void spareMatchedFile(const Options& options, const Import& import)
     const std::filesystem::path file = std::filesystem::canonical(*options.output, failure);
     if (failure)
         return; // There is no such file yet.
-    const std::filesystem::path folder = std::filesystem::canonical(options.root, failure);
+    const std::filesystem::path folder = std::filesystem::canonical(options.source.root, failure);
     if (failure)
         return;
     const std::string path = file.lexically_relative(folder).string();
@@ -232,28 +234,29 @@ ExitCode run(const Options& options, Console& console)
         console.beQuiet();
     Output output(options.output);
     catchInterrupts();
-    if (options.explain)
+    if (options.mode == Mode::Explain)
         return explainPath(options, output);
 
     FileSystem fileSystem;
-    fileSystem.followLinks = options.follow;
-    fileSystem.leaveOutUnreadable = options.keepGoing;
-    fileSystem.selection = options.selection;
+    fileSystem.followLinks = options.source.follow;
+    fileSystem.leaveOutUnreadable = options.source.keepGoing;
+    fileSystem.selection = options.source.selection;
     fileSystem.warn = [&console](const std::string& text) { console.warning(text); };
-    FileList list(options.list ? listName(*options.list) : "", options.nullSeparated);
-    list.selection = options.selection;
-    if (options.list && options.output)
-        spareList(*options.list, *options.output);
-    if (options.list)
-        readList(*options.list, list, console);
+    FileList list(options.source.list ? listName(*options.source.list) : "",
+                  options.source.nullSeparated);
+    list.selection = options.source.selection;
+    if (options.source.list && options.output)
+        spareList(*options.source.list, *options.output);
+    if (options.source.list)
+        readList(*options.source.list, list, console);
     std::unique_ptr<FolderCrawler> crawler =
-        options.list ? walk(list, console) : walk(fileSystem, options.root, console);
-    if (options.suggest)
+        options.source.list ? walk(list, console) : walk(fileSystem, options.source.root, console);
+    if (options.mode == Mode::Suggest)
         return suggestMarkers(options, crawler->result().files, fileSystem.hiddenLeftOut, output,
                               console);
     const Import import(std::move(crawler), options.patterns, options.identifiers);
     throwIfInterrupted();
-    if (options.output && !options.list)
+    if (options.output && !options.source.list)
         spareMatchedFile(options, import);
     const Format& format = options.format != nullptr ? *options.format : formatFor(output);
     format.write(makeReport(options, import), output);

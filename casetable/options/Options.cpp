@@ -278,20 +278,23 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
             [&options, &app](const std::string& file) {
                 if (file.empty())
                     failUsage("--from-list: the file name is empty");
-                options.list = file;
+                options.source.list = file;
                 app.get_option("ROOT")->required(false);
             });
-    app.add_flag("-0,--null", options.nullSeparated, "The paths in the list end with NUL");
+    app.add_flag("-0,--null", options.source.nullSeparated, "The paths in the list end with NUL");
     addText("-E,--exclude", "GLOB", "Leave out what GLOB matches, as in ignore files",
             [&options](const std::string& text) {
-                options.selection.excluded.push_back(parseGlob(text));
+                options.source.selection.excluded.push_back(parseGlob(text));
             });
     bool hidden = false;
+    bool suggest = false;
     app.add_flag("-H,--hidden", hidden, "Also take names that begin with a dot");
     addText("-d,--max-depth", "N", "Go no deeper than N; the files in ROOT have depth 1",
-            [&options](const std::string& text) { options.selection.maxDepth = parseDepth(text); });
+            [&options](const std::string& text) {
+                options.source.selection.maxDepth = parseDepth(text);
+            });
 
-    app.add_flag("--suggest", options.suggest, "Propose the markers, as a command line to run");
+    app.add_flag("--suggest", suggest, "Propose the markers, as a command line to run");
     bool files = false;
     bool unmatched = false;
     app.add_flag("--files", files, "A row for each matched file instead of each case");
@@ -299,17 +302,18 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
                  "The files in no case, each with the marker that failed");
     addText("--explain", "PATH", "How one path is read, and why not; needs no ROOT",
             [&options, &app](const std::string& path) {
-                options.explain = path;
+                options.mode = Mode::Explain;
+                options.explained = path;
                 app.get_option("ROOT")->required(false);
             });
-    app.add_flag("--keep-going", options.keepGoing,
+    app.add_flag("--keep-going", options.source.keepGoing,
                  "Leave unreadable folders out, with a warning each");
-    app.add_flag("-L,--follow", options.follow, "Follow links to folders");
+    app.add_flag("-L,--follow", options.source.follow, "Follow links to folders");
     app.add_flag("-q,--quiet", options.quiet, "No progress, warnings or remarks");
     app.add_option(
            "ROOT",
            [&options](const CLI::results_t& values) {
-               options.root = values.front();
+               options.source.root = values.front();
                return true;
            },
            "The folder to import")
@@ -333,19 +337,20 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
         failUsage(error.what());
     }
 
-    if (options.list && app.count("ROOT") > 0)
+    if (options.source.list && app.count("ROOT") > 0)
         failUsage("ROOT and --from-list exclude each other");
-    if (options.list && options.follow)
+    if (options.source.list && options.source.follow)
         failUsage("--follow and --from-list exclude each other");
-    if (options.list && options.keepGoing)
+    if (options.source.list && options.source.keepGoing)
         failUsage("--keep-going and --from-list exclude each other");
-    if (options.nullSeparated && !options.list)
+    if (options.source.nullSeparated && !options.source.list)
         failUsage("--null: there is no --from-list");
-    if (options.root.empty() && app.count("ROOT") > 0)
+    if (options.source.root.empty() && app.count("ROOT") > 0)
         failUsage("ROOT: the path is empty");
     // Whoever made a list has chosen.
-    options.selection.hidden = hidden || options.list;
-    if (options.suggest) {
+    options.source.selection.hidden = hidden || options.source.list;
+    if (suggest) {
+        options.mode = Mode::Suggest;
         for (const char* option :
              {"--string", "--number", "--aux", "--format", "--files", "--unmatched", "--explain"}) {
             if (app.count(option) > 0)
@@ -359,14 +364,14 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
         failUsage("--files and --unmatched exclude each other");
     if (unmatched && !options.identifiers.empty())
         failUsage("--aux and --unmatched exclude each other");
-    if (options.explain) {
+    if (options.mode == Mode::Explain) {
         for (const std::string other :
              {"--aux", "--files", "--unmatched", "--format", "--from-list"}) {
             if (app.count(other) > 0)
                 failUsage("--explain and " + other + " exclude each other");
         }
-        options.explain = belowRoot(*options.explain, options.root);
-        if (options.explain->empty())
+        options.explained = belowRoot(options.explained, options.source.root);
+        if (options.explained.empty())
             failUsage("--explain: the path is empty");
     }
     if (options.format == nullptr && options.output)
@@ -378,19 +383,19 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
 std::vector<std::string> walkArguments(const Options& options)
 {
     std::vector<std::string> arguments;
-    if (options.keepGoing)
+    if (options.source.keepGoing)
         arguments.emplace_back("--keep-going");
-    if (options.follow)
+    if (options.source.follow)
         arguments.emplace_back("--follow");
-    if (options.selection.hidden && !options.list)
+    if (options.source.selection.hidden && !options.source.list)
         arguments.emplace_back("--hidden");
-    if (options.selection.maxDepth != Selection().maxDepth)
-        arguments.push_back("--max-depth=" + std::to_string(options.selection.maxDepth));
-    for (const Glob& glob : options.selection.excluded)
+    if (options.source.selection.maxDepth != Selection().maxDepth)
+        arguments.push_back("--max-depth=" + std::to_string(options.source.selection.maxDepth));
+    for (const Glob& glob : options.source.selection.excluded)
         arguments.push_back("--exclude=" + glob.text());
-    if (options.list)
-        arguments.push_back("--from-list=" + *options.list);
-    if (options.nullSeparated)
+    if (options.source.list)
+        arguments.push_back("--from-list=" + *options.source.list);
+    if (options.source.nullSeparated)
         arguments.emplace_back("--null");
     return arguments;
 }

@@ -27,19 +27,21 @@ TEST(Options, HaveDefaults)
     const std::optional<Options> options = parse({"-n", "T", "root"});
 
     ASSERT_TRUE(options);
-    EXPECT_EQ(options->root, "root");
+    EXPECT_EQ(options->source.root, "root");
     EXPECT_TRUE(options->identifiers.empty());
     EXPECT_EQ(options->format, nullptr);
     EXPECT_FALSE(options->output);
     EXPECT_EQ(options->rows, Rows::Cases);
-    EXPECT_FALSE(options->keepGoing);
-    EXPECT_FALSE(options->follow);
+    EXPECT_FALSE(options->source.keepGoing);
+    EXPECT_FALSE(options->source.follow);
     EXPECT_FALSE(options->quiet);
-    EXPECT_FALSE(options->list);
-    EXPECT_FALSE(options->nullSeparated);
-    EXPECT_FALSE(options->selection.hidden);
-    EXPECT_TRUE(options->selection.excluded.empty());
-    EXPECT_EQ(options->selection.maxDepth, Selection().maxDepth);
+    EXPECT_EQ(options->mode, Mode::Table);
+    EXPECT_EQ(options->explained, "");
+    EXPECT_FALSE(options->source.list);
+    EXPECT_FALSE(options->source.nullSeparated);
+    EXPECT_FALSE(options->source.selection.hidden);
+    EXPECT_TRUE(options->source.selection.excluded.empty());
+    EXPECT_EQ(options->source.selection.maxDepth, Selection().maxDepth);
 }
 
 TEST(Options, KeepTheOrderOfMarkersAndIdentifiers)
@@ -74,17 +76,31 @@ TEST(Options, KnowShortAndLongNames)
         EXPECT_EQ(options->patterns.at(0).pattern, "m");
         EXPECT_EQ(options->format, formatNamed("json"));
         EXPECT_EQ(options->output, std::string("file"));
-        EXPECT_TRUE(options->follow);
+        EXPECT_TRUE(options->source.follow);
         EXPECT_TRUE(options->quiet);
-        EXPECT_EQ(options->root, "root");
+        EXPECT_EQ(options->source.root, "root");
     }
+}
+
+TEST(Options, AskForMarkersToBeSuggested)
+{
+    const std::optional<Options> options = parse({"--suggest", "-Lq", "-d2", "root"});
+
+    ASSERT_TRUE(options);
+    EXPECT_EQ(options->mode, Mode::Suggest);
+    EXPECT_EQ(options->source.root, "root");
+    EXPECT_EQ(options->source.selection.maxDepth, 2u);
+    EXPECT_TRUE(options->source.follow);
+    EXPECT_TRUE(options->quiet);
+    EXPECT_TRUE(options->patterns.empty());
+    EXPECT_EQ(parse({"--suggest", "--from-list", "-"})->source.list, std::string("-"));
 }
 
 TEST(Options, ChooseTheRows)
 {
     EXPECT_EQ(parse({"-n", "T", "--files", "root"})->rows, Rows::Files);
     EXPECT_EQ(parse({"-n", "T", "--unmatched", "root"})->rows, Rows::Unmatched);
-    EXPECT_TRUE(parse({"-n", "T", "--keep-going", "root"})->keepGoing);
+    EXPECT_TRUE(parse({"-n", "T", "--keep-going", "root"})->source.keepGoing);
 }
 
 TEST(Options, ChooseTheFormat)
@@ -120,11 +136,11 @@ TEST(Options, GuessTheFormatFromTheEndingOfTheOutput)
 
 TEST(Options, TakeAPathToExplainWithAndWithoutRoot)
 {
-    EXPECT_FALSE(parse({"-n", "T", "root"})->explain);
-    EXPECT_EQ(parse({"-n", "T", "--explain", "a/T1"})->explain, std::string("a/T1"));
-    EXPECT_EQ(parse({"-n", "T", "--explain=a/T1", "root"})->explain, std::string("a/T1"));
-    EXPECT_EQ(parse({"--explain", "-x", "-n", "T"})->explain, std::string("-x"));
-    EXPECT_EQ(parse({"--explain", "--explain=", "-n", "T"})->explain, std::string("--explain="));
+    EXPECT_EQ(parse({"-n", "T", "--explain", "a/T1"})->mode, Mode::Explain);
+    EXPECT_EQ(parse({"-n", "T", "--explain", "a/T1"})->explained, std::string("a/T1"));
+    EXPECT_EQ(parse({"-n", "T", "--explain=a/T1", "root"})->explained, std::string("a/T1"));
+    EXPECT_EQ(parse({"--explain", "-x", "-n", "T"})->explained, std::string("-x"));
+    EXPECT_EQ(parse({"--explain", "--explain=", "-n", "T"})->explained, std::string("--explain="));
 }
 
 TEST(Options, LeaveTheRootOffThePathToExplain)
@@ -142,7 +158,7 @@ TEST(Options, LeaveTheRootOffThePathToExplain)
           Row{"a/b", "./a/./b//T1/.", "T1/."}, Row{"..", "../T1", "T1"}, Row{"//", "/./T1", "T1"},
           Row{"a", "/a/T1", "/a/T1"}, Row{"/a", "a/T1", "a/T1"}, Row{"a/b", "a/T1", "a/T1"},
           Row{"a/b", "./a/b", "./a/b"}, Row{".", "a/T1", "a/T1"}})
-        EXPECT_EQ(parse({"-n", "T", row.root, "--explain", row.path})->explain,
+        EXPECT_EQ(parse({"-n", "T", row.root, "--explain", row.path})->explained,
                   std::string(row.explained))
             << row.root;
 }
@@ -158,17 +174,18 @@ TEST(Options, SelectFiles)
         SCOPED_TRACE(testing::PrintToString(arguments));
         const std::optional<Options> options = parse(arguments);
         ASSERT_TRUE(options);
-        ASSERT_EQ(options->selection.excluded.size(), 2u);
-        EXPECT_EQ(options->selection.excluded[0].text(), "*.log");
-        EXPECT_EQ(options->selection.excluded[1].text(), "/a/b/");
-        EXPECT_TRUE(options->selection.hidden);
-        EXPECT_EQ(options->selection.maxDepth, 7u);
-        EXPECT_EQ(options->root, "root");
+        ASSERT_EQ(options->source.selection.excluded.size(), 2u);
+        EXPECT_EQ(options->source.selection.excluded[0].text(), "*.log");
+        EXPECT_EQ(options->source.selection.excluded[1].text(), "/a/b/");
+        EXPECT_TRUE(options->source.selection.hidden);
+        EXPECT_EQ(options->source.selection.maxDepth, 7u);
+        EXPECT_EQ(options->source.root, "root");
     }
     // Values may look like options.
-    EXPECT_EQ(
-        parse({"-n", "T", "-E", "-0", "--exclude", "--", "root"})->selection.excluded.at(1).text(),
-        "--");
+    EXPECT_EQ(parse({"-n", "T", "-E", "-0", "--exclude", "--", "root"})
+                  ->source.selection.excluded.at(1)
+                  .text(),
+              "--");
 }
 
 TEST(Options, TakeAListInPlaceOfTheRoot)
@@ -180,13 +197,13 @@ TEST(Options, TakeAListInPlaceOfTheRoot)
         SCOPED_TRACE(testing::PrintToString(arguments));
         const std::optional<Options> options = parse(arguments);
         ASSERT_TRUE(options);
-        EXPECT_EQ(options->list, std::string("-"));
-        EXPECT_TRUE(options->nullSeparated);
-        EXPECT_TRUE(options->selection.hidden) << "whoever made the list has chosen";
-        EXPECT_EQ(options->root, "");
+        EXPECT_EQ(options->source.list, std::string("-"));
+        EXPECT_TRUE(options->source.nullSeparated);
+        EXPECT_TRUE(options->source.selection.hidden) << "whoever made the list has chosen";
+        EXPECT_EQ(options->source.root, "");
     }
-    EXPECT_FALSE(parse({"-n", "T", "--from-list", "-0"})->nullSeparated);
-    EXPECT_EQ(parse({"-n", "T", "--", "-0"})->root, "-0");
+    EXPECT_FALSE(parse({"-n", "T", "--from-list", "-0"})->source.nullSeparated);
+    EXPECT_EQ(parse({"-n", "T", "--", "-0"})->source.root, "-0");
 }
 
 TEST(Options, ThatAreWrongAreRefusedInTheseWords)
@@ -397,7 +414,7 @@ TEST(Options, RefuseAnythingButLettersBehindFlagsInOneArgument)
         }
     }
     // Values may look like that.
-    EXPECT_EQ(parse({"-n", "-q5", "--", "-q5"})->root, "-q5");
+    EXPECT_EQ(parse({"-n", "-q5", "--", "-q5"})->source.root, "-q5");
     EXPECT_EQ(parse({"-qn-5", "root"})->patterns.at(0).pattern, "-5");
 }
 
