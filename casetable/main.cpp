@@ -163,6 +163,15 @@ ExitCode explainPath(const Options& options, Output& output)
     return explanation.isMatched && leftOut.empty() ? ExitCode::Cases : ExitCode::NoCases;
 }
 
+// The arguments by which another run sees the same files below its root.
+std::vector<std::string> argumentsFor(const Source& source)
+{
+    Options options;
+    options.source = source;
+    options.source.root.clear();
+    return arguments(options);
+}
+
 // What can be said with the folder above as ROOT, if that is more.
 std::optional<RunAbove> suggestAbove(const Options& options, const std::list<std::string>& files,
                                      const Suggestion& suggestion)
@@ -175,7 +184,7 @@ std::optional<RunAbove> suggestAbove(const Options& options, const std::list<std
     std::list<std::string> paths;
     for (const std::string& file : files)
         paths.push_back(above->name + '/' + file);
-    RunAbove run{{suggest(paths), walkArguments(above->options), above->options.source.root},
+    RunAbove run{{suggest(paths), argumentsFor(above->options.source), above->options.source.root},
                  above->name};
     const Suggestion& more = run.run.suggestion;
     if (more.patterns.size() <= suggestion.patterns.size() && more.cases <= suggestion.cases)
@@ -189,7 +198,7 @@ ExitCode suggestMarkers(const Options& options, const std::list<std::string>& fi
     // Nothing is half-written yet, so an interrupt may end the program at once.
     releaseInterrupts();
     throwIfInterrupted();
-    const SuggestedRun run{suggest(files), walkArguments(options), options.source.root};
+    const SuggestedRun run{suggest(files), argumentsFor(options.source), options.source.root};
     const std::optional<RunAbove> above = suggestAbove(options, files, run.suggestion);
     catchInterrupts();
     if (run.suggestion.patterns.empty() && !above) {

@@ -264,24 +264,54 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
     return options;
 }
 
-std::vector<std::string> walkArguments(const Options& options)
+std::vector<std::string> arguments(const Options& options)
 {
-    std::vector<std::string> arguments;
-    if (options.source.keepGoing)
-        arguments.emplace_back("--keep-going");
-    if (options.source.follow)
-        arguments.emplace_back("--follow");
-    if (options.source.selection.hidden && !options.source.list)
-        arguments.emplace_back("--hidden");
-    if (options.source.selection.maxDepth != Selection().maxDepth)
-        arguments.push_back("--max-depth=" + std::to_string(options.source.selection.maxDepth));
-    for (const Glob& glob : options.source.selection.excluded)
-        arguments.push_back("--exclude=" + glob.text());
-    if (options.source.list)
-        arguments.push_back("--from-list=" + *options.source.list);
-    if (options.source.nullSeparated)
-        arguments.emplace_back("--null");
-    return arguments;
+    std::vector<std::string> list;
+    const auto add = [&list](OptionId id, const std::string& value) {
+        list.push_back(std::string(optionOf(id).name) + '=' + value);
+    };
+    const auto addIf = [&list](OptionId id, bool isGiven) {
+        if (isGiven)
+            list.emplace_back(optionOf(id).name);
+    };
+    const Source& source = options.source;
+
+    addIf(OptionId::Suggest, options.mode == Mode::Suggest);
+    addIf(OptionId::KeepGoing, source.keepGoing);
+    addIf(OptionId::Follow, source.follow);
+    addIf(OptionId::Hidden, source.selection.hidden && !source.list);
+    if (source.selection.maxDepth != Selection().maxDepth)
+        add(OptionId::MaxDepth, std::to_string(source.selection.maxDepth));
+    for (const Glob& glob : source.selection.excluded)
+        add(OptionId::Exclude, glob.text());
+    if (source.list)
+        add(OptionId::FromList, *source.list);
+    addIf(OptionId::Null, source.nullSeparated);
+    for (const MetadataPattern& pattern : options.patterns) {
+        const bool isNumber = pattern.valueType == MetadataPattern::NumberValue;
+        add(isNumber ? OptionId::Number : OptionId::String, pattern.pattern);
+    }
+    for (const AuxFileIdentifier& identifier : options.identifiers)
+        add(OptionId::Aux, identifier.syntaxName + '=' + identifier.tag);
+    addIf(OptionId::Files, options.rows == Rows::Files);
+    addIf(OptionId::Unmatched, options.rows == Rows::Unmatched);
+    if (options.output)
+        add(OptionId::Output, *options.output);
+    // What the ending says need not be asked for, and to explain a path, it must not be.
+    if (options.format != nullptr &&
+        !(options.output && options.format == formatOfEnding(*options.output)))
+        add(OptionId::Format, options.format->name);
+    addIf(OptionId::Quiet, options.quiet);
+    if (options.mode == Mode::Explain) {
+        // Where the path would be taken for one that begins with the root, it gets that beginning.
+        const bool isPlain = belowRoot(options.explained, source.root) == options.explained;
+        add(OptionId::Explain, (isPlain ? "" : source.root + '/') + options.explained);
+    }
+    if (!source.root.empty() && source.root.front() == '-')
+        list.emplace_back("--");
+    if (!source.root.empty())
+        list.push_back(source.root);
+    return list;
 }
 
 } // namespace casetable

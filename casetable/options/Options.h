@@ -38,8 +38,9 @@ struct Options {
 /// printed.
 std::optional<Options> parseOptions(int argc, const char* const* argv);
 
-/// The arguments that make another run see the same files below the same root.
-std::vector<std::string> walkArguments(const Options& options);
+/// The arguments that mean `options`: for them, parseOptions() answers what it has answered before.
+/// Options may also be incomplete, without a root or markers, and so are the arguments then.
+std::vector<std::string> arguments(const Options& options);
 
 } // namespace casetable
 

@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <optional>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,106 @@ std::optional<Options> parse(std::vector<const char*> arguments)
     arguments.insert(arguments.begin(), "casetable");
     return parseOptions(static_cast<int>(arguments.size()), arguments.data());
 }
+
+std::optional<Options> parseTexts(const std::vector<std::string>& arguments)
+{
+    std::vector<const char*> texts;
+    for (const std::string& argument : arguments)
+        texts.push_back(argument.c_str());
+    return parse(texts);
+}
+
+// All that options hold, as texts that can be compared.
+std::vector<std::string> parts(const Options& options)
+{
+    const Source& source = options.source;
+    std::vector<std::string> texts = {
+        "mode " + std::to_string(static_cast<int>(options.mode)),
+        "root " + source.root,
+        source.list ? "list " + *source.list : "no list",
+        source.nullSeparated ? "NULs" : "lines",
+        source.selection.hidden ? "hidden" : "not hidden",
+        "depth " + std::to_string(source.selection.maxDepth),
+        source.follow ? "follow" : "stay",
+        source.keepGoing ? "keep going" : "stop",
+        options.format == nullptr ? "no format" : std::string("format ") + options.format->name,
+        options.output ? "output " + *options.output : "standard output",
+        "rows " + std::to_string(static_cast<int>(options.rows)),
+        "explained " + options.explained,
+        options.quiet ? "quiet" : "not quiet"};
+    for (const Glob& glob : source.selection.excluded)
+        texts.push_back("exclude " + glob.text());
+    for (const MetadataPattern& pattern : options.patterns)
+        texts.push_back("pattern " + std::to_string(static_cast<int>(pattern.valueType)) + ' ' +
+                        pattern.pattern);
+    for (const AuxFileIdentifier& identifier : options.identifiers)
+        texts.push_back("syntax " + identifier.syntaxName + " tag " + identifier.tag);
+    return texts;
+}
+
+// Options that a command line may mean.
+class RandomOptions {
+public:
+    Options next()
+    {
+        Options options;
+        options.mode = static_cast<Mode>(below(3));
+        Source& source = options.source;
+        source.selection.hidden = false;
+        if (options.mode != Mode::Explain && below(3) == 0) {
+            source.list = text();
+            source.nullSeparated = oneOfTwo();
+        } else {
+            if (options.mode != Mode::Explain || oneOfTwo())
+                source.root = text();
+            source.follow = oneOfTwo();
+            source.keepGoing = oneOfTwo();
+        }
+        source.selection.hidden = source.list || oneOfTwo();
+        if (oneOfTwo())
+            source.selection.maxDepth = 1 + below(9);
+        for (std::size_t k = below(3); k > 0; --k)
+            source.selection.excluded.emplace_back("x/" + text() + "x");
+        options.quiet = oneOfTwo();
+        if (oneOfTwo())
+            options.output = text() + (oneOfTwo() ? ".json" : "x");
+        if (options.mode == Mode::Table && oneOfTwo())
+            options.format = &formats()[below(formats().size())];
+        else if (options.output)
+            options.format = formatOfEnding(*options.output);
+        if (options.mode == Mode::Suggest)
+            return options;
+
+        for (std::size_t k = 1 + below(3); k > 0; --k)
+            options.patterns.emplace_back(text(), oneOfTwo() ? MetadataPattern::NumberValue
+                                                             : MetadataPattern::StringValue);
+        if (options.mode == Mode::Explain) {
+            options.explained = below(4) == 0 ? source.root + "/T1" : text();
+            return options;
+        }
+        options.rows = static_cast<Rows>(below(3));
+        for (std::size_t k = below(3); k > 0 && options.rows != Rows::Unmatched; --k)
+            options.identifiers.push_back({text(), "tag"});
+        return options;
+    }
+
+private:
+    std::size_t below(std::size_t end) { return generator_() % end; }
+    bool oneOfTwo() { return below(2) == 0; }
+
+    // Not empty, no glob of its own, and often like an option.
+    std::string text()
+    {
+        static const std::vector<std::string> pieces = {
+            "-", "--", "a", "b/a", ".", " ", "=", "\n", "n", "T", "\xff", "'", "--files", "*"};
+        std::string text;
+        for (std::size_t k = 1 + below(3); k > 0; --k)
+            text += pieces[below(pieces.size())];
+        return text == "-" ? "-x" : text; // As an output, "-" is none.
+    }
+
+    std::mt19937 generator_{20240607};
+};
 
 } // namespace
 
@@ -204,6 +305,30 @@ TEST(Options, TakeAListInPlaceOfTheRoot)
     }
     EXPECT_FALSE(parse({"-n", "T", "--from-list", "-0"})->source.nullSeparated);
     EXPECT_EQ(parse({"-n", "T", "--", "-0"})->source.root, "-0");
+}
+
+TEST(Options, TurnBackIntoArguments)
+{
+    RandomOptions random;
+    for (int round = 0; round < 5000; ++round) {
+        Options options = random.next();
+        if (options.mode == Mode::Explain) // The path without the root, as a command line gives it.
+            options.explained = parseTexts(arguments(options))->explained;
+        const std::vector<std::string> texts = arguments(options);
+        SCOPED_TRACE(testing::PrintToString(texts));
+        ASSERT_EQ(parts(*parseTexts(texts)), parts(options));
+    }
+}
+
+TEST(Options, ThatAreIncompleteGiveIncompleteArguments)
+{
+    Options options;
+    EXPECT_EQ(arguments(options), std::vector<std::string>({"--hidden"}));
+    options.source.selection.hidden = false;
+    EXPECT_EQ(arguments(options), std::vector<std::string>());
+    options.source.list = "-";
+    options.source.nullSeparated = true;
+    EXPECT_EQ(arguments(options), std::vector<std::string>({"--from-list=-", "--null"}));
 }
 
 TEST(Options, ThatAreWrongAreRefusedInTheseWords)
