@@ -1,10 +1,7 @@
-#include <cstddef>
 #include <exception>
-#include <filesystem>
 #include <new>
 #include <optional>
 #include <string>
-#include <utility>
 
 #include "casetable/explaining/Explain.h"
 #include "casetable/explaining/LeftOut.h"
@@ -13,7 +10,6 @@
 #include "casetable/importing/Import.h"
 #include "casetable/importing/Report.h"
 #include "casetable/listing/Listing.h"
-#include "casetable/listing/Source.h"
 #include "casetable/options/Options.h"
 #include "casetable/suggesting/SuggestMarkers.h"
 #include "casetable/system/Console.h"
@@ -22,46 +18,26 @@
 #include "casetable/system/Output.h"
 #include "casetable/system/OutputGuards.h"
 #include "casetable/system/Text.h"
-#include "casetable/writing/CsvWriter.h"
-#include "casetable/writing/JsonWriter.h"
-#include "casetable/writing/TableWriter.h"
-#include "casetable/writing/TsvWriter.h"
-#include "casetable/writing/VttWriter.h"
 
 namespace casetable {
 
 namespace {
 
-void write(const Report& report, Format format, Output& output)
-{
-    if (format == Format::Json)
-        writeJson(report, output);
-    else if (format == Format::Tsv)
-        writeTsv(report, output);
-    else if (format == Format::Vtt)
-        writeVtt(report, output);
-    else if (format == Format::Table || (format == Format::Auto && output.isTerminal()))
-        writeTable(report, output);
-    else
-        writeCsv(report, output);
-    output.commit();
-}
-
 ExitCode explainPath(const Options& options, Output& output)
 {
     const Explanation explanation =
-        explain(*options.explain, options.patterns, output.showsColours());
+        explain(options.explained, options.patterns, output.showsColours());
     output.write(explanation.text);
-    const std::string leftOut = whyLeftOut(options.selection, *options.explain);
+    const std::string leftOut = whyLeftOut(options.source.selection, options.explained);
     if (!leftOut.empty())
         output.write("an import does not look at it: " + printable(leftOut) + '\n');
     output.commit();
     return explanation.isMatched && leftOut.empty() ? ExitCode::Cases : ExitCode::NoCases;
 }
 
-Report makeReport(const Options& options, const Import& import)
+Report makeReport(Rows rows, const Import& import)
 {
-    switch (options.rows) {
+    switch (rows) {
     case Rows::Files:
         return fileReport(import.table(), import.importer().identifiedAuxFiles());
     case Rows::Unmatched:
@@ -72,18 +48,19 @@ Report makeReport(const Options& options, const Import& import)
     return caseReport(import.table());
 }
 
-ExitCode importTable(const Options& options, Listing& listing, Output& output, Console& console)
+ExitCode writeTable(const Options& options, Listing& listing, Output& output, Console& console)
 {
     const Import import(listing.takeCrawler(), options.patterns, options.identifiers);
     throwIfInterrupted();
-    if (options.output && !options.list)
-        spareMatchedFile(*options.output, options.root,
+    if (options.output && !options.source.list)
+        spareMatchedFile(*options.output, options.source.root,
                          [&import](const std::string& path) { return import.isMatched(path); });
-    write(makeReport(options, import), options.format, output);
-    if (options.output && options.format == Format::Auto && !output.isTerminal() &&
-        std::filesystem::path(*options.output).has_extension())
-        console.note(*options.output + ": written as CSV, as no format goes by that ending");
-    return summarize(import, sourceOf(options), listing.hiddenLeftOut(),
+    const Format& format = options.format != nullptr ? *options.format : formatFor(output);
+    format.write(makeReport(options.rows, import), output);
+    output.commit();
+    if (options.output && options.format == nullptr && !output.isTerminal())
+        remarkOnEnding(*options.output, console);
+    return summarize(import, options.source, listing.hiddenLeftOut(),
                      options.rows == Rows::Unmatched, console);
 }
 
@@ -93,16 +70,15 @@ ExitCode run(const Options& options, Console& console)
         console.beQuiet();
     Output output(options.output);
     catchInterrupts();
-    if (options.explain)
+    if (options.mode == Mode::Explain)
         return explainPath(options, output);
 
-    if (options.list && options.output)
-        spareList(*options.output, *options.list);
-    Listing listing(sourceOf(options), console);
-    if (options.suggest)
-        return suggestMarkers(options, listing.takeCrawler()->result().files,
-                              listing.hiddenLeftOut(), output, console);
-    return importTable(options, listing, output, console);
+    if (options.source.list && options.output)
+        spareList(*options.output, *options.source.list);
+    Listing listing(options.source, console);
+    if (options.mode == Mode::Suggest)
+        return suggestMarkers(options, listing, output, console);
+    return writeTable(options, listing, output, console);
 }
 
 } // namespace

@@ -92,30 +92,48 @@ if(CRAWLER_BUILD_CASETABLE)
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
     COMPONENT program)
 
-  configure_file(${PROJECT_SOURCE_DIR}/docs/casetable.1.in ${PROJECT_BINARY_DIR}/casetable.1 @ONLY)
+  # The manual page and the completions are made of the table of options.
+  set(crawler_described)
+  foreach(template docs/casetable.1 completions/casetable.bash completions/_casetable
+                   completions/casetable.fish)
+    get_filename_component(name ${template} NAME)
+    set(source ${PROJECT_SOURCE_DIR}/${template}.in)
+    add_custom_command(
+      OUTPUT ${PROJECT_BINARY_DIR}/${name}
+      COMMAND casetable_describe < ${source} > ${PROJECT_BINARY_DIR}/${name}
+      DEPENDS casetable_describe ${source}
+      VERBATIM)
+    list(APPEND crawler_described ${PROJECT_BINARY_DIR}/${name})
+  endforeach()
   set(crawler_manual ${PROJECT_BINARY_DIR}/casetable.1)
   set(crawler_zsh_dir ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
   if(CRAWLER_PACKAGE)
     # Debian's manner.
-    execute_process(COMMAND gzip -9 --no-name --keep --force ${crawler_manual})
+    add_custom_command(
+      OUTPUT ${crawler_manual}.gz
+      COMMAND gzip -9 --no-name --keep --force ${crawler_manual}
+      DEPENDS ${crawler_manual}
+      VERBATIM)
     set(crawler_manual ${crawler_manual}.gz)
+    list(APPEND crawler_described ${crawler_manual})
     set(crawler_zsh_dir ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
   endif()
+  add_custom_target(crawler_described ALL DEPENDS ${crawler_described})
   install(
     FILES ${crawler_manual}
     DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
     COMPONENT program)
   install(
-    FILES ${PROJECT_SOURCE_DIR}/completions/casetable.bash
+    FILES ${PROJECT_BINARY_DIR}/casetable.bash
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
     RENAME casetable
     COMPONENT program)
   install(
-    FILES ${PROJECT_SOURCE_DIR}/completions/_casetable
+    FILES ${PROJECT_BINARY_DIR}/_casetable
     DESTINATION ${crawler_zsh_dir}
     COMPONENT program)
   install(
-    FILES ${PROJECT_SOURCE_DIR}/completions/casetable.fish
+    FILES ${PROJECT_BINARY_DIR}/casetable.fish
     DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d
     COMPONENT program)
 endif()

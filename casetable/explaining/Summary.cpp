@@ -1,5 +1,6 @@
 #include "casetable/explaining/Summary.h"
 
+#include <filesystem>
 #include <vector>
 
 #include "casetable/explaining/Remarks.h"
@@ -50,6 +51,12 @@ std::string hiddenRemark(std::size_t hiddenLeftOut)
     return hiddenLeftOut == 1 ? "; 1 hidden entry left out, --hidden takes it"
                               : "; " + std::to_string(hiddenLeftOut) +
                                     " hidden entries left out, --hidden takes them";
+}
+
+void remarkOnEnding(const std::string& output, Console& console)
+{
+    if (std::filesystem::path(output).has_extension())
+        console.note(output + ": written as CSV, as no format goes by that ending");
 }
 
 ExitCode summarize(const Import& import, const Source& source, std::size_t hiddenLeftOut,

@@ -19,6 +19,10 @@ std::string noFiles(const Source& source);
 /// text; empty for none.
 std::string hiddenRemark(std::size_t hiddenLeftOut);
 
+/// Remarks on `console` that the file `output` was written as CSV, as its ending stands for no
+/// format; says nothing where it has none.
+void remarkOnEnding(const std::string& output, Console& console);
+
 /// Tells on `console` how an import went: an error where no file matched, with the likely cause;
 /// otherwise the counts and the remarks. The exit code depends on whether there are cases, whatever
 /// the rows of the table are; `showsUnmatched` tells that they are the unmatched files.

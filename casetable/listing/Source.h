@@ -8,14 +8,14 @@
 
 namespace casetable {
 
-/// Where the files of an import come from: a folder, or a list that somebody else made.
+/// Where the files come from: a folder, or a list that somebody else made.
 struct Source {
-    std::string root;                ///< The folder as the user named it; empty for a list.
+    std::string root;                ///< The folder; empty where there is a list, or no import.
     std::optional<std::string> list; ///< The file of the list; "-" is standard input.
-    bool nullSeparated = false;      ///< Whether the paths of the list end with NUL.
+    bool nullSeparated = false;      ///< Whether the list is divided by NULs, not by line ends.
     Selection selection;             ///< Which of the files take part.
-    bool follow = false;             ///< Follow links to folders.
-    bool keepGoing = false;          ///< Leave unreadable folders out, with a warning each.
+    bool follow = false;             ///< Whether links to folders below the root are followed.
+    bool keepGoing = false;          ///< Whether folders that cannot be read are left out.
 };
 
 } // namespace casetable

@@ -1,75 +1,146 @@
 #include "casetable/options/Options.h"
 
 #include <algorithm>
-#include <cctype>
 #include <charconv>
 #include <cstddef>
-#include <functional>
-#include <map>
-#include <sstream>
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
 
-#include <CLI/CLI.hpp>
-
 #include "casetable/importing/PlainTagValidator.h"
-#include "casetable/system/ExitCode.h"
+#include "casetable/options/CommandLine.h"
+#include "casetable/options/Help.h"
 #include "casetable/system/Output.h"
 
 namespace casetable {
 
 namespace {
 
-const char* const description =
-    "Groups the files below ROOT into cases by the values in their paths.";
-
-const char* const footer = R"(Exit codes:
-  0  a table with cases    1  no file matched, or nothing could be suggested
-  2  wrong usage           3  the walk, the list, the matching or --aux failed
-  4  the output failed     130  interrupted
-
-Examples:
-  casetable --suggest results
-  casetable -s wing -n Mach -n AoA results
-  casetable -n Mach --aux '*.log=log' -o cases.json results
-)";
-
-[[noreturn]] void failUsage(const std::string& message)
+std::string quoted(const Option& option, const std::string& value)
 {
-    throw Failure(ExitCode::WrongUsage, message);
+    return std::string(option.name) + " '" + value + "'";
 }
 
-std::string quoted(const std::string& option, const std::string& value)
+MetadataPattern parseMarker(const Option& option, const std::string& marker,
+                            MetadataPattern::ValueType type)
 {
-    return option + " '" + value + "'";
+    if (marker.empty())
+        failUsage(std::string(option.name) + ": the marker is empty");
+    return MetadataPattern(marker, type);
 }
 
-Format parseFormat(const std::string& name)
+// A tag holds no "=", while a syntax name may, as in key=value folders: the last one divides them.
+AuxFileIdentifier parseIdentifier(const Option& option, const std::string& text)
 {
-    static const std::map<std::string, Format> formats = {
-        {"auto", Format::Auto}, {"table", Format::Table}, {"csv", Format::Csv},
-        {"tsv", Format::Tsv},   {"json", Format::Json},   {"vtt", Format::Vtt}};
-    const auto format = formats.find(name);
-    if (format == formats.end())
-        failUsage(quoted("--format", name) +
-                  ": unknown format; choose auto, table, csv, tsv, json or vtt");
-    return format->second;
+    const std::size_t divider = text.rfind('=');
+    if (divider == std::string::npos)
+        failUsage(quoted(option, text) + ": expected SYNTAX=TAG");
+    AuxFileIdentifier identifier{text.substr(0, divider), text.substr(divider + 1)};
+    const ortelo::ValidationResult result = PlainTagValidator().validate(identifier.tag);
+    if (!result.isValid())
+        failUsage(quoted(option, text) + ": " + result.errorString());
+    return identifier;
 }
 
-// The format that the ending of a file's name stands for, in letters of either case.
-Format formatOfEnding(const std::string& file)
+// Null for "auto".
+const Format* parseFormat(const Option& option, const std::string& name)
 {
-    static const std::map<std::string, Format> formats = {{".csv", Format::Csv},
-                                                          {".tsv", Format::Tsv},
-                                                          {".json", Format::Json},
-                                                          {".vtt", Format::Vtt},
-                                                          {".txt", Format::Table}};
-    std::string ending = file.substr(std::min(file.rfind('.'), file.size()));
-    for (char& c : ending) // The program stays in the "C" locale, which knows only ASCII letters.
-        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    const auto format = formats.find(ending);
-    return format == formats.end() ? Format::Auto : format->second;
+    if (std::find(option.words.begin(), option.words.end(), name) == option.words.end())
+        failUsage(quoted(option, name) + ": unknown format; choose " + choice(option.words));
+    return formatNamed(name);
+}
+
+std::string parseFile(const Option& option, const std::string& file)
+{
+    if (file.empty())
+        failUsage(std::string(option.name) + ": the file name is empty");
+    return file;
+}
+
+Glob parseGlob(const Option& option, const std::string& text)
+{
+    try {
+        return Glob(text);
+    } catch (const std::invalid_argument& failure) {
+        failUsage(quoted(option, text) + ": " + failure.what());
+    }
+}
+
+std::size_t parseDepth(const Option& option, const std::string& text)
+{
+    std::size_t depth = 0;
+    const char* const end = text.data() + text.size();
+    const std::from_chars_result read = std::from_chars(text.data(), end, depth);
+    if (read.ec != std::errc() || read.ptr != end || depth == 0)
+        failUsage(quoted(option, text) + ": expected a whole number from 1");
+    return depth;
+}
+
+// What each option means. arguments() says the same the other way round.
+void take(Options& options, const Option& option, const std::string& value)
+{
+    switch (option.id) {
+    case OptionId::Help:
+    case OptionId::Version:
+        break; // They are no part of what a run is told.
+    case OptionId::String:
+        options.patterns.push_back(parseMarker(option, value, MetadataPattern::StringValue));
+        break;
+    case OptionId::Number:
+        options.patterns.push_back(parseMarker(option, value, MetadataPattern::NumberValue));
+        break;
+    case OptionId::Aux:
+        options.identifiers.push_back(parseIdentifier(option, value));
+        break;
+    case OptionId::Format:
+        options.format = parseFormat(option, value);
+        break;
+    case OptionId::Output:
+        options.output = parseFile(option, value);
+        if (value == "-")
+            options.output.reset();
+        break;
+    case OptionId::FromList:
+        options.source.list = parseFile(option, value);
+        break;
+    case OptionId::Null:
+        options.source.nullSeparated = true;
+        break;
+    case OptionId::Exclude:
+        options.source.selection.excluded.push_back(parseGlob(option, value));
+        break;
+    case OptionId::Hidden:
+        options.source.selection.hidden = true;
+        break;
+    case OptionId::MaxDepth:
+        options.source.selection.maxDepth = parseDepth(option, value);
+        break;
+    case OptionId::Suggest:
+        options.mode = Mode::Suggest;
+        break;
+    case OptionId::Files:
+        options.rows = Rows::Files;
+        break;
+    case OptionId::Unmatched:
+        options.rows = Rows::Unmatched;
+        break;
+    case OptionId::Explain:
+        options.mode = Mode::Explain;
+        options.explained = value;
+        break;
+    case OptionId::KeepGoing:
+        options.source.keepGoing = true;
+        break;
+    case OptionId::Follow:
+        options.source.follow = true;
+        break;
+    case OptionId::Quiet:
+        options.quiet = true;
+        break;
+    case OptionId::Root:
+        options.source.root = value;
+        break;
+    }
 }
 
 // `path` without the slashes and the components "." that it begins with.
@@ -102,134 +173,41 @@ std::string belowRoot(const std::string& path, std::string_view root)
     return rest.empty() && path.back() != '/' ? path : std::string(rest);
 }
 
-MetadataPattern parseMarker(const std::string& option, const std::string& marker,
-                            MetadataPattern::ValueType type)
+void refuseUnknown(const CommandLine& line)
 {
-    if (marker.empty())
-        failUsage(option + ": the marker is empty");
-    return MetadataPattern(marker, type);
+    if (!line.unknown.empty())
+        failUsage(line.unknown + ": there is no such option; --help lists those that there are");
 }
 
-// A tag holds no "=", while a syntax name may, as in key=value folders: the last one divides them.
-AuxFileIdentifier parseIdentifier(const std::string& text)
+void refuseAnythingButOneRoot(const CommandLine& line)
 {
-    const std::size_t divider = text.rfind('=');
-    if (divider == std::string::npos)
-        failUsage(quoted("--aux", text) + ": expected SYNTAX=TAG");
-    AuxFileIdentifier identifier{text.substr(0, divider), text.substr(divider + 1)};
-    const ortelo::ValidationResult result = PlainTagValidator().validate(identifier.tag);
-    if (!result.isValid())
-        failUsage(quoted("--aux", text) + ": " + result.errorString());
-    return identifier;
+    const std::vector<std::string> roots = line.valuesOf(OptionId::Root);
+    if (roots.size() > 1)
+        failUsage("there is more than one ROOT: '" + roots[0] + "' and '" + roots[1] +
+                  "'; blanks and wildcards need quotes");
+    if (roots.empty() && !line.has(OptionId::FromList) && !line.has(OptionId::Explain))
+        failUsage("ROOT, the folder to import, is missing; --help shows examples");
 }
 
-Glob parseGlob(const std::string& text)
+// Options of the group that were typed with what they exclude, or without what they need.
+void refuseContradictions(const CommandLine& line, OptionGroup group)
 {
-    try {
-        return Glob(text);
-    } catch (const std::invalid_argument& failure) {
-        failUsage(quoted("--exclude", text) + ": " + failure.what());
-    }
-}
-
-std::size_t parseDepth(const std::string& text)
-{
-    std::size_t depth = 0;
-    const char* const end = text.data() + text.size();
-    const std::from_chars_result read = std::from_chars(text.data(), end, depth);
-    if (read.ec != std::errc() || read.ptr != end || depth == 0)
-        failUsage(quoted("--max-depth", text) + ": expected a whole number from 1");
-    return depth;
-}
-
-// The names of the options of a command line.
-struct OptionNames {
-    explicit OptionNames(const CLI::App& app)
-    {
-        for (const CLI::Option* option : app.get_options()) {
-            const bool takesValue = option->get_items_expected_max() > 0;
-            for (const std::string& letter : option->get_snames())
-                (takesValue ? shortWithValue : shortFlags) += letter;
-            for (const std::string& name : option->get_lnames())
-                (takesValue ? longWithValue : longFlags).push_back("--" + name);
+    for (const Option& option : optionTable()) {
+        if (option.group != group || !line.has(option.id))
+            continue;
+        for (const OptionId id : option.excludes) {
+            if (!line.has(id))
+                continue;
+            // What replaces the table is named first.
+            std::string first = option.name;
+            std::string second = optionOf(id).name;
+            if (option.id != OptionId::Suggest && option.id != OptionId::Explain)
+                first.swap(second);
+            failUsage(first + " and " + second + " exclude each other");
         }
+        if (option.needs && !line.has(*option.needs))
+            failUsage(std::string(option.name) + ": there is no " + optionOf(*option.needs).name);
     }
-
-    std::vector<std::string> longWithValue;
-    std::vector<std::string> longFlags;
-    std::string shortWithValue; // The letters.
-    std::string shortFlags;
-};
-
-// True when the value of the option in `argument` is the argument after it.
-bool takesNextArgument(const OptionNames& names, const std::string& argument)
-{
-    if (argument.size() < 2 || argument[0] != '-')
-        return false;
-    if (argument[1] == '-')
-        return std::find(names.longWithValue.begin(), names.longWithValue.end(), argument) !=
-               names.longWithValue.end();
-    return argument.find_first_of(names.shortWithValue, 1) == argument.size() - 1;
-}
-
-// True for -suggest, which would be -s with the marker "uggest".
-bool isLongNameWithOneDash(const OptionNames& names, const std::string& argument)
-{
-    const std::string name = '-' + argument.substr(0, argument.find('='));
-    const auto isName = [&name](const std::string& known) { return known == name; };
-    return std::any_of(names.longWithValue.begin(), names.longWithValue.end(), isName) ||
-           std::any_of(names.longFlags.begin(), names.longFlags.end(), isName);
-}
-
-// True for flags in one argument, such as -qL, with something behind them that is no letter.
-bool hasOtherBehindFlags(const OptionNames& names, const std::string& argument)
-{
-    if (argument.size() < 2 || argument[0] != '-')
-        return false;
-    const std::size_t behind = argument.find_first_not_of(names.shortFlags, 1);
-    return behind != std::string::npos && behind > 1 &&
-           std::isalpha(static_cast<unsigned char>(argument[behind])) == 0;
-}
-
-// The library reads some arguments in ways that nobody would expect. It takes the value of
-// "--option=" from the next argument; here it is an empty value. It takes flags with a value, some
-// of which turn them off. And what stands behind flags it reads as an argument of its own, which
-// may even be the folder.
-void refuseSurprises(const CLI::App& app, int argc, const char* const* argv)
-{
-    const OptionNames names(app);
-    for (int i = 1; i < argc && std::string(argv[i]) != "--"; ++i) {
-        const std::string argument = argv[i];
-        if (hasOtherBehindFlags(names, argument))
-            failUsage("The following argument was not expected: " + argument);
-        for (const std::string& option : names.longWithValue) {
-            if (argument == option + "=")
-                failUsage(option + ": the value is empty");
-        }
-        if (isLongNameWithOneDash(names, argument))
-            failUsage(argument + ": it takes two dashes, as in -" + argument);
-        for (const std::string& flag : names.longFlags) {
-            if (argument.compare(0, flag.size() + 1, flag + "=") == 0)
-                failUsage(flag + ": takes no value");
-        }
-        if (takesNextArgument(names, argument))
-            ++i;
-    }
-}
-
-// The library may complain of what is missing before, or beside, what it did not expect.
-void refuseUnexpected(const CLI::App& app)
-{
-    const std::vector<std::string> remaining = app.remaining();
-    if (std::find(remaining.begin(), remaining.end(), "--") != remaining.end())
-        return;
-    for (const std::string& argument : remaining) {
-        if (argument.size() > 1 && argument.front() == '-')
-            failUsage(argument + ": there is no such option; --help lists those that there are");
-    }
-    if (!remaining.empty())
-        failUsage("there is more than one ROOT: '" + app.get_option("ROOT")->results().front() +
-                  "' and '" + remaining.front() + "'; blanks and wildcards need quotes");
 }
 
 // Prints what --help or --version asked for.
@@ -244,179 +222,96 @@ void print(const std::string& text)
 
 std::optional<Options> parseOptions(int argc, const char* const* argv)
 {
+    std::vector<std::string> typed;
+    for (int i = 1; i < argc; ++i)
+        typed.emplace_back(argv[i]);
+    const CommandLine line = readCommandLine(typed);
     Options options;
-    CLI::App app(description, "casetable");
-    app.footer(footer);
-    app.get_formatter()->column_width(24);
-    app.get_formatter()->label("REQUIRED", "");
-    app.set_help_flag("-h,--help", "Print this help and exit");
-    app.set_version_flag("--version", "casetable " CASETABLE_VERSION, "Print the version and exit");
-
-    // Called for each occurrence, in order: the order of -s and -n is the order of the columns. The
-    // raw texts are taken, because the library gives some of them a meaning of their own.
-    const auto addText = [&app](const char* names, const char* type, const char* help,
-                                const std::function<void(const std::string&)>& take) {
-        app.add_option(
-               names,
-               [take](const CLI::results_t& values) {
-                   take(values.front());
-                   return true;
-               },
-               help)
-            ->type_name(type)
-            ->type_size(1)
-            ->trigger_on_parse();
-    };
-    addText("-s,--string", "MARKER", "A column of the text right behind MARKER",
-            [&options](const std::string& marker) {
-                options.patterns.push_back(
-                    parseMarker("--string", marker, MetadataPattern::StringValue));
-            });
-    addText("-n,--number", "MARKER", "A column of the numbers right behind MARKER",
-            [&options](const std::string& marker) {
-                options.patterns.push_back(
-                    parseMarker("--number", marker, MetadataPattern::NumberValue));
-            });
-    addText("-a,--aux", "SYNTAX=TAG", "Collect matched files under TAG, by wildcard",
-            [&options](const std::string& text) {
-                options.identifiers.push_back(parseIdentifier(text));
-            });
-    addText("-f,--format", "FORMAT",
-            "auto, table, csv, tsv, json or vtt; auto goes by FILE,\n"
-            "or is a table on a terminal and CSV elsewhere",
-            [&options](const std::string& name) { options.format = parseFormat(name); });
-    addText("-o,--output", "FILE", "Write to FILE, replaced once all is written",
-            [&options](const std::string& file) {
-                if (file.empty())
-                    failUsage("--output: the file name is empty");
-                options.output = file == "-" ? std::nullopt : std::make_optional(file);
-            });
-
-    addText("--from-list", "FILE", "Paths, one a line, in place of ROOT; - is standard input",
-            [&options, &app](const std::string& file) {
-                if (file.empty())
-                    failUsage("--from-list: the file name is empty");
-                options.list = file;
-                app.get_option("ROOT")->required(false);
-            });
-    app.add_flag("-0,--null", options.nullSeparated, "The paths in the list end with NUL");
-    addText("-E,--exclude", "GLOB", "Leave out what GLOB matches, as in ignore files",
-            [&options](const std::string& text) {
-                options.selection.excluded.push_back(parseGlob(text));
-            });
-    bool hidden = false;
-    app.add_flag("-H,--hidden", hidden, "Also take names that begin with a dot");
-    addText("-d,--max-depth", "N", "Go no deeper than N; the files in ROOT have depth 1",
-            [&options](const std::string& text) { options.selection.maxDepth = parseDepth(text); });
-
-    app.add_flag("--suggest", options.suggest, "Propose the markers, as a command line to run");
-    bool files = false;
-    bool unmatched = false;
-    app.add_flag("--files", files, "A row for each matched file instead of each case");
-    app.add_flag("--unmatched", unmatched,
-                 "The files in no case, each with the marker that failed");
-    addText("--explain", "PATH", "How one path is read, and why not; needs no ROOT",
-            [&options, &app](const std::string& path) {
-                options.explain = path;
-                app.get_option("ROOT")->required(false);
-            });
-    app.add_flag("--keep-going", options.keepGoing,
-                 "Leave unreadable folders out, with a warning each");
-    app.add_flag("-L,--follow", options.follow, "Follow links to folders");
-    app.add_flag("-q,--quiet", options.quiet, "No progress, warnings or remarks");
-    app.add_option(
-           "ROOT",
-           [&options](const CLI::results_t& values) {
-               options.root = values.front();
-               return true;
-           },
-           "The folder to import")
-        ->type_name("")
-        ->type_size(1)
-        ->required();
-
-    refuseSurprises(app, argc, argv);
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::Success& request) {
-        std::ostringstream text;
-        app.exit(request, text, text);
-        print(text.str());
+    options.source.selection.hidden = false;
+    for (const CommandLine::Item& item : line.items)
+        take(options, *item.option, item.value);
+    if (line.has(OptionId::Version)) {
+        print("casetable " CASETABLE_VERSION "\n");
         return std::nullopt;
-    } catch (const CLI::RequiredError&) {
-        refuseUnexpected(app);
-        failUsage("ROOT, the folder to import, is missing; --help shows examples");
-    } catch (const CLI::ParseError& error) {
-        refuseUnexpected(app);
-        failUsage(error.what());
+    }
+    if (line.has(OptionId::Help)) {
+        print(help());
+        return std::nullopt;
     }
 
-    if (options.list && app.count("ROOT") > 0)
-        failUsage("ROOT and --from-list exclude each other");
-    if (options.list && options.follow)
-        failUsage("--follow and --from-list exclude each other");
-    if (options.list && options.keepGoing)
-        failUsage("--keep-going and --from-list exclude each other");
-    if (options.nullSeparated && !options.list)
-        failUsage("--null: there is no --from-list");
-    if (options.root.empty() && app.count("ROOT") > 0)
+    refuseUnknown(line);
+    refuseAnythingButOneRoot(line);
+    refuseContradictions(line, OptionGroup::Source);
+    if (options.source.root.empty() && line.has(OptionId::Root))
         failUsage("ROOT: the path is empty");
-    // Whoever made a list has chosen.
-    options.selection.hidden = hidden || options.list;
-    if (options.suggest) {
-        for (const char* option :
-             {"--string", "--number", "--aux", "--format", "--files", "--unmatched", "--explain"}) {
-            if (app.count(option) > 0)
-                failUsage("--suggest and " + std::string(option) + " exclude each other");
-        }
-        return options;
-    }
-    if (options.patterns.empty())
+    if (line.has(OptionId::Suggest))
+        refuseContradictions(line, OptionGroup::Markers);
+    else if (options.patterns.empty())
         failUsage("no marker is given; use --string or --number, or find some with --suggest");
-    if (files && unmatched)
-        failUsage("--files and --unmatched exclude each other");
-    if (unmatched && !options.identifiers.empty())
-        failUsage("--aux and --unmatched exclude each other");
-    if (options.explain) {
-        for (const std::string other :
-             {"--aux", "--files", "--unmatched", "--format", "--from-list"}) {
-            if (app.count(other) > 0)
-                failUsage("--explain and " + other + " exclude each other");
-        }
-        options.explain = belowRoot(*options.explain, options.root);
-        if (options.explain->empty())
+    refuseContradictions(line, OptionGroup::Output);
+    refuseContradictions(line, OptionGroup::Markers);
+
+    if (options.mode == Mode::Explain) {
+        options.explained = belowRoot(options.explained, options.source.root);
+        if (options.explained.empty())
             failUsage("--explain: the path is empty");
     }
-    if (options.format == Format::Auto && options.output)
+    // Whoever made a list has chosen.
+    if (options.source.list)
+        options.source.selection.hidden = true;
+    if (options.format == nullptr && options.output)
         options.format = formatOfEnding(*options.output);
-    options.rows = files ? Rows::Files : unmatched ? Rows::Unmatched : Rows::Cases;
     return options;
 }
 
-Source sourceOf(const Options& options)
+std::vector<std::string> arguments(const Options& options)
 {
-    return {options.root,      options.list,   options.nullSeparated,
-            options.selection, options.follow, options.keepGoing};
-}
+    std::vector<std::string> list;
+    const auto add = [&list](OptionId id, const std::string& value) {
+        list.push_back(std::string(optionOf(id).name) + '=' + value);
+    };
+    const auto addIf = [&list](OptionId id, bool isGiven) {
+        if (isGiven)
+            list.emplace_back(optionOf(id).name);
+    };
+    const Source& source = options.source;
 
-std::vector<std::string> walkArguments(const Options& options)
-{
-    std::vector<std::string> arguments;
-    if (options.keepGoing)
-        arguments.emplace_back("--keep-going");
-    if (options.follow)
-        arguments.emplace_back("--follow");
-    if (options.selection.hidden && !options.list)
-        arguments.emplace_back("--hidden");
-    if (options.selection.maxDepth != Selection().maxDepth)
-        arguments.push_back("--max-depth=" + std::to_string(options.selection.maxDepth));
-    for (const Glob& glob : options.selection.excluded)
-        arguments.push_back("--exclude=" + glob.text());
-    if (options.list)
-        arguments.push_back("--from-list=" + *options.list);
-    if (options.nullSeparated)
-        arguments.emplace_back("--null");
-    return arguments;
+    addIf(OptionId::Suggest, options.mode == Mode::Suggest);
+    addIf(OptionId::KeepGoing, source.keepGoing);
+    addIf(OptionId::Follow, source.follow);
+    addIf(OptionId::Hidden, source.selection.hidden && !source.list);
+    if (source.selection.maxDepth != Selection().maxDepth)
+        add(OptionId::MaxDepth, std::to_string(source.selection.maxDepth));
+    for (const Glob& glob : source.selection.excluded)
+        add(OptionId::Exclude, glob.text());
+    if (source.list)
+        add(OptionId::FromList, *source.list);
+    addIf(OptionId::Null, source.nullSeparated);
+    for (const MetadataPattern& pattern : options.patterns) {
+        const bool isNumber = pattern.valueType == MetadataPattern::NumberValue;
+        add(isNumber ? OptionId::Number : OptionId::String, pattern.pattern);
+    }
+    for (const AuxFileIdentifier& identifier : options.identifiers)
+        add(OptionId::Aux, identifier.syntaxName + '=' + identifier.tag);
+    addIf(OptionId::Files, options.rows == Rows::Files);
+    addIf(OptionId::Unmatched, options.rows == Rows::Unmatched);
+    if (options.output)
+        add(OptionId::Output, *options.output);
+    // What the ending says need not be asked for, and to explain a path, it must not be.
+    if (options.format != nullptr &&
+        !(options.output && options.format == formatOfEnding(*options.output)))
+        add(OptionId::Format, options.format->name);
+    addIf(OptionId::Quiet, options.quiet);
+    if (options.mode == Mode::Explain) {
+        // Where the path would be taken for one that begins with the root, it gets that beginning.
+        const bool isPlain = belowRoot(options.explained, source.root) == options.explained;
+        add(OptionId::Explain, (isPlain ? "" : source.root + '/') + options.explained);
+    }
+    if (!source.root.empty() && source.root.front() == '-')
+        list.emplace_back("--");
+    if (!source.root.empty())
+        list.push_back(source.root);
+    return list;
 }
 
 } // namespace casetable

@@ -5,34 +5,31 @@
 #include <string>
 #include <vector>
 
-#include "casetable/listing/Selection.h"
 #include "casetable/listing/Source.h"
+#include "casetable/writing/Formats.h"
 #include "crawler/AuxFileIdentifierValidator.h"
 #include "crawler/MetadataPattern.h"
 
 namespace casetable {
 
-enum class Format { Auto, Table, Csv, Tsv, Json, Vtt };
+/// What is asked for: a table, markers for one, or how one path is read.
+enum class Mode { Table, Suggest, Explain };
 
 /// What the rows of the output stand for.
 enum class Rows { Cases, Files, Unmatched };
 
-/// The command line, checked.
+/// What the command line means, checked.
 struct Options {
-    std::string root; ///< Empty when a list is given; may be when a path is explained.
-    std::optional<std::string> list; ///< The file of the list; "-" is standard input.
-    bool nullSeparated = false;      ///< Whether the list is divided by NULs.
-    Selection selection;
-    bool suggest = false; ///< Whether markers are to be suggested instead of applied.
-    /// In the order of the options; at least one, but none with `suggest`.
+    Mode mode = Mode::Table;
+    Source source;
+    /// In the order in which they were given; none to suggest from, at least one otherwise.
     std::vector<MetadataPattern> patterns;
     std::vector<AuxFileIdentifier> identifiers;
-    Format format = Format::Auto;      ///< As asked for, or as the ending of `output` says.
+    /// As asked for, or as the ending of `output` says; null where neither says anything.
+    const Format* format = nullptr;
     std::optional<std::string> output; ///< Standard output when there is none.
     Rows rows = Rows::Cases;
-    std::optional<std::string> explain; ///< The path to explain instead of an import, below `root`.
-    bool keepGoing = false;
-    bool follow = false;
+    std::string explained; ///< The path to explain, below `source.root`; not empty in that mode.
     bool quiet = false;
 };
 
@@ -41,11 +38,9 @@ struct Options {
 /// printed.
 std::optional<Options> parseOptions(int argc, const char* const* argv);
 
-/// Where the files of the import come from.
-Source sourceOf(const Options& options);
-
-/// The arguments that make another run see the same files below the same root.
-std::vector<std::string> walkArguments(const Options& options);
+/// The arguments that mean `options`: for them, parseOptions() answers what it has answered before.
+/// Options may also be incomplete, without a root or markers, and so are the arguments then.
+std::vector<std::string> arguments(const Options& options);
 
 } // namespace casetable
 

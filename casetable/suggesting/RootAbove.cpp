@@ -62,27 +62,27 @@ Glob below(const std::string& name, const Glob& glob)
 
 std::optional<RootAbove> rootAbove(const Options& options)
 {
-    const std::string root = withoutSlashesAtTheEnd(options.root);
+    const std::string root = withoutSlashesAtTheEnd(options.source.root);
     RootAbove above{options, lastName(root)};
     if (root == ".") {
-        above.options.root = "..";
+        above.options.source.root = "..";
         above.name = realName(root);
     } else if (above.name == "." || above.name == ".." || isLink(root)) {
         // A link cannot be walked from above without all others being followed too.
-        above.options.root = root + "/..";
+        above.options.source.root = root + "/..";
         above.name = realName(root);
     } else {
         const std::string path = root.substr(0, root.size() - above.name.size());
-        above.options.root = withoutSlashesAtTheEnd(path);
-        if (above.options.root.empty())
-            above.options.root = path.empty() ? "." : "/";
+        above.options.source.root = withoutSlashesAtTheEnd(path);
+        if (above.options.source.root.empty())
+            above.options.source.root = path.empty() ? "." : "/";
     }
-    if (above.name.empty() || ::access(above.options.root.c_str(), R_OK | X_OK) != 0)
+    if (above.name.empty() || ::access(above.options.source.root.c_str(), R_OK | X_OK) != 0)
         return std::nullopt;
 
     // That nobody may read what stands beside is no reason to fail.
-    above.options.keepGoing = true;
-    Selection& selection = above.options.selection;
+    above.options.source.keepGoing = true;
+    Selection& selection = above.options.source.selection;
     if (selection.maxDepth != Selection().maxDepth)
         ++selection.maxDepth;
     for (Glob& glob : selection.excluded)

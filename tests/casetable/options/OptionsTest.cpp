@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <optional>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,106 @@ std::optional<Options> parse(std::vector<const char*> arguments)
     return parseOptions(static_cast<int>(arguments.size()), arguments.data());
 }
 
+std::optional<Options> parseTexts(const std::vector<std::string>& arguments)
+{
+    std::vector<const char*> texts;
+    for (const std::string& argument : arguments)
+        texts.push_back(argument.c_str());
+    return parse(texts);
+}
+
+// All that options hold, as texts that can be compared.
+std::vector<std::string> parts(const Options& options)
+{
+    const Source& source = options.source;
+    std::vector<std::string> texts = {
+        "mode " + std::to_string(static_cast<int>(options.mode)),
+        "root " + source.root,
+        source.list ? "list " + *source.list : "no list",
+        source.nullSeparated ? "NULs" : "lines",
+        source.selection.hidden ? "hidden" : "not hidden",
+        "depth " + std::to_string(source.selection.maxDepth),
+        source.follow ? "follow" : "stay",
+        source.keepGoing ? "keep going" : "stop",
+        options.format == nullptr ? "no format" : std::string("format ") + options.format->name,
+        options.output ? "output " + *options.output : "standard output",
+        "rows " + std::to_string(static_cast<int>(options.rows)),
+        "explained " + options.explained,
+        options.quiet ? "quiet" : "not quiet"};
+    for (const Glob& glob : source.selection.excluded)
+        texts.push_back("exclude " + glob.text());
+    for (const MetadataPattern& pattern : options.patterns)
+        texts.push_back("pattern " + std::to_string(static_cast<int>(pattern.valueType)) + ' ' +
+                        pattern.pattern);
+    for (const AuxFileIdentifier& identifier : options.identifiers)
+        texts.push_back("syntax " + identifier.syntaxName + " tag " + identifier.tag);
+    return texts;
+}
+
+// Options that a command line may mean.
+class RandomOptions {
+public:
+    Options next()
+    {
+        Options options;
+        options.mode = static_cast<Mode>(below(3));
+        Source& source = options.source;
+        source.selection.hidden = false;
+        if (options.mode != Mode::Explain && below(3) == 0) {
+            source.list = text();
+            source.nullSeparated = oneOfTwo();
+        } else {
+            if (options.mode != Mode::Explain || oneOfTwo())
+                source.root = text();
+            source.follow = oneOfTwo();
+            source.keepGoing = oneOfTwo();
+        }
+        source.selection.hidden = source.list || oneOfTwo();
+        if (oneOfTwo())
+            source.selection.maxDepth = 1 + below(9);
+        for (std::size_t k = below(3); k > 0; --k)
+            source.selection.excluded.emplace_back("x/" + text() + "x");
+        options.quiet = oneOfTwo();
+        if (oneOfTwo())
+            options.output = text() + (oneOfTwo() ? ".json" : "x");
+        if (options.mode == Mode::Table && oneOfTwo())
+            options.format = &formats()[below(formats().size())];
+        else if (options.output)
+            options.format = formatOfEnding(*options.output);
+        if (options.mode == Mode::Suggest)
+            return options;
+
+        for (std::size_t k = 1 + below(3); k > 0; --k)
+            options.patterns.emplace_back(text(), oneOfTwo() ? MetadataPattern::NumberValue
+                                                             : MetadataPattern::StringValue);
+        if (options.mode == Mode::Explain) {
+            options.explained = below(4) == 0 ? source.root + "/T1" : text();
+            return options;
+        }
+        options.rows = static_cast<Rows>(below(3));
+        for (std::size_t k = below(3); k > 0 && options.rows != Rows::Unmatched; --k)
+            options.identifiers.push_back({text(), "tag"});
+        return options;
+    }
+
+private:
+    std::size_t below(std::size_t end) { return generator_() % end; }
+    bool oneOfTwo() { return below(2) == 0; }
+
+    // Not empty, no glob of its own, and often like an option.
+    std::string text()
+    {
+        static const std::vector<std::string> pieces = {
+            "-", "--", "a", "b/a", ".", " ", "=", "\n", "n", "T", "\xff", "'", "--files", "*"};
+        std::string text;
+        for (std::size_t k = 1 + below(3); k > 0; --k)
+            text += pieces[below(pieces.size())];
+        return text == "-" ? "-x" : text; // As an output, "-" is none.
+    }
+
+    std::mt19937 generator_{20240607};
+};
+
 } // namespace
 
 TEST(Options, HaveDefaults)
@@ -27,19 +128,21 @@ TEST(Options, HaveDefaults)
     const std::optional<Options> options = parse({"-n", "T", "root"});
 
     ASSERT_TRUE(options);
-    EXPECT_EQ(options->root, "root");
+    EXPECT_EQ(options->source.root, "root");
     EXPECT_TRUE(options->identifiers.empty());
-    EXPECT_EQ(options->format, Format::Auto);
+    EXPECT_EQ(options->format, nullptr);
     EXPECT_FALSE(options->output);
     EXPECT_EQ(options->rows, Rows::Cases);
-    EXPECT_FALSE(options->keepGoing);
-    EXPECT_FALSE(options->follow);
+    EXPECT_FALSE(options->source.keepGoing);
+    EXPECT_FALSE(options->source.follow);
     EXPECT_FALSE(options->quiet);
-    EXPECT_FALSE(options->list);
-    EXPECT_FALSE(options->nullSeparated);
-    EXPECT_FALSE(options->selection.hidden);
-    EXPECT_TRUE(options->selection.excluded.empty());
-    EXPECT_EQ(options->selection.maxDepth, Selection().maxDepth);
+    EXPECT_EQ(options->mode, Mode::Table);
+    EXPECT_EQ(options->explained, "");
+    EXPECT_FALSE(options->source.list);
+    EXPECT_FALSE(options->source.nullSeparated);
+    EXPECT_FALSE(options->source.selection.hidden);
+    EXPECT_TRUE(options->source.selection.excluded.empty());
+    EXPECT_EQ(options->source.selection.maxDepth, Selection().maxDepth);
 }
 
 TEST(Options, KeepTheOrderOfMarkersAndIdentifiers)
@@ -72,58 +175,73 @@ TEST(Options, KnowShortAndLongNames)
         const std::optional<Options> options = parse(arguments);
         ASSERT_TRUE(options);
         EXPECT_EQ(options->patterns.at(0).pattern, "m");
-        EXPECT_EQ(options->format, Format::Json);
+        EXPECT_EQ(options->format, formatNamed("json"));
         EXPECT_EQ(options->output, std::string("file"));
-        EXPECT_TRUE(options->follow);
+        EXPECT_TRUE(options->source.follow);
         EXPECT_TRUE(options->quiet);
-        EXPECT_EQ(options->root, "root");
+        EXPECT_EQ(options->source.root, "root");
     }
+}
+
+TEST(Options, AskForMarkersToBeSuggested)
+{
+    const std::optional<Options> options = parse({"--suggest", "-Lq", "-d2", "root"});
+
+    ASSERT_TRUE(options);
+    EXPECT_EQ(options->mode, Mode::Suggest);
+    EXPECT_EQ(options->source.root, "root");
+    EXPECT_EQ(options->source.selection.maxDepth, 2u);
+    EXPECT_TRUE(options->source.follow);
+    EXPECT_TRUE(options->quiet);
+    EXPECT_TRUE(options->patterns.empty());
+    EXPECT_EQ(parse({"--suggest", "--from-list", "-"})->source.list, std::string("-"));
 }
 
 TEST(Options, ChooseTheRows)
 {
     EXPECT_EQ(parse({"-n", "T", "--files", "root"})->rows, Rows::Files);
     EXPECT_EQ(parse({"-n", "T", "--unmatched", "root"})->rows, Rows::Unmatched);
-    EXPECT_TRUE(parse({"-n", "T", "--keep-going", "root"})->keepGoing);
+    EXPECT_TRUE(parse({"-n", "T", "--keep-going", "root"})->source.keepGoing);
 }
 
 TEST(Options, ChooseTheFormat)
 {
-    EXPECT_EQ(parse({"-n", "T", "-f", "auto", "root"})->format, Format::Auto);
-    EXPECT_EQ(parse({"-n", "T", "-f", "table", "root"})->format, Format::Table);
-    EXPECT_EQ(parse({"-n", "T", "-f", "csv", "root"})->format, Format::Csv);
-    EXPECT_EQ(parse({"-n", "T", "-f", "tsv", "root"})->format, Format::Tsv);
-    EXPECT_EQ(parse({"-n", "T", "-f", "json", "root"})->format, Format::Json);
-    EXPECT_EQ(parse({"-n", "T", "-f", "vtt", "root"})->format, Format::Vtt);
+    EXPECT_EQ(parse({"-n", "T", "-f", "auto", "root"})->format, nullptr);
+    EXPECT_EQ(parse({"-n", "T", "-f", "table", "root"})->format, formatNamed("table"));
+    EXPECT_EQ(parse({"-n", "T", "-f", "csv", "root"})->format, formatNamed("csv"));
+    EXPECT_EQ(parse({"-n", "T", "-f", "tsv", "root"})->format, formatNamed("tsv"));
+    EXPECT_EQ(parse({"-n", "T", "-f", "json", "root"})->format, formatNamed("json"));
+    EXPECT_EQ(parse({"-n", "T", "-f", "vtt", "root"})->format, formatNamed("vtt"));
 }
 
 TEST(Options, GuessTheFormatFromTheEndingOfTheOutput)
 {
     struct Row {
         const char* output;
-        Format format;
+        const char* format; // Null where the ending says nothing.
     };
     for (const Row& row :
-         {Row{"a.csv", Format::Csv}, Row{"a.tsv", Format::Tsv}, Row{"a.json", Format::Json},
-          Row{"a.vtt", Format::Vtt}, Row{"a.txt", Format::Table}, Row{"a.VtT", Format::Vtt},
-          Row{"A.JSON", Format::Json}, Row{"a.csv.tsv", Format::Tsv}, Row{"b/.csv", Format::Csv},
-          Row{"a", Format::Auto}, Row{"csv", Format::Auto}, Row{"a.csv/b", Format::Auto},
-          Row{"a.csv.gz", Format::Auto}, Row{"a.", Format::Auto}, Row{"a.csv ", Format::Auto},
-          Row{"a.c\xc3\x9fv", Format::Auto}, Row{"-", Format::Auto}}) {
+         {Row{"a.csv", "csv"}, Row{"a.tsv", "tsv"}, Row{"a.json", "json"}, Row{"a.vtt", "vtt"},
+          Row{"a.txt", "table"}, Row{"a.VtT", "vtt"}, Row{"A.JSON", "json"},
+          Row{"a.csv.tsv", "tsv"}, Row{"b/.csv", "csv"}, Row{"a", nullptr}, Row{"csv", nullptr},
+          Row{"a.csv/b", nullptr}, Row{"a.csv.gz", nullptr}, Row{"a.", nullptr},
+          Row{"a.csv ", nullptr}, Row{"a.c\xc3\x9fv", nullptr}, Row{"-", nullptr}}) {
         SCOPED_TRACE(row.output);
-        EXPECT_EQ(parse({"-n", "T", "-o", row.output, "root"})->format, row.format);
-        EXPECT_EQ(parse({"-n", "T", "-o", row.output, "-f", "auto", "root"})->format, row.format);
-        EXPECT_EQ(parse({"-n", "T", "-f", "json", "-o", row.output, "root"})->format, Format::Json);
+        const Format* const format = row.format == nullptr ? nullptr : formatNamed(row.format);
+        EXPECT_EQ(parse({"-n", "T", "-o", row.output, "root"})->format, format);
+        EXPECT_EQ(parse({"-n", "T", "-o", row.output, "-f", "auto", "root"})->format, format);
+        EXPECT_EQ(parse({"-n", "T", "-f", "json", "-o", row.output, "root"})->format,
+                  formatNamed("json"));
     }
 }
 
 TEST(Options, TakeAPathToExplainWithAndWithoutRoot)
 {
-    EXPECT_FALSE(parse({"-n", "T", "root"})->explain);
-    EXPECT_EQ(parse({"-n", "T", "--explain", "a/T1"})->explain, std::string("a/T1"));
-    EXPECT_EQ(parse({"-n", "T", "--explain=a/T1", "root"})->explain, std::string("a/T1"));
-    EXPECT_EQ(parse({"--explain", "-x", "-n", "T"})->explain, std::string("-x"));
-    EXPECT_EQ(parse({"--explain", "--explain=", "-n", "T"})->explain, std::string("--explain="));
+    EXPECT_EQ(parse({"-n", "T", "--explain", "a/T1"})->mode, Mode::Explain);
+    EXPECT_EQ(parse({"-n", "T", "--explain", "a/T1"})->explained, std::string("a/T1"));
+    EXPECT_EQ(parse({"-n", "T", "--explain=a/T1", "root"})->explained, std::string("a/T1"));
+    EXPECT_EQ(parse({"--explain", "-x", "-n", "T"})->explained, std::string("-x"));
+    EXPECT_EQ(parse({"--explain", "--explain=", "-n", "T"})->explained, std::string("--explain="));
 }
 
 TEST(Options, LeaveTheRootOffThePathToExplain)
@@ -141,7 +259,7 @@ TEST(Options, LeaveTheRootOffThePathToExplain)
           Row{"a/b", "./a/./b//T1/.", "T1/."}, Row{"..", "../T1", "T1"}, Row{"//", "/./T1", "T1"},
           Row{"a", "/a/T1", "/a/T1"}, Row{"/a", "a/T1", "a/T1"}, Row{"a/b", "a/T1", "a/T1"},
           Row{"a/b", "./a/b", "./a/b"}, Row{".", "a/T1", "a/T1"}})
-        EXPECT_EQ(parse({"-n", "T", row.root, "--explain", row.path})->explain,
+        EXPECT_EQ(parse({"-n", "T", row.root, "--explain", row.path})->explained,
                   std::string(row.explained))
             << row.root;
 }
@@ -157,17 +275,18 @@ TEST(Options, SelectFiles)
         SCOPED_TRACE(testing::PrintToString(arguments));
         const std::optional<Options> options = parse(arguments);
         ASSERT_TRUE(options);
-        ASSERT_EQ(options->selection.excluded.size(), 2u);
-        EXPECT_EQ(options->selection.excluded[0].text(), "*.log");
-        EXPECT_EQ(options->selection.excluded[1].text(), "/a/b/");
-        EXPECT_TRUE(options->selection.hidden);
-        EXPECT_EQ(options->selection.maxDepth, 7u);
-        EXPECT_EQ(options->root, "root");
+        ASSERT_EQ(options->source.selection.excluded.size(), 2u);
+        EXPECT_EQ(options->source.selection.excluded[0].text(), "*.log");
+        EXPECT_EQ(options->source.selection.excluded[1].text(), "/a/b/");
+        EXPECT_TRUE(options->source.selection.hidden);
+        EXPECT_EQ(options->source.selection.maxDepth, 7u);
+        EXPECT_EQ(options->source.root, "root");
     }
     // Values may look like options.
-    EXPECT_EQ(
-        parse({"-n", "T", "-E", "-0", "--exclude", "--", "root"})->selection.excluded.at(1).text(),
-        "--");
+    EXPECT_EQ(parse({"-n", "T", "-E", "-0", "--exclude", "--", "root"})
+                  ->source.selection.excluded.at(1)
+                  .text(),
+              "--");
 }
 
 TEST(Options, TakeAListInPlaceOfTheRoot)
@@ -179,42 +298,229 @@ TEST(Options, TakeAListInPlaceOfTheRoot)
         SCOPED_TRACE(testing::PrintToString(arguments));
         const std::optional<Options> options = parse(arguments);
         ASSERT_TRUE(options);
-        EXPECT_EQ(options->list, std::string("-"));
-        EXPECT_TRUE(options->nullSeparated);
-        EXPECT_TRUE(options->selection.hidden) << "whoever made the list has chosen";
-        EXPECT_EQ(options->root, "");
+        EXPECT_EQ(options->source.list, std::string("-"));
+        EXPECT_TRUE(options->source.nullSeparated);
+        EXPECT_TRUE(options->source.selection.hidden) << "whoever made the list has chosen";
+        EXPECT_EQ(options->source.root, "");
     }
-    EXPECT_FALSE(parse({"-n", "T", "--from-list", "-0"})->nullSeparated);
-    EXPECT_EQ(parse({"-n", "T", "--", "-0"})->root, "-0");
+    EXPECT_FALSE(parse({"-n", "T", "--from-list", "-0"})->source.nullSeparated);
+    EXPECT_EQ(parse({"-n", "T", "--", "-0"})->source.root, "-0");
 }
 
-TEST(Options, ThatAreWrongRaiseAFailureOfUsage)
+TEST(Options, TurnBackIntoArguments)
 {
-    for (const std::vector<const char*>& arguments :
-         {std::vector<const char*>{},
-          {"root"},
-          {"-n", "T"},
-          {"-n", "", "root"},
-          {"-n", "T", "-a", "x", "root"},
-          {"-n", "T", "-f", "x", "root"},
-          {"-n", "T", "--what", "root"},
-          {"--explain", "T1"},
-          {"-n", "T", "--explain", ""},
-          {"-n", "T", "--explain", "T1", ""},
-          {"-n", "T", "--explain", "T1", "--from-list", "x"},
-          {"-n", "T", "root", "root"},
-          {"-n", "T", "--from-list", "x", "root"},
-          {"-n", "T", "--from-list", "x", ""},
-          {"-n", "T", "--from-list", "x", "-L"},
-          {"-n", "T", "-0", "root"},
-          {"-n", "T", "-E", "", "root"},
-          {"-n", "T", "-d", "0", "root"}}) {
+    RandomOptions random;
+    for (int round = 0; round < 5000; ++round) {
+        Options options = random.next();
+        if (options.mode == Mode::Explain) // The path without the root, as a command line gives it.
+            options.explained = parseTexts(arguments(options))->explained;
+        const std::vector<std::string> texts = arguments(options);
+        SCOPED_TRACE(testing::PrintToString(texts));
+        ASSERT_EQ(parts(*parseTexts(texts)), parts(options));
+    }
+}
+
+TEST(Options, ThatAreIncompleteGiveIncompleteArguments)
+{
+    Options options;
+    EXPECT_EQ(arguments(options), std::vector<std::string>({"--hidden"}));
+    options.source.selection.hidden = false;
+    EXPECT_EQ(arguments(options), std::vector<std::string>());
+    options.source.list = "-";
+    options.source.nullSeparated = true;
+    EXPECT_EQ(arguments(options), std::vector<std::string>({"--from-list=-", "--null"}));
+}
+
+TEST(Options, ThatAreWrongAreRefusedInTheseWords)
+{
+    struct Row {
+        std::vector<const char*> arguments;
+        std::string message;
+    };
+    const std::string noSuch = ": there is no such option; --help lists those that there are";
+    const std::string noRoot = "ROOT, the folder to import, is missing; --help shows examples";
+    const std::string noMarker =
+        "no marker is given; use --string or --number, or find some with --suggest";
+    const std::string exclude = " exclude each other";
+    const std::vector<Row> rows = {
+        // The number of roots.
+        {{}, noRoot},
+        {{"-n", "T"}, noRoot},
+        {{"-n", "T", "--"}, noRoot},
+        {{"--suggest"}, noRoot},
+        {{"--suggest", "-n", "T"}, noRoot},
+        {{"-n", "T", "root", "more"},
+         "there is more than one ROOT: 'root' and 'more'; blanks and wildcards need quotes"},
+        {{"-n", "T", "root", "more", "third"},
+         "there is more than one ROOT: 'root' and 'more'; blanks and wildcards need quotes"},
+        {{"", "-n", "T", ""},
+         "there is more than one ROOT: '' and ''; blanks and wildcards need quotes"},
+        {{"-n", "T", "root", "-"},
+         "there is more than one ROOT: 'root' and '-'; blanks and wildcards need quotes"},
+        {{"-n", "T", "--from-list", "x", "a", "b"},
+         "there is more than one ROOT: 'a' and 'b'; blanks and wildcards need quotes"},
+        {{"-n", "T", "--explain", "x", "a", "b"},
+         "there is more than one ROOT: 'a' and 'b'; blanks and wildcards need quotes"},
+        {{"-n", "T", "root", "--", "-x"},
+         "there is more than one ROOT: 'root' and '-x'; blanks and wildcards need quotes"},
+        {{"-n", "T", "--", "a", "--"},
+         "there is more than one ROOT: 'a' and '--'; blanks and wildcards need quotes"},
+        {{"-n", "T", ""}, "ROOT: the path is empty"},
+        {{"-n", "T", "--explain", "T1", ""}, "ROOT: the path is empty"},
+        {{"--suggest", "-n", "T", ""}, "ROOT: the path is empty"},
+
+        // Options that there are not.
+        {{"-n", "T", "--what", "root"}, "--what" + noSuch},
+        {{"-n", "T", "--what"}, "--what" + noSuch},
+        {{"-n", "T", "--what=x", "root"}, "--what=x" + noSuch},
+        {{"-n", "T", "root", "more", "--what", "-x"}, "--what" + noSuch},
+        {{"-n", "T", "--from-list", "x", "--what"}, "--what" + noSuch},
+        {{"-n", "T", "--strin", "m", "root"}, "--strin" + noSuch},
+        {{"-n", "T", "--String=m", "root"}, "--String=m" + noSuch},
+        {{"-n", "T", "--ROOT=x"}, "--ROOT=x" + noSuch},
+        {{"-n", "T", "--=x", "root"}, "--=x" + noSuch},
+        {{"-n", "T", "-=", "root"}, "-=" + noSuch},
+        {{"-n", "T", "-x", "root"}, "-x" + noSuch},
+        {{"-n", "T", "-x5", "root"}, "-x5" + noSuch},
+        {{"-n", "T", "-xq", "root"}, "-xq" + noSuch},
+        {{"-xnT", "root"}, "-xnT" + noSuch},
+        {{"-n", "T", "-ROOT"}, "-ROOT" + noSuch},
+        {{"-n", "T", "-qx", "root"}, "-x" + noSuch},
+        {{"-n", "T", "-qxL", "root"}, "-xL" + noSuch},
+        {{"-n", "T", "-qx-", "root"}, "-x-" + noSuch},
+        {{"-n", "T", "-5"}, "-5" + noSuch},
+        {{"-n", "T", "---"}, "---" + noSuch},
+        {{"-n", "T", "-q5", "root"}, "-q5: -q takes no value"},
+        {{"-n", "T", "-q=", "root"}, "-q=: -q takes no value"},
+        {{"-n", "T", "-hL5"}, "-hL5: -L takes no value"},
+        {{"-n", "T", "-q-x", "root"}, "-q-x: -q takes no value"},
+
+        // Values that are missing or not asked for.
+        {{"root", "-s"}, "--string: its MARKER is missing"},
+        {{"root", "--string"}, "--string: its MARKER is missing"},
+        {{"root", "-qn"}, "--number: its MARKER is missing"},
+        {{"-n", "T", "root", "-a"}, "--aux: its SYNTAX=TAG is missing"},
+        {{"-n", "T", "root", "-f"}, "--format: its FORMAT is missing"},
+        {{"-n", "T", "root", "--output"}, "--output: its FILE is missing"},
+        {{"-n", "T", "--from-list"}, "--from-list: its FILE is missing"},
+        {{"-n", "T", "root", "-E"}, "--exclude: its GLOB is missing"},
+        {{"-n", "T", "root", "-d"}, "--max-depth: its N is missing"},
+        {{"-n", "T", "--explain"}, "--explain: its PATH is missing"},
+        {{"--help", "-n"}, "--number: its MARKER is missing"},
+        {{"--string=", "root"}, "--string: the value is empty"},
+        {{"--number=", "root"}, "--number: the value is empty"},
+        {{"-n", "T", "--aux=", "root"}, "--aux: the value is empty"},
+        {{"-n", "T", "--format=", "root"}, "--format: the value is empty"},
+        {{"-n", "T", "--output=", "root"}, "--output: the value is empty"},
+        {{"-n", "T", "--from-list="}, "--from-list: the value is empty"},
+        {{"-n", "T", "--exclude=", "root"}, "--exclude: the value is empty"},
+        {{"-n", "T", "--max-depth=", "root"}, "--max-depth: the value is empty"},
+        {{"-n", "T", "--explain="}, "--explain: the value is empty"},
+        {{"-n", "T", "-f", "xml", "--string=", "root"}, "--string: the value is empty"},
+        {{"--help=1"}, "--help: takes no value"},
+        {{"--version="}, "--version: takes no value"},
+        {{"--suggest=true", "root"}, "--suggest: takes no value"},
+        {{"-n", "T", "--files=", "root"}, "--files: takes no value"},
+        {{"-n", "T", "--unmatched=1", "root"}, "--unmatched: takes no value"},
+        {{"-n", "T", "--null=1"}, "--null: takes no value"},
+        {{"-n", "T", "--hidden=1", "root"}, "--hidden: takes no value"},
+        {{"-n", "T", "--keep-going=1", "root"}, "--keep-going: takes no value"},
+        {{"-n", "T", "--follow=1", "root"}, "--follow: takes no value"},
+        {{"-n", "T", "--quiet=0", "root"}, "--quiet: takes no value"},
+        {{"-h", "--quiet=0"}, "--quiet: takes no value"},
+
+        // Long names with one dash.
+        {{"-suggest", "root"}, "-suggest: it takes two dashes, as in --suggest"},
+        {{"-string=T", "root"}, "-string=T: it takes two dashes, as in --string=T"},
+        {{"-help"}, "-help: it takes two dashes, as in --help"},
+        {{"-version"}, "-version: it takes two dashes, as in --version"},
+        {{"-n", "T", "-null"}, "-null: it takes two dashes, as in --null"},
+        {{"-n", "T", "-keep-going", "root"},
+         "-keep-going: it takes two dashes, as in --keep-going"},
+
+        // Values that cannot be used.
+        {{"-s", "", "root"}, "--string: the marker is empty"},
+        {{"-n", "", "root"}, "--number: the marker is empty"},
+        {{"-n", "T", "-a", "x", "root"}, "--aux 'x': expected SYNTAX=TAG"},
+        {{"-n", "T", "-a", "", "root"}, "--aux '': expected SYNTAX=TAG"},
+        {{"-n", "T", "-a", "x=y", "-a", "=", "root"}, "--aux '=': the tag is empty"},
+        {{"-n", "T", "-a", "x=a\nb", "root"}, "--aux 'x=a\nb': the tag holds a control character"},
+        {{"-n", "T", "-f", "xml", "root"},
+         "--format 'xml': unknown format; choose auto, table, csv, tsv, json or vtt"},
+        {{"-n", "T", "-f", "", "root"},
+         "--format '': unknown format; choose auto, table, csv, tsv, json or vtt"},
+        {{"-n", "T", "-f", "CSV", "--what", "root"},
+         "--format 'CSV': unknown format; choose auto, table, csv, tsv, json or vtt"},
+        {{"-f", "xml", "--help"},
+         "--format 'xml': unknown format; choose auto, table, csv, tsv, json or vtt"},
+        {{"-n", "T", "-o", "", "root"}, "--output: the file name is empty"},
+        {{"-n", "T", "--from-list", ""}, "--from-list: the file name is empty"},
+        {{"-n", "T", "-E", "", "root"}, "--exclude '': a component is empty"},
+        {{"-n", "T", "-E", "a//b", "root"}, "--exclude 'a//b': a component is empty"},
+        {{"-n", "T", "-E", ".", "root"}, "--exclude '.': it names no entry"},
+        {{"-n", "T", "-E", "a\\", "root"},
+         "--exclude 'a\\': nothing follows the backslash at the end of a component"},
+        {{"-n", "T", "-d", "0", "root"}, "--max-depth '0': expected a whole number from 1"},
+        {{"-n", "T", "-d", "", "root"}, "--max-depth '': expected a whole number from 1"},
+        {{"-n", "T", "-d", "-1", "root"}, "--max-depth '-1': expected a whole number from 1"},
+        {{"-n", "T", "a", "b", "-d1x"}, "--max-depth '1x': expected a whole number from 1"},
+        {{"-n", "T", "--explain", ""}, "--explain: the path is empty"},
+        {{"-n", "T", "--explain", "root/", "root"}, "--explain: the path is empty"},
+
+        // What is given must go together, and is asked for in this order.
+        {{"-n", "T", "--from-list", "x", "root"}, "ROOT and --from-list" + exclude},
+        {{"-n", "T", "--from-list", "x", ""}, "ROOT and --from-list" + exclude},
+        {{"-n", "T", "--from-list", "x", "-L", "root"}, "ROOT and --from-list" + exclude},
+        {{"-n", "T", "--from-list", "x", "--keep-going", "-L"},
+         "--follow and --from-list" + exclude},
+        {{"-n", "T", "--from-list", "x", "--keep-going"}, "--keep-going and --from-list" + exclude},
+        {{"-n", "T", "--explain", "x", "--from-list", "x", "root"},
+         "ROOT and --from-list" + exclude},
+        {{"-n", "T", "-0", "root"}, "--null: there is no --from-list"},
+        {{"-n", "T", "-0", ""}, "--null: there is no --from-list"},
+        {{"--suggest", "-n", "T", "-0", "root"}, "--null: there is no --from-list"},
+        {{"--suggest", "-s", "T", "root"}, "--suggest and --string" + exclude},
+        {{"--suggest", "-n", "T", "root"}, "--suggest and --number" + exclude},
+        {{"--suggest", "-a", "x=y", "root"}, "--suggest and --aux" + exclude},
+        {{"--suggest", "-f", "auto", "root"}, "--suggest and --format" + exclude},
+        {{"--suggest", "--files", "root"}, "--suggest and --files" + exclude},
+        {{"--suggest", "--unmatched", "root"}, "--suggest and --unmatched" + exclude},
+        {{"--suggest", "--explain", "x"}, "--suggest and --explain" + exclude},
+        {{"--explain", "", "--suggest", "root"}, "--suggest and --explain" + exclude},
+        {{"--unmatched", "--files", "-f", "csv", "--suggest", "root"},
+         "--suggest and --format" + exclude},
+        {{"--explain", "x", "--unmatched", "--files", "--suggest"},
+         "--suggest and --files" + exclude},
+        {{"root"}, noMarker},
+        {{"--explain", "T1"}, noMarker},
+        {{"--explain", ""}, noMarker},
+        {{"-a", "*.log=log", "root"}, noMarker},
+        {{"--files", "--unmatched", "root"}, noMarker},
+        {{"--explain", "T1", "--files"}, noMarker},
+        {{"-n", "T", "--files", "--unmatched", "root"}, "--files and --unmatched" + exclude},
+        {{"-n", "T", "--files", "--unmatched", "-a", "x=y", "root"},
+         "--files and --unmatched" + exclude},
+        {{"-n", "T", "--unmatched", "-a", "x=y", "root"}, "--aux and --unmatched" + exclude},
+        {{"-n", "T", "--explain", "x", "--unmatched", "--files"},
+         "--files and --unmatched" + exclude},
+        {{"-n", "T", "--explain", "x", "-a", "x=y", "--files"}, "--explain and --aux" + exclude},
+        {{"-n", "T", "--explain", "x", "-f", "csv", "--files"}, "--explain and --files" + exclude},
+        {{"-n", "T", "--explain", "x", "-f", "csv", "--unmatched"},
+         "--explain and --unmatched" + exclude},
+        {{"-n", "T", "--explain", "x", "-f", "auto"}, "--explain and --format" + exclude},
+        {{"-n", "T", "--explain", "x", "--from-list", "x", "-f", "csv"},
+         "--explain and --format" + exclude},
+        {{"-n", "T", "--explain", "x", "--from-list", "x"}, "--explain and --from-list" + exclude},
+        {{"-n", "T", "--explain", "", "--from-list", "x"}, "--explain and --from-list" + exclude},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(testing::PrintToString(row.arguments));
         try {
-            parse(arguments);
-            ADD_FAILURE() << testing::PrintToString(arguments);
+            parse(row.arguments);
+            ADD_FAILURE();
         } catch (const Failure& failure) {
             EXPECT_EQ(failure.code, ExitCode::WrongUsage);
-            EXPECT_STRNE(failure.what(), "");
+            EXPECT_EQ(failure.what(), row.message);
         }
     }
 }
@@ -238,7 +544,7 @@ TEST(Options, RefuseAnythingButLettersBehindFlagsInOneArgument)
         }
     }
     // Values may look like that.
-    EXPECT_EQ(parse({"-n", "-q5", "--", "-q5"})->root, "-q5");
+    EXPECT_EQ(parse({"-n", "-q5", "--", "-q5"})->source.root, "-q5");
     EXPECT_EQ(parse({"-qn-5", "root"})->patterns.at(0).pattern, "-5");
 }
 

@@ -255,7 +255,13 @@ TEST(CasetableHelp, ComesWithoutRootAndMarkers)
 {
     EXPECT_EQ(run({"--version"}, {}).output, "casetable " CASETABLE_VERSION "\n");
     EXPECT_EQ(run({"--version"}, {}).exitCode, 0);
-    EXPECT_EQ(run({"-n", "T", "--help"}, {}).exitCode, 0);
+    for (const Arguments& arguments : {Arguments{"-n", "T", "--help"},
+                                       {"--help", "--what"},
+                                       {"-qhL", "--what"},
+                                       {"-hx"},
+                                       {"-h", "a", "b"}})
+        EXPECT_EQ(run(arguments, {}).output, run({"--help"}, {}).output);
+    EXPECT_EQ(run({"--help", "--version"}, {}).output, run({"--version"}, {}).output);
 }
 
 TEST(CasetableHelp, ThatCannotBeWrittenIsAnError)

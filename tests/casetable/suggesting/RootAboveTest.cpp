@@ -17,7 +17,7 @@ namespace {
 Options below(const std::string& root)
 {
     Options options;
-    options.root = root;
+    options.source.root = root;
     return options;
 }
 
@@ -33,14 +33,14 @@ TEST(RootAbove, IsTheFolderThatTheRootStandsIn)
         SCOPED_TRACE(root);
         const std::optional<RootAbove> above = rootAbove(below(tree.path(root)));
         ASSERT_TRUE(above);
-        EXPECT_EQ(above->options.root, tree.path(expected));
+        EXPECT_EQ(above->options.source.root, tree.path(expected));
         EXPECT_EQ(above->name, "b");
-        EXPECT_FALSE(above->options.follow);
+        EXPECT_FALSE(above->options.source.follow);
     }
-    EXPECT_EQ(rootAbove(below("a"))->options.root, ".");
-    EXPECT_EQ(rootAbove(below("/a"))->options.root, "/");
-    EXPECT_EQ(rootAbove(below("."))->options.root, "..");
-    EXPECT_EQ(rootAbove(below(".."))->options.root, "../..");
+    EXPECT_EQ(rootAbove(below("a"))->options.source.root, ".");
+    EXPECT_EQ(rootAbove(below("/a"))->options.source.root, "/");
+    EXPECT_EQ(rootAbove(below("."))->options.source.root, "..");
+    EXPECT_EQ(rootAbove(below(".."))->options.source.root, "../..");
 }
 
 TEST(RootAbove, IsNoneWhereNoFolderIsAboveOrItIsMissing)
@@ -56,7 +56,7 @@ TEST(RootAbove, IsNoneWhereNoFolderIsAboveOrItIsMissing)
 
 TEST(RootAbove, LeavesOutWhatCannotBeReadBesideTheRoot)
 {
-    EXPECT_TRUE(rootAbove(below("a"))->options.keepGoing);
+    EXPECT_TRUE(rootAbove(below("a"))->options.source.keepGoing);
 }
 
 TEST(RootAbove, IsTheFolderThatTheTargetOfALinkStandsIn)
@@ -67,9 +67,9 @@ TEST(RootAbove, IsTheFolderThatTheTargetOfALinkStandsIn)
     for (const char* root : {"link", "link/"}) {
         const std::optional<RootAbove> above = rootAbove(below(tree.path(root)));
         ASSERT_TRUE(above);
-        EXPECT_EQ(above->options.root, tree.path("link/.."));
+        EXPECT_EQ(above->options.source.root, tree.path("link/.."));
         EXPECT_EQ(above->name, "b");
-        EXPECT_FALSE(above->options.follow);
+        EXPECT_FALSE(above->options.source.follow);
     }
     tree.link("dangling", "missing");
     EXPECT_FALSE(rootAbove(below(tree.path("dangling"))));
@@ -78,16 +78,16 @@ TEST(RootAbove, IsTheFolderThatTheTargetOfALinkStandsIn)
 TEST(RootAbove, SelectsTheSameFiles)
 {
     Options options = below("a*b");
-    options.selection.maxDepth = 2;
+    options.source.selection.maxDepth = 2;
     for (const char* glob : {"*.tmp", "old/", "/x/y*", "x/y/", "**/z"})
-        options.selection.excluded.emplace_back(glob);
+        options.source.selection.excluded.emplace_back(glob);
 
     const std::optional<RootAbove> above = rootAbove(options);
 
     ASSERT_TRUE(above);
-    EXPECT_EQ(above->options.selection.maxDepth, 3u);
+    EXPECT_EQ(above->options.source.selection.maxDepth, 3u);
     std::vector<std::string> globs;
-    for (const Glob& glob : above->options.selection.excluded)
+    for (const Glob& glob : above->options.source.selection.excluded)
         globs.push_back(glob.text());
     EXPECT_EQ(globs, std::vector<std::string>(
                          {"*.tmp", "old/", "/a\\*b/x/y*", "/a\\*b/x/y/", "/a\\*b/**/z"}));
@@ -97,10 +97,10 @@ TEST(RootAbove, IsNoneWhereTheRootWouldBeLeftOut)
 {
     Options hidden = below(".a");
     EXPECT_TRUE(rootAbove(hidden));
-    hidden.selection.hidden = false;
+    hidden.source.selection.hidden = false;
     EXPECT_FALSE(rootAbove(hidden));
     Options excluded = below("abc");
-    excluded.selection.excluded.emplace_back("a*");
+    excluded.source.selection.excluded.emplace_back("a*");
     EXPECT_FALSE(rootAbove(excluded));
 }
 

@@ -1,0 +1,69 @@
+#include "casetable/options/Help.h"
+
+#include <cstddef>
+#include <sstream>
+
+#include "casetable/options/OptionTable.h"
+
+namespace casetable {
+
+namespace {
+
+const std::size_t helpColumn = 24;
+const std::size_t lineWidth = 80;
+
+const char* const footer = R"(
+Exit codes:
+  0  a table with cases    1  no file matched, or nothing could be suggested
+  2  wrong usage           3  the walk, the list, the matching or --aux failed
+  4  the output failed     130  interrupted
+
+Examples:
+  casetable --suggest results
+  casetable -s wing -n Mach -n AoA results
+  casetable -n Mach --aux '*.log=log' -o cases.json results
+
+)";
+
+// The option with its help beside it, which is broken between words.
+std::string entry(const Option& option)
+{
+    std::string line = "  ";
+    if (option.letter != '\0')
+        line += std::string("-") + option.letter + ',';
+    line += option.name;
+    if (takesValue(option))
+        line += std::string(" ") + option.argument;
+
+    std::string text;
+    std::istringstream words(option.help);
+    for (std::string word; words >> word;) {
+        if (line.size() < helpColumn) {
+            line.resize(helpColumn, ' ');
+        } else if (line.size() + 1 + word.size() > lineWidth) {
+            text += line + '\n';
+            line.assign(helpColumn, ' ');
+        } else {
+            line += ' ';
+        }
+        line += word;
+    }
+    return text + line + '\n';
+}
+
+} // namespace
+
+std::string help()
+{
+    std::string options;
+    for (const Option& option : optionTable()) {
+        if (option.id != OptionId::Root)
+            options += entry(option);
+    }
+    return "Groups the files below ROOT into cases by the values in their paths.\n"
+           "Usage: casetable [OPTIONS] ROOT\n\n"
+           "Positionals:\n" +
+           entry(optionOf(OptionId::Root)) + "\nOptions:\n" + options + footer;
+}
+
+} // namespace casetable

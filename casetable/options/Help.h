@@ -1,0 +1,13 @@
+#ifndef CASETABLE_OPTIONS_HELP_H
+#define CASETABLE_OPTIONS_HELP_H
+
+#include <string>
+
+namespace casetable {
+
+/// What --help prints: a screen of at most 80 columns, made of the table of options.
+std::string help();
+
+} // namespace casetable
+
+#endif

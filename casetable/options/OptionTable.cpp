@@ -1,0 +1,266 @@
+#include "casetable/options/OptionTable.h"
+
+#include <algorithm>
+
+#include "casetable/writing/Formats.h"
+
+namespace casetable {
+
+namespace {
+
+// "auto" is no format, but the absence of a choice.
+std::vector<std::string> formatWords()
+{
+    std::vector<std::string> words = {"auto"};
+    for (const Format& format : formats())
+        words.emplace_back(format.name);
+    return words;
+}
+
+std::string formatManual()
+{
+    std::vector<std::string> names = formatWords();
+    for (std::string& name : names)
+        name = "\\fB" + name + "\\fR";
+    std::string endings;
+    for (const Format& format : formats()) {
+        for (const std::string ending : format.endings)
+            endings += (endings.empty() ? "" : ", ") + ending + " for " + format.name;
+    }
+    return choice(names) + ".\n.B auto\ngoes by the ending of\n.I FILE\n(" + endings +
+           "); otherwise it is a table on a terminal and CSV elsewhere.\n";
+}
+
+std::vector<Option> makeTable()
+{
+    using Id = OptionId;
+    using Group = OptionGroup;
+    const bool once = false;
+    const bool repeatable = true;
+    const Completion none = Completion::Nothing;
+
+    return {
+        {Id::Help, Group::Other, 'h', "--help", "", once, none, "Print this help and exit",
+         "Print a summary of the options and exit.\n"},
+
+        {Id::Version, Group::Other, '\0', "--version", "", once, none, "Print the version and exit",
+         "Print the version and exit.\n"},
+
+        {Id::String, Group::Markers, 's', "--string", "MARKER", repeatable, none,
+         "A column of the text right behind MARKER", R"(A column of the text that follows
+.IR MARKER ,
+up to the next / or \e, up to the next marker, or to the end of the path. Where the next marker or the
+path ends it, all from its first point on is left off as a file extension, and a single character that
+remains is not taken as a value.
+)"},
+
+        {Id::Number, Group::Markers, 'n', "--number", "MARKER", repeatable, none,
+         "A column of the numbers right behind MARKER", R"(A column of the number right behind
+.IR MARKER :
+an optional sign, digits with an optional fraction, and an optional exponent that begins with e, E, d
+or D. The column keeps the text of the path; what does not convert to a number, as exponents with d
+or D do not, is NULL.
+)"},
+
+        {Id::Aux, Group::Output, 'a', "--aux", "SYNTAX=TAG", repeatable, none,
+         "Collect matched files under TAG, by wildcard",
+         R"(Collect the matched files whose path ends as the wildcard
+.I SYNTAX
+says, case by case, under
+.IR TAG .
+* is any text, / included, ? one character, [...] one of a set; asterisks alone select nothing.
+May be given several times; a file belongs to the first that selects it.
+)"},
+
+        {Id::Format,
+         Group::Output,
+         'f',
+         "--format",
+         "FORMAT",
+         once,
+         Completion::Words,
+         choice(formatWords()) +
+             "; auto goes by FILE, or is a table on a terminal and CSV elsewhere",
+         formatManual(),
+         {},
+         {},
+         formatWords()},
+
+        {Id::Output, Group::Output, 'o', "--output", "FILE", once, Completion::Files,
+         "Write to FILE, replaced once all is written", R"(Write to
+.I FILE
+instead of standard output. It is replaced once all is written, unless it is one of the matched files or the list;
+.B \-
+is standard output.
+)"},
+
+        {Id::FromList,
+         Group::Source,
+         '\0',
+         "--from-list",
+         "FILE",
+         once,
+         Completion::Files,
+         "Paths, one a line, in place of ROOT; - is standard input",
+         R"(Take the paths of the files from
+.IR FILE ,
+one a line, instead of listing a folder;
+.B \-
+is standard input. A path that is absolute, contains .. or an empty component, ends in . or
+lies below another path of the list is refused with its line. A carriage return at every line's end, a
+byte order mark and quotes belong to the paths, with a warning.
+)",
+         {Id::Root, Id::Follow, Id::KeepGoing}},
+
+        {Id::Null,
+         Group::Source,
+         '0',
+         "--null",
+         "",
+         once,
+         none,
+         "The paths in the list end with NUL",
+         "The paths in the list end with NUL instead of a newline.\n",
+         {},
+         Id::FromList},
+
+        {Id::Exclude, Group::Source, 'E', "--exclude", "GLOB", repeatable, none,
+         "Leave out what GLOB matches, as in ignore files", R"(Leave out the files and folders that
+.I GLOB
+matches, as a line of an ignore file does, but for !, # and spaces at the end, which stand for
+themselves: by name, or, if it contains a /, by path below
+.IR ROOT .
+*, ? and [...] stay within a name; ** stands for any number of folders; a / at the end matches folders
+alone. May be given several times.
+)"},
+
+        {Id::Hidden, Group::Source, 'H', "--hidden", "", once, none,
+         "Also take names that begin with a dot",
+         R"(Also take files and folders whose name begins with a dot. They are left out otherwise, except in a
+list.
+)"},
+
+        {Id::MaxDepth, Group::Source, 'd', "--max-depth", "N", once, none,
+         "Go no deeper than N; the files in ROOT have depth 1", R"(Go no deeper than
+.I N
+levels; the files directly in
+.I ROOT
+are at level 1.
+)"},
+
+        {Id::Suggest,
+         Group::Markers,
+         '\0',
+         "--suggest",
+         "",
+         once,
+         none,
+         "Propose the markers, as a command line to run",
+         R"(Propose the markers: print the command line to run, with a sample of the values, and how many files it
+would match and how many cases it would make.
+Where the paths differ at their very beginning, and no marker can stand there, the line for the
+folder above as
+.I ROOT
+is printed too.
+)",
+         {Id::String, Id::Number, Id::Aux, Id::Format, Id::Files, Id::Unmatched, Id::Explain}},
+
+        {Id::Files, Group::Output, '\0', "--files", "", once, none,
+         "A row for each matched file instead of each case",
+         "A row for each matched file instead of one for each case.\n"},
+
+        {Id::Unmatched,
+         Group::Output,
+         '\0',
+         "--unmatched",
+         "",
+         once,
+         none,
+         "The files in no case, each with the marker that failed",
+         R"(The files that belong to no case, each with the first marker that failed: the first that is not found,
+or, where all are found, the first without a value.
+)",
+         {Id::Files, Id::Aux}},
+
+        {Id::Explain,
+         Group::Markers,
+         '\0',
+         "--explain",
+         "PATH",
+         once,
+         Completion::Files,
+         "How one path is read, and why not; needs no ROOT",
+         R"(Show how the markers read one path, where matching stopped, and by which rule.
+.I PATH
+is relative to
+.IR ROOT ;
+if
+.I ROOT
+is given and
+.I PATH
+begins with it, that beginning is left off. Nothing need exist; the exit status is 1 if the path is
+not matched.
+)",
+         {Id::Aux, Id::Files, Id::Unmatched, Id::Format, Id::FromList}},
+
+        {Id::KeepGoing, Group::Source, '\0', "--keep-going", "", once, none,
+         "Leave unreadable folders out, with a warning each",
+         "Skip folders that cannot be read, with a warning each, instead of stopping.\n"},
+
+        {Id::Follow, Group::Source, 'L', "--follow", "", once, none, "Follow links to folders",
+         "Follow links to folders, except into a folder that is its own ancestor.\n"},
+
+        {Id::Quiet, Group::Output, 'q', "--quiet", "", once, none,
+         "No progress, warnings or remarks",
+         "No progress, warnings or remarks on standard error.\n"},
+
+        {Id::Root, Group::Source, '\0', "ROOT", "", once, none, "The folder to import", ""},
+    };
+}
+
+template <class Question> const Option* firstOption(const Question& question)
+{
+    const std::vector<Option>& table = optionTable();
+    const auto found = std::find_if(table.begin(), table.end(), question);
+    return found == table.end() ? nullptr : &*found;
+}
+
+} // namespace
+
+const std::vector<Option>& optionTable()
+{
+    static const std::vector<Option> table = makeTable();
+    return table;
+}
+
+const Option& optionOf(OptionId id)
+{
+    return *firstOption([id](const Option& option) { return option.id == id; });
+}
+
+const Option* optionNamed(std::string_view name)
+{
+    return firstOption([name](const Option& option) { return option.name == name; });
+}
+
+const Option* optionOfLetter(char letter)
+{
+    return firstOption([letter](const Option& option) {
+        return option.letter == letter && option.letter != '\0';
+    });
+}
+
+bool takesValue(const Option& option)
+{
+    return *option.argument != '\0';
+}
+
+std::string choice(const std::vector<std::string>& words)
+{
+    std::string text = words.front();
+    for (std::size_t k = 1; k < words.size(); ++k)
+        text += (k + 1 < words.size() ? ", " : " or ") + words[k];
+    return text;
+}
+
+} // namespace casetable

@@ -1,0 +1,210 @@
+// Completes the manual page and the completions of shells when they are built: copies standard
+// input to standard output, with what the table of options says in place of names such as
+// @ZSH_OPTIONS@.
+
+#include <cstddef>
+#include <iostream>
+#include <iterator>
+#include <map>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "casetable/options/OptionTable.h"
+
+namespace casetable {
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+std::string joined(const Texts& texts, const std::string& between)
+{
+    std::string all;
+    for (const std::string& text : texts)
+        all += (all.empty() ? "" : between) + text;
+    return all;
+}
+
+// `text` with a backslash before each of the letters.
+std::string escaped(const std::string& text, std::string_view letters)
+{
+    std::string result;
+    for (const char c : text) {
+        if (letters.find(c) != std::string_view::npos)
+            result += '\\';
+        result += c;
+    }
+    return result;
+}
+
+Texts namesOf(const Option& option)
+{
+    if (option.letter == '\0')
+        return {option.name};
+    return {std::string("-") + option.letter, option.name};
+}
+
+// All but ROOT, which each shell completes in its own way.
+std::vector<Option> options()
+{
+    std::vector<Option> found;
+    for (const Option& option : optionTable()) {
+        if (option.id != OptionId::Root)
+            found.push_back(option);
+    }
+    return found;
+}
+
+std::string manualOf(OptionGroup group)
+{
+    std::string text;
+    for (const Option& option : options()) {
+        if (option.group != group)
+            continue;
+        Texts names = namesOf(option);
+        for (std::string& name : names)
+            name = "\\fB" + escaped(name, "-") + "\\fR";
+        text += ".TP\n" + joined(names, ", ");
+        if (takesValue(option))
+            text += std::string(" \\fI") + option.argument + "\\fR";
+        text += '\n' + option.manual;
+    }
+    return text;
+}
+
+std::string bashNames()
+{
+    Texts names;
+    for (const Option& option : options()) {
+        for (const std::string& name : namesOf(option))
+            names.push_back(name);
+    }
+    return joined(names, " ");
+}
+
+// The names of the options whose value is completed so, as the pattern of a case.
+std::string bashPattern(Completion completion)
+{
+    Texts names;
+    for (const Option& option : options()) {
+        if (takesValue(option) && option.completion == completion)
+            names.push_back(joined(namesOf(option), " | "));
+    }
+    return joined(names, " | ");
+}
+
+std::string bashWords()
+{
+    std::string text;
+    for (const Option& option : options()) {
+        if (option.completion == Completion::Words)
+            text += "        " + joined(namesOf(option), " | ") +
+                    ")\n            mapfile -t COMPREPLY < <(compgen -W '" +
+                    joined(option.words, " ") + "' -- \"$current\")\n            return\n" +
+                    "            ;;\n";
+    }
+    return text;
+}
+
+bool excludes(const Option& option, const Option& other)
+{
+    for (const OptionId id : option.excludes) {
+        if (id == other.id)
+            return true;
+    }
+    return false;
+}
+
+// What cannot stand beside the option: itself too, unless it may be given again.
+std::string zshExclusions(const Option& option)
+{
+    Texts names;
+    for (const Option& other : optionTable()) {
+        if (other.id == option.id ? option.repeatable
+                                  : !excludes(option, other) && !excludes(other, option))
+            continue;
+        for (const std::string& name : namesOf(other))
+            names.push_back(other.id == OptionId::Root ? "1" : name);
+    }
+    return joined(names, " ");
+}
+
+std::string zshOptions()
+{
+    Texts lines;
+    for (const Option& option : options()) {
+        const bool ends = option.id == OptionId::Help || option.id == OptionId::Version;
+        const std::string exclusions = ends ? "- *" : zshExclusions(option);
+        std::string rest = "[" + escaped(option.help, "[]:\\") + ']';
+        if (takesValue(option)) {
+            rest += std::string(":") + escaped(option.argument, ":") + ':';
+            rest += option.completion == Completion::Files   ? "_files"
+                    : option.completion == Completion::Words ? '(' + joined(option.words, " ") + ')'
+                                                             : " ";
+        }
+        const std::string name = option.name + std::string(takesValue(option) ? "=" : "");
+        const std::string before =
+            (exclusions.empty() ? "" : '(' + exclusions + ')') + (option.repeatable ? "*" : "");
+        lines.push_back("    '" + before +
+                        (option.letter == '\0'
+                             ? name + rest
+                             : std::string("'{-") + option.letter + ',' + name + "}'" + rest) +
+                        "' \\\n");
+    }
+    return joined(lines, "");
+}
+
+std::string fishOptions()
+{
+    std::string text;
+    for (const Option& option : options()) {
+        text += "complete -c casetable";
+        if (option.letter != '\0')
+            text += std::string(" -s ") + option.letter;
+        text += std::string(" -l ") + (option.name + 2);
+        if (option.completion == Completion::Words)
+            text += " -x -a '" + joined(option.words, " ") + '\'';
+        else if (option.completion == Completion::Files)
+            text += " -r -F";
+        else if (takesValue(option))
+            text += " -x";
+        text += " -d '" + escaped(option.help, "\\'") + "'\n";
+    }
+    return text;
+}
+
+void complete(std::istream& in, std::ostream& out)
+{
+    const std::map<std::string, std::string> texts = {
+        {"VERSION", CASETABLE_VERSION},
+        {"MANUAL_MARKERS", manualOf(OptionGroup::Markers)},
+        {"MANUAL_SOURCE", manualOf(OptionGroup::Source)},
+        {"MANUAL_OUTPUT", manualOf(OptionGroup::Output)},
+        {"MANUAL_OTHER", manualOf(OptionGroup::Other)},
+        {"BASH_NAMES", bashNames()},
+        {"BASH_WORDS", bashWords()},
+        {"BASH_FILES", bashPattern(Completion::Files)},
+        {"BASH_OTHERS", bashPattern(Completion::Nothing)},
+        {"ZSH_OPTIONS", zshOptions()},
+        {"FISH_OPTIONS", fishOptions()}};
+    std::string text{std::istreambuf_iterator<char>(in), {}};
+    for (const auto& [name, replacement] : texts) {
+        const std::string place = '@' + name + '@';
+        for (std::size_t at = 0; (at = text.find(place, at)) != std::string::npos;
+             at += replacement.size())
+            text.replace(at, place.size(), replacement);
+    }
+    out << text;
+}
+
+} // namespace
+
+} // namespace casetable
+
+int main()
+{
+    casetable::complete(std::cin, std::cout);
+    return std::cout.flush() ? 0 : 1;
+}
