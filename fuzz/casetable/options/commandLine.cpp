@@ -131,6 +131,8 @@ private:
         const bool isFlag = std::string("LqFUK0HS").find(letter->second) != std::string::npos;
         if (isFlag && equals != std::string::npos)
             throw WrongUsage();
+        if (equals + 1 == argument.size())
+            throw WrongUsage();
         if (equals == std::string::npos)
             take(letter->second, [this] { return nextArgument(); });
         else
