@@ -244,6 +244,7 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
     refuseContradictions(line, OptionGroup::Source);
     if (options.source.root.empty() && line.has(OptionId::Root))
         failUsage("ROOT: the path is empty");
+    // That --suggest takes no marker must be said before one is asked for.
     if (line.has(OptionId::Suggest))
         refuseContradictions(line, OptionGroup::Markers);
     else if (options.patterns.empty())

@@ -2,6 +2,7 @@
 // input to standard output, with what the table of options says in place of names such as
 // @ZSH_OPTIONS@.
 
+#include <algorithm>
 #include <cstddef>
 #include <iostream>
 #include <iterator>
@@ -108,13 +109,13 @@ std::string bashWords()
     return text;
 }
 
-bool excludes(const Option& option, const Option& other)
+bool excludeEachOther(const Option& one, const Option& two)
 {
-    for (const OptionId id : option.excludes) {
-        if (id == other.id)
-            return true;
-    }
-    return false;
+    const auto excludes = [](const Option& option, OptionId id) {
+        return std::find(option.excludes.begin(), option.excludes.end(), id) !=
+               option.excludes.end();
+    };
+    return excludes(one, two.id) || excludes(two, one.id);
 }
 
 // What cannot stand beside the option: itself too, unless it may be given again.
@@ -122,13 +123,21 @@ std::string zshExclusions(const Option& option)
 {
     Texts names;
     for (const Option& other : optionTable()) {
-        if (other.id == option.id ? option.repeatable
-                                  : !excludes(option, other) && !excludes(other, option))
+        if (other.id == option.id ? option.repeatable : !excludeEachOther(option, other))
             continue;
         for (const std::string& name : namesOf(other))
             names.push_back(other.id == OptionId::Root ? "1" : name);
     }
     return joined(names, " ");
+}
+
+// As it stands within single quotes.
+std::string zshQuoted(const std::string& text)
+{
+    std::string result;
+    for (const char c : text)
+        result += c == '\'' ? "'\\''" : std::string(1, c);
+    return result;
 }
 
 std::string zshOptions()
@@ -137,7 +146,7 @@ std::string zshOptions()
     for (const Option& option : options()) {
         const bool ends = option.id == OptionId::Help || option.id == OptionId::Version;
         const std::string exclusions = ends ? "- *" : zshExclusions(option);
-        std::string rest = "[" + escaped(option.help, "[]:\\") + ']';
+        std::string rest = "[" + zshQuoted(escaped(option.help, "[]:\\")) + ']';
         if (takesValue(option)) {
             rest += std::string(":") + escaped(option.argument, ":") + ':';
             rest += option.completion == Completion::Files   ? "_files"

@@ -1,10 +1,12 @@
-// A command line, its arguments divided by NULs, compared with a plain reading of it. Requests for
-// help and for the version are left out, since they print.
+// A command line, its arguments divided by NULs, compared with a plain reading of it, and with what
+// the arguments that its options turn back into say. Requests for help and for the version are left
+// out, since they print.
 
 #include <cstddef>
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -17,6 +19,8 @@ namespace {
 
 /// The wrong usages are all alike here.
 struct WrongUsage {};
+
+const char* const wrongUsage = "wrong usage";
 
 bool holdsControlCharacter(const std::string& text)
 {
@@ -44,66 +48,59 @@ public:
                 takeRoot(argument);
             else if (argument == "--")
                 onlyRoots_ = true;
-            else if (looksLikeAnOption(argument, 2))
+            else if (argument.substr(0, 2) == "--")
                 takeLong(argument);
-            else if (looksLikeAnOption(argument, 1))
+            else if (argument.substr(0, 1) == "-" && argument != "-")
                 takeShort(argument);
             else
                 takeRoot(argument);
         }
-        const bool listed = options.list.has_value();
-        if (roots_ > 1 || (roots_ == 0 && !listed && !options.explain) ||
-            (roots_ == 1 && (listed || options.root.empty())))
+        const bool listed = options.source.list.has_value();
+        if (roots_ > 1 || (roots_ == 0 && !listed && !explain_) ||
+            (roots_ == 1 && (listed || options.source.root.empty())))
             throw WrongUsage();
-        if ((listed && (options.follow || options.keepGoing)) || (options.nullSeparated && !listed))
+        if ((listed && (options.source.follow || options.source.keepGoing)) ||
+            (options.source.nullSeparated && !listed))
             throw WrongUsage();
         if (listed)
-            options.selection.hidden = true;
-        if (options.suggest) {
+            options.source.selection.hidden = true;
+        if (formatName.empty() && options.output)
+            guessFormat(*options.output);
+        if (suggest_) {
+            options.mode = casetable::Mode::Suggest;
             if (!options.patterns.empty() || !options.identifiers.empty() || format_ || files_ ||
-                unmatched_ || options.explain)
+                unmatched_ || explain_)
                 throw WrongUsage();
             return;
         }
         if (options.patterns.empty() || (files_ && unmatched_) ||
             (unmatched_ && !options.identifiers.empty()))
             throw WrongUsage();
-        if (options.explain) {
+        if (explain_) {
+            options.mode = casetable::Mode::Explain;
             if (files_ || unmatched_ || format_ || listed || !options.identifiers.empty())
                 throw WrongUsage();
-            leaveOutRoot(*options.explain);
+            leaveOutRoot(options.explained);
         }
-        if (options.format == casetable::Format::Auto && options.output)
-            guessFormat(*options.output);
         options.rows = files_       ? casetable::Rows::Files
                        : unmatched_ ? casetable::Rows::Unmatched
                                     : casetable::Rows::Cases;
     }
 
-    casetable::Options options = plainOptions();
+    casetable::Options options = plainOptions(); // But for the format.
+    std::string formatName;                      // Empty where none is chosen.
 
 private:
     static casetable::Options plainOptions()
     {
         casetable::Options options;
-        options.selection.hidden = false;
+        options.source.selection.hidden = false;
         return options;
-    }
-
-    /// So many hyphens and then a character that a name may begin with.
-    static bool looksLikeAnOption(const std::string& argument, std::size_t hyphens)
-    {
-        if (argument.size() <= hyphens || argument.substr(0, hyphens) != std::string(hyphens, '-'))
-            return false;
-        const char first = argument[hyphens];
-        if (hyphens == 1 && first >= '1' && first <= '9')
-            return false; // A negative number.
-        return first != '-' && first != '!' && first != ' ' && first != '\n';
     }
 
     void takeRoot(const std::string& argument)
     {
-        options.root = argument;
+        options.source.root = argument;
         ++roots_;
     }
 
@@ -133,6 +130,8 @@ private:
             throw WrongUsage();
         const bool isFlag = std::string("LqFUK0HS").find(letter->second) != std::string::npos;
         if (isFlag && equals != std::string::npos)
+            throw WrongUsage();
+        if (equals + 1 == argument.size())
             throw WrongUsage();
         if (equals == std::string::npos)
             take(letter->second, [this] { return nextArgument(); });
@@ -176,27 +175,27 @@ private:
             takeOutput(value());
             break;
         case 'L':
-            options.follow = true;
+            options.source.follow = true;
             break;
         case 'q':
             options.quiet = true;
             break;
         case 'K':
-            options.keepGoing = true;
+            options.source.keepGoing = true;
             break;
         case 'l':
-            options.list = value();
-            if (options.list->empty())
+            options.source.list = value();
+            if (options.source.list->empty())
                 throw WrongUsage();
             break;
         case '0':
-            options.nullSeparated = true;
+            options.source.nullSeparated = true;
             break;
         case 'E':
             takeGlob(value());
             break;
         case 'H':
-            options.selection.hidden = true;
+            options.source.selection.hidden = true;
             break;
         case 'd':
             takeDepth(value());
@@ -205,10 +204,11 @@ private:
             files_ = true;
             break;
         case 'S':
-            options.suggest = true;
+            suggest_ = true;
             break;
         case 'X':
-            options.explain = value();
+            explain_ = true;
+            options.explained = value();
             break;
         default:
             unmatched_ = true;
@@ -233,40 +233,28 @@ private:
 
     void takeFormat(const std::string& name)
     {
+        static const std::set<std::string> names = {"table", "csv", "tsv", "json", "vtt"};
         format_ = true;
-        if (name == "auto")
-            options.format = casetable::Format::Auto;
-        else if (name == "table")
-            options.format = casetable::Format::Table;
-        else if (name == "csv")
-            options.format = casetable::Format::Csv;
-        else if (name == "tsv")
-            options.format = casetable::Format::Tsv;
-        else if (name == "json")
-            options.format = casetable::Format::Json;
-        else if (name == "vtt")
-            options.format = casetable::Format::Vtt;
-        else
+        formatName = name == "auto" ? "" : name;
+        if (name != "auto" && names.count(name) == 0)
             throw WrongUsage();
     }
 
     void guessFormat(const std::string& file)
     {
-        static const std::map<std::string, casetable::Format> formats = {
-            {".csv", casetable::Format::Csv},
-            {".tsv", casetable::Format::Tsv},
-            {".json", casetable::Format::Json},
-            {".vtt", casetable::Format::Vtt},
-            {".txt", casetable::Format::Table}};
-        for (const auto& format : formats) {
-            const std::string& ending = format.first;
+        static const std::map<std::string, std::string> names = {{".csv", "csv"},
+                                                                 {".tsv", "tsv"},
+                                                                 {".json", "json"},
+                                                                 {".vtt", "vtt"},
+                                                                 {".txt", "table"}};
+        for (const auto& [ending, name] : names) {
             bool ends = file.size() >= ending.size();
             for (std::size_t i = 0; ends && i < ending.size(); ++i) {
                 const char c = file[file.size() - ending.size() + i];
                 ends = c == ending[i] || (ending[i] != '.' && c == ending[i] - 'a' + 'A');
             }
             if (ends)
-                options.format = format.second;
+                formatName = name;
         }
     }
 
@@ -291,9 +279,9 @@ private:
     {
         if (path.empty())
             throw WrongUsage();
-        if (options.root.empty() || (options.root[0] == '/') != (path[0] == '/'))
+        if (options.source.root.empty() || (options.source.root[0] == '/') != (path[0] == '/'))
             return;
-        const auto root = components(options.root);
+        const auto root = components(options.source.root);
         const auto whole = components(path);
         for (std::size_t i = 0; i < root.size(); ++i) {
             if (i == whole.size() || whole[i].second != root[i].second)
@@ -339,7 +327,7 @@ private:
         }
         if (!namesAnEntry)
             throw WrongUsage();
-        options.selection.excluded.emplace_back(glob);
+        options.source.selection.excluded.emplace_back(glob);
     }
 
     /// Counts up, as long as the number has room.
@@ -357,7 +345,7 @@ private:
         }
         if (depth == 0)
             throw WrongUsage();
-        options.selection.maxDepth = depth;
+        options.source.selection.maxDepth = depth;
     }
 
     const fuzz::Texts& arguments_;
@@ -367,27 +355,49 @@ private:
     bool format_ = false;
     bool files_ = false;
     bool unmatched_ = false;
+    bool suggest_ = false;
+    bool explain_ = false;
 };
 
-std::string shown(const casetable::Options& options)
+std::string shown(const casetable::Options& options, const std::string& formatName)
 {
-    std::string text =
-        "root " + fuzz::shown(options.root) + " patterns " + fuzz::shown(options.patterns) + " aux";
+    std::string text = "root " + fuzz::shown(options.source.root) + " patterns " +
+                       fuzz::shown(options.patterns) + " aux";
     for (const AuxFileIdentifier& identifier : options.identifiers)
         text += " " + fuzz::shown(identifier.syntaxName) + "=" + fuzz::shown(identifier.tag);
-    text += " list " + (options.list ? fuzz::shown(*options.list) : "none") + " null " +
-            std::to_string(options.nullSeparated) + " hidden " +
-            std::to_string(options.selection.hidden) + " depth " +
-            std::to_string(options.selection.maxDepth) + " exclude";
-    for (const casetable::Glob& glob : options.selection.excluded)
+    text += " list " + (options.source.list ? fuzz::shown(*options.source.list) : "none") +
+            " null " + std::to_string(options.source.nullSeparated) + " hidden " +
+            std::to_string(options.source.selection.hidden) + " depth " +
+            std::to_string(options.source.selection.maxDepth) + " exclude";
+    for (const casetable::Glob& glob : options.source.selection.excluded)
         text += " " + fuzz::shown(glob.text());
-    return text + " format " + std::to_string(static_cast<int>(options.format)) + " output " +
+    return text + " format " + formatName + " output " +
            (options.output ? fuzz::shown(*options.output) : "none") + " explain " +
-           (options.explain ? fuzz::shown(*options.explain) : "none") + " rows " +
+           fuzz::shown(options.explained) + " rows " +
            std::to_string(static_cast<int>(options.rows)) + " keepGoing " +
-           std::to_string(options.keepGoing) + " follow " + std::to_string(options.follow) +
-           " quiet " + std::to_string(options.quiet) + " suggest " +
-           std::to_string(options.suggest);
+           std::to_string(options.source.keepGoing) + " follow " +
+           std::to_string(options.source.follow) + " quiet " + std::to_string(options.quiet) +
+           " mode " + std::to_string(static_cast<int>(options.mode));
+}
+
+/// What the program's own reading makes of the arguments.
+std::string readByProgram(const fuzz::Texts& arguments, fuzz::Texts& backAgain)
+{
+    std::vector<const char*> argv = {"casetable"};
+    for (const std::string& argument : arguments)
+        argv.push_back(argument.c_str());
+    try {
+        const std::optional<casetable::Options> options =
+            casetable::parseOptions(static_cast<int>(argv.size()), argv.data());
+        if (!options)
+            return "something was printed";
+        backAgain = casetable::arguments(*options);
+        return shown(*options, options->format == nullptr ? "" : options->format->name);
+    } catch (const casetable::Failure& failure) {
+        return failure.code != casetable::ExitCode::WrongUsage ? "another exit code"
+               : failure.what()[0] == '\0'                     ? "no message"
+                                                               : wrongUsage;
+    }
 }
 
 /// Asks for something to be printed, or may do so; it may also be the value of an option, but that
@@ -412,28 +422,24 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         else
             arguments.back() += static_cast<char>(bytes[i]);
     }
-    std::vector<const char*> argv = {"casetable"};
     for (const std::string& argument : arguments) {
         if (isLeftOut(argument))
             return -1;
-        argv.push_back(argument.c_str());
     }
 
-    std::string seen;
+    fuzz::Texts backAgain;
+    const std::string seen = readByProgram(arguments, backAgain);
+    std::string expected = wrongUsage;
     try {
-        const std::optional<casetable::Options> options =
-            casetable::parseOptions(static_cast<int>(argv.size()), argv.data());
-        seen = options ? shown(*options) : "something was printed";
-    } catch (const casetable::Failure& failure) {
-        seen = failure.code != casetable::ExitCode::WrongUsage ? "another exit code"
-               : failure.what()[0] == '\0'                     ? "no message"
-                                                               : "wrong usage";
-    }
-    std::string expected = "wrong usage";
-    try {
-        expected = shown(PlainReading(arguments).options);
+        const PlainReading reading(arguments);
+        expected = shown(reading.options, reading.formatName);
     } catch (const WrongUsage&) {
     }
     fuzz::expectSame("what the command line says", seen, expected, fuzz::shown(arguments));
+    if (seen != wrongUsage) {
+        fuzz::Texts same;
+        fuzz::expectSame("what its options say as arguments", readByProgram(backAgain, same), seen,
+                         fuzz::shown(backAgain));
+    }
     return 0;
 }
