@@ -10,9 +10,11 @@
 
 namespace {
 
-// On the stack for any list that a user is likely to write, so that a path without values takes no
-// memory.
-using Positions = boost::container::small_vector<std::size_t, 32>;
+// More than any user is likely to write.
+const std::size_t usualPositions = 32;
+
+// On the stack for a usual list, so that a path without values takes no memory.
+using Positions = boost::container::small_vector<std::size_t, usualPositions>;
 
 } // namespace
 

@@ -70,12 +70,15 @@ const char* skipDigits(const char* text)
     return text;
 }
 
-// True for the plain forms: a sign, digits with a fraction, an exponent of one or two digits, all
-// so short that nothing overflows. Where numbers are classic, boost::lexical_cast<double> accepts
+// Longer numbers may overflow, which only a conversion can tell.
+const std::size_t longestPlainNumber = 64;
+const std::ptrdiff_t longestPlainExponent = 2; // Without its sign.
+
+// True for the plain forms: a sign, digits with a fraction, an exponent, all so short that nothing
+// overflows. Where numbers are classic, boost::lexical_cast<double> accepts
 // each of them. Of other texts this says nothing.
 bool isPlainNumber(const std::string& text)
 {
-    const std::size_t longestPlainNumber = 64;
     if (text.size() > longestPlainNumber)
         return false;
     const char* const begin = text.c_str() + (reading::isSign(text[0]) ? 1 : 0);
@@ -87,7 +90,7 @@ bool isPlainNumber(const std::string& text)
     if (*end == 'e' || *end == 'E') {
         const char* const digits = end + (reading::isSign(end[1]) ? 2 : 1);
         end = skipDigits(digits);
-        if (end == digits || end > digits + 2)
+        if (end == digits || end - digits > longestPlainExponent)
             return false;
     }
     return end == text.c_str() + text.size();

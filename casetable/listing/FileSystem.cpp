@@ -28,6 +28,9 @@ namespace {
 const std::size_t levelsThatKeepDescriptors = 32;
 const std::size_t levelsBetweenDescriptors = 64;
 
+// Of a listing, what is read at once.
+const std::size_t listingBytes = std::size_t{32} * 1024;
+
 enum class Kind { File, Folder, FolderLink };
 
 [[noreturn]] void throwSystemError(int error)
@@ -141,7 +144,7 @@ private:
 // Calls `visit(name, type)` for every entry but "." and "..". Throws std::system_error.
 template <class Visit> void readEntries(int folder, Visit visit)
 {
-    alignas(dirent64) char buffer[32 * 1024];
+    alignas(dirent64) char buffer[listingBytes];
     for (;;) {
         const ssize_t size = ::getdents64(folder, buffer, sizeof buffer);
         if (size < 0)

@@ -24,6 +24,9 @@ namespace {
 // How often an interrupt is looked for while nothing comes.
 const int intervalMilliseconds = 50;
 
+// What is read at once.
+const std::size_t pieceBytes = std::size_t{64} * 1024;
+
 class Input {
 public:
     explicit Input(const std::string& file) : name_(listName(file))
@@ -69,7 +72,7 @@ private:
 
     const std::string name_;
     Descriptor opened_; // Nothing for standard input, which is not ours to close.
-    std::array<char, std::size_t{64} * 1024> buffer_;
+    std::array<char, pieceBytes> buffer_;
 };
 
 } // namespace

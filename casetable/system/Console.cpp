@@ -14,10 +14,14 @@ namespace {
 // Back to the first column, and nothing right of it.
 const char* const eraseLine = "\r\x1b[K";
 
+// Of a terminal that does not tell.
+const std::size_t usualColumns = 80;
+
 std::size_t terminalColumns()
 {
     winsize size = {};
-    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
+    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col
+                                                                           : usualColumns;
 }
 
 void writeAll(const std::string& text)

@@ -21,7 +21,8 @@ namespace casetable {
 namespace {
 
 const std::size_t bufferBytes = 65536;
-const int mostLinks = 40; // As many as the system follows.
+const int mostLinks = 40;                // As many as the system follows.
+const std::size_t longestDescriptor = 4; // In digits, so that its number fits.
 
 std::string folderOf(const std::string& path)
 {
@@ -55,7 +56,8 @@ int inheritedDescriptor(const std::string& path)
         return STDERR_FILENO;
     for (const std::string folder : {"/dev/fd/", "/proc/self/fd/"}) {
         const std::string name = path.substr(std::min(folder.size(), path.size()));
-        if (path.compare(0, folder.size(), folder) == 0 && !name.empty() && name.size() < 5 &&
+        if (path.compare(0, folder.size(), folder) == 0 && !name.empty() &&
+            name.size() <= longestDescriptor &&
             name.find_first_not_of("0123456789") == std::string::npos)
             return std::stoi(name);
     }
