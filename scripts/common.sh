@@ -5,7 +5,7 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 build_packages=(
     g++ cmake ninja-build
     qtbase5-dev libvtk9-dev libboost-dev
-    libcli11-dev nlohmann-json3-dev libutfcpp-dev libgoogle-perftools-dev
+    libcli11-dev nlohmann-json3-dev libutfcpp-dev libgoogle-perftools-dev libpcre2-dev
     libgtest-dev
 )
 

@@ -72,7 +72,7 @@ public:
     /// Slower than match().
     std::vector<Span> elementSpans(std::string_view path);
 
-    /// As elementSpans(), for columns.
+    /// As elementSpans(), for the columns.
     std::vector<Span> columnSpans(std::string_view path);
 
     /// The most elements that fit a beginning of a path. Slower than match(), and once for each

@@ -37,14 +37,16 @@ public:
     /// file's matched flag and case index as they were.
     ///
     /// Throws std::invalid_argument for any other list, with nothing changed, and MatchError for
-    /// the first path, in byte order, on which the engine gives up; the cases built so far stay.
+    /// the first path, in byte order, on which the engine gives up; the cases built so far stay,
+    /// and the files from there on are unmatched.
     void applyMetadataPatternList(const std::vector<MetadataPattern>& patterns) override;
 
     /// For a matched path one entry a column. `valuePosition` and `value` are what the column read;
     /// for one that is left out, the place where it would stand, and for one that the path's
     /// template has not, 0. `patternPosition` is the end of the nearest value before it in the
-    /// path, or 0: what a marker and its length are is the marker parser's matter. Empty for a path
-    /// that is not recorded or not matched. Reads the path again.
+    /// path, or 0: a marker and its length are the marker parser's matter. Empty for a path
+    /// that is not recorded or not matched. Reads the path again; throws
+    /// MatchError when the engine gives up on that.
     std::vector<MetadataInfo> metadataInfoList(const std::string& name) const override;
 
     std::size_t numDefinedCases() const override;
