@@ -22,6 +22,23 @@ std::size_t countOf(const Elements& elements)
     return count;
 }
 
+// The text in which every path ends that the elements fit.
+std::string endingOf(const Elements& elements)
+{
+    std::string ending;
+    for (auto element = elements.rbegin(); element != elements.rend(); ++element) {
+        if (element->kind != Kind::Text)
+            break;
+        ending.insert(0, element->text);
+    }
+    return ending;
+}
+
+bool endsWith(std::string_view path, std::string_view ending)
+{
+    return path.size() >= ending.size() && path.substr(path.size() - ending.size()) == ending;
+}
+
 const Span leftOut = {0, 0, true};
 
 void takeSpans(const Expression& expression, const std::size_t* bounds, std::vector<Span>& spans)
@@ -64,8 +81,8 @@ void collectColumns(const Elements& elements, std::size_t& next, const std::vect
 
 struct Matcher::Impl {
     explicit Impl(const Template& own)
-        : pathTemplate(own), columns(own.columns().size(), leftOut),
-          beginnings(own.elements().size())
+        : pathTemplate(own), ending(endingOf(own.elements())),
+          columns(own.columns().size(), leftOut), beginnings(own.elements().size())
     {
     }
 
@@ -89,6 +106,7 @@ struct Matcher::Impl {
     }
 
     const Template pathTemplate;
+    const std::string ending;
     std::vector<Span> columns;
     ExpressionMatcher matcher;
     std::vector<std::unique_ptr<const Expression>> beginnings;
@@ -102,6 +120,10 @@ Matcher::~Matcher() = default;
 
 bool Matcher::match(std::string_view path)
 {
+    // Files of other kinds are most of those that do not fit. It could take the engine very many
+    // choices to see that, and then it gives up.
+    if (!endsWith(path, impl_->ending))
+        return false;
     const Expression& expression = *impl_->pathTemplate.columnExpression();
     const std::size_t* const bounds = impl_->match(expression, path);
     if (bounds != nullptr)
@@ -116,6 +138,8 @@ const std::vector<Span>& Matcher::columns() const
 
 std::vector<Span> Matcher::elementSpans(std::string_view path)
 {
+    if (!endsWith(path, impl_->ending))
+        return {};
     const Expression& expression = *impl_->pathTemplate.elementExpression();
     const std::size_t* const bounds = impl_->match(expression, path);
     if (bounds == nullptr)
