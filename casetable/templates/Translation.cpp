@@ -8,8 +8,8 @@
 // |---|---|
 // | text | its bytes, escaped |
 // | `{name}`, `{name:text}` | `[^/]+?` |
-// | `{name:word}`, `{name:digits}` | `[0-9A-Za-z]+`, `[0-9]+` |
-// | `{name:number}` | `[+-]?(?:[0-9]+(?:\.[0-9]+)?|\.[0-9]+)(?:[eE][+-]?[0-9]+)?` |
+// | `{name:word}`, `{name:digits}` | `[0-9A-Za-z]+`, `\d+` |
+// | `{name:number}` | `[+-]?(?:\d+(?:\.\d+)?|\.\d+)(?:[eE][+-]?\d+)?` |
 // | `{name:text36}`, `{name:word2}`, `{name:digits3}` | `[^/]{36}` and so on |
 // | `{name:path}` | `(?s:.+?)` |
 // | `{name,EXPRESSION}` | `(?n:EXPRESSION)` |
@@ -78,9 +78,9 @@ std::string columnExpression(const TemplateElement& column, const std::string& a
     case Type::Word:
         return "[0-9A-Za-z]" + count;
     case Type::Digits:
-        return "[0-9]" + count;
+        return "\\d" + count;
     case Type::Number:
-        return R"([+-]?(?:[0-9]+(?:\.[0-9]+)?|\.[0-9]+)(?:[eE][+-]?[0-9]+)?)";
+        return R"([+-]?(?:\d+(?:\.\d+)?|\.\d+)(?:[eE][+-]?\d+)?)";
     case Type::Path:
         return "(?s:.+" + asFew + ")";
     case Type::Expression:
