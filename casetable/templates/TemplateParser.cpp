@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
-#include <set>
 #include <stdexcept>
 #include <string_view>
 #include <unordered_map>
@@ -44,22 +43,15 @@ private:
 
 using FilePointer = boost::shared_ptr<File>;
 
-struct ByPath {
-    using is_transparent = void;
+bool comesBefore(const FilePointer& left, const FilePointer& right)
+{
+    return left->path() < right->path();
+}
 
-    bool operator()(const FilePointer& left, const FilePointer& right) const
-    {
-        return left->path() < right->path();
-    }
-    bool operator()(const FilePointer& left, const std::string& right) const
-    {
-        return left->path() < right;
-    }
-    bool operator()(const std::string& left, const FilePointer& right) const
-    {
-        return left < right->path();
-    }
-};
+bool haveSamePath(const FilePointer& left, const FilePointer& right)
+{
+    return left->path() == right->path();
+}
 
 // The values of a case are one text, which is its key too: the length of each in four bytes, then
 // all of them.
@@ -110,6 +102,29 @@ struct TemplateParser::Impl {
             matchers.emplace_back(pathTemplate);
     }
 
+    // In byte order of path. A walk appends them in that order, and then there is nothing to sort.
+    const std::vector<FilePointer>& sortedFiles()
+    {
+        if (!isSorted) {
+            std::stable_sort(files.begin(), files.end(), comesBefore);
+            // Of equal paths the last stays.
+            files.erase(files.begin(),
+                        std::unique(files.rbegin(), files.rend(), haveSamePath).base());
+            isSorted = true;
+        }
+        return files;
+    }
+
+    // Null where there is none.
+    FilePointer find(const std::string& path)
+    {
+        const std::vector<FilePointer>& sorted = sortedFiles();
+        const auto file = std::lower_bound(
+            sorted.begin(), sorted.end(), path,
+            [](const FilePointer& left, const std::string& right) { return left->path() < right; });
+        return file != sorted.end() && (*file)->path() == path ? *file : nullptr;
+    }
+
     // The index of the first template that fits the path, or their number.
     std::size_t firstThatFits(const std::string& path)
     {
@@ -147,7 +162,8 @@ struct TemplateParser::Impl {
 
     const TemplateList templates;
     std::vector<Matcher> matchers;
-    std::set<FilePointer, ByPath> files;
+    std::vector<FilePointer> files;
+    bool isSorted = true;
     bool isApplied = false;
 
     std::unordered_map<std::string, std::size_t> casesByValues;
@@ -165,17 +181,16 @@ TemplateParser::~TemplateParser() = default;
 
 void TemplateParser::appendRawFilePath(const std::string& path)
 {
-    FilePointer file = boost::make_shared<File>(path);
-    // The end is where the next path of a sorted walk belongs; from there it costs no search.
     auto& files = impl_->files;
-    const auto entry = files.emplace_hint(files.end(), file);
-    if (*entry != file)
-        files.emplace_hint(files.erase(entry), std::move(file));
+    files.push_back(boost::make_shared<File>(path));
+    impl_->isSorted =
+        impl_->isSorted && (files.size() < 2 || comesBefore(files[files.size() - 2], files.back()));
 }
 
 void TemplateParser::clearFilePaths()
 {
     impl_->files.clear();
+    impl_->isSorted = true;
 }
 
 void TemplateParser::applyMetadataPatternList(const std::vector<MetadataPattern>& patterns)
@@ -188,9 +203,9 @@ void TemplateParser::applyMetadataPatternList(const std::vector<MetadataPattern>
     if (!impl_->isApplied)
         return;
 
-    for (const FilePointer& file : impl_->files)
+    for (const FilePointer& file : impl_->sortedFiles())
         file->setMatched(false);
-    for (const FilePointer& file : impl_->files) {
+    for (const FilePointer& file : impl_->sortedFiles()) {
         const std::size_t index = impl_->firstThatFits(file->path());
         if (index == impl_->matchers.size())
             continue;
@@ -202,8 +217,8 @@ void TemplateParser::applyMetadataPatternList(const std::vector<MetadataPattern>
 
 std::vector<MetadataInfo> TemplateParser::metadataInfoList(const std::string& name) const
 {
-    const auto file = impl_->files.find(name);
-    if (!impl_->isApplied || file == impl_->files.end() || !(*file)->isMatched())
+    const FilePointer file = impl_->find(name);
+    if (!impl_->isApplied || !file || !file->isMatched())
         return {};
     const std::size_t index = impl_->firstThatFits(name);
     const std::vector<Span> spans = impl_->matchers[index].columnSpans(name);
@@ -236,7 +251,8 @@ std::string TemplateParser::caseMetadataSValue(std::size_t caseIndex,
 
 std::vector<boost::shared_ptr<AuxFileInfoInterface>> TemplateParser::crawlerFilePathList() const
 {
-    return {impl_->files.begin(), impl_->files.end()};
+    const std::vector<FilePointer>& files = impl_->sortedFiles();
+    return {files.begin(), files.end()};
 }
 
 } // namespace casetable

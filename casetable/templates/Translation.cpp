@@ -190,11 +190,13 @@ private:
         const std::string name = "w" + std::to_string(wildcard);
         const std::string otherwise = "(?(<" + name + ">)|";
         const std::string mark = "(?<" + name + ">)";
+        const bool isMarked = !isCovered || std::distance(begin, end) > 2;
         for (Iterator part = std::next(begin); part != end; ++part) {
             const bool isFirst = part == std::next(begin);
             add(isFirst ? "(?:" : "(?:" + otherwise);
             addElement(*begin, wildcard, "?");
-            beginGroup(Translation::internal, mark.c_str());
+            if (isMarked)
+                beginGroup(Translation::internal, mark.c_str());
             add(isFirst ? "" : ")");
             addElement(*part, index_++, "");
             add(")?");
