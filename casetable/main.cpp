@@ -4,8 +4,10 @@
 #include <string>
 
 #include "casetable/explaining/Explain.h"
+#include "casetable/explaining/ExplainTemplate.h"
 #include "casetable/explaining/LeftOut.h"
 #include "casetable/explaining/Summary.h"
+#include "casetable/explaining/TemplateFailure.h"
 #include "casetable/explaining/Unmatched.h"
 #include "casetable/importing/Import.h"
 #include "casetable/importing/Report.h"
@@ -25,8 +27,11 @@ namespace {
 
 ExitCode explainPath(const Options& options, Output& output)
 {
-    const Explanation explanation =
-        explain(options.explained, options.patterns, output.showsColours());
+    const Reading& reading = options.reading;
+    const bool inColour = output.showsColours();
+    const Explanation explanation = reading.templates()
+                                        ? explain(options.explained, *reading.templates(), inColour)
+                                        : explain(options.explained, reading.patterns(), inColour);
     output.write(explanation.text);
     const std::string leftOut = whyLeftOut(options.source.selection, options.explained);
     if (!leftOut.empty())
@@ -35,13 +40,15 @@ ExitCode explainPath(const Options& options, Output& output)
     return explanation.isMatched && leftOut.empty() ? ExitCode::Cases : ExitCode::NoCases;
 }
 
-Report makeReport(Rows rows, const Import& import)
+Report makeReport(const Options& options, const Import& import)
 {
-    switch (rows) {
+    switch (options.rows) {
     case Rows::Files:
         return fileReport(import.table(), import.importer().identifiedAuxFiles());
     case Rows::Unmatched:
-        return unmatchedReport(import.importer(), import.table().patterns);
+        return options.reading.templates()
+                   ? unmatchedReport(import.importer(), *options.reading.templates())
+                   : unmatchedReport(import.importer(), options.reading.patterns());
     case Rows::Cases:
         break;
     }
@@ -50,17 +57,17 @@ Report makeReport(Rows rows, const Import& import)
 
 ExitCode writeTable(const Options& options, Listing& listing, Output& output, Console& console)
 {
-    const Import import(listing.takeCrawler(), options.patterns, options.identifiers);
+    const Import import(listing.takeCrawler(), options.reading, options.identifiers);
     throwIfInterrupted();
     if (options.output && !options.source.list)
         spareMatchedFile(*options.output, options.source.root,
                          [&import](const std::string& path) { return import.isMatched(path); });
     const Format& format = options.format != nullptr ? *options.format : formatFor(output);
-    format.write(makeReport(options.rows, import), output);
+    format.write(makeReport(options, import), output);
     output.commit();
     if (options.output && options.format == nullptr && !output.isTerminal())
         remarkOnEnding(*options.output, console);
-    return summarize(import, options.source, listing.hiddenLeftOut(),
+    return summarize(import, options.reading, options.source, listing.hiddenLeftOut(),
                      options.rows == Rows::Unmatched, console);
 }
 
@@ -95,7 +102,7 @@ int main(int argc, char** argv)
         const std::optional<Options> options = parseOptions(argc, argv);
         return options ? static_cast<int>(run(*options, console)) : 0;
     } catch (const Failure& failure) {
-        console.error(failure.what());
+        console.error(failure.what(), failure.excerpt);
         return static_cast<int>(failure.code);
     } catch (const Interrupted& interrupted) {
         return 128 + interrupted.signal;

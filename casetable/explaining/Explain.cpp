@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <map>
+#include <set>
 #include <stdexcept>
 #include <string_view>
 
-#include "casetable/system/Colour.h"
+#include "casetable/explaining/MarkedPath.h"
 #include "casetable/system/Text.h"
 #include "crawler/CrawlerBasicImporterParser.h"
 #include "crawler/private/PathReading.h"
@@ -19,8 +19,8 @@ namespace {
 using Patterns = std::vector<MetadataPattern>;
 
 // What the module says about the path. Everything else here only puts that into words.
-struct Reading {
-    Reading(const std::string& path, const Patterns& patterns)
+struct ModulesReading {
+    ModulesReading(const std::string& path, const Patterns& patterns)
     {
         CrawlerBasicImporterParser parser;
         parser.appendRawFilePath(path);
@@ -44,11 +44,6 @@ struct Reason {
     std::string rule;
 };
 
-std::string quoted(std::string_view bytes)
-{
-    return "'" + printable(bytes) + "'";
-}
-
 // A marker as on the command line.
 std::string shown(const MetadataPattern& pattern)
 {
@@ -67,14 +62,14 @@ std::string_view wholeCharacters(std::string_view text, std::size_t bytes)
 class PathExplanation {
 public:
     PathExplanation(const std::string& path, const Patterns& patterns, bool inColour)
-        : path_(path), patterns_(patterns), inColour_(inColour), reading_(path, patterns),
-          positions_(reading::markerPositions(path, patterns))
+        : path_(path), patterns_(patterns), reading_(path, patterns),
+          positions_(reading::markerPositions(path, patterns)), marked_(path, places(), inColour)
     {
     }
 
-    Explanation explain()
+    Explanation explain() const
     {
-        Explanation explanation = {reading_.isMatched, printedPath() + "\n"};
+        Explanation explanation = {reading_.isMatched, marked_.text() + "\n"};
         for (std::size_t k = 0; k < patterns_.size(); ++k)
             explanation.text += line(k) + "\n";
         if (reading_.isMatched) {
@@ -105,38 +100,26 @@ private:
         return k == 0 ? std::string::npos : path_.rfind(patterns_[k].pattern, positions_[k - 1]);
     }
 
-    // The path is made printable piece by piece, so that the column at which a marker or a value
-    // begins is known, however wide its escapes are.
-    std::string printedPath()
+    // Where the marks of the markers and values that were found begin and end.
+    std::set<std::size_t> places() const
     {
+        std::set<std::size_t> places;
         for (std::size_t k = 0; k <= positions_.size() && k < patterns_.size(); ++k) {
             const std::size_t position = k < positions_.size() ? positions_[k] : earlierPosition(k);
             if (position == std::string::npos)
                 continue;
             const std::size_t end = position + patterns_[k].pattern.size();
-            columns_[position] = columns_[end] = 0;
+            places.insert({position, end});
             if (k < reading_.values.size())
-                columns_[end + reading_.values[k].valueLength] = 0;
+                places.insert(end + reading_.values[k].valueLength);
         }
-        columns_[path_.size()] = 0;
-
-        std::string printed;
-        std::size_t begin = 0;
-        for (auto& column : columns_) {
-            printed += printable(std::string_view(path_).substr(begin, column.first - begin));
-            column.second = displayWidth(printed);
-            begin = column.first;
-        }
-        return printed;
+        return places;
     }
 
     std::string marks(std::size_t position, std::size_t markerLength, std::size_t valueLength) const
     {
-        const std::size_t begin = columns_.at(position);
-        const std::size_t value = columns_.at(position + markerLength);
-        const std::size_t end = columns_.at(position + markerLength + valueLength);
-        const std::string marks = std::string(value - begin, '^') + std::string(end - value, '~');
-        return std::string(begin, ' ') + (inColour_ ? coloured(Colour::Bold, marks) : marks) + "  ";
+        const std::size_t value = position + markerLength;
+        return marked_.marks(position, value, value + valueLength);
     }
 
     std::string line(std::size_t k) const
@@ -266,10 +249,9 @@ private:
 
     const std::string& path_;
     const Patterns& patterns_;
-    const bool inColour_;
-    const Reading reading_;
-    const std::vector<std::size_t> positions_;   // As far as the markers are found.
-    std::map<std::size_t, std::size_t> columns_; // Of the bytes where something begins or ends.
+    const ModulesReading reading_;
+    const std::vector<std::size_t> positions_; // As far as the markers are found.
+    const MarkedPath marked_;
 };
 
 } // namespace

@@ -4,8 +4,11 @@
 #include <vector>
 
 #include "casetable/explaining/Remarks.h"
+#include "casetable/explaining/TemplateFailure.h"
+#include "casetable/explaining/TemplateRemarks.h"
 #include "casetable/explaining/Unmatched.h"
 #include "casetable/importing/Import.h"
+#include "casetable/importing/Reading.h"
 #include "casetable/listing/ReadList.h"
 #include "casetable/listing/Source.h"
 #include "casetable/system/Console.h"
@@ -14,12 +17,19 @@ namespace casetable {
 
 namespace {
 
-std::string whyNoneMatched(const Import& import, const Source& source, bool showsUnmatched)
+std::string whyNoneMatched(const Import& import, const Reading& reading, const Source& source)
 {
-    const std::vector<MetadataPattern>& patterns = import.table().patterns;
-    const std::string cause = likelyCause(import.importer(), patterns, source.root);
-    return failureSummary(import.importer(), patterns) + (cause.empty() ? "" : "; " + cause) +
-           (showsUnmatched ? "" : "; --unmatched lists them");
+    if (reading.templates())
+        return failureSummary(import.importer(), *reading.templates());
+    const std::string cause = likelyCause(import.importer(), reading.patterns(), source.root);
+    return failureSummary(import.importer(), reading.patterns()) +
+           (cause.empty() ? "" : "; " + cause);
+}
+
+std::string whySomeFailed(const Import& import, const Reading& reading, const Source& source)
+{
+    return reading.templates() ? failureSummary(import.importer(), *reading.templates())
+                               : likelyCause(import.importer(), reading.patterns(), source.root);
 }
 
 void remarkOnGlobs(const Selection& selection, Console& console)
@@ -59,15 +69,15 @@ void remarkOnEnding(const std::string& output, Console& console)
         console.note(output + ": written as CSV, as no format goes by that ending");
 }
 
-ExitCode summarize(const Import& import, const Source& source, std::size_t hiddenLeftOut,
-                   bool showsUnmatched, Console& console)
+ExitCode summarize(const Import& import, const Reading& reading, const Source& source,
+                   std::size_t hiddenLeftOut, bool showsUnmatched, Console& console)
 {
     const std::size_t files = import.importer().files().size();
     if (!import.importer().hasCases()) {
-        console.error(
-            "no file matched: " +
-            (files == 0 ? noFiles(source) : whyNoneMatched(import, source, showsUnmatched)) +
-            hiddenRemark(hiddenLeftOut));
+        const std::string why = files == 0 ? noFiles(source)
+                                           : whyNoneMatched(import, reading, source) +
+                                                 (showsUnmatched ? "" : "; --unmatched lists them");
+        console.error("no file matched: " + why + hiddenRemark(hiddenLeftOut));
         return ExitCode::NoCases;
     }
     if (!console.showsNotes())
@@ -78,14 +88,13 @@ ExitCode summarize(const Import& import, const Source& source, std::size_t hidde
                  std::to_string(matched) + " of " + std::to_string(files) + " files" +
                  (lacksSome ? "; --unmatched lists the others" : "") + hiddenRemark(hiddenLeftOut));
     remarkOnGlobs(source.selection, console);
-    const std::vector<MetadataPattern>& patterns = import.table().patterns;
-    for (const std::string& remark : remarks(import.importer(), patterns))
+    for (const std::string& remark : reading.templates()
+                                         ? remarks(import.importer(), *reading.templates())
+                                         : remarks(import.importer(), reading.patterns()))
         console.note(remark);
-    if (lacksSome) {
-        const std::string cause = likelyCause(import.importer(), patterns, source.root);
-        if (!cause.empty())
-            console.note(cause);
-    }
+    const std::string why = lacksSome ? whySomeFailed(import, reading, source) : "";
+    if (!why.empty())
+        console.note(why);
     return ExitCode::Cases;
 }
 

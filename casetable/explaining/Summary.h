@@ -10,6 +10,7 @@ namespace casetable {
 
 class Console;
 class Import;
+class Reading;
 struct Source;
 
 /// That there is no file in the source, with the options that may have left them out.
@@ -24,10 +25,11 @@ std::string hiddenRemark(std::size_t hiddenLeftOut);
 void remarkOnEnding(const std::string& output, Console& console);
 
 /// Tells on `console` how an import went: an error where no file matched, with the likely cause;
-/// otherwise the counts and the remarks. The exit code depends on whether there are cases, whatever
-/// the rows of the table are; `showsUnmatched` tells that they are the unmatched files.
-ExitCode summarize(const Import& import, const Source& source, std::size_t hiddenLeftOut,
-                   bool showsUnmatched, Console& console);
+/// otherwise the counts and the remarks. `reading` is what the import read by. The exit code
+/// depends on whether there are cases, whatever the rows of the table are; `showsUnmatched` tells
+/// that they are the unmatched files.
+ExitCode summarize(const Import& import, const Reading& reading, const Source& source,
+                   std::size_t hiddenLeftOut, bool showsUnmatched, Console& console);
 
 } // namespace casetable
 

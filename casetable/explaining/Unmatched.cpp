@@ -57,8 +57,7 @@ bool standsInOtherCase(const std::string& path, const MetadataPattern& pattern)
 
 } // namespace
 
-std::vector<UnmatchedFile> unmatchedFiles(const MetadataFileCrawler& importer,
-                                          const std::vector<MetadataPattern>& patterns)
+std::vector<std::string> unmatchedPaths(const MetadataFileCrawler& importer)
 {
     std::vector<std::string> all(importer.files().begin(), importer.files().end());
     std::sort(all.begin(), all.end());
@@ -69,9 +68,14 @@ std::vector<UnmatchedFile> unmatchedFiles(const MetadataFileCrawler& importer,
     std::vector<std::string> paths;
     std::set_difference(all.begin(), all.end(), matched.begin(), matched.end(),
                         std::back_inserter(paths));
+    return paths;
+}
+
+std::vector<UnmatchedFile> unmatchedFiles(const MetadataFileCrawler& importer,
+                                          const std::vector<MetadataPattern>& patterns)
+{
     std::vector<UnmatchedFile> unmatched;
-    unmatched.reserve(paths.size());
-    for (const std::string& path : paths)
+    for (const std::string& path : unmatchedPaths(importer))
         unmatched.push_back(explain(importer, patterns, path));
     return unmatched;
 }

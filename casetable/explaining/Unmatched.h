@@ -21,6 +21,9 @@ struct UnmatchedFile {
     bool markerFound;
 };
 
+/// The paths of the importer's crawl result that belong to no case, in ascending byte order.
+std::vector<std::string> unmatchedPaths(const MetadataFileCrawler& importer);
+
 /// The files of the importer's crawl result that match not all of `patterns`, the list last applied
 /// and not empty; in ascending byte order of path.
 std::vector<UnmatchedFile> unmatchedFiles(const MetadataFileCrawler& importer,

@@ -15,6 +15,7 @@
 
 #include "casetable/importing/PlainTagValidator.h"
 #include "casetable/system/ExitCode.h"
+#include "casetable/templates/Matcher.h"
 #include "crawler/CrawlerBasicImporterParser.h"
 #include "host/ExceptionBase.h"
 #include "host/ImportLoadContextInterface.h"
@@ -25,9 +26,9 @@ namespace {
 
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
-std::auto_ptr<CrawlerImporterParserInterface> makeParser()
+std::auto_ptr<CrawlerImporterParserInterface> makeParser(const Reading& reading)
 {
-    return std::auto_ptr<CrawlerImporterParserInterface>(new CrawlerBasicImporterParser);
+    return std::auto_ptr<CrawlerImporterParserInterface>(reading.makeParser().release());
 }
 #pragma GCC diagnostic pop
 
@@ -126,23 +127,25 @@ CaseTable makeTable(const LoadContext& context, const std::vector<MetadataPatter
 
 } // namespace
 
-Import::Import(std::unique_ptr<FolderCrawler> crawler, const std::vector<MetadataPattern>& patterns,
+Import::Import(std::unique_ptr<FolderCrawler> crawler, const Reading& reading,
                const std::vector<AuxFileIdentifier>& identifiers)
-    : importer_(makeParser())
+    : importer_(makeParser(reading))
 {
     try {
         importer_.setCrawlResult(crawler->result());
         crawler.reset();
         try {
-            importer_.setMetadataPatternList(patterns);
+            importer_.setMetadataPatternList(reading.patterns());
         } catch (const std::out_of_range& failure) {
-            failOverlap(importer_.files(), patterns, failure.what());
+            failOverlap(importer_.files(), reading.patterns(), failure.what());
+        } catch (const MatchError& failure) {
+            throw Failure(ExitCode::ImportFailed, failure.what());
         }
         if (importer_.hasCases() && !identifiers.empty())
             importer_.setAuxFilesToLoad(chooseAuxFiles(importer_, identifiers));
         LoadContext context;
         importer_.extract(context);
-        table_ = makeTable(context, patterns, identifiers);
+        table_ = makeTable(context, reading.patterns(), identifiers);
     } catch (const ortelo::ExceptionBase& failure) {
         throw Failure(ExitCode::ImportFailed, failure.what());
     }

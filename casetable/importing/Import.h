@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "casetable/importing/CaseTable.h"
+#include "casetable/importing/Reading.h"
 #include "crawler/AuxFileIdentifierValidator.h"
 #include "crawler/FolderCrawler.h"
 #include "crawler/MetadataFileCrawler.h"
-#include "crawler/MetadataPattern.h"
 
 namespace casetable {
 
@@ -21,8 +21,9 @@ public:
     /// cases.
     ///
     /// Throws Failure with ExitCode::ImportFailed when the importer refuses the folder, an
-    /// identifier selects nothing or the markers overlap in a path.
-    Import(std::unique_ptr<FolderCrawler> crawler, const std::vector<MetadataPattern>& patterns,
+    /// identifier selects nothing, the markers overlap in a path, or it cannot be told whether a
+    /// template fits a path.
+    Import(std::unique_ptr<FolderCrawler> crawler, const Reading& reading,
            const std::vector<AuxFileIdentifier>& identifiers);
 
     const MetadataFileCrawler& importer() const { return importer_; }

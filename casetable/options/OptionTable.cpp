@@ -62,6 +62,26 @@ or D. The column keeps the text of the path; what does not convert to a number, 
 or D do not, is NULL.
 )"},
 
+        {Id::Template,
+         Group::Markers,
+         't',
+         "--template",
+         "TEMPLATE",
+         repeatable,
+         none,
+         "Columns at each {name} in a TEMPLATE of whole paths; @FILE holds several",
+         R"(Read each path by
+.IR TEMPLATE ,
+which describes it whole; a column stands at each {name}.
+.B @\fIFILE\fR
+takes a template from each line of
+.IR FILE ,
+but for empty ones and those that begin with #. May be given several times: each path is read by the
+first template that fits it. See
+.BR TEMPLATES .
+)",
+         {Id::String, Id::Number}},
+
         {Id::Aux, Group::Output, 'a', "--aux", "SYNTAX=TAG", repeatable, none,
          "Collect matched files under TAG, by wildcard",
          R"(Collect the matched files whose path ends as the wildcard
@@ -163,7 +183,8 @@ folder above as
 .I ROOT
 is printed too.
 )",
-         {Id::String, Id::Number, Id::Aux, Id::Format, Id::Files, Id::Unmatched, Id::Explain}},
+         {Id::String, Id::Number, Id::Template, Id::Aux, Id::Format, Id::Files, Id::Unmatched,
+          Id::Explain}},
 
         {Id::Files, Group::Output, '\0', "--files", "", once, none,
          "A row for each matched file instead of each case",

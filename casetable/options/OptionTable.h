@@ -14,6 +14,7 @@ enum class OptionId {
     Version,
     String,
     Number,
+    Template,
     Aux,
     Format,
     Output,

@@ -10,6 +10,7 @@
 #include "casetable/importing/PlainTagValidator.h"
 #include "casetable/options/CommandLine.h"
 #include "casetable/options/Help.h"
+#include "casetable/options/Templates.h"
 #include "casetable/system/Output.h"
 
 namespace casetable {
@@ -76,6 +77,20 @@ std::size_t parseDepth(const Option& option, const std::string& text)
     return depth;
 }
 
+// The markers or the templates, in the order in which they were typed.
+Reading readingOf(const CommandLine& line)
+{
+    std::vector<MetadataPattern> markers;
+    for (const CommandLine::Item& item : line.items) {
+        if (item.option->id == OptionId::String)
+            markers.push_back(parseMarker(*item.option, item.value, MetadataPattern::StringValue));
+        else if (item.option->id == OptionId::Number)
+            markers.push_back(parseMarker(*item.option, item.value, MetadataPattern::NumberValue));
+    }
+    const std::vector<std::string> templates = line.valuesOf(OptionId::Template);
+    return templates.empty() ? Reading(markers) : Reading(parseTemplates(templates));
+}
+
 // What each option means. arguments() says the same the other way round.
 void take(Options& options, const Option& option, const std::string& value)
 {
@@ -84,11 +99,9 @@ void take(Options& options, const Option& option, const std::string& value)
     case OptionId::Version:
         break; // They are no part of what a run is told.
     case OptionId::String:
-        options.patterns.push_back(parseMarker(option, value, MetadataPattern::StringValue));
-        break;
     case OptionId::Number:
-        options.patterns.push_back(parseMarker(option, value, MetadataPattern::NumberValue));
-        break;
+    case OptionId::Template:
+        break; // Taken together by readingOf().
     case OptionId::Aux:
         options.identifiers.push_back(parseIdentifier(option, value));
         break;
@@ -230,6 +243,7 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
     options.source.selection.hidden = false;
     for (const CommandLine::Item& item : line.items)
         take(options, *item.option, item.value);
+    options.reading = readingOf(line);
     if (line.has(OptionId::Version)) {
         print("casetable " CASETABLE_VERSION "\n");
         return std::nullopt;
@@ -247,8 +261,9 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
     // That --suggest takes no marker must be said before one is asked for.
     if (line.has(OptionId::Suggest))
         refuseContradictions(line, OptionGroup::Markers);
-    else if (options.patterns.empty())
-        failUsage("no marker is given; use --string or --number, or find some with --suggest");
+    else if (options.reading.patterns().empty())
+        failUsage("no marker and no template is given; use --string, --number or --template, or "
+                  "find some with --suggest");
     refuseContradictions(line, OptionGroup::Output);
     refuseContradictions(line, OptionGroup::Markers);
 
@@ -288,9 +303,14 @@ std::vector<std::string> arguments(const Options& options)
     if (source.list)
         add(OptionId::FromList, *source.list);
     addIf(OptionId::Null, source.nullSeparated);
-    for (const MetadataPattern& pattern : options.patterns) {
-        const bool isNumber = pattern.valueType == MetadataPattern::NumberValue;
-        add(isNumber ? OptionId::Number : OptionId::String, pattern.pattern);
+    if (options.reading.templates()) {
+        for (const Template& each : options.reading.templates()->templates())
+            add(OptionId::Template, templateValue(each.text()));
+    } else {
+        for (const MetadataPattern& pattern : options.reading.patterns()) {
+            const bool isNumber = pattern.valueType == MetadataPattern::NumberValue;
+            add(isNumber ? OptionId::Number : OptionId::String, pattern.pattern);
+        }
     }
     for (const AuxFileIdentifier& identifier : options.identifiers)
         add(OptionId::Aux, identifier.syntaxName + '=' + identifier.tag);

@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "casetable/importing/Reading.h"
 #include "casetable/listing/Source.h"
 #include "casetable/writing/Formats.h"
 #include "crawler/AuxFileIdentifierValidator.h"
-#include "crawler/MetadataPattern.h"
 
 namespace casetable {
 
@@ -22,8 +22,8 @@ enum class Rows { Cases, Files, Unmatched };
 struct Options {
     Mode mode = Mode::Table;
     Source source;
-    /// In the order in which they were given; none to suggest from, at least one otherwise.
-    std::vector<MetadataPattern> patterns;
+    /// By markers or templates in the order in which they were given; by none to suggest some.
+    Reading reading;
     std::vector<AuxFileIdentifier> identifiers;
     /// As asked for, or as the ending of `output` says; null where neither says anything.
     const Format* format = nullptr;

@@ -14,14 +14,10 @@ namespace {
 // Back to the first column, and nothing right of it.
 const char* const eraseLine = "\r\x1b[K";
 
-// Of a terminal that does not tell.
-const std::size_t usualColumns = 80;
-
 std::size_t terminalColumns()
 {
     winsize size = {};
-    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col
-                                                                           : usualColumns;
+    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
 }
 
 void writeAll(const std::string& text)
@@ -48,10 +44,10 @@ void Console::beQuiet()
     quiet_ = true;
 }
 
-void Console::error(const std::string& message)
+void Console::error(const std::string& message, const std::string& excerpt)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
-    writeLine(inColour(Colour::BoldRed, "casetable:") + " ", message);
+    writeLine(inColour(Colour::BoldRed, "casetable:") + " ", message, excerpt);
 }
 
 void Console::warning(const std::string& message)
@@ -93,11 +89,12 @@ void Console::clearStatus()
     statusShown_ = false;
 }
 
-void Console::writeLine(const std::string& beginning, const std::string& message)
+void Console::writeLine(const std::string& beginning, const std::string& message,
+                        const std::string& excerpt)
 {
     const std::string erase = statusShown_ ? eraseLine : "";
     statusShown_ = false;
-    writeAll(erase + beginning + printable(message) + "\n");
+    writeAll(erase + beginning + printable(message) + "\n" + excerpt);
 }
 
 std::string Console::inColour(Colour colour, const std::string& text) const

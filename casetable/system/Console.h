@@ -18,8 +18,9 @@ public:
     /// Leaves out notes, warnings and the status line from now on.
     void beQuiet();
 
-    /// An error, always shown.
-    void error(const std::string& message);
+    /// An error, always shown; `excerpt` is printable lines, each with its end, to show below it as
+    /// they are.
+    void error(const std::string& message, const std::string& excerpt = "");
 
     /// A warning, shown unless quiet.
     void warning(const std::string& message);
@@ -37,7 +38,8 @@ public:
     void clearStatus();
 
 private:
-    void writeLine(const std::string& beginning, const std::string& message);
+    void writeLine(const std::string& beginning, const std::string& message,
+                   const std::string& excerpt = "");
     std::string inColour(Colour colour, const std::string& text) const;
 
     const bool terminal_;

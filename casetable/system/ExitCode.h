@@ -18,9 +18,16 @@ enum class ExitCode {
 /// Ends the program with a one-line message and an exit code.
 class Failure : public std::runtime_error {
 public:
-    Failure(ExitCode code, const std::string& message) : std::runtime_error(message), code(code) {}
+    Failure(ExitCode code, const std::string& message, const std::string& excerpt = "")
+        : std::runtime_error(message), code(code), excerpt(excerpt)
+    {
+    }
 
     const ExitCode code;
+
+    /// Printable lines to show below the message, each with its end: what is wrong, and marks under
+    /// the place.
+    const std::string excerpt;
 };
 
 } // namespace casetable

@@ -1,0 +1,21 @@
+#ifndef CASETABLE_EXPLAINING_TEMPLATEREMARKS_H
+#define CASETABLE_EXPLAINING_TEMPLATEREMARKS_H
+
+#include <string>
+#include <vector>
+
+#include "casetable/templates/TemplateList.h"
+#include "crawler/MetadataFileCrawler.h"
+
+namespace casetable {
+
+/// What in the templates of a finished import its user has probably not meant, one line for each: a
+/// template that reads no file; an optional part that no file takes; files in which a wildcard or a
+/// column holds the text with which a part begins that is left out. Reads every matched path again.
+/// Throws MatchError.
+std::vector<std::string> remarks(const MetadataFileCrawler& importer,
+                                 const TemplateList& templates);
+
+} // namespace casetable
+
+#endif

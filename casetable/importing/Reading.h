@@ -1,0 +1,43 @@
+#ifndef CASETABLE_IMPORTING_READING_H
+#define CASETABLE_IMPORTING_READING_H
+
+#include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "casetable/templates/TemplateList.h"
+#include "crawler/CrawlerImporterParserInterface.h"
+#include "crawler/MetadataPattern.h"
+
+namespace casetable {
+
+/// How an import reads paths: by markers or by templates.
+class Reading {
+public:
+    /// By markers, which stand in front of values; no import goes without any.
+    explicit Reading(std::vector<MetadataPattern> markers = {}) : patterns_(std::move(markers)) {}
+
+    explicit Reading(TemplateList templates)
+        : patterns_(templates.patterns()), templates_(std::move(templates))
+    {
+    }
+
+    /// The columns, which an importer is given as its pattern list: markers, or the names of the
+    /// templates' columns.
+    const std::vector<MetadataPattern>& patterns() const { return patterns_; }
+
+    /// None where paths are read by markers.
+    const std::optional<TemplateList>& templates() const { return templates_; }
+
+    /// A parser that reads so.
+    std::unique_ptr<CrawlerImporterParserInterface> makeParser() const;
+
+private:
+    std::vector<MetadataPattern> patterns_;
+    std::optional<TemplateList> templates_;
+};
+
+} // namespace casetable
+
+#endif
