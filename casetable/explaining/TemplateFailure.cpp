@@ -37,7 +37,7 @@ std::string failureReason(const TemplateFailure& failure, const std::string& pat
     if (failure.beginning.elements == elements.size())
         return "the path goes on behind '" + fitting + "', where the template ends";
     const std::string failed =
-        elementText(*failure.pathTemplate, elements[failure.beginning.elements]);
+        "'" + elementText(*failure.pathTemplate, elements[failure.beginning.elements]) + "'";
     return fitting.empty() ? failed + " does not fit the beginning of the path"
                            : failed + " does not fit behind '" + fitting + "'";
 }

@@ -49,7 +49,7 @@ std::vector<std::string> parts(const Options& options)
         options.quiet ? "quiet" : "not quiet"};
     for (const Glob& glob : source.selection.excluded)
         texts.push_back("exclude " + glob.text());
-    for (const MetadataPattern& pattern : options.patterns)
+    for (const MetadataPattern& pattern : options.reading.patterns())
         texts.push_back("pattern " + std::to_string(static_cast<int>(pattern.valueType)) + ' ' +
                         pattern.pattern);
     for (const AuxFileIdentifier& identifier : options.identifiers)
@@ -91,7 +91,7 @@ public:
             return options;
 
         for (std::size_t k = 1 + below(3); k > 0; --k)
-            options.patterns.emplace_back(text(), oneOfTwo() ? MetadataPattern::NumberValue
+            options.reading.patterns().emplace_back(text(), oneOfTwo() ? MetadataPattern::NumberValue
                                                              : MetadataPattern::StringValue);
         if (options.mode == Mode::Explain) {
             options.explained = explained(source.root);
@@ -162,11 +162,11 @@ TEST(Options, KeepTheOrderOfMarkersAndIdentifiers)
         parse({"-s", "a", "-a", "*.x=X", "--number=b", "-s", "c", "--aux", "k=v=Y", "root", "-nd"});
 
     ASSERT_TRUE(options);
-    ASSERT_EQ(options->patterns.size(), 4u);
+    ASSERT_EQ(options->reading.patterns().size(), 4u);
     const std::vector<std::string> markers = {"a", "b", "c", "d"};
     for (std::size_t k = 0; k < markers.size(); ++k) {
-        EXPECT_EQ(options->patterns[k].pattern, markers[k]);
-        EXPECT_EQ(options->patterns[k].valueType,
+        EXPECT_EQ(options->reading.patterns()[k].pattern, markers[k]);
+        EXPECT_EQ(options->reading.patterns()[k].valueType,
                   k % 2 == 0 ? MetadataPattern::StringValue : MetadataPattern::NumberValue);
     }
     ASSERT_EQ(options->identifiers.size(), 2u);
@@ -185,7 +185,7 @@ TEST(Options, KnowShortAndLongNames)
           std::vector<const char*>{"-qLsm", "-fjson", "--output=file", "--", "root"}}) {
         const std::optional<Options> options = parse(arguments);
         ASSERT_TRUE(options);
-        EXPECT_EQ(options->patterns.at(0).pattern, "m");
+        EXPECT_EQ(options->reading.patterns().at(0).pattern, "m");
         EXPECT_EQ(options->format, formatNamed("json"));
         EXPECT_EQ(options->output, std::string("file"));
         EXPECT_TRUE(options->source.follow);
@@ -204,7 +204,7 @@ TEST(Options, AskForMarkersToBeSuggested)
     EXPECT_EQ(options->source.selection.maxDepth, 2u);
     EXPECT_TRUE(options->source.follow);
     EXPECT_TRUE(options->quiet);
-    EXPECT_TRUE(options->patterns.empty());
+    EXPECT_TRUE(options->reading.patterns().empty());
     EXPECT_EQ(parse({"--suggest", "--from-list", "-"})->source.list, std::string("-"));
 }
 
