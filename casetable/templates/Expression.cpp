@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <new>
 #include <type_traits>
-#include <utility>
 
 #define PCRE2_CODE_UNIT_WIDTH 8
 #include <pcre2.h>
@@ -14,11 +13,12 @@ namespace casetable {
 
 namespace {
 
-// More than any path of a real tree needs, and so little that giving up takes about a second.
+// More choices than any path of a real tree needs, and so few that giving up takes a fraction of a
+// second.
 const std::uint32_t matchLimit = 10'000'000;
 const std::uint32_t heapLimitInKibibytes = 64 * 1024;
-const std::size_t firstJitStack = 32 * 1024;
-const std::size_t largestJitStack = 1024 * 1024;
+const std::size_t firstJitStack = 32768;
+const std::size_t largestJitStack = 1048576;
 // Deeper than a template of the greatest depth needs.
 const std::uint32_t nestLimit = 1000;
 
@@ -87,15 +87,9 @@ bool beginsWith(std::string_view text, std::string_view beginning)
     return text.substr(0, beginning.size()) == beginning;
 }
 
-bool isDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
-
-const char* const refersToGroups =
-    "an expression in a template refers to no group and has no conditions";
-
 // Why an item, given with all that follows it, has no place in a column; null where it has one.
+// Groups that are not there are refused by the engine itself; here are the whole expression, which
+// has the number 0, and what would be a group in a larger one.
 const char* refusal(std::string_view item)
 {
     if (beginsWith(item, "(*"))
@@ -103,22 +97,13 @@ const char* refusal(std::string_view item)
     if (beginsWith(item, "(?P<") || beginsWith(item, "(?'") ||
         (beginsWith(item, "(?<") && !beginsWith(item, "(?<=") && !beginsWith(item, "(?<!")))
         return "an expression in a template names no groups";
-    if (beginsWith(item, "(?(") || beginsWith(item, "(?R") || beginsWith(item, "(?P") ||
-        beginsWith(item, "(?&"))
-        return refersToGroups;
-    if (beginsWith(item, "(?")) {
-        const std::string_view behind = item.substr(2);
-        const bool isSigned = beginsWith(behind, "+") || beginsWith(behind, "-");
-        const std::string_view number = behind.substr(isSigned ? 1 : 0);
-        return !number.empty() && isDigit(number[0]) ? refersToGroups : nullptr;
-    }
     if (beginsWith(item, "\\K"))
         return "an expression in a template has no \\K";
-    if (item.size() < 2 || item[0] != '\\')
-        return nullptr;
-    const bool isReference =
-        item[1] == 'g' || item[1] == 'k' || (isDigit(item[1]) && item[1] != '0');
-    return isReference ? refersToGroups : nullptr;
+    const bool isNumber = item.size() > 1 && item[0] == '\\' && item[1] >= '1' && item[1] <= '9';
+    if (isNumber || beginsWith(item, "\\g") || beginsWith(item, "(?R") || beginsWith(item, "(?0") ||
+        beginsWith(item, "(?("))
+        return "an expression in a template refers to no group and has no conditions";
+    return nullptr;
 }
 
 // The first refusal in an expression. The engine calls back through code that no exception passes.
@@ -164,8 +149,8 @@ struct Expression::Code {
     CodePointer pointer;
 };
 
-Expression::Expression(Translation translation)
-    : groups_(std::move(translation.groups)),
+Expression::Expression(const Translation& translation)
+    : groups_(translation.groups),
       code_(new Code{compiled(translation.expression, PCRE2_ANCHORED | PCRE2_DUPNAMES)})
 {
     // Where there is no such thing, or too little memory for it, matching takes the longer way.

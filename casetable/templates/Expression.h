@@ -29,7 +29,7 @@ public:
 class Expression {
 public:
     /// Throws ExpressionError.
-    explicit Expression(Translation translation);
+    explicit Expression(const Translation& translation);
     Expression(const Expression&) = delete;
     Expression& operator=(const Expression&) = delete;
     ~Expression();

@@ -114,7 +114,7 @@ struct Matcher::Impl {
 
 Matcher::Matcher(const Template& pathTemplate) : impl_(new Impl(pathTemplate)) {}
 
-Matcher::Matcher(Matcher&&) noexcept = default;
+Matcher::Matcher(Matcher&& other) noexcept = default;
 
 Matcher::~Matcher() = default;
 

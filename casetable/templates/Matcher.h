@@ -56,7 +56,7 @@ struct Beginning {
 class Matcher {
 public:
     explicit Matcher(const Template& pathTemplate);
-    Matcher(Matcher&&) noexcept;
+    Matcher(Matcher&& other) noexcept;
     ~Matcher();
 
     /// Whether the template fits the whole path.

@@ -93,10 +93,10 @@ struct TemplateElement {
 class Template {
 public:
     /// The longest template in bytes, and how deeply parts may be nested.
-    static const std::size_t maxSize = 65536;
-    static const std::size_t maxDepth = 100;
+    static constexpr std::size_t maxSize = 65536;
+    static constexpr std::size_t maxDepth = 100;
     /// The largest fixed width.
-    static const std::size_t maxWidth = 65535;
+    static constexpr std::size_t maxWidth = 65535;
 
     /// Throws TemplateError when the text is none of these, has no columns, names one `case`,
     /// `path` or `files`, or makes an expression that is too large for the engine. An expression

@@ -32,7 +32,8 @@
 //
 // The last W is left out where C begins with a wildcard that takes all that W takes: whatever both
 // take together, that one takes alone. With both, a path without any of the parts would be divided
-// between them in every way, and each further wildcard multiplies the ways.
+// between them in every way, and each further wildcard multiplies the ways. A part that is alone
+// there needs no group <at>: `W[A]W` is (?:WA)?W.
 
 namespace casetable {
 
@@ -111,8 +112,8 @@ public:
     // Where `isOpenEnded`, the last element takes as much as it can.
     void addSequence(Iterator begin, Iterator end, bool isOpenEnded)
     {
-        for (Iterator element = begin; element != end;) {
-            Iterator next = std::next(element);
+        for (auto element = begin; element != end;) {
+            auto next = std::next(element);
             if (isWildcard(*element)) {
                 while (next != end && next->kind == Kind::Part)
                     ++next;
@@ -191,7 +192,7 @@ private:
         const std::string otherwise = "(?(<" + name + ">)|";
         const std::string mark = "(?<" + name + ">)";
         const bool isMarked = !isCovered || std::distance(begin, end) > 2;
-        for (Iterator part = std::next(begin); part != end; ++part) {
+        for (auto part = std::next(begin); part != end; ++part) {
             const bool isFirst = part == std::next(begin);
             add(isFirst ? "(?:" : "(?:" + otherwise);
             addElement(*begin, wildcard, "?");

@@ -11,8 +11,8 @@ namespace casetable {
 
 /// An expression that says what a template says, and what its groups are.
 struct Translation {
-    /// The value of a group that tells nothing to anybody outside of the expression.
-    static const std::size_t internal = static_cast<std::size_t>(-1);
+    /// In place of an index, for a group that serves the expression alone.
+    static constexpr std::size_t internal = static_cast<std::size_t>(-1);
 
     std::string expression;
     /// For each group, from the first: the index of the column, or of the element, counted with
