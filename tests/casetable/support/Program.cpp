@@ -136,7 +136,7 @@ void useStream(int descriptor, int number)
     useStream(open(input, O_RDONLY), STDIN_FILENO);
     useStream(output, STDOUT_FILENO);
     useStream(errors, STDERR_FILENO);
-    std::signal(SIGINT, SIG_DFL);
+    useDefaultInterrupts();
     setenv("TERM", "xterm", 1);
     if (setting.colours)
         unsetenv("NO_COLOR");
@@ -264,7 +264,7 @@ bool Program::waitUntilIn(long systemCall) const
 
 Outcome Program::finish()
 {
-    const auto deadline = Clock::now() + patience;
+    auto deadline = Clock::now() + patience;
     while ((output_ >= 0 || errors_ >= 0) && Clock::now() < deadline)
         readSome(1000, true);
     int status = 0;
@@ -272,6 +272,7 @@ Outcome Program::finish()
         if (Clock::now() > deadline) {
             ADD_FAILURE() << "the program does not end";
             kill(id_, SIGKILL);
+            deadline = Clock::time_point::max();
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
