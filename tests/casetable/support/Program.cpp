@@ -150,15 +150,43 @@ void useStream(int descriptor, int number)
 
 } // namespace
 
+bool operator==(const Outcome& a, const Outcome& b)
+{
+    return a.exitCode == b.exitCode && a.signal == b.signal && a.output == b.output &&
+           a.errors == b.errors;
+}
+
 std::ostream& operator<<(std::ostream& stream, const Outcome& outcome)
 {
+    if (!outcome.arguments.empty())
+        stream << "casetable " << testing::PrintToString(outcome.arguments) << "\n";
     return stream << "exit code " << outcome.exitCode << ", signal " << outcome.signal
                   << "\noutput: " << testing::PrintToString(outcome.output)
                   << "\nerrors: " << testing::PrintToString(outcome.errors);
 }
 
+Outcome ends(int exitCode, const std::string& output, const std::string& message)
+{
+    Outcome outcome;
+    outcome.exitCode = exitCode;
+    outcome.output = output;
+    outcome.errors = message.empty() ? "" : "casetable: " + message + "\n";
+    return outcome;
+}
+
+Outcome prints(const std::string& output, const std::string& message)
+{
+    return ends(0, output, message);
+}
+
+Outcome fails(int exitCode, const std::string& message)
+{
+    return ends(exitCode, "", message);
+}
+
 Program::Program(const Arguments& arguments, const Setting& setting)
 {
+    outcome_.arguments = arguments;
     tellSanitizersApart();
     Arguments all = setting.program;
     all.push_back(CASETABLE_PROGRAM);
@@ -298,6 +326,27 @@ Setting in(const TemporaryTree& tree)
 {
     Setting setting;
     setting.folder = tree.path();
+    return setting;
+}
+
+Setting withOutput(const TemporaryTree& tree, Stream output)
+{
+    Setting setting = in(tree);
+    setting.output = output;
+    return setting;
+}
+
+Setting withErrors(const TemporaryTree& tree, Stream errors)
+{
+    Setting setting = in(tree);
+    setting.errors = errors;
+    return setting;
+}
+
+Setting withOrdinaryUser(const TemporaryTree& tree)
+{
+    Setting setting = in(tree);
+    setting.ordinaryUser = true;
     return setting;
 }
 
