@@ -76,44 +76,28 @@ struct Watch {
     }
 };
 
-/// A folder of `breadth` folders and as many files on each of so many levels, made as it is listed.
-struct MadeEntry : FileInfoInterface {
-    MadeEntry(Watch& theWatch, std::string thePath, int theLevels, int theBreadth, bool isItFile)
-        : watch(theWatch), path(std::move(thePath)), levels(theLevels), breadth(theBreadth),
-          file(isItFile)
-    {
-    }
-
-    bool isDirectory() const override { return watch.note(), !file; }
-    bool isReadable() const override { return watch.note(), true; }
-    bool isFile() const override { return watch.note(), file; }
-    bool exists() const override { return watch.note(), true; }
-    std::string fullPath() const override { return watch.note(), path; }
-    std::string fileName() const override { return watch.note(), path.substr(path.rfind('/') + 1); }
-    std::vector<FilePtr> entries(const std::string&) const override
-    {
-        watch.note();
+/// A folder of `breadth` files and, on all but the last of `levels` levels, as many folders; made
+/// as it is listed.
+doubles::MemoryFilePtr madeTree(Watch& watch, int levels, int breadth,
+                                const std::string& path = "/r")
+{
+    const doubles::Hook note = [&watch](const std::string&) { watch.note(); };
+    const doubles::MemoryFilePtr folder = doubles::memoryFolder(path);
+    folder->hook = note;
+    folder->makeEntries = [&watch, levels, breadth, path, note] {
         std::vector<FilePtr> made;
         for (int i = 0; i < breadth; ++i) {
-            made.push_back(
-                boost::make_shared<MadeEntry>(watch, path + "/T" + std::to_string(i), 0, 0, true));
+            const doubles::MemoryFilePtr file =
+                doubles::memoryFile(path + "/T" + std::to_string(i));
+            file->hook = note;
+            made.push_back(file);
             if (levels > 1)
-                made.push_back(boost::make_shared<MadeEntry>(watch, path + "/d" + std::to_string(i),
-                                                             levels - 1, breadth, false));
+                made.push_back(
+                    madeTree(watch, levels - 1, breadth, path + "/d" + std::to_string(i)));
         }
         return made;
-    }
-
-    Watch& watch;
-    const std::string path;
-    const int levels;
-    const int breadth;
-    const bool file;
-};
-
-FilePtr madeTree(Watch& watch, int levels, int breadth)
-{
-    return boost::make_shared<MadeEntry>(watch, "/r", levels, breadth, false);
+    };
+    return folder;
 }
 
 /// The files of such a tree, by its definition.
