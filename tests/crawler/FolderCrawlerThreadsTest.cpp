@@ -113,7 +113,7 @@ Files filesOfMadeTree(int levels, int breadth, const std::string& above = "")
     return files;
 }
 
-/// An entry of the machine's own file system.
+/// An entry of the machine's own file system, whose calls wait for the disk as a host's do.
 struct RealEntry : FileInfoInterface {
     RealEntry(Watch& theWatch, std::filesystem::path thePath)
         : watch(theWatch), path(std::move(thePath))
