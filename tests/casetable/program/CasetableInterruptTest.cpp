@@ -18,18 +18,12 @@ namespace {
 
 using Names = std::set<std::string>;
 
-// The status line tells that the walk is under way and signals are caught.
-bool isWalking(const std::string& errors)
-{
-    return errors.find(" folders, ") != std::string::npos;
-}
-
 Outcome interruptWalk(const TemporaryTree& tree, int signal, const Arguments& options)
 {
     Arguments arguments = {"-n", "T", "-L", "results"};
     arguments.insert(arguments.end(), options.begin(), options.end());
     Program program(arguments, withErrors(tree, Stream::Terminal));
-    program.waitForErrors(isWalking);
+    program.waitForWalk();
     program.send(signal);
     return program.finish();
 }
@@ -89,7 +83,7 @@ TEST(CasetableInterrupt, EndsAWalkThatTheSystemKeepsWaitingWhenItComesAgain)
                                     {"-D", "-P", tree.path("results")});
     setting.errors = Stream::Terminal;
     Program program({"-n", "T", "-o", "out", tree.path("results")}, setting);
-    program.waitForErrors(isWalking);
+    program.waitForWalk();
 
     for (int i = 0; i < 30; ++i) {
         program.send(SIGINT);

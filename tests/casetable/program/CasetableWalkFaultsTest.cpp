@@ -19,11 +19,6 @@ const char* const accessCalls = "faccessat,faccessat2";
 const char* const statusCalls = "newfstatat,statx";
 const std::string eraseLine = "\r\x1b[K";
 
-bool isWalking(const std::string& errors)
-{
-    return errors.find(" folders, ") != std::string::npos;
-}
-
 // What stays on the terminal: every status line is erased before anything else is written.
 std::string withoutStatus(std::string errors)
 {
@@ -144,7 +139,7 @@ protected:
         Arguments arguments = {"-s", "fi", "-L", "T1"};
         arguments.insert(arguments.end(), options.begin(), options.end());
         Program program(arguments, withErrors(tree_, Stream::Terminal));
-        program.waitForErrors(isWalking);
+        program.waitForWalk();
         remove();
         return program.finish();
     }

@@ -250,6 +250,12 @@ void Program::waitForErrors(const std::function<bool(const std::string&)>& reach
     EXPECT_TRUE(reached(outcome_.errors)) << outcome_;
 }
 
+void Program::waitForWalk()
+{
+    waitForErrors(
+        [](const std::string& errors) { return errors.find(" folders, ") != std::string::npos; });
+}
+
 std::string Program::errorsFor(int milliseconds)
 {
     const auto deadline = Clock::now() + std::chrono::milliseconds(milliseconds);

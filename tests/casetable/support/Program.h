@@ -75,6 +75,10 @@ public:
     /// Reads standard error until `reached` holds for what came so far.
     void waitForErrors(const std::function<bool(const std::string&)>& reached);
 
+    /// The same until a status line tells on the terminal that the walk is under way, by when the
+    /// program catches signals.
+    void waitForWalk();
+
     /// Reads standard error for a while, to see that nothing comes.
     std::string errorsFor(int milliseconds);
 
