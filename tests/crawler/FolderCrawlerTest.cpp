@@ -33,6 +33,7 @@
 #include "host/ExceptionBase.h"
 #include "host/FileInfoInterface.h"
 #include "tests/crawler/Doubles.h"
+#include "tests/support/Sanitizer.h"
 
 namespace {
 
@@ -602,16 +603,8 @@ template struct AbortFlagAccess<&FolderCrawler::aborted_>;
 /// the thread's end handed over. No verdict of a test depends on it.
 void letTheDestructorBlock()
 {
-#if defined(__SANITIZE_THREAD__)
-#define CRAWLER_TESTS_UNDER_TSAN
-#elif defined(__has_feature)
-#if __has_feature(thread_sanitizer)
-#define CRAWLER_TESTS_UNDER_TSAN
-#endif
-#endif
-#ifdef CRAWLER_TESTS_UNDER_TSAN
-    std::this_thread::sleep_for(std::chrono::milliseconds(200));
-#endif
+    if (BUILT_WITH_THREAD_SANITIZER)
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
 }
 
 } // namespace

@@ -41,6 +41,7 @@
 #include "crawler/MetadataPattern.h"
 #include "host/FileInfoInterface.h"
 #include "tests/crawler/Doubles.h"
+#include "tests/support/Sanitizer.h"
 
 namespace {
 
@@ -48,19 +49,6 @@ using doubles::FilePtr;
 using doubles::runToEnd;
 
 using Files = std::list<std::string>;
-
-#if defined(__SANITIZE_THREAD__)
-#define CRAWLER_TESTS_UNDER_TSAN
-#elif defined(__has_feature)
-#if __has_feature(thread_sanitizer)
-#define CRAWLER_TESTS_UNDER_TSAN
-#endif
-#endif
-#ifdef CRAWLER_TESTS_UNDER_TSAN
-const bool underThreadSanitizer = true;
-#else
-const bool underThreadSanitizer = false;
-#endif
 
 /// What the walks of one crawler do. Outlives the crawler, as a host's file system does.
 struct Watch {
@@ -184,7 +172,7 @@ class EndSeenBySanitizer {
 public:
     explicit EndSeenBySanitizer(FolderCrawler& crawler)
     {
-        if (!underThreadSanitizer)
+        if (!BUILT_WITH_THREAD_SANITIZER)
             return;
         const auto destroying = destroying_;
         const long owner = syscall(SYS_gettid);
@@ -363,7 +351,7 @@ private:
         const std::future<void> stop = stop_.get_future();
         // ThreadSanitizer does not see the lock of Qt's queue, so there all is delivered at the
         // end.
-        while (!underThreadSanitizer &&
+        while (!BUILT_WITH_THREAD_SANITIZER &&
                stop.wait_for(std::chrono::microseconds(50)) != std::future_status::ready)
             QCoreApplication::sendPostedEvents();
         stop.wait();

@@ -19,8 +19,8 @@
 #include "tests/casetable/support/Injection.h"
 #include "tests/casetable/support/OrdinaryUser.h"
 #include "tests/casetable/support/Program.h"
-#include "tests/casetable/support/Sanitizer.h"
 #include "tests/casetable/support/TemporaryTree.h"
+#include "tests/support/Sanitizer.h"
 
 namespace casetable {
 namespace tests {

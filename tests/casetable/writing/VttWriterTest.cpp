@@ -18,9 +18,9 @@
 #include "casetable/system/ExitCode.h"
 #include "casetable/system/Output.h"
 #include "tests/casetable/support/OrdinaryUser.h"
-#include "tests/casetable/support/Sanitizer.h"
 #include "tests/casetable/support/TemporaryTree.h"
 #include "tests/casetable/support/Vtt.h"
+#include "tests/support/Sanitizer.h"
 
 namespace casetable {
 namespace tests {
