@@ -479,7 +479,7 @@ TEST(FolderCrawler, EndsTheProgramWhenAnyOtherExceptionLeavesItsOwnThread)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe"); // Others may have left threads of Qt.
     const FileSystem disk;
-    const EntryPtr folder = disk.directory("/r");
+    const auto folder = disk.directory("/r");
     folder->hook = throwAt("/r entries()", std::runtime_error("of the host"));
     FolderCrawler crawler(folder);
 
