@@ -102,8 +102,8 @@ struct AuxFileIdentifierValidator::Impl {
         entries.reserve(auxFiles.size());
         for (const auto& file : auxFiles) {
             candidates.append(QString::fromStdString(file->filePath()));
-            // The way back from QString is how a selected candidate finds its file again, also
-            // where the path is not UTF-8 and differs from it.
+            // A file is found again by its path as it comes back from QString, which is another
+            // one where the file's own is not UTF-8.
             const auto entry =
                 pathMap.emplace_hint(pathMap.end(), candidates.back().toStdString(), nullptr);
             entry->second = file;
@@ -140,7 +140,7 @@ bool AuxFileIdentifierValidator::isValid() const
 {
     std::set<std::string> visited;
     bool valid = true;
-    // Asked once for the emptiness test and again for the loop, on purpose: providers see both.
+    // By contract the provider is asked twice: whether there is anything, and again for the list.
     if (!impl_->provider.identifiers().empty()) {
         for (const AuxFileIdentifier& identifier : impl_->provider.identifiers()) {
             visited.insert(identifier.syntaxName);
@@ -153,7 +153,7 @@ bool AuxFileIdentifierValidator::isValid() const
             }
         }
     }
-    // Also the names that failed or were never judged, on purpose.
+    // By contract also the names that failed, and those that were never judged.
     impl_->syntaxFilter->setCache(visited);
     return valid;
 }
@@ -167,7 +167,7 @@ boost::shared_ptr<AuxFileCollectionInterface> AuxFileIdentifierValidator::auxFil
 {
     const auto collection = boost::make_shared<AuxFileCollection>();
     std::set<boost::shared_ptr<AuxFileInfoInterface>> recorded;
-    auto next = recorded.end(); // Where the next file most likely belongs: they were made in a row.
+    auto next = recorded.end(); // Where the next file belongs if files were made one by one.
     for (const AuxFileIdentifier& identifier : impl_->provider.identifiers()) {
         if (!impl_->tagValidator->validate(identifier.tag).isValid() ||
             !impl_->syntaxFilter->validate(identifier.syntaxName).isValid())

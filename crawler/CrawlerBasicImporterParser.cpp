@@ -45,8 +45,9 @@ CrawlerBasicImporterParser::Impl::registerCase(const boost::shared_ptr<CrawlerFi
     return owner;
 }
 
-// Called before a new case. The newest one so far mostly has all its files then; an older one, that
-// others interrupt time and again, must not be copied every time.
+// Called before a new case. The newest case so far then mostly has all its files, so its list gives
+// back the memory that it took ahead. An older case does not: it may get its files one by one
+// between those of others, and would be copied each time.
 void CrawlerBasicImporterParser::Impl::giveBackSpareMemory(FilesOfCases::iterator last)
 {
     if (last != filePathsByCase.end() && last->second.front()->caseIndex() + 1 == caseKeys.size())

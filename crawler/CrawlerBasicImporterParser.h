@@ -28,15 +28,16 @@ public:
     /// without metadata, in place of the old one. Leaves the cases as they are.
     void appendRawFilePath(const std::string& path) override;
 
-    /// Forgets every path. The cases of the last application stay until the next one, on purpose.
+    /// Forgets every path. The cases of the last application can be read until the next one.
     void clearFilePaths() override;
 
-    /// Reads the metadata of every path and numbers the cases anew. An empty list leaves no cases
-    /// and no metadata, but each file's matched flag and case index as they were, on purpose.
+    /// Reads the metadata of every path and numbers the cases anew. With an empty list no path is
+    /// matched: there are no cases and no metadata then, and each file keeps its matched flag and
+    /// its case index.
     ///
-    /// Throws std::out_of_range ("invalid string position") for a path in which overlapping markers
-    /// leave a text marker a segment shorter than itself and all extension; the cases built so far
-    /// stay.
+    /// Throws std::out_of_range ("invalid string position") for a path in which a marker begins
+    /// within the text marker before it, and what is left of that one is all extension, as in
+    /// `x.ab` with the markers `.ab` and `b`. The cases built so far stay.
     void applyMetadataPatternList(const std::vector<MetadataPattern>& patterns) override;
 
     std::vector<MetadataInfo> metadataInfoList(const std::string& name) const override;

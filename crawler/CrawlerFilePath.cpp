@@ -77,7 +77,8 @@ bool CrawlerFilePath::applyMetadataPatterns(const std::vector<MetadataPattern>& 
     const bool allFound = reading::locateMarkers(rawPath_, patterns, positions);
     positions.push_back(rawPath_.size());
     const bool matched = allFound && extractValues(patterns, positions.data());
-    // An unmatched file keeps the values of its last match, on purpose; nobody reads them.
+    // An unmatched file keeps the values of its last match: nobody reads them, and the next match
+    // reuses their memory.
     if (matched) {
         metadataValues_.resize(metadataInfos_.size());
         for (std::size_t k = 0; k < metadataInfos_.size(); ++k)
@@ -87,7 +88,8 @@ bool CrawlerFilePath::applyMetadataPatterns(const std::vector<MetadataPattern>& 
     return matched_;
 }
 
-// What was read before a pattern that fails stays in the metadata infos, on purpose.
+// What was read before a pattern that fails stays in the metadata infos: they tell how far the
+// patterns matched.
 bool CrawlerFilePath::extractValues(const std::vector<MetadataPattern>& patterns,
                                     const std::size_t* positions)
 {

@@ -11,7 +11,7 @@ namespace {
 // sanitizers. Only address space is reserved; memory is taken as the walk descends.
 const unsigned crawlStackBytes = 64U * 1024U * 1024U;
 
-// The joined path in one piece of memory of its own size: a walk keeps as many as there are files.
+// Takes memory once, and no more than the path needs: a walk keeps the path of every file.
 std::string pathBelow(const std::string& relativePath, std::string fileName)
 {
     if (relativePath.empty())

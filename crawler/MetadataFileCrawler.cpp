@@ -103,9 +103,9 @@ vtkSmartPointer<vtkAbstractArray> makeColumn(MetadataPattern::ValueType valueTyp
     return vtkSmartPointer<vtkVariantArray>::New();
 }
 
-// The parser is asked for its number of cases once per column here and once before each row below:
-// a host's own parser relies on it. Each works on a copy of the patterns of its own, so that
-// nothing that the parser calls back can change its list under way.
+// A host's own parser may rely on how often it is asked for its number of cases: once for each
+// column here, and once before each row below. Both functions take a copy of the patterns, because
+// such a parser may call the importer back and give it another list meanwhile.
 void addCaseColumns(
     const CrawlerImporterParserInterface& parser,
     std::vector<MetadataPattern> patterns, // NOLINT(performance-unnecessary-value-param)
@@ -115,21 +115,21 @@ void addCaseColumns(
         const vtkSmartPointer<vtkAbstractArray> column = makeColumn(pattern.valueType);
         column->SetNumberOfComponents(1);
         column->SetNumberOfTuples(static_cast<vtkIdType>(parser.numDefinedCases()));
-        // A name ends at a NUL; so must what is made unique.
+        // A column's name ends at its first NUL, so only what stands before that is made unique.
         const std::string base = pattern.pattern.substr(0, pattern.pattern.find('\0'));
         column->SetName(uniqueColumnName(base, table).c_str());
         table.AddColumn(column);
     }
 }
 
-// The fresh cells of a column by its kind; one of the two is null.
+// The new cells of a column: of texts or of variants, and the other pointer is null.
 struct CaseColumn {
     vtkStdString* texts;
     vtkVariant* variants;
 };
 
-// A fresh cell owns nothing, so the content may be built in its place instead of being assigned: an
-// assignment that runs out of memory leaves a cell that owns what it does not have.
+// Builds the content in the place of a new cell, which owns nothing yet. An assignment that ran out
+// of memory would leave a cell that later frees what it never got.
 template <class Content> void buildCell(vtkVariant& cell, const Content& content)
 {
     try {
@@ -140,8 +140,8 @@ template <class Content> void buildCell(vtkVariant& cell, const Content& content
     }
 }
 
-// Puts makeCaseCell(text, valueType) into the column, without the detours that a text which stays
-// as it is does not need.
+// Puts makeCaseCell(text, valueType) into the column. A text that stays as it is goes there
+// directly, without another variant or string on the way.
 void setCell(const CaseColumn& column, std::size_t row, const std::string& text,
              MetadataPattern::ValueType valueType, bool acceptPlainNumbers)
 {
@@ -186,7 +186,8 @@ void addCaseRows(const CrawlerImporterParserInterface& parser,
             }
             continue;
         }
-        // Or the table has refused a column; then it decides what becomes of the values.
+        // The table has refused a column, so columns and patterns are no longer the same. It
+        // decides itself which values of a row it takes.
         const auto values = vtkSmartPointer<vtkVariantArray>::New();
         for (std::size_t j = 0; j < patterns.size(); ++j)
             values->InsertNextValue(

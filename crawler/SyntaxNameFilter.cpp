@@ -12,13 +12,13 @@ namespace {
 const QChar anyCharacters('*');
 const QChar oneCharacter('?');
 
-// A catch-all would select every candidate; it is refused on purpose.
+// A name of asterisks alone would select every candidate, which is hardly what its user means.
 bool passesAsteriskTest(const std::string& name)
 {
     return name.find_first_not_of('*') != std::string::npos;
 }
 
-// The rule as it is defined: the last match, searched backwards, is also the candidate's end.
+// The rule as it is defined: the candidate ends with the text of its last match.
 class ExpressionMatch {
 public:
     explicit ExpressionMatch(const QString& name)
@@ -36,14 +36,15 @@ private:
     QRegExp expression_;
 };
 
-// The same for names of literals, '*' and '?', without an expression. Such a name is a list of runs
-// with any text between them. Where a candidate ends with the last run and holds the others in
-// order to the left of it, the last match reaches the candidate's end; where it does not, no match
-// does. A match that closes with an asterisk always reaches it.
+// The same, faster, for names of literals, '*' and '?' alone. The asterisks divide such a name into
+// runs: "a*b?c" has the runs "a" and "b?c". A candidate is selected when it ends with the last run
+// and has the other runs in front of that, in their order and without overlap: then the last match
+// reaches its end, and otherwise no match does. Where the name ends with an asterisk, every match
+// reaches the end, so it is enough that all runs are there.
 class RunMatch {
 public:
-    // False for names with sets or with characters that QRegExp reads in ways of its own, and for
-    // those that have no run at all.
+    // True for names that have a run, but neither sets nor characters that QRegExp reads in ways of
+    // its own.
     static bool canRead(const QString& name)
     {
         return std::none_of(
@@ -60,7 +61,7 @@ public:
 
     bool selects(const QString& candidate) const
     {
-        // The runs from number `run` on have been found, the first of those at `begin`.
+        // The runs from number `run` on are found already, the leftmost of them at `begin`.
         int begin = candidate.size();
         int run = runs_.size();
         if (!isOpenEnded_) {
@@ -86,7 +87,7 @@ private:
             [](QChar wanted, QChar c) { return wanted == c || wanted == oneCharacter; });
     }
 
-    // The last position of `run` in front of `end`, or a negative number.
+    // The last position at which all of `run` stands in front of `end`, or a negative number.
     static int lastPositionBefore(const QString& candidate, int end, const QString& run)
     {
         int position = end - run.size();

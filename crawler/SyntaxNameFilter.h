@@ -14,8 +14,8 @@
 ///
 /// A syntax name is a wildcard in which `*` stands for any run of characters, separators included,
 /// `?` for one character and `[...]` for one of a set, case-sensitive, as QRegExp::Wildcard reads
-/// it. It selects the candidates at whose end its last match, searched backwards, stands. An empty
-/// name and one of asterisks alone select nothing.
+/// it. It selects the candidates that end with the text of its last match in them, searched for
+/// from the end backwards. An empty name and one of asterisks alone select nothing.
 ///
 /// Immutable after construction: it may be read from several threads at once.
 class CRAWLER_API SyntaxNameFilter : public virtual ortelo::ValidatorInterface<std::string> {

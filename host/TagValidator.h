@@ -8,8 +8,8 @@
 
 /// Judges the tags of auxiliary files. Which tags are acceptable is the host's business: it derives
 /// its own validator from this class, or defines TagValidator itself instead of including this
-/// header. Its own definition must have the virtual base below as its only base with virtual
-/// functions, because the module converts to that base by the layout that this definition gives.
+/// header. The module was compiled with this definition, so a definition of the host's own must
+/// have the virtual base below too, and no other base with virtual functions.
 class HOST_API TagValidator : public virtual ortelo::ValidatorInterface<std::string> {};
 
 #endif

@@ -36,9 +36,8 @@ public:
     /// Matches `patterns` against the path, appends what they read to the metadata infos, and
     /// returns whether all of them matched. An empty list changes nothing and returns false.
     ///
-    /// Throws std::out_of_range when the text of the following marker overlaps this one and leaves
-    /// a text marker a segment that is shorter than itself and all extension; the matched flag and
-    /// the values then stay as they were.
+    /// Throws std::out_of_range when a marker begins within the text marker before it, and what is
+    /// left of that one is all extension; the matched flag and the values then stay as they were.
     bool applyMetadataPatterns(const std::vector<MetadataPattern>& patterns);
 
 private:
