@@ -57,14 +57,31 @@ public:
         values_.clear();
         steps_ = 0;
         const auto end = [&](std::size_t at) { return isOpen || at == path.size(); };
-        if (!matches(elements_, 0, 0, end))
+        if (!matches(elements_, 0, 0, Rest(end)))
             return std::nullopt;
         return values_;
     }
 
 private:
     using Elements = std::vector<Element>;
-    using Rest = std::function<bool(std::size_t)>;
+
+    // What has to fit behind; it only refers to a function, which outlives it.
+    class Rest {
+    public:
+        template <class Function>
+        explicit Rest(const Function& function)
+            : function_(&function), call_([](const void* called, std::size_t at) {
+                  return (*static_cast<const Function*>(called))(at);
+              })
+        {
+        }
+
+        bool operator()(std::size_t at) const { return call_(function_, at); }
+
+    private:
+        const void* function_;
+        bool (*call_)(const void*, std::size_t);
+    };
 
     // Up to the end or behind the "]". A component begins first, and behind "/".
     Elements parse(bool& endsInSlash)
@@ -265,21 +282,19 @@ private:
 
     bool matches(const Elements& elements, std::size_t index, std::size_t at, const Rest& rest)
     {
-        if (++steps_ > 200000)
+        if (++steps_ > 50000)
             throw TooManySteps();
         if (index == elements.size())
             return rest(at);
         const Element& element = elements[index];
-        const auto behind = [&](std::size_t end) {
-            return matches(elements, index + 1, end, rest);
-        };
+        const auto goOn = [&](std::size_t end) { return matches(elements, index + 1, end, rest); };
         switch (element.kind) {
         case 't':
-            return isByte(at, [&](char c) { return c == element.text[0]; }) && behind(at + 1);
+            return isByte(at, [&](char c) { return c == element.text[0]; }) && goOn(at + 1);
         case '{':
-            return matchesColumn(element, at, behind);
+            return matchesColumn(element, at, Rest(goOn));
         case '[':
-            return matchesPart(element, at, behind) || behind(at);
+            return matches(element.inside, 0, at, Rest(goOn)) || goOn(at);
         default:
             return matchesWildcard(elements, index, at, rest);
         }
@@ -298,21 +313,22 @@ private:
         return false;
     }
 
-    bool matchesPart(const Element& part, std::size_t at, const Rest& rest)
+    // The part at `index`, and behind it those up to `end`, each where it can be.
+    bool matchesPart(const Elements& elements, std::size_t index, std::size_t end, std::size_t at,
+                     const Rest& rest)
     {
-        return matches(part.inside, 0, at, rest);
+        const auto goOn = [&](std::size_t behind) {
+            return matchesParts(elements, index + 1, end, behind, rest);
+        };
+        return matches(elements[index].inside, 0, at, Rest(goOn));
     }
 
-    // The parts from `index` up to `end`, each where it can be.
     bool matchesParts(const Elements& elements, std::size_t index, std::size_t end, std::size_t at,
                       const Rest& rest)
     {
         if (index == end)
             return matches(elements, end, at, rest);
-        return matchesPart(elements[index], at,
-                           [&](std::size_t behind) {
-                               return matchesParts(elements, index + 1, end, behind, rest);
-                           }) ||
+        return matchesPart(elements, index, end, at, rest) ||
                matchesParts(elements, index + 1, end, at, rest);
     }
 
@@ -326,9 +342,7 @@ private:
         const std::vector<std::size_t> reached = endsOfWildcard(elements[index], at);
         for (std::size_t part = index + 1; part < end; ++part) {
             for (const std::size_t begin : reached) {
-                if (matchesPart(elements[part], begin, [&](std::size_t behind) {
-                        return matchesParts(elements, part + 1, end, behind, rest);
-                    }))
+                if (matchesPart(elements, part, end, begin, rest))
                     return true;
             }
         }
