@@ -54,6 +54,9 @@ void makeFolders(const std::string& root, const std::string& folder)
 
 } // namespace
 
+const char* const pathTemplate =
+    "**Mach{Mach:number}[_][/]AoA{AoA:number}/Re{Re:number}/run_{run_:number}/*";
+
 std::vector<std::string> paths(std::size_t count)
 {
     std::vector<std::string> paths;

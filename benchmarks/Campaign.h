@@ -27,6 +27,9 @@ void makeTree(const std::string& root, std::size_t count);
 /// Four number markers that match every path: Mach, AoA, Re and run_.
 std::vector<MetadataPattern> patterns();
 
+/// A template that reads the same values, so that it makes the same cases.
+extern const char* const pathTemplate;
+
 /// Two identifiers: `*.vtu`, which selects four files of a case, and `*probe*.dat`, which selects
 /// two.
 std::vector<AuxFileIdentifier> identifiers();

@@ -22,6 +22,8 @@ TREES = BUILD / "trees"
 OUTPUT = BUILD / "output"
 
 MARKERS = ["Mach", "AoA", "Re", "run_"]
+# Reads the same values; Campaign.cpp has it too.
+TEMPLATE = "**Mach{Mach:number}[_][/]AoA{AoA:number}/Re{Re:number}/run_{run_:number}/*"
 BASELINE = "casetable"
 
 
@@ -100,11 +102,12 @@ def read_values(output):
 
 def programs_for(root, with_duckdb, with_pandas):
     casetable = [BUILD / "release" / "casetable" / "casetable", root, "-q", "--format", "csv"]
-    for marker in MARKERS:
-        casetable += ["-n", marker]
+    markers = [word for marker in MARKERS for word in ("-n", marker)]
     programs = [
         Program("stages", [PROGRAMS / "stages", root, "--peers"], read_values),
-        Program(BASELINE, casetable, read_lines("cases", header=1)),
+        Program("stages -t", [PROGRAMS / "stages", root, "--template"], read_values),
+        Program(BASELINE, casetable + markers, read_lines("cases", header=1)),
+        Program("casetable -t", [*casetable, "-t", TEMPLATE], read_lines("cases", header=1)),
         Program("floor", [PROGRAMS / "floor", root, *MARKERS], read_values),
         Program("find", ["find", root, "-type", "f"], read_lines("files")),
         Program("sed, sort", [SOURCES / "import.sh", root, *MARKERS], read_lines("cases")),
@@ -185,7 +188,7 @@ def print_programs(files, programs):
                 f"{program.median() / baseline:.2f}",
             ]
             for program in programs.values()
-            if program.name != "stages"
+            if not program.name.startswith("stages")
         ],
     )
 
@@ -206,14 +209,30 @@ def ratio(left, right):
     return f"{left / right:.2f}" if left is not None and right else "not measured"
 
 
+def without_walk(program):
+    return program.median("import") - program.median("walk")
+
+
 def print_ratios(files, programs):
     stages = programs["stages"]
+    by_template = programs["stages -t"]
     floor = programs["floor"]
     duckdb = programs["DuckDB"].median("import") if "DuckDB" in programs else None
     imported = stages.median("import")
     peak = programs[BASELINE].peak() / files
     rows = [
         ("walk / find", stages.median("walk"), programs["find"].median()),
+        ("import by a template / by markers", by_template.median("import"), imported),
+        (
+            "import by a template / by markers, without the walk",
+            without_walk(by_template),
+            without_walk(stages),
+        ),
+        (
+            "import by a template / Python's import",
+            by_template.median("import"),
+            programs["Python"].median("import"),
+        ),
         (
             "setMetadataPatternList / floor's match",
             stages.median("setMetadataPatternList"),

@@ -14,8 +14,8 @@
 #include "benchmarks/Campaign.h"
 #include "benchmarks/Host.h"
 #include "casetable/importing/PlainTagValidator.h"
+#include "casetable/importing/Reading.h"
 #include "casetable/listing/FileSystem.h"
-#include "crawler/CrawlerBasicImporterParser.h"
 #include "crawler/FolderCrawler.h"
 #include "host/AuxFileInfoInterface.h"
 
@@ -63,6 +63,18 @@ template <class Act> void report(const char* holder, std::size_t files, Act act)
     report(holder, before, files);
 }
 
+void measureParser(const char* records, const char* values, const casetable::Reading& reading,
+                   const FolderCrawler::Result& result)
+{
+    const auto parser = reading.makeParser();
+    report(records, result.files.size(), [&] {
+        for (const std::string& file : result.files)
+            parser->appendRawFilePath(file);
+    });
+    report(values, result.files.size(),
+           [&] { parser->applyMetadataPatternList(reading.patterns()); });
+}
+
 void measure(const char* root)
 {
     casetable::FileSystem fileSystem;
@@ -77,14 +89,10 @@ void measure(const char* root)
     const auto empty = campaign::makeImporter(std::make_unique<EmptyParser>());
     report("importersFileList", files, [&] { empty->setCrawlResult(result); });
 
-    auto parser = std::make_unique<CrawlerBasicImporterParser>();
-    report("parsersRecords", files, [&] {
-        for (const std::string& file : result.files)
-            parser->appendRawFilePath(file);
-    });
-    report("valuesAndCases", files,
-           [&] { parser->applyMetadataPatternList(campaign::patterns()); });
-    parser.reset();
+    measureParser("parsersRecords", "valuesAndCases", casetable::Reading(campaign::patterns()),
+                  result);
+    measureParser("templateParsersRecords", "templateParsersCases",
+                  casetable::Reading(casetable::TemplateList({campaign::pathTemplate})), result);
 
     const auto importer = campaign::makeImporter();
     campaign::TableKeeper context;

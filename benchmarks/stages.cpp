@@ -1,8 +1,8 @@
-// stages ROOT [--peers] [--qregexp]: one import of the campaign below ROOT, as the importer's host
-// runs it: the seconds of each stage and what was found, one "name value" a line. With --peers also
-// the median seconds of extracting again and of filling the same columns by hand, with --qregexp
-// those of selecting the auxiliary files with QRegExp alone, which takes most of a minute for
-// 200,000 files.
+// stages ROOT [--template | [--peers] [--qregexp]]: one import of the campaign below ROOT, as the
+// importer's host runs it: the seconds of each stage and what was found, one "name value" a line.
+// With --peers also the median seconds of extracting again and of filling the same columns by hand,
+// with --qregexp those of selecting the auxiliary files with QRegExp alone, which takes most of a
+// minute for 200,000 files. With --template the paths are read by a template instead of by markers.
 
 #include <algorithm>
 #include <chrono>
@@ -26,6 +26,7 @@
 #include "benchmarks/Host.h"
 #include "benchmarks/Peers.h"
 #include "casetable/importing/PlainTagValidator.h"
+#include "casetable/importing/Reading.h"
 #include "casetable/listing/FileSystem.h"
 #include "crawler/FolderCrawler.h"
 #include "host/AuxFileInfoInterface.h"
@@ -49,9 +50,9 @@ void report(const char* name, std::size_t value)
     std::printf("%s %zu\n", name, value);
 }
 
-void runImport(const char* root, MetadataFileCrawler& importer, campaign::TableKeeper& context)
+void runImport(const char* root, MetadataFileCrawler& importer,
+               const std::vector<MetadataPattern>& patterns, campaign::TableKeeper& context)
 {
-    const std::vector<MetadataPattern> patterns = campaign::patterns();
     casetable::FileSystem fileSystem;
     auto crawler = std::make_unique<FolderCrawler>(casetable::fileSystemRoot(fileSystem, root));
 
@@ -140,12 +141,16 @@ void selectAuxFiles(const MetadataFileCrawler& importer)
 int main(int argc, char** argv)
 {
     if (argc < 2) {
-        std::cerr << "usage: stages ROOT [--peers] [--qregexp]\n";
+        std::cerr << "usage: stages ROOT [--template | [--peers] [--qregexp]]\n";
         return 2;
     }
-    const auto importer = campaign::makeImporter();
+    const bool byTemplate = argc == 3 && std::strcmp(argv[2], "--template") == 0;
+    const casetable::Reading reading =
+        byTemplate ? casetable::Reading(casetable::TemplateList({campaign::pathTemplate}))
+                   : casetable::Reading(campaign::patterns());
+    const auto importer = campaign::makeImporter(reading.makeParser());
     campaign::TableKeeper context;
-    runImport(argv[1], *importer, context);
+    runImport(argv[1], *importer, reading.patterns(), context);
     chooseAuxFiles(*importer);
     for (int i = 2; i < argc; ++i) {
         if (std::strcmp(argv[i], "--peers") == 0)
