@@ -46,7 +46,9 @@ void takeSpans(const Expression& expression, const std::size_t* bounds, std::vec
     std::fill(spans.begin(), spans.end(), leftOut);
     for (const std::size_t index : expression.groups()) {
         bounds += 2;
-        if (index != Translation::internal && *bounds != ExpressionMatcher::unset)
+        // A wildcard that looks for several parts has the bytes in front of the first.
+        if (index != Translation::internal && *bounds != ExpressionMatcher::unset &&
+            spans[index].isLeftOut)
             spans[index] = {bounds[0], bounds[1] - bounds[0], false};
     }
 }

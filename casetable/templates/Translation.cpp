@@ -30,10 +30,14 @@
 //
 //     (?:W(?<at>)A)?(?:(?(<at>)|W(?<at>))B)?(?(<at>)|W)C
 //
-// The last W is left out where C begins with a wildcard that takes all that W takes: whatever both
-// take together, that one takes alone. With both, a path without any of the parts would be divided
-// between them in every way, and each further wildcard multiplies the ways. A part that is alone
-// there needs no group <at>: `W[A]W` is (?:WA)?W.
+// Where C begins with a wildcard that takes all that W takes, any bytes may stand between the parts
+// too, so each is looked for by itself, behind the one before:
+//
+//     (?:WA)?(?:WB)?C
+//
+// There W is not tried without a part: whatever it takes, C takes alone. With both, a path without
+// any of the parts would be divided between them in every way, and each further wildcard multiplies
+// the ways.
 
 namespace casetable {
 
@@ -191,14 +195,13 @@ private:
         const std::string name = "w" + std::to_string(wildcard);
         const std::string otherwise = "(?(<" + name + ">)|";
         const std::string mark = "(?<" + name + ">)";
-        const bool isMarked = !isCovered || std::distance(begin, end) > 2;
         for (auto part = std::next(begin); part != end; ++part) {
-            const bool isFirst = part == std::next(begin);
-            add(isFirst ? "(?:" : "(?:" + otherwise);
+            const bool mayStand = !isCovered && part != std::next(begin);
+            add(mayStand ? "(?:" + otherwise : "(?:");
             addElement(*begin, wildcard, "?");
-            if (isMarked)
+            if (!isCovered)
                 beginGroup(Translation::internal, mark.c_str());
-            add(isFirst ? "" : ")");
+            add(mayStand ? ")" : "");
             addElement(*part, index_++, "");
             add(")?");
         }

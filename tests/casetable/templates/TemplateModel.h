@@ -332,6 +332,22 @@ private:
                matchesParts(elements, index + 1, end, at, rest);
     }
 
+    // Looks behind the wildcard for the parts up to `end`, each by itself behind the one before.
+    bool looksForEach(const Elements& elements, std::size_t wildcard, std::size_t part,
+                      std::size_t end, std::size_t at, const Rest& rest)
+    {
+        if (part == end)
+            return matches(elements, end, at, rest);
+        const auto goOn = [&](std::size_t behind) {
+            return looksForEach(elements, wildcard, part + 1, end, behind, rest);
+        };
+        for (const std::size_t begin : endsOfWildcard(elements[wildcard], at)) {
+            if (matches(elements[part].inside, 0, begin, Rest(goOn)))
+                return true;
+        }
+        return looksForEach(elements, wildcard, part + 1, end, at, rest);
+    }
+
     bool matchesWildcard(const Elements& elements, std::size_t index, std::size_t at,
                          const Rest& rest)
     {
@@ -339,6 +355,11 @@ private:
         std::size_t end = index + 1;
         while (looks && end < elements.size() && elements[end].kind == '[')
             ++end;
+        const bool mayStandBetween =
+            end < elements.size() &&
+            (elements[end].kind == '2' || elements[end].kind == elements[index].kind);
+        if (looks && mayStandBetween)
+            return looksForEach(elements, index, index + 1, end, at, rest);
         const std::vector<std::size_t> reached = endsOfWildcard(elements[index], at);
         for (std::size_t part = index + 1; part < end; ++part) {
             for (const std::size_t begin : reached) {
