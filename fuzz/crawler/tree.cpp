@@ -27,49 +27,25 @@
 #include "fuzz/crawler/CaseTable.h"
 #include "host/AuxFileCollectionInterface.h"
 #include "host/ExceptionBase.h"
-#include "host/FileInfoInterface.h"
 #include "tests/crawler/AuxFileDoubles.h"
 #include "tests/crawler/Doubles.h"
 #include "tests/crawler/ParserModel.h"
+#include "tests/support/MemoryFile.h"
 
 namespace {
 
-/// An entry in memory whose name may be any text. Listing a broken one throws.
-struct Node : FileInfoInterface {
-    std::string path;
-    std::string name;
-    bool directory = true;
-    bool file = false;
-    bool readable = true;
-    bool present = true;
-    bool broken = false;
-    std::vector<boost::shared_ptr<Node>> children;
-
-    bool isDirectory() const override { return directory; }
-    bool isReadable() const override { return readable; }
-    bool isFile() const override { return file; }
-    bool exists() const override { return present; }
-    std::string fullPath() const override { return path; }
-    std::string fileName() const override { return name; }
-    std::vector<doubles::FilePtr> entries(const std::string& filter) const override
-    {
-        if (broken || !filter.empty())
-            throw ortelo::ExceptionBase("broken: " + path + filter, false);
-        return {children.begin(), children.end()};
-    }
-};
-
-using NodePtr = boost::shared_ptr<Node>;
+using doubles::MemoryFile;
+using doubles::MemoryFilePtr;
 
 /// Reads trees and writes them down for the report of a difference.
 class Forest {
 public:
     explicit Forest(FuzzedDataProvider& data) : data_(data) {}
 
-    NodePtr tree(std::string& written)
+    MemoryFilePtr tree(std::string& written)
     {
         remaining_ = 30;
-        const NodePtr root = node("/r", "r", 5, written);
+        const MemoryFilePtr root = node("/r", "r", 5, written);
         root->file = false;
         root->present = !rarely();
         written += root->present ? "" : " absent";
@@ -79,18 +55,22 @@ public:
 private:
     bool rarely() { return data_.ConsumeIntegralInRange<int>(0, 31) == 31; }
 
-    NodePtr node(const std::string& path, const std::string& name, int levels, std::string& written)
+    MemoryFilePtr node(const std::string& path, const std::string& name, int levels,
+                       std::string& written)
     {
-        const NodePtr entry = boost::make_shared<Node>();
-        entry->path = path;
-        entry->name = name;
+        const MemoryFilePtr entry = boost::make_shared<MemoryFile>(path);
+        entry->name = name; // Any text, with slashes too.
         entry->readable = !rarely();
         entry->file = levels == 0 || data_.ConsumeBool();
         entry->directory = !entry->file != rarely();
-        entry->broken = rarely();
+        const bool broken = rarely();
+        if (broken)
+            entry->makeEntries = [path]() -> std::vector<doubles::FilePtr> {
+                throw ortelo::ExceptionBase("broken: " + path, false);
+            };
         written += " " + fuzz::shown(name) + (entry->file ? "f" : "") +
                    (entry->directory ? "d" : "") + (entry->readable ? "" : "!") +
-                   (entry->broken ? "?" : "");
+                   (broken ? "?" : "");
         if (entry->file && path != "/r")
             return entry;
         written += "{";
@@ -114,7 +94,7 @@ struct Walk {
     fuzz::Texts folders;
     std::string error;
 
-    explicit Walk(const Node& root)
+    explicit Walk(const MemoryFile& root)
     {
         if (!root.present)
             error = "The specified directory does not exist.";
@@ -125,15 +105,15 @@ struct Walk {
     }
 
 private:
-    bool enter(const Node& folder, const std::string& relative)
+    bool enter(const MemoryFile& folder, const std::string& relative)
     {
         if (folder.directory)
             folders.push_back(folder.path);
-        if (folder.broken) {
+        if (folder.makeEntries) { // It is broken.
             error = "broken: " + folder.path;
             return false;
         }
-        for (const NodePtr& entry : folder.children) {
+        for (const MemoryFilePtr& entry : folder.children) {
             const std::string path = relative.empty() ? entry->name : relative + "/" + entry->name;
             if (entry->file) {
                 files.push_back(path);
@@ -276,7 +256,7 @@ class Comparison {
 public:
     Comparison() : importer_(doubles::makeImporter(new CrawlerBasicImporterParser)) {}
 
-    void take(const NodePtr& root, const std::string& written)
+    void take(const MemoryFilePtr& root, const std::string& written)
     {
         input_ += " tree" + written;
         FolderCrawler crawler(root);
@@ -386,7 +366,7 @@ private:
         fuzz::expectSame(what, seen, expected, input_);
     }
 
-    void intake(const FolderCrawler::Result& result, const Node& root, const Walk& walk)
+    void intake(const FolderCrawler::Result& result, const MemoryFile& root, const Walk& walk)
     {
         std::string error;
         try {
@@ -446,7 +426,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         const auto action = steps == 0 ? 0 : data.ConsumeIntegralInRange<int>(0, 3);
         if (action == 0) {
             std::string written;
-            const NodePtr root = forest.tree(written);
+            const MemoryFilePtr root = forest.tree(written);
             comparison.take(root, written);
             const fuzz::Texts files = Walk(*root).files;
             if (!files.empty())

@@ -2,17 +2,14 @@
 #define TESTS_CRAWLER_DOUBLES_H
 
 #include <cstddef>
-#include <functional>
 #include <future>
 #include <initializer_list>
 #include <memory>
-#include <mutex>
 #include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include <boost/make_shared.hpp>
 #include <boost/shared_ptr.hpp>
 
 #include <QThread>
@@ -26,103 +23,33 @@
 #include "crawler/MetadataPattern.h"
 #include "host/AuxFileCollectionInterface.h"
 #include "host/AuxFileInfoInterface.h"
-#include "host/FileInfoInterface.h"
 #include "host/ImportLoadContextInterface.h"
+#include "tests/support/MemoryFile.h"
 
 namespace doubles {
 
-/// What was called, in order; several threads may add to it.
-class CallLog {
-public:
-    void add(const std::string& call)
-    {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        calls_.push_back(call);
-    }
-
-    std::vector<std::string> calls() const
-    {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        return calls_;
-    }
-
-private:
-    mutable std::mutex mutex_;
-    std::vector<std::string> calls_;
-};
-
-using CallLogPtr = std::shared_ptr<CallLog>;
-using Calls = std::vector<std::string>;
-
-/// Runs before a double answers a call; may throw or block.
-using Hook = std::function<void(const std::string& call)>;
-
-using FilePtr = boost::shared_ptr<FileInfoInterface const>;
-
-/// An entry of a file system in memory. Every call is logged as the full path and the operation.
-struct Entry : FileInfoInterface {
-    std::string path;
-    std::vector<FilePtr> children;
-    bool directory = false;
-    bool file = false;
-    bool readable = true;
-    bool present = true;
-    CallLogPtr log;
-    Hook hook;
-
-    bool isDirectory() const override { return note("isDirectory"), directory; }
-    bool isReadable() const override { return note("isReadable"), readable; }
-    bool isFile() const override { return note("isFile"), file; }
-    bool exists() const override { return note("exists"), present; }
-    std::string fullPath() const override { return note("fullPath"), path; }
-    std::string fileName() const override
-    {
-        note("fileName");
-        return path.substr(path.find_last_of("/\\") + 1);
-    }
-    std::vector<FilePtr> entries(const std::string& filter) const override
-    {
-        note("entries(" + filter + ")");
-        return children;
-    }
-
-private:
-    void note(const std::string& operation) const
-    {
-        const std::string call = path + " " + operation;
-        if (log)
-            log->add(call);
-        if (hook)
-            hook(call);
-    }
-};
-
-using EntryPtr = boost::shared_ptr<Entry>;
-
-/// Makes entries that share one log.
+/// Makes files and folders that share one log.
 struct FileSystem {
     CallLogPtr log = std::make_shared<CallLog>();
 
-    EntryPtr file(const std::string& path) const
-    {
-        const EntryPtr entry = other(path, {});
-        entry->file = true;
-        return entry;
-    }
+    MemoryFilePtr file(const std::string& path) const { return logged(memoryFile(path)); }
 
-    EntryPtr directory(const std::string& path, std::vector<FilePtr> children = {}) const
+    MemoryFilePtr directory(const std::string& path, std::vector<MemoryFilePtr> children = {}) const
     {
-        const EntryPtr entry = other(path, std::move(children));
-        entry->directory = true;
-        return entry;
+        return logged(memoryFolder(path, std::move(children)));
     }
 
     /// Neither a file nor a directory.
-    EntryPtr other(const std::string& path, std::vector<FilePtr> children) const
+    MemoryFilePtr other(const std::string& path, std::vector<MemoryFilePtr> children) const
     {
-        const EntryPtr entry = boost::make_shared<Entry>();
-        entry->path = path;
-        entry->children = std::move(children);
+        const MemoryFilePtr entry = directory(path, std::move(children));
+        entry->directory = false;
+        return entry;
+    }
+
+private:
+    MemoryFilePtr logged(MemoryFilePtr entry) const
+    {
         entry->log = log;
         return entry;
     }

@@ -34,14 +34,14 @@
 #include "host/ExceptionBase.h"
 #include "host/FileInfoInterface.h"
 #include "tests/crawler/Doubles.h"
+#include "tests/support/Sanitizer.h"
 
 namespace {
 
 using doubles::Calls;
-using doubles::Entry;
-using doubles::EntryPtr;
-using doubles::FilePtr;
 using doubles::FileSystem;
+using doubles::MemoryFile;
+using doubles::MemoryFilePtr;
 using doubles::runToEnd;
 
 using Files = std::list<std::string>;
@@ -119,7 +119,7 @@ TEST(FolderCrawler, KeepsTheTextsOfItsConstants)
 TEST(FolderCrawler, StartsWithTheRootAndNothingElse)
 {
     const FileSystem disk;
-    const EntryPtr root = disk.directory("/r");
+    const MemoryFilePtr root = disk.directory("/r");
 
     FolderCrawler crawler(root);
 
@@ -164,7 +164,7 @@ TEST(FolderCrawler, ResultIsEmptyByDefaultAndCopiesMemberByMember)
 TEST(FolderCrawler, ReportsARootThatDoesNotExist)
 {
     const FileSystem disk;
-    const EntryPtr root = disk.directory("/r", {disk.file("/r/a.txt")});
+    const MemoryFilePtr root = disk.directory("/r", {disk.file("/r/a.txt")});
     root->present = false;
     FolderCrawler crawler(root);
     const SignalRecorder recorder(crawler);
@@ -181,7 +181,7 @@ TEST(FolderCrawler, ReportsARootThatDoesNotExist)
 TEST(FolderCrawler, TestsExistenceOfTheRootBeforeReadability)
 {
     const FileSystem disk;
-    const EntryPtr root = disk.directory("/r");
+    const MemoryFilePtr root = disk.directory("/r");
     root->present = false;
     root->readable = false;
     FolderCrawler crawler(root);
@@ -195,7 +195,7 @@ TEST(FolderCrawler, TestsExistenceOfTheRootBeforeReadability)
 TEST(FolderCrawler, ReportsARootThatIsNotReadable)
 {
     const FileSystem disk;
-    const EntryPtr root = disk.directory("/r", {disk.file("/r/a.txt")});
+    const MemoryFilePtr root = disk.directory("/r", {disk.file("/r/a.txt")});
     root->readable = false;
     FolderCrawler crawler(root);
     const SignalRecorder recorder(crawler);
@@ -276,7 +276,7 @@ TEST(FolderCrawler, DescendsWithoutASignalIntoAnEntryThatIsNeitherFileNorDirecto
 TEST(FolderCrawler, TakesARootThatIsAFileWithoutSignalOrError)
 {
     const FileSystem disk;
-    const EntryPtr root = disk.file("/r.txt");
+    const MemoryFilePtr root = disk.file("/r.txt");
     root->children = {disk.file("/r.txt/inside")};
     FolderCrawler crawler(root);
     const SignalRecorder recorder(crawler);
@@ -303,7 +303,7 @@ TEST(FolderCrawler, KeepsTheHostsOrderAndEveryEntryOfAListing)
 TEST(FolderCrawler, ListsAnUnreadableFileLikeAnyOther)
 {
     const FileSystem disk;
-    const EntryPtr locked = disk.file("/r/locked.txt");
+    const MemoryFilePtr locked = disk.file("/r/locked.txt");
     locked->readable = false;
     FolderCrawler crawler(disk.directory("/r", {locked, disk.file("/r/b.txt")}));
 
@@ -316,7 +316,7 @@ TEST(FolderCrawler, ListsAnUnreadableFileLikeAnyOther)
 TEST(FolderCrawler, StopsTheWholeWalkAtAnUnreadableSubfolder)
 {
     const FileSystem disk;
-    const EntryPtr locked = disk.directory("D:\\r\\s\\locked", {disk.file("/r/s/locked/x")});
+    const MemoryFilePtr locked = disk.directory("D:\\r\\s\\locked", {disk.file("/r/s/locked/x")});
     locked->readable = false;
     FolderCrawler crawler(disk.directory(
         "/r", {disk.file("/r/a.txt"), disk.directory("/r/s", {locked, disk.file("/r/s/b.txt")}),
@@ -352,7 +352,7 @@ TEST(FolderCrawler, StopsTheWholeWalkAtAnUnreadableSubfolder)
 TEST(FolderCrawler, EmptiesTheFilesAtTheStartOfEveryRun)
 {
     const FileSystem disk;
-    const EntryPtr root = disk.directory("/r", {disk.file("/r/a"), disk.file("/r/b")});
+    const MemoryFilePtr root = disk.directory("/r", {disk.file("/r/a"), disk.file("/r/b")});
     FolderCrawler crawler(root);
     runToEnd(crawler);
     root->children.pop_back();
@@ -366,7 +366,7 @@ TEST(FolderCrawler, EmptiesTheFilesAtTheStartOfEveryRun)
 TEST(FolderCrawler, EmptiesTheFilesEvenWhenTheRootIsGone)
 {
     const FileSystem disk;
-    const EntryPtr root = disk.directory("/r", {disk.file("/r/a")});
+    const MemoryFilePtr root = disk.directory("/r", {disk.file("/r/a")});
     FolderCrawler crawler(root);
     runToEnd(crawler);
     root->present = false;
@@ -379,7 +379,7 @@ TEST(FolderCrawler, EmptiesTheFilesEvenWhenTheRootIsGone)
 TEST(FolderCrawler, KeepsTheErrorTextOfAFailedRunThroughALaterSuccess)
 {
     const FileSystem disk;
-    const EntryPtr root = disk.directory("/r", {disk.file("/r/a")});
+    const MemoryFilePtr root = disk.directory("/r", {disk.file("/r/a")});
     root->readable = false;
     FolderCrawler crawler(root);
     runToEnd(crawler);
@@ -395,7 +395,7 @@ TEST(FolderCrawler, KeepsTheErrorTextOfAFailedRunThroughALaterSuccess)
 TEST(FolderCrawler, HasTheErrorTextOfTheLatestFailure)
 {
     const FileSystem disk;
-    const EntryPtr root = disk.directory("/r");
+    const MemoryFilePtr root = disk.directory("/r");
     root->readable = false;
     FolderCrawler crawler(root);
     runToEnd(crawler);
@@ -413,7 +413,7 @@ TEST(FolderCrawler, KeepsTheFilesFoundBeforeTheHostFailed)
                              "/r/s fullPath", "/r/s entries()"}) {
         SCOPED_TRACE(call);
         const FileSystem disk;
-        const EntryPtr folder = disk.directory("/r/s", {disk.file("/r/s/b")});
+        const MemoryFilePtr folder = disk.directory("/r/s", {disk.file("/r/s/b")});
         folder->hook = throwAt(call, ortelo::ExceptionBase("lost \xc3\xa4 share", true));
         FolderCrawler crawler(disk.directory("/r", {disk.file("/r/a"), folder, disk.file("/r/c")}));
 
@@ -431,7 +431,7 @@ TEST(FolderCrawler, TurnsAHostFailureAtTheRootIntoTheErrorText)
          {"/r exists", "/r isReadable", "/r isDirectory", "/r fullPath", "/r entries()"}) {
         SCOPED_TRACE(call);
         const FileSystem disk;
-        const EntryPtr root = disk.directory("/r", {disk.file("/r/a")});
+        const MemoryFilePtr root = disk.directory("/r", {disk.file("/r/a")});
         root->hook = throwAt(call, ortelo::ExceptionBase("no answer", false));
         FolderCrawler crawler(root);
 
@@ -449,7 +449,7 @@ TEST(FolderCrawler, AsksADerivedExceptionForItsOwnText)
         const char* what() const noexcept override { return "detailed"; }
     };
     const FileSystem disk;
-    const EntryPtr root = disk.directory("/r");
+    const MemoryFilePtr root = disk.directory("/r");
     root->hook = throwAt("/r entries()", Detailed());
     FolderCrawler crawler(root);
 
@@ -461,7 +461,7 @@ TEST(FolderCrawler, AsksADerivedExceptionForItsOwnText)
 TEST(FolderCrawler, LetsOtherExceptionsLeaveTheRun)
 {
     const FileSystem disk;
-    const EntryPtr folder = disk.directory("/r/s");
+    const MemoryFilePtr folder = disk.directory("/r/s");
     FolderCrawler crawler(disk.directory("/r", {disk.file("/r/a"), folder}));
 
     folder->hook = throwAt("/r/s entries()", std::runtime_error("disk"));
@@ -534,7 +534,7 @@ TEST(FolderCrawler, ReadsPathsAsUtf8WhateverTheLocaleOfItsHost)
     const LocaleEncoding latin("ISO-8859-1");
     ASSERT_NE(QString::fromUtf8("\xc3\xbc"), QString::fromLocal8Bit("\xc3\xbc"));
     const FileSystem disk;
-    const EntryPtr locked = disk.directory("/\xc3\xbc/\xe6\x97\xa5");
+    const MemoryFilePtr locked = disk.directory("/\xc3\xbc/\xe6\x97\xa5");
     locked->readable = false;
     FolderCrawler crawler(disk.directory("/\xc3\xbc", {locked}));
     const SignalRecorder recorder(crawler);
@@ -546,32 +546,9 @@ TEST(FolderCrawler, ReadsPathsAsUtf8WhateverTheLocaleOfItsHost)
               crawler.result().errorString);
 }
 
-namespace {
-
-/// A directory that makes its only child when it is listed, so that no chain of owners as long as
-/// the tree is deep has to be torn down. Only the lowest folders have a name: the paths stay short.
-struct DeepFolder : FileInfoInterface {
-    explicit DeepFolder(int theLevelsBelow) : levelsBelow(theLevelsBelow) {}
-
-    bool isDirectory() const override { return levelsBelow > 0; }
-    bool isReadable() const override { return true; }
-    bool isFile() const override { return levelsBelow == 0; }
-    bool exists() const override { return true; }
-    std::string fullPath() const override { return std::to_string(levelsBelow); }
-    std::string fileName() const override { return levelsBelow < 3 ? fullPath() : std::string(); }
-    std::vector<FilePtr> entries(const std::string&) const override
-    {
-        return {boost::make_shared<DeepFolder>(levelsBelow - 1)};
-    }
-
-    int levelsBelow;
-};
-
-} // namespace
-
 TEST(FolderCrawler, WalksATreeOfTwentyThousandLevels)
 {
-    FolderCrawler crawler(boost::make_shared<DeepFolder>(20000));
+    FolderCrawler crawler(doubles::deepTree(20000));
     const SignalRecorder recorder(crawler);
 
     runToEnd(crawler);
@@ -588,8 +565,8 @@ TEST(FolderCrawler, MakesEveryCallAndEverySignalOnItsOwnThread)
     const FileSystem disk;
     std::mutex mutex;
     std::vector<std::thread::id> callers;
-    const EntryPtr folder = disk.directory("/r/s");
-    const EntryPtr root = disk.directory("/r", {folder});
+    const MemoryFilePtr folder = disk.directory("/r/s");
+    const MemoryFilePtr root = disk.directory("/r", {folder});
     root->hook = folder->hook = [&](const std::string&) {
         const std::lock_guard<std::mutex> lock(mutex);
         callers.push_back(std::this_thread::get_id());
@@ -638,16 +615,8 @@ template struct AbortFlagAccess<&FolderCrawler::aborted_>;
 /// the thread's end handed over. No verdict of a test depends on it.
 void letTheDestructorBlock()
 {
-#if defined(__SANITIZE_THREAD__)
-#define CRAWLER_TESTS_UNDER_TSAN
-#elif defined(__has_feature)
-#if __has_feature(thread_sanitizer)
-#define CRAWLER_TESTS_UNDER_TSAN
-#endif
-#endif
-#ifdef CRAWLER_TESTS_UNDER_TSAN
-    std::this_thread::sleep_for(std::chrono::milliseconds(200));
-#endif
+    if (BUILT_WITH_THREAD_SANITIZER)
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
 }
 
 } // namespace
@@ -655,7 +624,8 @@ void letTheDestructorBlock()
 TEST(FolderCrawler, StopsBeforeTheNextEntryWhenItIsDestroyedWhileRunning)
 {
     const FileSystem disk;
-    const EntryPtr held = disk.directory("/r/s", {disk.file("/r/s/b"), disk.directory("/r/s/t")});
+    const MemoryFilePtr held =
+        disk.directory("/r/s", {disk.file("/r/s/b"), disk.directory("/r/s/t")});
     std::promise<void> listing;
     std::promise<void> release;
     held->hook = [&](const std::string& call) {
@@ -693,7 +663,7 @@ TEST(FolderCrawler, StopsBeforeTheNextEntryWhenItIsDestroyedWhileRunning)
 TEST(FolderCrawler, WaitsForAHostThatTakesItsTime)
 {
     const FileSystem disk;
-    const EntryPtr root = disk.directory("/r");
+    const MemoryFilePtr root = disk.directory("/r");
     std::promise<void> listing;
     root->hook = [&](const std::string& call) {
         if (call != "/r entries()")
@@ -719,7 +689,7 @@ TEST(FolderCrawler, WaitsForAHostThatTakesItsTime)
 TEST(FolderCrawler, KeepsTheFilesFoundAndNoErrorTextAfterAnAbort)
 {
     const FileSystem disk;
-    const EntryPtr last = disk.file("/r/s/b");
+    const MemoryFilePtr last = disk.file("/r/s/b");
     FolderCrawler crawler(disk.directory("/r", {disk.file("/r/a"),
                                                 disk.directory("/r/s", {last, disk.file("/r/s/c")}),
                                                 disk.file("/r/d")}));
@@ -755,7 +725,7 @@ TEST(FolderCrawler, NeverClearsTheAbortFlagAndStopsALaterRunAtTheFirstEntry)
 
 TEST(FolderCrawler, LetsGoOfTheRootWhenItIsDestroyedWithoutEverRunning)
 {
-    const EntryPtr root = FileSystem().directory("/r");
+    const MemoryFilePtr root = FileSystem().directory("/r");
     {
         const FolderCrawler crawler(root);
         EXPECT_EQ(2, root.use_count());
@@ -901,7 +871,7 @@ struct ExpectedWalk {
     Files files;
     std::string error;
 
-    explicit ExpectedWalk(const Entry& root)
+    explicit ExpectedWalk(const MemoryFile& root)
     {
         calls.push_back(root.path + " exists");
         if (!root.present) {
@@ -917,7 +887,7 @@ struct ExpectedWalk {
     }
 
 private:
-    void walk(const Entry& folder, const std::string& relativePath)
+    void walk(const MemoryFile& folder, const std::string& relativePath)
     {
         calls.push_back(folder.path + " isDirectory");
         if (folder.directory) {
@@ -925,10 +895,10 @@ private:
             signalled.push_back(folder.path);
         }
         calls.push_back(folder.path + " entries()");
-        for (const FilePtr& child : folder.children) {
-            const Entry& entry = dynamic_cast<const Entry&>(*child);
-            const std::string name = entry.path.substr(entry.path.rfind('/') + 1);
-            const std::string path = relativePath.empty() ? name : relativePath + "/" + name;
+        for (const MemoryFilePtr& child : folder.children) {
+            const MemoryFile& entry = *child;
+            const std::string path =
+                relativePath.empty() ? entry.name : relativePath + "/" + entry.name;
             calls.push_back(entry.path + " fileName");
             calls.push_back(entry.path + " isFile");
             if (entry.file) {
@@ -949,15 +919,15 @@ private:
 };
 
 /// A tree of at most `levels` levels in which a few entries are odd or cannot be read.
-EntryPtr randomEntry(const FileSystem& disk, std::mt19937& random, const std::string& path,
-                     int levels)
+MemoryFilePtr randomEntry(const FileSystem& disk, std::mt19937& random, const std::string& path,
+                          int levels)
 {
-    std::vector<FilePtr> children;
+    std::vector<MemoryFilePtr> children;
     const auto count = levels == 0 ? 0U : random() % 5;
     for (auto i = 0U; i < count; ++i)
         children.push_back(
             randomEntry(disk, random, path + "/" + std::to_string(random() % 20), levels - 1));
-    const EntryPtr entry = disk.other(path, std::move(children));
+    const MemoryFilePtr entry = disk.directory(path, std::move(children));
     entry->file = random() % 3 == 0;
     entry->directory = random() % 10 != 0;
     entry->readable = random() % 25 != 0;
@@ -965,13 +935,13 @@ EntryPtr randomEntry(const FileSystem& disk, std::mt19937& random, const std::st
     return entry;
 }
 
-std::string listing(const Entry& entry)
+std::string listing(const MemoryFile& entry)
 {
     std::string text = entry.path + (entry.file ? " file" : "") +
                        (entry.directory ? " directory" : "") + (entry.readable ? "" : " locked") +
                        (entry.present ? "" : " missing") + "\n";
-    for (const FilePtr& child : entry.children)
-        text += listing(dynamic_cast<const Entry&>(*child));
+    for (const MemoryFilePtr& child : entry.children)
+        text += listing(*child);
     return text;
 }
 
@@ -982,7 +952,7 @@ TEST(FolderCrawler, WalksRandomTreesAsTheRulesSay)
     for (unsigned seed = 1; seed <= 300; ++seed) {
         std::mt19937 random(seed);
         const FileSystem disk;
-        const EntryPtr root = randomEntry(disk, random, "/root", 5);
+        const MemoryFilePtr root = randomEntry(disk, random, "/root", 5);
         SCOPED_TRACE("seed " + std::to_string(seed) + "\n" + listing(*root));
         const ExpectedWalk expected(*root);
         FolderCrawler crawler(root);

@@ -41,6 +41,7 @@
 #include "crawler/MetadataPattern.h"
 #include "host/FileInfoInterface.h"
 #include "tests/crawler/Doubles.h"
+#include "tests/support/Sanitizer.h"
 
 namespace {
 
@@ -48,19 +49,6 @@ using doubles::FilePtr;
 using doubles::runToEnd;
 
 using Files = std::list<std::string>;
-
-#if defined(__SANITIZE_THREAD__)
-#define CRAWLER_TESTS_UNDER_TSAN
-#elif defined(__has_feature)
-#if __has_feature(thread_sanitizer)
-#define CRAWLER_TESTS_UNDER_TSAN
-#endif
-#endif
-#ifdef CRAWLER_TESTS_UNDER_TSAN
-const bool underThreadSanitizer = true;
-#else
-const bool underThreadSanitizer = false;
-#endif
 
 /// What the walks of one crawler do. Outlives the crawler, as a host's file system does.
 struct Watch {
@@ -76,44 +64,28 @@ struct Watch {
     }
 };
 
-/// A folder of `breadth` folders and as many files on each of so many levels, made as it is listed.
-struct MadeEntry : FileInfoInterface {
-    MadeEntry(Watch& theWatch, std::string thePath, int theLevels, int theBreadth, bool isItFile)
-        : watch(theWatch), path(std::move(thePath)), levels(theLevels), breadth(theBreadth),
-          file(isItFile)
-    {
-    }
-
-    bool isDirectory() const override { return watch.note(), !file; }
-    bool isReadable() const override { return watch.note(), true; }
-    bool isFile() const override { return watch.note(), file; }
-    bool exists() const override { return watch.note(), true; }
-    std::string fullPath() const override { return watch.note(), path; }
-    std::string fileName() const override { return watch.note(), path.substr(path.rfind('/') + 1); }
-    std::vector<FilePtr> entries(const std::string&) const override
-    {
-        watch.note();
+/// A folder of `breadth` files and, on all but the last of `levels` levels, as many folders; made
+/// as it is listed.
+doubles::MemoryFilePtr madeTree(Watch& watch, int levels, int breadth,
+                                const std::string& path = "/r")
+{
+    const doubles::Hook note = [&watch](const std::string&) { watch.note(); };
+    const doubles::MemoryFilePtr folder = doubles::memoryFolder(path);
+    folder->hook = note;
+    folder->makeEntries = [&watch, levels, breadth, path, note] {
         std::vector<FilePtr> made;
         for (int i = 0; i < breadth; ++i) {
-            made.push_back(
-                boost::make_shared<MadeEntry>(watch, path + "/T" + std::to_string(i), 0, 0, true));
+            const doubles::MemoryFilePtr file =
+                doubles::memoryFile(path + "/T" + std::to_string(i));
+            file->hook = note;
+            made.push_back(file);
             if (levels > 1)
-                made.push_back(boost::make_shared<MadeEntry>(watch, path + "/d" + std::to_string(i),
-                                                             levels - 1, breadth, false));
+                made.push_back(
+                    madeTree(watch, levels - 1, breadth, path + "/d" + std::to_string(i)));
         }
         return made;
-    }
-
-    Watch& watch;
-    const std::string path;
-    const int levels;
-    const int breadth;
-    const bool file;
-};
-
-FilePtr madeTree(Watch& watch, int levels, int breadth)
-{
-    return boost::make_shared<MadeEntry>(watch, "/r", levels, breadth, false);
+    };
+    return folder;
 }
 
 /// The files of such a tree, by its definition.
@@ -129,7 +101,7 @@ Files filesOfMadeTree(int levels, int breadth, const std::string& above = "")
     return files;
 }
 
-/// An entry of the machine's own file system.
+/// An entry of the machine's own file system, whose calls wait for the disk as a host's do.
 struct RealEntry : FileInfoInterface {
     RealEntry(Watch& theWatch, std::filesystem::path thePath)
         : watch(theWatch), path(std::move(thePath))
@@ -200,7 +172,7 @@ class EndSeenBySanitizer {
 public:
     explicit EndSeenBySanitizer(FolderCrawler& crawler)
     {
-        if (!underThreadSanitizer)
+        if (!BUILT_WITH_THREAD_SANITIZER)
             return;
         const auto destroying = destroying_;
         const long owner = syscall(SYS_gettid);
@@ -379,7 +351,7 @@ private:
         const std::future<void> stop = stop_.get_future();
         // ThreadSanitizer does not see the lock of Qt's queue, so there all is delivered at the
         // end.
-        while (!underThreadSanitizer &&
+        while (!BUILT_WITH_THREAD_SANITIZER &&
                stop.wait_for(std::chrono::microseconds(50)) != std::future_status::ready)
             QCoreApplication::sendPostedEvents();
         stop.wait();

@@ -33,7 +33,8 @@
 
 namespace {
 
-// A host that implements every contract with exactly the operations that the contract lists.
+// A host that implements every contract with exactly the operations that the contract lists. No
+// double from elsewhere stands in: the classes show that a host can be written so.
 
 struct PlainImporter : virtual ImporterInterface {
     void extract(ImportLoadContextInterface& context) override

@@ -25,9 +25,9 @@ namespace {
 
 using doubles::Calls;
 using doubles::crawlResult;
-using doubles::EntryPtr;
 using doubles::FileSystem;
 using doubles::makeImporter;
+using doubles::MemoryFilePtr;
 using doubles::ParserRecord;
 using doubles::ParserRecordPtr;
 
@@ -83,19 +83,19 @@ doubles::Hook throwAt(const std::string& call, Thrown kind)
 /// /r with the file a, the folder s of the files b and c, the locked folder l, and the file d.
 struct Tree {
     FileSystem disk;
-    EntryPtr fileA = disk.file("/r/a");
-    EntryPtr fileB = disk.file("/r/s/b");
-    EntryPtr fileC = disk.file("/r/s/c");
-    EntryPtr folder = disk.directory("/r/s", {fileB, fileC});
-    EntryPtr locked = disk.directory("/r/l");
-    EntryPtr fileD = disk.file("/r/d");
-    EntryPtr root = disk.directory("/r", {fileA, folder, locked, fileD});
+    MemoryFilePtr fileA = disk.file("/r/a");
+    MemoryFilePtr fileB = disk.file("/r/s/b");
+    MemoryFilePtr fileC = disk.file("/r/s/c");
+    MemoryFilePtr folder = disk.directory("/r/s", {fileB, fileC});
+    MemoryFilePtr locked = disk.directory("/r/l");
+    MemoryFilePtr fileD = disk.file("/r/d");
+    MemoryFilePtr root = disk.directory("/r", {fileA, folder, locked, fileD});
 
     Tree() { locked->readable = false; }
 
     void hookAll(const doubles::Hook& hook) const
     {
-        for (const EntryPtr& entry : {root, fileA, folder, fileB, fileC, locked, fileD})
+        for (const MemoryFilePtr& entry : {root, fileA, folder, fileB, fileC, locked, fileD})
             entry->hook = hook;
     }
 };
@@ -174,8 +174,8 @@ TEST(HostFailure, LeavesTheImporterAsItWasWhenTheFolderOfAResultThrows)
         for (const Row& row : rows) {
             SCOPED_TRACE(row.call + " throws " + nameOf(kind));
             const FileSystem disk;
-            const EntryPtr old = disk.directory("/old");
-            const EntryPtr folder = disk.directory("/new");
+            const MemoryFilePtr old = disk.directory("/old");
+            const MemoryFilePtr folder = disk.directory("/new");
             folder->present = row.exists;
             folder->directory = row.isDirectory;
             folder->readable = row.isReadable;
@@ -199,7 +199,7 @@ TEST(HostFailure, LeavesTheImporterAsItWasWhenTheFolderOfAResultThrows)
 struct Import {
     ParserRecordPtr parser = std::make_shared<ParserRecord>();
     FileSystem disk;
-    EntryPtr root = disk.directory("/r");
+    MemoryFilePtr root = disk.directory("/r");
     std::unique_ptr<MetadataFileCrawler> importer = makeImporter(parser);
     doubles::RecordingContext context;
 
@@ -254,7 +254,7 @@ TEST(HostFailure, KeepsTheNewResultAndPatternsWhenTheParserRefusesThem)
         SCOPED_TRACE(nameOf(kind));
         Import given;
         given.parser->hook = [&](const std::string&) { throwThe(kind); };
-        const EntryPtr folder = given.disk.directory("/new");
+        const MemoryFilePtr folder = given.disk.directory("/new");
 
         EXPECT_EQ(nameOf(kind), thrownBy([&] {
                       given.importer->setCrawlResult(crawlResult(folder, {"b", "c"}));

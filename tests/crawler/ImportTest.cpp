@@ -30,10 +30,10 @@
 
 namespace {
 
-using doubles::EntryPtr;
 using doubles::FilePtr;
 using doubles::FileSystem;
 using doubles::makeImporter;
+using doubles::MemoryFilePtr;
 using doubles::RecordingContext;
 using doubles::runToEnd;
 
@@ -60,7 +60,7 @@ struct FixedIdentifiers : AuxFileIdentifierValidator::IdentifierProviderInterfac
 };
 
 /// Two runs at two temperatures, and files that belong to no run.
-EntryPtr measurements(const FileSystem& disk)
+MemoryFilePtr measurements(const FileSystem& disk)
 {
     const auto run = [&](const std::string& path) {
         return disk.directory(path, {disk.file(path + "/probe.mesh"), disk.file(path + "/log.txt"),
@@ -173,9 +173,9 @@ TEST(Import, TakesThePatternListAgainAfterAFurtherResult)
 TEST(Import, GoesOnWithThePartOfATreeThatWasReadable)
 {
     const FileSystem disk;
-    const EntryPtr locked = disk.directory("/r/locked");
+    const MemoryFilePtr locked = disk.directory("/r/locked");
     locked->readable = false;
-    const EntryPtr root =
+    const MemoryFilePtr root =
         disk.directory("/r", {disk.file("/r/x_T1_"), locked, disk.file("/r/x_T2_")});
     FolderCrawler crawler(root);
     runToEnd(crawler);
@@ -198,11 +198,11 @@ TEST(Import, GroupsRandomTreesByTheirValues)
         const FileSystem disk;
         // Path and values of every file; the map sorts the paths as the parser does.
         std::map<std::string, Texts> values;
-        std::vector<FilePtr> folders;
+        std::vector<MemoryFilePtr> folders;
         for (auto folder = random() % 6; folder > 0; --folder) {
             const std::string gas = random() % 2 ? "air" : "argon";
             const std::string name = std::to_string(random() % 100) + "_P" + gas;
-            std::vector<FilePtr> files;
+            std::vector<MemoryFilePtr> files;
             for (auto file = random() % 6; file > 0; --file) {
                 const std::string number = std::to_string(random() % 4);
                 const std::string leaf = std::to_string(random() % 100) + "_T" + number + ".dat";

@@ -51,35 +51,16 @@ const std::vector<MetadataPattern> secondPatterns = {{"/", MetadataPattern::Stri
                                                      {"Mach", MetadataPattern::NumberValue},
                                                      {"of the ", MetadataPattern::StringValue}};
 
-struct PlainEntry : FileInfoInterface {
-    PlainEntry(std::string theName, bool isIt, std::vector<doubles::FilePtr> theEntries)
-        : name(std::move(theName)), directory(isIt), children(std::move(theEntries))
-    {
-    }
-    bool isDirectory() const override { return directory; }
-    bool isReadable() const override { return readable; }
-    bool isFile() const override { return !directory; }
-    bool exists() const override { return present; }
-    std::string fullPath() const override { return "/the/full/path/of/the/entry/" + name; }
-    std::string fileName() const override { return name; }
-    std::vector<doubles::FilePtr> entries(const std::string&) const override { return children; }
-
-    std::string name;
-    bool directory;
-    bool readable = true;
-    bool present = true;
-    std::vector<doubles::FilePtr> children;
-};
-
-boost::shared_ptr<PlainEntry> file(const std::string& name)
+// Below a path too long to be kept without memory, too.
+doubles::MemoryFilePtr file(const std::string& name)
 {
-    return boost::make_shared<PlainEntry>(name, false, std::vector<doubles::FilePtr>());
+    return doubles::memoryFile("/the/full/path/of/the/entry/" + name);
 }
 
-boost::shared_ptr<PlainEntry> folder(const std::string& name,
-                                     std::vector<doubles::FilePtr> entries = {})
+doubles::MemoryFilePtr folder(const std::string& name,
+                              std::vector<doubles::MemoryFilePtr> entries = {})
 {
-    return boost::make_shared<PlainEntry>(name, true, std::move(entries));
+    return doubles::memoryFolder("/the/full/path/of/the/entry/" + name, std::move(entries));
 }
 
 std::string lines(const std::list<std::string>& texts)
@@ -146,7 +127,7 @@ struct Import {
 
     CrawlerBasicImporterParser* parser; // Owned by the importer.
     std::unique_ptr<MetadataFileCrawler> importer;
-    boost::shared_ptr<PlainEntry> secondFolder = folder("second");
+    doubles::MemoryFilePtr secondFolder = folder("second");
     FolderCrawler::Result first;
     FolderCrawler::Result second;
     PlainContext context;
@@ -304,8 +285,8 @@ TEST(AllocationFailure, HandsNothingToTheContextWhenAnExtractionRunsOutOfMemory)
 }
 
 struct Walk {
-    boost::shared_ptr<PlainEntry> locked = folder("a folder that may be locked away");
-    boost::shared_ptr<PlainEntry> root =
+    doubles::MemoryFilePtr locked = folder("a folder that may be locked away");
+    doubles::MemoryFilePtr root =
         folder("root", {file("a file with a rather long name.dat"),
                         folder("a folder with a rather long name",
                                {file("a file with a rather long name in it.dat"), locked}),

@@ -24,9 +24,9 @@ namespace {
 using doubles::Calls;
 using doubles::crawlResult;
 using doubles::EmptyCollection;
-using doubles::EntryPtr;
 using doubles::FileSystem;
 using doubles::makeImporter;
+using doubles::MemoryFilePtr;
 using doubles::ParserRecord;
 using doubles::ParserRecordPtr;
 using doubles::RecordingContext;
@@ -38,7 +38,7 @@ using ImporterPtr = std::unique_ptr<MetadataFileCrawler>;
 /// An importer over a recording parser, and a readable root folder.
 struct Arrangement {
     FileSystem disk;
-    EntryPtr root = disk.directory("/r");
+    MemoryFilePtr root = disk.directory("/r");
     ParserRecordPtr parser = std::make_shared<ParserRecord>();
     ImporterPtr importer = makeImporter(parser);
 };
@@ -121,7 +121,7 @@ TEST(MetadataFileCrawler, RefusesAFolderThatDoesNotExist)
 TEST(MetadataFileCrawler, RefusesAFolderThatIsAFile)
 {
     const Arrangement given;
-    const EntryPtr file = given.disk.file("C:\\x y");
+    const MemoryFilePtr file = given.disk.file("C:\\x y");
 
     EXPECT_EQ("The specified path: C:\\x y must be a directory.",
               messageOf(*given.importer, crawlResult(file, {"a"})));
@@ -143,7 +143,7 @@ TEST(MetadataFileCrawler, RefusesAFolderThatIsNotReadable)
 TEST(MetadataFileCrawler, HoldsTheFolderOfAResultUntilItHasRefusedIt)
 {
     const Arrangement given;
-    EntryPtr lost = given.disk.directory("/lost");
+    MemoryFilePtr lost = given.disk.directory("/lost");
     FolderCrawler::Result result = crawlResult(lost);
     lost->present = false;
     lost->hook = [&](const std::string&) {
@@ -188,9 +188,10 @@ TEST(MetadataFileCrawler, ChangesNothingWhenItRefusesAResult)
     given.importer->setCrawlResult(crawlResult(given.root, {"a"}));
     const Calls before = given.parser->log->calls();
 
-    for (bool doubles::Entry::*flaw :
-         {&doubles::Entry::present, &doubles::Entry::directory, &doubles::Entry::readable}) {
-        const EntryPtr bad = given.disk.directory("/bad");
+    for (bool doubles::MemoryFile::*flaw :
+         {&doubles::MemoryFile::present, &doubles::MemoryFile::directory,
+          &doubles::MemoryFile::readable}) {
+        const MemoryFilePtr bad = given.disk.directory("/bad");
         (*bad).*flaw = false;
         EXPECT_THROW(given.importer->setCrawlResult(crawlResult(bad, {"b"})),
                      ortelo::ExceptionBase);
@@ -247,7 +248,7 @@ TEST(MetadataFileCrawler, GivesTheParserNoPathAndHasNoCasesForAnEmptyResult)
 TEST(MetadataFileCrawler, ShowsTheSecondResultOnlyButLeavesTheFirstWithTheParser)
 {
     const Arrangement given;
-    const EntryPtr second = given.disk.directory("/s");
+    const MemoryFilePtr second = given.disk.directory("/s");
     given.importer->setCrawlResult(crawlResult(given.root, {"a", "b"}));
 
     given.importer->setCrawlResult(crawlResult(second, {"c"}));

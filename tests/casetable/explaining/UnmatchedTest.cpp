@@ -12,6 +12,7 @@
 
 #include "host/AuxFileInfoInterface.h"
 #include "tests/casetable/support/Importing.h"
+#include "tests/crawler/PlainMatching.h"
 
 namespace casetable {
 namespace tests {
@@ -20,80 +21,24 @@ namespace {
 
 using Patterns = std::vector<MetadataPattern>;
 
-// A plain restatement of how a path is matched: the metadata index of the first marker that fails
-// and whether it was found, or nothing for a match. Throws as the matching does where a marker
-// begins within the one before it and leaves that one no segment to cut a value from.
+// The first marker that fails by the plain rules, and whether it was found; nothing for a match.
+// Throws as the matching does where a marker begins within the one before it and leaves that one no
+// segment to cut a value from.
 struct Failed {
     std::size_t metadataIndex;
     bool markerFound;
 };
 
-bool isDigit(const std::string& text, std::size_t position)
-{
-    return position < text.size() && text[position] >= '0' && text[position] <= '9';
-}
-
-bool isOneOf(const std::string& text, std::size_t position, const char* choice)
-{
-    return position < text.size() && std::string(choice).find(text[position]) != std::string::npos;
-}
-
-bool numberFollows(const std::string& segment, std::size_t position)
-{
-    if (isOneOf(segment, position, "+-"))
-        ++position;
-    return isDigit(segment, position) ||
-           (isOneOf(segment, position, ".") && isDigit(segment, position + 1));
-}
-
-std::string withoutExtensions(std::string text)
-{
-    for (;;) {
-        const std::size_t separator = text.find_last_of("/\\");
-        const std::size_t begin = separator == std::string::npos ? 0 : separator + 1;
-        const std::string component = text.substr(begin);
-        const std::size_t dot = component.rfind('.');
-        if (dot == std::string::npos || component == "." || component == "..")
-            return text;
-        text.resize(begin + dot);
-    }
-}
-
-bool textFollows(const std::string& segment, std::size_t length)
-{
-    const std::string stripped = withoutExtensions(segment);
-    bool follows = false;
-    if (length < stripped.size() && stripped.find_first_of("/\\", length) != std::string::npos)
-        follows = true;
-    else
-        follows = stripped.empty() || length + 1 < stripped.size();
-    if (follows && length > segment.size())
-        throw std::out_of_range("overlap");
-    return follows;
-}
-
 std::optional<Failed> firstFailure(const std::string& path, const Patterns& patterns)
 {
     std::vector<std::size_t> positions;
-    std::size_t start = 0;
-    for (std::size_t k = 0; k < patterns.size(); ++k) {
-        const std::size_t position = path.find(patterns[k].pattern, start);
-        if (position == std::string::npos)
-            return Failed{k, false};
-        positions.push_back(position);
-        start = position + 1;
-    }
-    positions.push_back(path.size());
-    for (std::size_t k = 0; k < patterns.size(); ++k) {
-        const std::string segment = path.substr(positions[k], positions[k + 1] - positions[k]);
-        const std::size_t length = patterns[k].pattern.size();
-        const bool follows = patterns[k].valueType == MetadataPattern::NumberValue
-                                 ? numberFollows(segment, length)
-                                 : textFollows(segment, length);
-        if (!follows)
-            return Failed{k, true};
-    }
-    return std::nullopt;
+    if (!plain::locate(path, patterns, positions))
+        return Failed{positions.size(), false};
+    plain::Record record;
+    record.path = path;
+    if (plain::extract(record, patterns, positions))
+        return std::nullopt;
+    return Failed{record.infos.size(), true};
 }
 
 class RandomText {

@@ -20,8 +20,8 @@
 #include "crawler/FolderCrawler.h"
 #include "host/ExceptionBase.h"
 #include "tests/casetable/support/OrdinaryUser.h"
-#include "tests/casetable/support/Sanitizer.h"
 #include "tests/casetable/support/TemporaryTree.h"
+#include "tests/support/Sanitizer.h"
 
 namespace casetable {
 namespace tests {

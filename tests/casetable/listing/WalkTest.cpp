@@ -12,8 +12,8 @@
 #include "casetable/system/ExitCode.h"
 #include "crawler/FolderCrawler.h"
 #include "tests/casetable/support/OrdinaryUser.h"
-#include "tests/casetable/support/Sanitizer.h"
 #include "tests/casetable/support/TemporaryTree.h"
+#include "tests/support/Sanitizer.h"
 
 namespace casetable {
 namespace tests {

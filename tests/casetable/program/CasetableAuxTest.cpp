@@ -29,14 +29,11 @@ TEST(CasetableAux, GivesEachCaseItsFilesPerTagInCsv)
     const TemporaryTree tree;
     makeRuns(tree);
 
-    const Outcome outcome =
-        run(tree, {"-n", "T", "-a", "*.log=log", "--aux=run.dat=data", "results"});
-
-    EXPECT_EQ(outcome.exitCode, 0) << outcome;
-    EXPECT_EQ(outcome.output, "case,T,log,data\r\n"
-                              "0,1,\"T1/a.log,T1/b.log\",T1/run.dat\r\n"
-                              "1,2,,T2/run.dat\r\n"
-                              "2,3,T3/c.log,\r\n");
+    EXPECT_EQ(run(tree, {"-n", "T", "-a", "*.log=log", "--aux=run.dat=data", "results"}),
+              prints("case,T,log,data\r\n"
+                     "0,1,\"T1/a.log,T1/b.log\",T1/run.dat\r\n"
+                     "1,2,,T2/run.dat\r\n"
+                     "2,3,T3/c.log,\r\n"));
 }
 
 TEST(CasetableAux, GivesEachCaseItsFilesPerTagInATable)
@@ -44,11 +41,11 @@ TEST(CasetableAux, GivesEachCaseItsFilesPerTagInATable)
     const TemporaryTree tree;
     makeRuns(tree);
 
-    EXPECT_EQ(run(tree, {"-n", "T", "-a", "*.log=log", "-f", "table", "results"}).output,
-              "case  T  log\n"
-              "   0  1  T1/a.log, T1/b.log\n"
-              "   1  2\n"
-              "   2  3  T3/c.log\n");
+    EXPECT_EQ(run(tree, {"-n", "T", "-a", "*.log=log", "-f", "table", "results"}),
+              prints("case  T  log\n"
+                     "   0  1  T1/a.log, T1/b.log\n"
+                     "   1  2\n"
+                     "   2  3  T3/c.log\n"));
 }
 
 TEST(CasetableAux, GivesEachCaseItsFilesPerTagInJson)
@@ -89,13 +86,11 @@ TEST(CasetableAux, FilesEachFileUnderTheFirstTagThatSelectsIt)
     const TemporaryTree tree;
     makeRuns(tree);
 
-    const Outcome outcome =
-        run(tree, {"-n", "T", "-a", "a.log=first", "-a", "*.log=second", "results"});
-
-    EXPECT_EQ(outcome.output, "case,T,first,second\r\n"
-                              "0,1,T1/a.log,T1/b.log\r\n"
-                              "1,2,,\r\n"
-                              "2,3,,T3/c.log\r\n");
+    EXPECT_EQ(run(tree, {"-n", "T", "-a", "a.log=first", "-a", "*.log=second", "results"}),
+              prints("case,T,first,second\r\n"
+                     "0,1,T1/a.log,T1/b.log\r\n"
+                     "1,2,,\r\n"
+                     "2,3,,T3/c.log\r\n"));
 }
 
 TEST(CasetableAux, CollectsSeveralSyntaxesUnderOneTag)
@@ -103,30 +98,27 @@ TEST(CasetableAux, CollectsSeveralSyntaxesUnderOneTag)
     const TemporaryTree tree;
     makeRuns(tree);
 
-    const Outcome outcome = run(tree, {"-n", "T", "-a", "*.dat=all", "-a", "*.log=all", "results"});
-
-    EXPECT_EQ(outcome.output, "case,T,all\r\n"
-                              "0,1,\"T1/run.dat,T1/a.log,T1/b.log\"\r\n"
-                              "1,2,T2/run.dat\r\n"
-                              "2,3,T3/c.log\r\n");
+    EXPECT_EQ(run(tree, {"-n", "T", "-a", "*.dat=all", "-a", "*.log=all", "results"}),
+              prints("case,T,all\r\n"
+                     "0,1,\"T1/run.dat,T1/a.log,T1/b.log\"\r\n"
+                     "1,2,T2/run.dat\r\n"
+                     "2,3,T3/c.log\r\n"));
 }
 
 TEST(CasetableAux, DividesSyntaxAndTagAtTheLastEqualsSign)
 {
-    const TemporaryTree tree;
-    tree.file("results/T1/key=value.log");
+    const TemporaryTree tree({"results/T1/key=value.log"});
 
-    EXPECT_EQ(run(tree, {"-n", "T", "-a", "key=*.log=log", "results"}).output,
-              "case,T,log\r\n0,1,T1/key=value.log\r\n");
+    EXPECT_EQ(run(tree, {"-n", "T", "-a", "key=*.log=log", "results"}),
+              prints("case,T,log\r\n0,1,T1/key=value.log\r\n"));
 }
 
 TEST(CasetableAux, NamesTagsApartFromColumns)
 {
-    const TemporaryTree tree;
-    tree.file("results/T1/a.log");
+    const TemporaryTree tree({"results/T1/a.log"});
 
-    EXPECT_EQ(run(tree, {"-n", "T", "-a", "*.log=T", "results"}).output,
-              "case,T,T(2)\r\n0,1,T1/a.log\r\n");
+    EXPECT_EQ(run(tree, {"-n", "T", "-a", "*.log=T", "results"}),
+              prints("case,T,T(2)\r\n0,1,T1/a.log\r\n"));
 }
 
 TEST(CasetableAux, LeavesOutFilesOfNoCase)
@@ -151,7 +143,7 @@ TEST(CasetableAux, AreEmptyForAllCasesBehindTheLastThatHasSome)
         expected += std::to_string(i) + "," + number + "," + (i == 0 ? file : "") + "\r\n";
     }
 
-    EXPECT_EQ(run(tree, {"-n", "T", "-a", "*.log=log", "results"}).output, expected);
+    EXPECT_EQ(run(tree, {"-n", "T", "-a", "*.log=log", "results"}), prints(expected));
 }
 
 TEST(CasetableAux, TellsTheTagOfEachFileInAListOfFiles)
@@ -159,13 +151,13 @@ TEST(CasetableAux, TellsTheTagOfEachFileInAListOfFiles)
     const TemporaryTree tree;
     makeRuns(tree);
 
-    EXPECT_EQ(run(tree, {"-n", "T", "-a", "*.log=log", "--files", "results"}).output,
-              "path,case,T,tag\r\n"
-              "T1/a.log,0,1,log\r\n"
-              "T1/b.log,0,1,log\r\n"
-              "T1/run.dat,0,1,\r\n"
-              "T2/run.dat,1,2,\r\n"
-              "T3/c.log,2,3,log\r\n");
+    EXPECT_EQ(run(tree, {"-n", "T", "-a", "*.log=log", "--files", "results"}),
+              prints("path,case,T,tag\r\n"
+                     "T1/a.log,0,1,log\r\n"
+                     "T1/b.log,0,1,log\r\n"
+                     "T1/run.dat,0,1,\r\n"
+                     "T2/run.dat,1,2,\r\n"
+                     "T3/c.log,2,3,log\r\n"));
     EXPECT_EQ(
         Json::parse(run(tree, {"-n", "T", "-a", "*.log=log", "--files", "-f", "json", "results"})
                         .output)["files"][0]["tag"],
@@ -174,13 +166,10 @@ TEST(CasetableAux, TellsTheTagOfEachFileInAListOfFiles)
 
 TEST(CasetableAux, SelectsNamesWithBytesThatAreNotUtf8)
 {
-    const TemporaryTree tree;
-    tree.file("results/T1/a\xff.log");
+    const TemporaryTree tree({"results/T1/a\xff.log"});
 
-    const Outcome outcome = run(tree, {"-n", "T", "-a", "*.log=log", "results"});
-
-    EXPECT_EQ(outcome.exitCode, 0) << outcome;
-    EXPECT_EQ(outcome.output, "case,T,log\r\n0,1,T1/a\xff.log\r\n");
+    EXPECT_EQ(run(tree, {"-n", "T", "-a", "*.log=log", "results"}),
+              prints("case,T,log\r\n0,1,T1/a\xff.log\r\n"));
 }
 
 } // namespace tests

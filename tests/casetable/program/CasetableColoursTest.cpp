@@ -20,8 +20,7 @@ protected:
     // On a terminal that knows colours.
     Setting terminal() const
     {
-        Setting setting = in(tree_);
-        setting.output = Stream::Terminal;
+        Setting setting = withOutput(tree_, Stream::Terminal);
         setting.errors = Stream::Terminal;
         setting.colours = true;
         return setting;
@@ -37,13 +36,13 @@ protected:
 
 TEST_F(CasetableColours, MakeTheNamesOfATableBold)
 {
-    EXPECT_EQ(run(import_, terminal()).output, "\x1b[1mcase  T\x1b[0m\n   0  1\n");
+    EXPECT_EQ(run(import_, terminal()), prints("\x1b[1mcase  T\x1b[0m\n   0  1\n"));
 }
 
 TEST_F(CasetableColours, MakeTheMarksOfAnExplanationBold)
 {
-    EXPECT_EQ(run(explain_, terminal()).output,
-              "T1\n\x1b[1m^~\x1b[0m  -n T: '1', up to the end\nmatched\n");
+    EXPECT_EQ(run(explain_, terminal()),
+              prints("T1\n\x1b[1m^~\x1b[0m  -n T: '1', up to the end\nmatched\n"));
 }
 
 TEST_F(CasetableColours, MarkTheBeginningOfAnError)
@@ -81,9 +80,9 @@ TEST_F(CasetableColours, AreNotForPipesAndFiles)
         const Outcome outcome = run(arguments, pipes);
         EXPECT_EQ((outcome.output + outcome.errors).find('\x1b'), std::string::npos) << outcome;
     }
-    EXPECT_EQ(run({"-n", "T", "-q", "-o", "out.txt", "results"}, terminal()).exitCode, 0);
+    EXPECT_EQ(run({"-n", "T", "-q", "-o", "out.txt", "results"}, terminal()), prints(""));
     EXPECT_EQ(tree_.content("out.txt"), "case  T\n   0  1\n");
-    EXPECT_EQ(run({"-n", "T", "--explain", "T1", "-o", "out.txt"}, terminal()).exitCode, 0);
+    EXPECT_EQ(run({"-n", "T", "--explain", "T1", "-o", "out.txt"}, terminal()), prints(""));
     EXPECT_EQ(tree_.content("out.txt").find('\x1b'), std::string::npos);
 }
 
@@ -106,7 +105,7 @@ TEST_F(CasetableColours, GoToAnOutputThatNamesATerminal)
     Setting setting = in(tree_);
     setting.colours = true;
 
-    EXPECT_EQ(run({"-n", "T", "-q", "-o", other.path(), "results"}, setting).exitCode, 0);
+    EXPECT_EQ(run({"-n", "T", "-q", "-o", other.path(), "results"}, setting), prints(""));
 
     EXPECT_EQ(other.text(), "\x1b[1mcase  T\x1b[0m\n   0  1\n");
 }

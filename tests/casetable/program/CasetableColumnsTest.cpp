@@ -12,15 +12,11 @@ namespace tests {
 
 TEST(CasetableColumns, StandInTheOrderOfTheOptions)
 {
-    const TemporaryTree tree;
-    tree.file("results/wing_a1/Mach0.8/body_b2/AoA-4.dat");
+    const TemporaryTree tree({"results/wing_a1/Mach0.8/body_b2/AoA-4.dat"});
 
-    const Outcome outcome =
-        run(tree, {"-s", "wing_", "--number", "Mach", "--string=body_", "results", "-n", "AoA"});
-
-    EXPECT_EQ(outcome.exitCode, 0) << outcome;
-    EXPECT_EQ(outcome.output, "case,wing_,Mach,body_,AoA\r\n0,a1,0.8,b2,-4\r\n");
-    EXPECT_EQ(outcome.errors, "");
+    EXPECT_EQ(
+        run(tree, {"-s", "wing_", "--number", "Mach", "--string=body_", "results", "-n", "AoA"}),
+        prints("case,wing_,Mach,body_,AoA\r\n0,a1,0.8,b2,-4\r\n"));
 }
 
 TEST(CasetableColumns, KeepTheTextOfNumbers)
@@ -29,45 +25,36 @@ TEST(CasetableColumns, KeepTheTextOfNumbers)
     for (const char* number : {"007", "1.50", "-2e-3", "+.5"})
         tree.file(std::string("results/T") + number + "/file");
 
-    const Outcome outcome = run(tree, {"-n", "T", "results"});
-
-    EXPECT_EQ(outcome.output, "case,T\r\n0,+.5\r\n1,-2e-3\r\n2,007\r\n3,1.50\r\n") << outcome;
+    EXPECT_EQ(run(tree, {"-n", "T", "results"}),
+              prints("case,T\r\n0,+.5\r\n1,-2e-3\r\n2,007\r\n3,1.50\r\n"));
 }
 
 TEST(CasetableColumns, ShowNullForANumberThatIsNone)
 {
-    const TemporaryTree tree;
-    tree.file("results/T1D+07/file");
+    const TemporaryTree tree({"results/T1D+07/file"});
 
-    EXPECT_EQ(run(tree, {"-n", "T", "results"}).output, "case,T\r\n0,NULL\r\n");
+    EXPECT_EQ(run(tree, {"-n", "T", "results"}), prints("case,T\r\n0,NULL\r\n"));
 }
 
 TEST(CasetableColumns, MakeOneCaseOfEqualValues)
 {
-    const TemporaryTree tree;
-    for (const char* file : {"c/T1/x", "b/T1/y", "a/T2/x", "d/T1.0/x"})
-        tree.file(std::string("results/") + file);
+    const TemporaryTree tree(
+        {"results/c/T1/x", "results/b/T1/y", "results/a/T2/x", "results/d/T1.0/x"});
 
-    const Outcome outcome = run(tree, {"-n", "T", "results"});
-
-    EXPECT_EQ(outcome.output, "case,T\r\n0,2\r\n1,1\r\n2,1.0\r\n") << outcome;
+    EXPECT_EQ(run(tree, {"-n", "T", "results"}), prints("case,T\r\n0,2\r\n1,1\r\n2,1.0\r\n"));
 }
 
 TEST(CasetableColumns, OfOneMarkerHaveNamesOfTheirOwn)
 {
-    const TemporaryTree tree;
-    tree.file("results/T1/T2/T3.dat");
+    const TemporaryTree tree({"results/T1/T2/T3.dat"});
 
-    const Outcome outcome = run(tree, {"-n", "T", "-n", "T", "-n", "T", "results"});
-
-    EXPECT_EQ(outcome.output, "case,T,T(2),T(3)\r\n0,1,2,3\r\n") << outcome;
+    EXPECT_EQ(run(tree, {"-n", "T", "-n", "T", "-n", "T", "results"}),
+              prints("case,T,T(2),T(3)\r\n0,1,2,3\r\n"));
 }
 
 TEST(CasetableColumns, HaveTheSameNamesWithAndWithoutCases)
 {
-    const TemporaryTree tree;
-    tree.file("full/case1/case2.dat");
-    tree.folder("empty");
+    const TemporaryTree tree({"full/case1/case2.dat", "empty/"});
 
     const auto header = [&tree](const std::string& root) {
         return parseCsv(run(tree, {"-n", "case", "-n", "case", root}).output).at(0);
@@ -86,8 +73,7 @@ TEST(CasetableColumns, TakeAnyTextAsMarker)
         "++",    "#",       "@file",  "\xc3\xa4=", "(a)\\(b", "\x1b[31mred", "~",       "true"};
     for (const std::string& marker : markers) {
         SCOPED_TRACE(testing::PrintToString(marker));
-        const TemporaryTree tree;
-        tree.file("results/" + marker + "value/file");
+        const TemporaryTree tree({"results/" + marker + "value/file"});
 
         for (const Arguments& arguments :
              {Arguments{"-s", marker, "results"}, Arguments{"--string", marker, "results"},
@@ -102,51 +88,39 @@ TEST(CasetableColumns, TakeAnyTextAsMarker)
 
 TEST(CasetableColumns, TakeAMarkerThatLooksLikeAnOptionWithoutItsValue)
 {
-    const TemporaryTree tree;
-    tree.file("results/--string=value/file");
+    const TemporaryTree tree({"results/--string=value/file"});
 
-    const Outcome outcome = run(tree, {"-s", "--string=", "results"});
-
-    EXPECT_EQ(outcome.exitCode, 0) << outcome;
-    EXPECT_EQ(outcome.output, "case,--string=\r\n0,value\r\n");
+    EXPECT_EQ(run(tree, {"-s", "--string=", "results"}), prints("case,--string=\r\n0,value\r\n"));
 }
 
 TEST(CasetableFormat, IsCsvInAPipeAndAnAlignedTableOnATerminal)
 {
-    const TemporaryTree tree;
-    tree.file("results/T1/file");
-    tree.file("results/T200/file");
-    Setting terminal = in(tree);
-    terminal.output = Stream::Terminal;
+    const TemporaryTree tree({"results/T1/file", "results/T200/file"});
 
     for (const Arguments& arguments :
          {Arguments{"-n", "T", "results"}, Arguments{"-n", "T", "--format", "auto", "results"}}) {
-        EXPECT_EQ(run(tree, arguments).output, "case,T\r\n0,1\r\n1,200\r\n");
-        EXPECT_EQ(run(arguments, terminal).output, "case    T\n   0    1\n   1  200\n");
+        EXPECT_EQ(run(tree, arguments), prints("case,T\r\n0,1\r\n1,200\r\n"));
+        EXPECT_EQ(run(arguments, withOutput(tree, Stream::Terminal)),
+                  prints("case    T\n   0    1\n   1  200\n"));
     }
 }
 
 TEST(CasetableFormat, IsCsvInAFile)
 {
-    const TemporaryTree tree;
-    tree.file("results/T1/file");
-    Setting terminal = in(tree);
-    terminal.output = Stream::Terminal;
+    const TemporaryTree tree({"results/T1/file"});
 
-    const Outcome outcome = run({"-n", "T", "-o", "cases", "results"}, terminal);
-
-    EXPECT_EQ(outcome.output, "") << outcome;
+    EXPECT_EQ(run({"-n", "T", "-o", "cases", "results"}, withOutput(tree, Stream::Terminal)),
+              prints(""));
     EXPECT_EQ(tree.content("cases"), "case,T\r\n0,1\r\n");
 }
 
 TEST(CasetableFormat, IsGuessedFromTheEndingOfTheFile)
 {
-    const TemporaryTree tree;
-    tree.file("results/T1/file");
+    const TemporaryTree tree({"results/T1/file"});
     const auto written = [&tree](const std::string& file, const Arguments& more) {
         Arguments arguments = {"-n", "T", "-o", file, "results"};
         arguments.insert(arguments.end(), more.begin(), more.end());
-        EXPECT_EQ(run(tree, arguments).exitCode, 0);
+        EXPECT_EQ(run(tree, arguments), prints(""));
         return tree.content(file);
     };
 
@@ -161,28 +135,23 @@ TEST(CasetableFormat, IsGuessedFromTheEndingOfTheFile)
 
 TEST(CasetableFormat, IsATableWhenTheOutputNamesATerminal)
 {
-    const TemporaryTree tree;
-    tree.file("results/T1/file");
+    const TemporaryTree tree({"results/T1/file"});
     const Terminal terminal;
 
-    const Outcome outcome = run(tree, {"-n", "T", "-o", terminal.path(), "results"});
-
-    EXPECT_EQ(outcome.exitCode, 0) << outcome;
+    EXPECT_EQ(run(tree, {"-n", "T", "-o", terminal.path(), "results"}), prints(""));
     EXPECT_EQ(terminal.text(), "case  T\n   0  1\n");
 }
 
 TEST(CasetableFormat, IsTheOneAskedForWhereverItGoes)
 {
-    const TemporaryTree tree;
-    tree.file("results/T1/file");
-    Setting terminal = in(tree);
-    terminal.output = Stream::Terminal;
+    const TemporaryTree tree({"results/T1/file"});
 
-    EXPECT_EQ(run({"-n", "T", "-f", "csv", "results"}, terminal).output, "case,T\r\n0,1\r\n");
-    EXPECT_EQ(run(tree, {"-n", "T", "-f", "table", "results"}).output, "case  T\n   0  1\n");
+    EXPECT_EQ(run({"-n", "T", "-f", "csv", "results"}, withOutput(tree, Stream::Terminal)),
+              prints("case,T\r\n0,1\r\n"));
+    EXPECT_EQ(run(tree, {"-n", "T", "-f", "table", "results"}), prints("case  T\n   0  1\n"));
     EXPECT_EQ(run(tree, {"-n", "T", "-f", "json", "results"}).output.front(), '{');
-    EXPECT_EQ(run(tree, {"-n", "T", "-f", "table", "--format=csv", "results"}).output,
-              "case,T\r\n0,1\r\n");
+    EXPECT_EQ(run(tree, {"-n", "T", "-f", "table", "--format=csv", "results"}),
+              prints("case,T\r\n0,1\r\n"));
 }
 
 } // namespace tests

@@ -12,11 +12,9 @@ namespace tests {
 
 TEST(CasetableCsv, EndsEveryLineWithCarriageReturnAndLineFeed)
 {
-    const TemporaryTree tree;
-    tree.file("results/T1/file");
-    tree.file("results/T2/file");
+    const TemporaryTree tree({"results/T1/file", "results/T2/file"});
 
-    EXPECT_EQ(run(tree, {"-n", "T", "-f", "csv", "results"}).output, "case,T\r\n0,1\r\n1,2\r\n");
+    EXPECT_EQ(run(tree, {"-n", "T", "-f", "csv", "results"}), prints("case,T\r\n0,1\r\n1,2\r\n"));
 }
 
 TEST(CasetableCsv, QuotesOnlyFieldsThatNeedIt)
@@ -32,29 +30,26 @@ TEST(CasetableCsv, QuotesOnlyFieldsThatNeedIt)
         {"\x1b[31m", "\x1b[31m"}};
     for (const auto& row : rows) {
         SCOPED_TRACE(testing::PrintToString(row[0]));
-        const TemporaryTree tree;
-        tree.file("results/T_" + row[0] + "/file");
+        const TemporaryTree tree({"results/T_" + row[0] + "/file"});
 
-        EXPECT_EQ(run(tree, {"-s", "T_", "-f", "csv", "results"}).output,
-                  "case,T_\r\n0," + row[1] + "\r\n");
+        EXPECT_EQ(run(tree, {"-s", "T_", "-f", "csv", "results"}),
+                  prints("case,T_\r\n0," + row[1] + "\r\n"));
     }
 }
 
 TEST(CasetableCsv, LeavesAnEmptyValueEmpty)
 {
-    const TemporaryTree tree;
-    tree.file("results/T_/file");
+    const TemporaryTree tree({"results/T_/file"});
 
-    EXPECT_EQ(run(tree, {"-s", "T_", "-f", "csv", "results"}).output, "case,T_\r\n0,\r\n");
+    EXPECT_EQ(run(tree, {"-s", "T_", "-f", "csv", "results"}), prints("case,T_\r\n0,\r\n"));
 }
 
 TEST(CasetableCsv, QuotesTheHeaderToo)
 {
-    const TemporaryTree tree;
-    tree.file("results/a,\"b\"1/file");
+    const TemporaryTree tree({"results/a,\"b\"1/file"});
 
-    EXPECT_EQ(run(tree, {"-n", "a,\"b\"", "-f", "csv", "results"}).output,
-              "case,\"a,\"\"b\"\"\"\r\n0,1\r\n");
+    EXPECT_EQ(run(tree, {"-n", "a,\"b\"", "-f", "csv", "results"}),
+              prints("case,\"a,\"\"b\"\"\"\r\n0,1\r\n"));
 }
 
 TEST(CasetableCsv, KeepsEveryByteOfAName)
@@ -86,10 +81,9 @@ TEST(CasetableCsv, KeepsEveryByteOfAValue)
 
 TEST(CasetableCsv, KeepsBytesOnTheWayToAFile)
 {
-    const TemporaryTree tree;
-    tree.file("results/T1/\xff\n\",\x80");
+    const TemporaryTree tree({"results/T1/\xff\n\",\x80"});
 
-    EXPECT_EQ(run(tree, {"-n", "T", "--files", "-o", "out.csv", "results"}).exitCode, 0);
+    EXPECT_EQ(run(tree, {"-n", "T", "--files", "-o", "out.csv", "results"}), prints(""));
 
     EXPECT_EQ(tree.content("out.csv"), "path,case,T\r\n\"T1/\xff\n\"\",\x80\",0,1\r\n");
 }

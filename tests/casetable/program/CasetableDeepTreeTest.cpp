@@ -5,8 +5,8 @@
 #include <gtest/gtest.h>
 
 #include "tests/casetable/support/Program.h"
-#include "tests/casetable/support/Sanitizer.h"
 #include "tests/casetable/support/TemporaryTree.h"
+#include "tests/support/Sanitizer.h"
 
 namespace casetable {
 namespace tests {
@@ -41,13 +41,9 @@ TEST(CasetableDeepTree, IsWalkedBeyondTheLimitsOfPathsAndDescriptors)
     const TemporaryTree tree;
     tree.chain("results", levels, name, "T1.dat");
 
-    for (const char* option : {"--quiet", "--follow", "--keep-going"}) {
-        const Outcome outcome =
-            run({"-n", "T", "--files", option, "results"}, withFewDescriptors(tree));
-        EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
-        EXPECT_EQ(outcome.errors, "");
-        EXPECT_EQ(outcome.output, "path,case,T\r\n" + pathOfTheLast("T1.dat") + ",0,1\r\n");
-    }
+    for (const char* option : {"--quiet", "--follow", "--keep-going"})
+        EXPECT_EQ(run({"-n", "T", "--files", option, "results"}, withFewDescriptors(tree)),
+                  prints("path,case,T\r\n" + pathOfTheLast("T1.dat") + ",0,1\r\n"));
 }
 
 TEST(CasetableDeepTree, IsWalkedBranchAfterBranch)
@@ -56,16 +52,14 @@ TEST(CasetableDeepTree, IsWalkedBranchAfterBranch)
     for (const char* branch : {"T1", "T2", "T3"})
         tree.chain(std::string("results/") + branch, 300, name, "file");
 
-    const Outcome outcome = run({"-n", "T", "results"}, withFewDescriptors(tree));
-
-    EXPECT_EQ(outcome.output, "case,T\r\n0,1\r\n1,2\r\n2,3\r\n") << outcome;
+    EXPECT_EQ(run({"-n", "T", "results"}, withFewDescriptors(tree)),
+              prints("case,T\r\n0,1\r\n1,2\r\n2,3\r\n"));
 }
 
 TEST(CasetableDeepTree, IsAnErrorRatherThanHalfATableWhereDescriptorsRunOut)
 {
     SKIP_WHERE_SANITIZERS_NEED_DESCRIPTORS();
-    const TemporaryTree tree;
-    tree.file("results/T1/file");
+    const TemporaryTree tree({"results/T1/file"});
     tree.chain("results", 100, name, "T2.dat");
     Setting setting = in(tree);
     setting.prepare = [] {

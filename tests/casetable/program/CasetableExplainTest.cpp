@@ -20,28 +20,21 @@ TEST(CasetableExplain, ShowsAPathThatIsMatched)
 {
     const TemporaryTree tree;
 
-    const Outcome outcome = run(tree, {"-n", "T", "--explain", "a/T1/x"});
-
-    EXPECT_EQ(outcome.exitCode, 0) << outcome;
-    EXPECT_EQ(outcome.output, matched);
-    EXPECT_EQ(outcome.errors, "");
+    EXPECT_EQ(run(tree, {"-n", "T", "--explain", "a/T1/x"}), prints(matched));
 }
 
 TEST(CasetableExplain, ShowsAPathThatIsNotMatched)
 {
     const TemporaryTree tree;
 
-    const Outcome outcome = run(tree, {"-s", "_P", "--explain", "run_P5.dat"});
-
-    EXPECT_EQ(outcome.exitCode, 1) << outcome;
-    EXPECT_EQ(outcome.output,
-              "run_P5.dat\n"
-              "   ^^  -s _P: no value\n"
-              "not matched: only '5' stands behind -s _P, as the extension '.dat' is left off\n"
-              "  One character at the end of a segment is not taken as a value; a segment ends\n"
-              "  at the next marker or with the path. A number may be one digit:\n"
-              "  -n _P\n");
-    EXPECT_EQ(outcome.errors, "");
+    EXPECT_EQ(
+        run(tree, {"-s", "_P", "--explain", "run_P5.dat"}),
+        ends(1, "run_P5.dat\n"
+                "   ^^  -s _P: no value\n"
+                "not matched: only '5' stands behind -s _P, as the extension '.dat' is left off\n"
+                "  One character at the end of a segment is not taken as a value; a segment ends\n"
+                "  at the next marker or with the path. A number may be one digit:\n"
+                "  -n _P\n"));
 }
 
 TEST(CasetableExplain, TakesACompletedPathAndWalksNothing)
@@ -52,9 +45,7 @@ TEST(CasetableExplain, TakesACompletedPathAndWalksNothing)
          {Arguments{"-n", "T", "--explain", "no root/a/T1/x", "no root"},
           Arguments{"-n", "T", "--explain", "no root/a/T1/x", "no root/"},
           Arguments{"-n", "T", "--explain", "a/T1/x", "no root"}}) {
-        const Outcome outcome = run(tree, arguments);
-        EXPECT_EQ(outcome.exitCode, 0) << outcome;
-        EXPECT_EQ(outcome.output, matched);
+        EXPECT_EQ(run(tree, arguments), prints(matched));
     }
 }
 
@@ -92,10 +83,7 @@ TEST(CasetableExplain, GoesToAFile)
 {
     const TemporaryTree tree;
 
-    const Outcome outcome = run(tree, {"-n", "T", "--explain", "a/T1/x", "-o", "out.json"});
-
-    EXPECT_EQ(outcome.exitCode, 0) << outcome;
-    EXPECT_EQ(outcome.output, "");
+    EXPECT_EQ(run(tree, {"-n", "T", "--explain", "a/T1/x", "-o", "out.json"}), prints(""));
     EXPECT_EQ(tree.content("out.json"), matched);
     EXPECT_EQ(run(tree, {"-n", "T", "--explain", "T1", "-o", "missing/out"}).exitCode, 4);
 }
@@ -103,8 +91,7 @@ TEST(CasetableExplain, GoesToAFile)
 TEST(CasetableExplain, AgreesWithAnImportOfThePath)
 {
     for (const std::string path : {"T1/P55/x", "T1/P5", "T1/P5/", "P5/T1", "Tx/P55", "T1P5.dat"}) {
-        const TemporaryTree tree;
-        tree.file("results/" + path + (path.back() == '/' ? "x" : ""));
+        const TemporaryTree tree({"results/" + path + (path.back() == '/' ? "x" : "")});
         const std::string file = path + (path.back() == '/' ? "x" : "");
 
         EXPECT_EQ(run(tree, {"-n", "T", "-s", "P", "--explain", file}).exitCode,

@@ -18,20 +18,12 @@ namespace {
 
 using Names = std::set<std::string>;
 
-// The status line tells that the walk is under way and signals are caught.
-bool isWalking(const std::string& errors)
-{
-    return errors.find(" folders, ") != std::string::npos;
-}
-
 Outcome interruptWalk(const TemporaryTree& tree, int signal, const Arguments& options)
 {
-    Setting setting = in(tree);
-    setting.errors = Stream::Terminal;
     Arguments arguments = {"-n", "T", "-L", "results"};
     arguments.insert(arguments.end(), options.begin(), options.end());
-    Program program(arguments, setting);
-    program.waitForErrors(isWalking);
+    Program program(arguments, withErrors(tree, Stream::Terminal));
+    program.waitForWalk();
     program.send(signal);
     return program.finish();
 }
@@ -91,7 +83,7 @@ TEST(CasetableInterrupt, EndsAWalkThatTheSystemKeepsWaitingWhenItComesAgain)
                                     {"-D", "-P", tree.path("results")});
     setting.errors = Stream::Terminal;
     Program program({"-n", "T", "-o", "out", tree.path("results")}, setting);
-    program.waitForErrors(isWalking);
+    program.waitForWalk();
 
     for (int i = 0; i < 30; ++i) {
         program.send(SIGINT);
@@ -106,14 +98,11 @@ TEST(CasetableInterrupt, EndsAWalkThatTheSystemKeepsWaitingWhenItComesAgain)
 
 TEST(CasetableInterrupt, StopsWritingToAPipeThatNobodyReads)
 {
-    const TemporaryTree tree;
-    tree.folder("results/T1");
+    const TemporaryTree tree({"results/T1/"});
     for (int i = 0; i < 2000; ++i)
         tree.file("results/T1/" + std::string(100, 'x') + std::to_string(i));
-    Setting setting = in(tree);
-    setting.output = Stream::SmallPipe;
 
-    Program program({"-n", "T", "--files", "results"}, setting);
+    Program program({"-n", "T", "--files", "results"}, withOutput(tree, Stream::SmallPipe));
     program.waitUntilOutputIsFull();
     program.send(SIGINT);
     const Outcome outcome = program.finish();
@@ -128,8 +117,7 @@ TEST(CasetableInterrupt, StopsWaitingForTheReaderOfAPipeThatDoesNotBlock)
     const TemporaryTree tree;
     for (int i = 0; i < 2000; ++i)
         tree.file("results/T1/" + std::string(100, 'x') + std::to_string(i));
-    Setting setting = in(tree);
-    setting.output = Stream::SmallPipe;
+    Setting setting = withOutput(tree, Stream::SmallPipe);
     setting.prepare = [] { fcntl(STDOUT_FILENO, F_SETFL, O_NONBLOCK); };
 
     Program program({"-n", "T", "--files", "results"}, setting);
@@ -145,18 +133,14 @@ TEST(CasetableInterrupt, StopsWaitingForTheReaderOfAPipeThatDoesNotBlock)
 
 TEST(CasetableInterrupt, StopsWaitingForAReaderOfANamedPipe)
 {
-    const TemporaryTree tree;
-    tree.file("results/T1/file");
+    const TemporaryTree tree({"results/T1/file"});
     tree.pipe("pipe");
 
     Program program({"-n", "T", "-o", "pipe", "results"}, in(tree));
     if (!program.waitUntilIn(SYS_openat))
         GTEST_SKIP() << "the system does not tell where a program waits";
     program.send(SIGINT);
-    const Outcome outcome = program.finish();
-
-    EXPECT_EQ(outcome.exitCode, 130) << outcome;
-    EXPECT_EQ(outcome.errors, "");
+    EXPECT_EQ(program.finish(), ends(130, ""));
 }
 
 } // namespace tests

@@ -26,9 +26,7 @@ Json runJson(const TemporaryTree& tree, Arguments arguments)
 
 TEST(CasetableJson, HoldsTheColumnsAndTheCases)
 {
-    const TemporaryTree tree;
-    tree.file("results/T1/P_x/file");
-    tree.file("results/T2/P_y/file");
+    const TemporaryTree tree({"results/T1/P_x/file", "results/T2/P_y/file"});
 
     EXPECT_EQ(runJson(tree, {"-n", "T", "-s", "P_"}), Json::parse(R"({
         "columns": [{"name": "T", "type": "number"}, {"name": "P_", "type": "string"}],
@@ -38,9 +36,7 @@ TEST(CasetableJson, HoldsTheColumnsAndTheCases)
 
 TEST(CasetableJson, HoldsALineForEachRow)
 {
-    const TemporaryTree tree;
-    for (const char* file : {"T1/a", "T1/b\nc", "T2/\n"})
-        tree.file(std::string("results/") + file);
+    const TemporaryTree tree({"results/T1/a", "results/T1/b\nc", "results/T2/\n"});
 
     for (const std::string rows : {"", "--files"}) {
         Arguments arguments = {"-n", "T", "-f", "json", "results"};
@@ -57,8 +53,7 @@ TEST(CasetableJson, HoldsALineForEachRow)
 
 TEST(CasetableJson, IsAscii)
 {
-    const TemporaryTree tree;
-    tree.file("results/T1/\xc3\xa4 \xe2\x82\xac \xf0\x9f\x98\x80 \x7f\x1b \xff");
+    const TemporaryTree tree({"results/T1/\xc3\xa4 \xe2\x82\xac \xf0\x9f\x98\x80 \x7f\x1b \xff"});
 
     const std::string output = run(tree, {"-n", "T", "--files", "-f", "json", "results"}).output;
 
@@ -83,8 +78,7 @@ TEST(CasetableJson, KeepsTextsWhateverTheyHold)
 
 TEST(CasetableJson, ReplacesBytesThatAreNotUtf8)
 {
-    const TemporaryTree tree;
-    tree.file("results/M\xfe_a\xff z/file");
+    const TemporaryTree tree({"results/M\xfe_a\xff z/file"});
 
     const Json json = runJson(tree, {"-s", "M\xfe_"});
 
@@ -94,8 +88,7 @@ TEST(CasetableJson, ReplacesBytesThatAreNotUtf8)
 
 TEST(CasetableJson, KeepsEveryValueWhereNamesDifferOnlyInBytesThatAreNotUtf8)
 {
-    const TemporaryTree tree;
-    tree.file("results/\xfe_one/\xff_two/file");
+    const TemporaryTree tree({"results/\xfe_one/\xff_two/file"});
 
     const Json json = runJson(tree, {"-s", "\xfe_", "-s", "\xff_"});
 
@@ -105,9 +98,7 @@ TEST(CasetableJson, KeepsEveryValueWhereNamesDifferOnlyInBytesThatAreNotUtf8)
 
 TEST(CasetableJson, KeepsTheFilesOfTagsThatDifferOnlyInBytesThatAreNotUtf8)
 {
-    const TemporaryTree tree;
-    tree.file("results/T1/a.log");
-    tree.file("results/T1/b.dat");
+    const TemporaryTree tree({"results/T1/a.log", "results/T1/b.dat"});
 
     const Json json = runJson(tree, {"-n", "T", "-a", "*.log=\xfe", "-a", "*.dat=\xff"});
 
@@ -117,8 +108,7 @@ TEST(CasetableJson, KeepsTheFilesOfTagsThatDifferOnlyInBytesThatAreNotUtf8)
 
 TEST(CasetableJson, NamesColumnsOfOneMarkerApartWithAndWithoutCases)
 {
-    const TemporaryTree tree;
-    tree.file("results/T1/T2.dat");
+    const TemporaryTree tree({"results/T1/T2.dat"});
 
     const Json found = runJson(tree, {"-n", "T", "-n", "T"});
     const Outcome nothing = run(tree, {"-n", "T", "-n", "T", "-n", "Q", "-f", "json", "results"});
@@ -130,8 +120,7 @@ TEST(CasetableJson, NamesColumnsOfOneMarkerApartWithAndWithoutCases)
 
 TEST(CasetableJson, IsAnObjectWithoutRowsWhenThereAreNoCases)
 {
-    const TemporaryTree tree;
-    tree.folder("results");
+    const TemporaryTree tree({"results/"});
 
     const Outcome outcome = run(tree, {"-n", "T", "-f", "json", "results"});
 
@@ -142,9 +131,7 @@ TEST(CasetableJson, IsAnObjectWithoutRowsWhenThereAreNoCases)
 
 TEST(CasetableJson, ListsFilesAndUnmatchedFilesInPlaceOfCases)
 {
-    const TemporaryTree tree;
-    tree.file("results/T1/file");
-    tree.file("results/other");
+    const TemporaryTree tree({"results/T1/file", "results/other"});
 
     EXPECT_EQ(runJson(tree, {"-n", "T", "--files"}), Json::parse(R"({
         "columns": [{"name": "T", "type": "number"}],

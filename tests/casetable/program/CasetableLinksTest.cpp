@@ -38,9 +38,7 @@ using Paths = std::set<std::string>;
 
 TEST(CasetableLinks, ToFoldersAreLeftOutUnlessFollowed)
 {
-    const TemporaryTree tree;
-    tree.file("results/a/file");
-    tree.file("elsewhere/deep/file");
+    const TemporaryTree tree({"results/a/file", "elsewhere/deep/file"});
     tree.link("results/link", "../elsewhere");
     tree.link("results/to link", "link");
 
@@ -51,8 +49,7 @@ TEST(CasetableLinks, ToFoldersAreLeftOutUnlessFollowed)
 
 TEST(CasetableLinks, ToTheirOwnFolderAreNotEntered)
 {
-    const TemporaryTree tree;
-    tree.file("results/a/file");
+    const TemporaryTree tree({"results/a/file"});
     tree.link("results/self", ".");
     tree.link("results/a/self", "../a");
 
@@ -61,8 +58,7 @@ TEST(CasetableLinks, ToTheirOwnFolderAreNotEntered)
 
 TEST(CasetableLinks, ToTheParentAreNotEntered)
 {
-    const TemporaryTree tree;
-    tree.file("results/a/b/file");
+    const TemporaryTree tree({"results/a/b/file"});
     tree.link("results/a/b/up", "..");
     tree.link("results/a/b/top", "../..");
 
@@ -71,9 +67,7 @@ TEST(CasetableLinks, ToTheParentAreNotEntered)
 
 TEST(CasetableLinks, ToEachOtherAreFollowedOnce)
 {
-    const TemporaryTree tree;
-    tree.file("results/a/file");
-    tree.file("results/b/file");
+    const TemporaryTree tree({"results/a/file", "results/b/file"});
     tree.link("results/a/to b", "../b");
     tree.link("results/b/to a", "../a");
 
@@ -82,9 +76,7 @@ TEST(CasetableLinks, ToEachOtherAreFollowedOnce)
 
 TEST(CasetableLinks, ToAFolderAboveTheRootDoNotLeadIntoTheRootAgain)
 {
-    const TemporaryTree tree;
-    tree.file("all/results/a/file");
-    tree.file("all/beside/file");
+    const TemporaryTree tree({"all/results/a/file", "all/beside/file"});
     tree.link("all/results/a/out", "../..");
 
     EXPECT_EQ(paths(tree, {"-L"}, "all/results"), Paths({"a/file", "a/out/beside/file"}));
@@ -92,9 +84,7 @@ TEST(CasetableLinks, ToAFolderAboveTheRootDoNotLeadIntoTheRootAgain)
 
 TEST(CasetableLinks, ToAFolderThatHoldsTheirOwnLeadThereOnce)
 {
-    const TemporaryTree tree;
-    tree.file("outer/inner/file");
-    tree.file("outer/file");
+    const TemporaryTree tree({"outer/inner/file", "outer/file"});
     tree.link("outer/inner/out", "..");
     tree.link("results/in", "../outer/inner");
 
@@ -103,8 +93,7 @@ TEST(CasetableLinks, ToAFolderThatHoldsTheirOwnLeadThereOnce)
 
 TEST(CasetableLinks, ToOneFolderAreAllFollowed)
 {
-    const TemporaryTree tree;
-    tree.file("elsewhere/file");
+    const TemporaryTree tree({"elsewhere/file"});
     tree.link("results/a", "../elsewhere");
     tree.link("results/b", "../elsewhere");
 
@@ -122,8 +111,7 @@ TEST(CasetableLinks, InAKnotAreFollowedInEveryOrder)
 
 TEST(CasetableLinks, MayBeTheRootItself)
 {
-    const TemporaryTree tree;
-    tree.file("elsewhere/a/file");
+    const TemporaryTree tree({"elsewhere/a/file"});
     tree.link("elsewhere/a/back", "..");
     tree.link("results", "elsewhere");
 
@@ -133,37 +121,30 @@ TEST(CasetableLinks, MayBeTheRootItself)
 
 TEST(CasetableLinks, ToMissingFoldersAndToThemselvesAreLeftOutWithoutAWord)
 {
-    const TemporaryTree tree;
-    tree.file("results/file");
+    const TemporaryTree tree({"results/file"});
     tree.link("results/broken", "missing/folder");
     tree.link("results/itself", "itself");
     tree.link("results/ping", "pong");
     tree.link("results/pong", "ping");
 
-    const Outcome outcome = run(tree, {"-s", "fi", "-L", "--files", "results"});
-
-    EXPECT_EQ(outcome.output, "path,case,fi\r\nfile,0,le\r\n");
-    EXPECT_EQ(outcome.errors, "");
+    EXPECT_EQ(run(tree, {"-s", "fi", "-L", "--files", "results"}),
+              prints("path,case,fi\r\nfile,0,le\r\n"));
 }
 
 TEST(CasetableLinks, ToNamesThatAreTooLongAreBrokenOnes)
 {
-    const TemporaryTree tree;
-    tree.file("results/file");
+    const TemporaryTree tree({"results/file"});
     tree.link("results/link", std::string(300, 'n'));
 
-    for (const char* option : {"--quiet", "--follow", "--keep-going"}) {
-        const Outcome outcome = run(tree, {"-s", "fi", option, "--files", "results"});
-        EXPECT_EQ(outcome.output, "path,case,fi\r\nfile,0,le\r\n") << option;
-        EXPECT_EQ(outcome.errors, "") << option;
-    }
+    for (const char* option : {"--quiet", "--follow", "--keep-going"})
+        EXPECT_EQ(run(tree, {"-s", "fi", option, "--files", "results"}),
+                  prints("path,case,fi\r\nfile,0,le\r\n"))
+            << option;
 }
 
 TEST(CasetableLinks, ToAFolderFarAboveTheRootDoNotLeadIntoTheRootAgain)
 {
-    const TemporaryTree tree;
-    tree.file("all/of/the/results/a/file");
-    tree.file("all/of/file");
+    const TemporaryTree tree({"all/of/the/results/a/file", "all/of/file"});
     tree.link("all/of/the/results/a/out", "../../../..");
 
     EXPECT_EQ(paths(tree, {"-L"}, "all/of/the/results"), Paths({"a/file", "a/out/of/file"}));

@@ -14,8 +14,8 @@
 #include "tests/casetable/support/Csv.h"
 #include "tests/casetable/support/OrdinaryUser.h"
 #include "tests/casetable/support/Program.h"
-#include "tests/casetable/support/Sanitizer.h"
 #include "tests/casetable/support/TemporaryTree.h"
+#include "tests/support/Sanitizer.h"
 
 namespace casetable {
 namespace tests {
@@ -47,10 +47,7 @@ void expectRefused(const std::string& list, const std::string& text, bool nullSe
     Arguments arguments = {"-n", "T", "--from-list", "-"};
     if (nullSeparated)
         arguments.emplace_back("-0");
-    const Outcome outcome = runOnInput(list, arguments);
-    EXPECT_EQ(outcome.exitCode, 3) << outcome;
-    EXPECT_EQ(outcome.output, "");
-    EXPECT_EQ(message(outcome.errors), "standard input: " + text);
+    EXPECT_EQ(runOnInput(list, arguments), fails(3, "standard input: " + text));
 }
 
 // Both ends of a named pipe stay open, so that its reader waits.
@@ -81,21 +78,16 @@ TEST(CasetableList, IsImportedLikeATree)
     const TemporaryTree tree;
     tree.file("list", "a/T1/x.log\nb/T2/x\nnone\na/T1/y");
 
-    const Outcome outcome = run(tree, {"-n", "T", "-a", "*.log=log", "--from-list", "list"});
-
-    EXPECT_EQ(outcome.exitCode, 0) << outcome;
-    EXPECT_EQ(outcome.output, "case,T,log\r\n0,1,a/T1/x.log\r\n1,2,\r\n");
-    EXPECT_EQ(outcome.errors, "");
-    EXPECT_EQ(run(tree, {"-n", "T", "--unmatched", "--from-list", "list"}).output,
-              "path,marker,reason\r\nnone,T,not found\r\n");
+    EXPECT_EQ(run(tree, {"-n", "T", "-a", "*.log=log", "--from-list", "list"}),
+              prints("case,T,log\r\n0,1,a/T1/x.log\r\n1,2,\r\n"));
+    EXPECT_EQ(run(tree, {"-n", "T", "--unmatched", "--from-list", "list"}),
+              prints("path,marker,reason\r\nnone,T,not found\r\n"));
 }
 
 TEST(CasetableList, NeedsNoneOfItsFiles)
 {
-    const Outcome outcome = runOnInput("no/such/T1/file\n", {"-n", "T", "--from-list", "-"});
-
-    EXPECT_EQ(outcome.output, "case,T\r\n0,1\r\n") << outcome;
-    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(runOnInput("no/such/T1/file\n", {"-n", "T", "--from-list", "-"}),
+              prints("case,T\r\n0,1\r\n"));
 }
 
 TEST(CasetableList, MayComeFromAFileOfAnyName)
@@ -103,7 +95,7 @@ TEST(CasetableList, MayComeFromAFileOfAnyName)
     const TemporaryTree tree;
     for (const char* const name : {"./-", "-0", "--hidden", "a\nb", "\xff", " "}) {
         tree.file(name, "T1/x\n");
-        EXPECT_EQ(run(tree, {"-n", "T", "--from-list", name}).output, "case,T\r\n0,1\r\n") << name;
+        EXPECT_EQ(run(tree, {"-n", "T", "--from-list", name}), prints("case,T\r\n0,1\r\n")) << name;
     }
 }
 
@@ -155,9 +147,7 @@ TEST(CasetableList, GivesWhatTheTreeOfThatListGives)
 
 TEST(CasetableList, MayHoldLineEndsInPathsWhenDividedByNulls)
 {
-    const TemporaryTree tree;
-    tree.file("results/a\nb/T1\n/\n");
-    tree.file("results/\n");
+    const TemporaryTree tree({"results/a\nb/T1\n/\n", "results/\n"});
 
     const Outcome outcome =
         runBehind(tree, "find . -type f -print0", {"-n", "T", "--files", "--from-list", "-", "-0"});
@@ -169,31 +159,27 @@ TEST(CasetableList, MayHoldLineEndsInPathsWhenDividedByNulls)
 
 TEST(CasetableList, KeepsTheDotThatFindPrintsInPathsButNotInSelections)
 {
-    const TemporaryTree tree;
-    for (const char* const file : {"T1", "a/T2", "a/b/T3", "c/T4"})
-        tree.file(std::string("results/") + file);
+    const TemporaryTree tree({"results/T1", "results/a/T2", "results/a/b/T3", "results/c/T4"});
     const std::string lister = "find . -type f";
 
-    EXPECT_EQ(runBehind(tree, lister, {"-n", "T", "--files", "--from-list", "-", "-d", "2"}).output,
-              "path,case,T\r\n./T1,0,1\r\n./a/T2,1,2\r\n./c/T4,2,4\r\n");
+    EXPECT_EQ(runBehind(tree, lister, {"-n", "T", "--files", "--from-list", "-", "-d", "2"}),
+              prints("path,case,T\r\n./T1,0,1\r\n./a/T2,1,2\r\n./c/T4,2,4\r\n"));
     EXPECT_EQ(
-        runBehind(tree, lister, {"-n", "T", "--files", "--from-list", "-", "-E", "/a", "-E", ".*"})
-            .output,
-        "path,case,T\r\n./T1,0,1\r\n./c/T4,1,4\r\n");
+        runBehind(tree, lister, {"-n", "T", "--files", "--from-list", "-", "-E", "/a", "-E", ".*"}),
+        prints("path,case,T\r\n./T1,0,1\r\n./c/T4,1,4\r\n"));
 }
 
 TEST(CasetableList, TakesHiddenNamesAsTheyAre)
 {
-    for (const char* const option : {"--quiet", "--hidden"}) {
-        const Outcome outcome = runOnInput(".a/.T1\n", {"-n", "T", "--from-list", "-", option});
-        EXPECT_EQ(outcome.output, "case,T\r\n0,1\r\n") << outcome;
-    }
+    for (const char* const option : {"--quiet", "--hidden"})
+        EXPECT_EQ(runOnInput(".a/.T1\n", {"-n", "T", "--from-list", "-", option}),
+                  prints("case,T\r\n0,1\r\n"));
 }
 
 TEST(CasetableList, HoldsAPathOnceHoweverOftenItOccurs)
 {
-    EXPECT_EQ(runOnInput("T1/x\nT1/x\nT1/x", {"-n", "T", "--files", "--from-list", "-"}).output,
-              "path,case,T\r\nT1/x,0,1\r\n");
+    EXPECT_EQ(runOnInput("T1/x\nT1/x\nT1/x", {"-n", "T", "--files", "--from-list", "-"}),
+              prints("path,case,T\r\nT1/x,0,1\r\n"));
 }
 
 TEST(CasetableList, IsReadToItsEndHoweverLongItIs)
@@ -249,11 +235,11 @@ TEST(CasetableList, IsRefusedInOneLineWhateverThePathAndItsOwnName)
         "line 1: /\\x1b[31m\\xff\\r: the path is absolute; list files relative to one folder");
     const TemporaryTree tree;
     tree.file("a\nb\x1b\xff", "/\n");
-    const Outcome outcome = run(tree, {"-n", "T", "--from-list", "a\nb\x1b\xff"});
-    EXPECT_EQ(outcome.exitCode, 3) << outcome;
     EXPECT_EQ(
-        message(outcome.errors),
-        "a\\nb\\x1b\\xff: line 1: /: the path is absolute; list files relative to one folder");
+        run(tree, {"-n", "T", "--from-list", "a\nb\x1b\xff"}),
+        fails(
+            3,
+            "a\\nb\\x1b\\xff: line 1: /: the path is absolute; list files relative to one folder"));
 }
 
 TEST(CasetableList, ThatIsRefusedLeavesAnEarlierOutputAsItWas)
@@ -273,28 +259,22 @@ TEST(CasetableList, IsNotReplacedByTheOutput)
     tree.file("list", "T1/x\n");
     tree.link("link", "list");
 
-    for (const std::string name : {"list", "./list", "link"}) {
-        const Outcome outcome = run(tree, {"-n", "T", "--from-list", "list", "-o", name});
-        EXPECT_EQ(outcome.exitCode, 4) << outcome;
-        EXPECT_EQ(message(outcome.errors), name + ": is the list itself, and is not replaced");
-    }
+    for (const std::string name : {"list", "./list", "link"})
+        EXPECT_EQ(run(tree, {"-n", "T", "--from-list", "list", "-o", name}),
+                  fails(4, name + ": is the list itself, and is not replaced"));
     EXPECT_EQ(tree.content("list"), "T1/x\n");
-    EXPECT_EQ(runOnInput("T1/x\n", {"-n", "T", "--from-list", "-", "-o", "/dev/null"}).exitCode, 0);
+    EXPECT_EQ(runOnInput("T1/x\n", {"-n", "T", "--from-list", "-", "-o", "/dev/null"}), prints(""));
 }
 
 TEST(CasetableList, ThatCannotBeReadIsAnErrorWithTheReason)
 {
-    const TemporaryTree tree;
-    tree.folder("folder");
+    const TemporaryTree tree({"folder/"});
     for (const auto& [list, reason] : std::vector<std::pair<std::string, std::string>>{
              {"missing", "missing: No such file or directory"},
              {"folder", "folder: Is a directory"},
              {"missing/list", "missing/list: No such file or directory"},
              {std::string(5000, 'x'), std::string(5000, 'x') + ": File name too long"}}) {
-        const Outcome outcome = run(tree, {"-n", "T", "--from-list", list});
-        EXPECT_EQ(outcome.exitCode, 3) << outcome;
-        EXPECT_EQ(outcome.output, "");
-        EXPECT_EQ(message(outcome.errors), reason);
+        EXPECT_EQ(run(tree, {"-n", "T", "--from-list", list}), fails(3, reason));
     }
 }
 
@@ -304,13 +284,9 @@ TEST(CasetableList, ThatTheUserMayNotReadIsAnError)
     const TemporaryTree tree;
     tree.file("list", "T1\n");
     tree.setMode("list", 0);
-    Setting setting = in(tree);
-    setting.ordinaryUser = true;
 
-    const Outcome outcome = run({"-n", "T", "--from-list", "list"}, setting);
-
-    EXPECT_EQ(outcome.exitCode, 3) << outcome;
-    EXPECT_EQ(message(outcome.errors), "list: Permission denied");
+    EXPECT_EQ(run({"-n", "T", "--from-list", "list"}, withOrdinaryUser(tree)),
+              fails(3, "list: Permission denied"));
 }
 
 TEST(CasetableList, OnClosedStandardInputIsAnError)
@@ -318,19 +294,14 @@ TEST(CasetableList, OnClosedStandardInputIsAnError)
     Setting setting;
     setting.prepare = [] { ::close(STDIN_FILENO); };
 
-    const Outcome outcome = run({"-n", "T", "--from-list", "-"}, setting);
-
-    EXPECT_EQ(outcome.exitCode, 3) << outcome;
-    EXPECT_EQ(message(outcome.errors), "standard input: Bad file descriptor");
+    EXPECT_EQ(run({"-n", "T", "--from-list", "-"}, setting),
+              fails(3, "standard input: Bad file descriptor"));
 }
 
 TEST(CasetableList, MayBeEmpty)
 {
-    const Outcome outcome = runOnInput("", {"-n", "T", "--from-list", "-"});
-
-    EXPECT_EQ(outcome.exitCode, 1) << outcome;
-    EXPECT_EQ(outcome.output, "case,T\r\n");
-    EXPECT_EQ(message(outcome.errors), "no file matched: there is no file in standard input");
+    EXPECT_EQ(runOnInput("", {"-n", "T", "--from-list", "-"}),
+              ends(1, "case,T\r\n", "no file matched: there is no file in standard input"));
 }
 
 TEST(CasetableList, ThatTheSelectionEmptiesIsToldSo)
@@ -338,14 +309,16 @@ TEST(CasetableList, ThatTheSelectionEmptiesIsToldSo)
     const TemporaryTree tree;
     tree.file("list", "a/T1\n");
 
-    EXPECT_EQ(message(run(tree, {"-n", "T", "--from-list", "list", "-E", "a", "-d", "1"}).errors),
-              "no file matched: there is no file in list, with --exclude and --max-depth");
+    EXPECT_EQ(run(tree, {"-n", "T", "--from-list", "list", "-E", "a", "-d", "1"}),
+              ends(1, "case,T\r\n",
+                   "no file matched: there is no file in list, with --exclude and --max-depth"));
 }
 
 TEST(CasetableList, IsSaidToHaveTheMarkersThatFailed)
 {
-    EXPECT_EQ(message(runOnInput("a\nb\n", {"-n", "T", "--from-list", "-"}).errors),
-              "no file matched: marker 'T' failed for 2 files; --unmatched lists them");
+    EXPECT_EQ(runOnInput("a\nb\n", {"-n", "T", "--from-list", "-"}),
+              ends(1, "case,T\r\n",
+                   "no file matched: marker 'T' failed for 2 files; --unmatched lists them"));
 }
 
 TEST(CasetableList, MayComeFromANamedPipe)
@@ -355,7 +328,7 @@ TEST(CasetableList, MayComeFromANamedPipe)
     Setting setting = in(tree);
     setting.program = {"sh", "-c", "(printf 'T1\\nT'; printf '2\\n') > pipe & \"$@\"", "sh"};
 
-    EXPECT_EQ(run({"-n", "T", "--from-list", "pipe"}, setting).output, "case,T\r\n0,1\r\n1,2\r\n");
+    EXPECT_EQ(run({"-n", "T", "--from-list", "pipe"}, setting), prints("case,T\r\n0,1\r\n1,2\r\n"));
 }
 
 TEST(CasetableList, ShowsHowManyPathsHaveComeWhileItKeepsWaiting)
@@ -364,10 +337,8 @@ TEST(CasetableList, ShowsHowManyPathsHaveComeWhileItKeepsWaiting)
     tree.pipe("pipe");
     const OpenPipe pipe(tree.path("pipe"));
     pipe.write("T1\nT2\nT3");
-    Setting setting = in(tree);
-    setting.errors = Stream::Terminal;
 
-    Program program({"-n", "T", "--from-list", "pipe"}, setting);
+    Program program({"-n", "T", "--from-list", "pipe"}, withErrors(tree, Stream::Terminal));
     program.waitForErrors([](const std::string& errors) {
         return errors.find("\r\x1b[K2 paths: pipe") != std::string::npos;
     });
@@ -384,10 +355,8 @@ TEST(CasetableList, ThatNobodyHasBegunToWriteCanBeInterrupted)
 {
     const TemporaryTree tree;
     tree.pipe("pipe");
-    Setting setting = in(tree);
-    setting.errors = Stream::Terminal;
 
-    Program program({"-n", "T", "--from-list", "pipe"}, setting);
+    Program program({"-n", "T", "--from-list", "pipe"}, withErrors(tree, Stream::Terminal));
     program.waitForErrors([](const std::string& errors) {
         return errors.find("0 paths: pipe") != std::string::npos;
     });
@@ -410,10 +379,7 @@ TEST(CasetableList, ThatKeepsWaitingOnStandardInputCanBeInterrupted)
     if (!program.waitUntilIn(SYS_poll))
         GTEST_SKIP() << "the system does not tell where a program waits";
     program.send(SIGINT);
-    const Outcome outcome = program.finish();
-
-    EXPECT_EQ(outcome.exitCode, 130) << outcome;
-    EXPECT_EQ(outcome.errors, "");
+    EXPECT_EQ(program.finish(), ends(130, ""));
     EXPECT_FALSE(tree.exists("out"));
 }
 
@@ -452,26 +418,22 @@ TEST(CasetableList, ThatNeverEndsIsAnErrorWhenMemoryRunsOut)
 
 TEST(CasetableList, OfAnotherSystemIsReadAsItStandsWithAWarningUnlessQuiet)
 {
-    const Outcome outcome =
-        runOnInput("T1/x\r\nT2/y\r\n", {"-n", "T", "-s", "/", "--from-list", "-"});
-
-    EXPECT_EQ(outcome.exitCode, 0) << outcome;
-    EXPECT_EQ(outcome.output, "case,T,/\r\n0,1,\"x\r\"\r\n1,2,\"y\r\"\r\n");
-    EXPECT_EQ(message(outcome.errors),
-              "warning: standard input: all lines end in CR LF, and the CR "
-              "is taken as a part of the paths");
-    EXPECT_EQ(runOnInput("T1/x\r\n", {"-q", "-n", "T", "--from-list", "-"}).errors, "");
+    EXPECT_EQ(runOnInput("T1/x\r\nT2/y\r\n", {"-n", "T", "-s", "/", "--from-list", "-"}),
+              prints("case,T,/\r\n0,1,\"x\r\"\r\n1,2,\"y\r\"\r\n",
+                     "warning: standard input: all lines end in CR LF, and the CR "
+                     "is taken as a part of the paths"));
+    EXPECT_EQ(runOnInput("T1/x\r\n", {"-q", "-n", "T", "--from-list", "-"}),
+              prints("case,T\r\n0,1\r\n"));
 }
 
 TEST(CasetableList, IsCountedInTheRemarkLikeATree)
 {
     const TemporaryTree tree;
     tree.file("list", ".T1\nT2\nT2\nnone\n");
-    Setting setting = in(tree);
-    setting.errors = Stream::Terminal;
 
-    EXPECT_EQ(message(run({"-n", "T", "--from-list", "list"}, setting).errors),
-              "cases: 2, from 2 of 3 files; --unmatched lists the others");
+    EXPECT_EQ(run({"-n", "T", "--from-list", "list"}, withErrors(tree, Stream::Terminal)),
+              prints("case,T\r\n0,1\r\n1,2\r\n",
+                     "cases: 2, from 2 of 3 files; --unmatched lists the others"));
 }
 
 } // namespace tests

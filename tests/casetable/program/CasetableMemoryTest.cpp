@@ -6,8 +6,8 @@
 #include <gtest/gtest.h>
 
 #include "tests/casetable/support/Program.h"
-#include "tests/casetable/support/Sanitizer.h"
 #include "tests/casetable/support/TemporaryTree.h"
+#include "tests/support/Sanitizer.h"
 
 namespace casetable {
 namespace tests {

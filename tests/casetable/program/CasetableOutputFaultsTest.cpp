@@ -19,8 +19,8 @@
 #include "tests/casetable/support/Injection.h"
 #include "tests/casetable/support/OrdinaryUser.h"
 #include "tests/casetable/support/Program.h"
-#include "tests/casetable/support/Sanitizer.h"
 #include "tests/casetable/support/TemporaryTree.h"
+#include "tests/support/Sanitizer.h"
 
 namespace casetable {
 namespace tests {
@@ -75,9 +75,7 @@ TEST_F(CasetableOutputFaults, AreToldInOneLineForAFullDeviceInEveryFormat)
         expectFailure(outcome, "/dev/full: No space left on device");
         EXPECT_EQ(outcome.output, "");
 
-        Setting setting = in(tree_);
-        setting.output = Stream::FullDisk;
-        expectFailure(run(writing(format, "-"), setting),
+        expectFailure(run(writing(format, "-"), withOutput(tree_, Stream::FullDisk)),
                       "standard output: No space left on device");
     }
     expectEarlierFileAlone();
@@ -105,7 +103,7 @@ TEST_F(CasetableOutputFaults, LeaveTheEarlierFileOnADiskThatFillsUp)
                           "disk/new: No space left on device");
             EXPECT_EQ(tree_.names("disk"), Names({"out"}));
         }
-        EXPECT_EQ(run(tree_, {"-n", "T", "-o", "disk/out", "results"}).exitCode, 0)
+        EXPECT_EQ(run(tree_, {"-n", "T", "-o", "disk/out", "results"}), prints(""))
             << "the space is free again";
         EXPECT_EQ(tree_.content("disk/out"), "case,T\r\n0,1\r\n");
         EXPECT_EQ(umount(tree_.path("disk").c_str()), 0);
@@ -218,10 +216,10 @@ TEST_F(CasetableOutputFaults, AreNotToldForAShortWrite)
     const std::string whole = run(tree_, writing("csv", "-")).output;
 
     // The system says that it took so many bytes; the injection swallows them.
-    EXPECT_EQ(run(writing("csv", "-"), withInjection(tree_, "write", "retval=100:when=1")).output,
-              whole.substr(100));
-    EXPECT_EQ(run(writing("csv", "-"), withInjection(tree_, "write", "retval=7:when=1..2")).output,
-              whole.substr(14));
+    EXPECT_EQ(run(writing("csv", "-"), withInjection(tree_, "write", "retval=100:when=1")),
+              prints(whole.substr(100)));
+    EXPECT_EQ(run(writing("csv", "-"), withInjection(tree_, "write", "retval=7:when=1..2")),
+              prints(whole.substr(14)));
 }
 
 TEST_F(CasetableOutputFaults, AreNotToldForAShortWriteOfAMessage)
@@ -240,11 +238,10 @@ TEST_F(CasetableOutputFaults, OfAnInterruptAtAnyStepLeaveTheEarlierFileAndNoOthe
     for (const std::string step : {"fchmod", "write", "fsync"}) {
         for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
             SCOPED_TRACE(step + ", signal " + std::to_string(signal));
-            const Outcome outcome =
+            EXPECT_EQ(
                 run(writing("csv", "out"),
-                    withInjection(tree_, step, "signal=" + std::to_string(signal) + ":when=1"));
-            EXPECT_EQ(outcome.exitCode, 128 + signal) << outcome;
-            EXPECT_EQ(outcome.errors, "");
+                    withInjection(tree_, step, "signal=" + std::to_string(signal) + ":when=1")),
+                ends(128 + signal, ""));
             expectEarlierFileAlone();
         }
     }
@@ -278,8 +275,7 @@ TEST_F(CasetableOutputFaults, AreToldForAFolderThatMayNotBeWrittenInEveryFormat)
 {
     SKIP_UNLESS_ORDINARY_USER_IS_POSSIBLE();
     tree_.setMode(".", 0555);
-    Setting setting = in(tree_);
-    setting.ordinaryUser = true;
+    const Setting setting = withOrdinaryUser(tree_);
     for (const std::string& format : formats) {
         SCOPED_TRACE(format);
         expectFailure(run(writing(format, "out"), setting), "out: Permission denied");

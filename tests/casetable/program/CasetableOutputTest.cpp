@@ -33,13 +33,6 @@ protected:
         return run(tree_, {"-n", "T", "-o", file, "results"});
     }
 
-    void expectFailure(const Outcome& outcome, const std::string& text) const
-    {
-        EXPECT_EQ(outcome.exitCode, 4) << outcome;
-        EXPECT_EQ(outcome.output, "");
-        EXPECT_EQ(message(outcome.errors), text);
-    }
-
     const TemporaryTree tree_;
 };
 
@@ -47,10 +40,7 @@ protected:
 
 TEST_F(CasetableOutput, GoesToTheFileAndNowhereElse)
 {
-    const Outcome outcome = write("out.csv");
-
-    EXPECT_EQ(outcome.exitCode, 0) << outcome;
-    EXPECT_EQ(outcome.output + outcome.errors, "");
+    EXPECT_EQ(write("out.csv"), prints(""));
     EXPECT_EQ(tree_.content("out.csv"), csv);
     EXPECT_EQ(tree_.names("."), Names({"out.csv", "results"}));
 }
@@ -63,10 +53,10 @@ TEST_F(CasetableOutput, TakesAnyPath)
          std::vector<std::string>{longest, "./a", "folder/b", "folder/deeper/../c", "-o", "{}",
                                   "a\nb", "\xff", "%%", "[a]", " "}) {
         SCOPED_TRACE(testing::PrintToString(file));
-        EXPECT_EQ(write(file).exitCode, 0);
+        EXPECT_EQ(write(file), prints(""));
         EXPECT_EQ(tree_.content(file), csv);
     }
-    EXPECT_EQ(write(tree_.path("absolute")).exitCode, 0);
+    EXPECT_EQ(write(tree_.path("absolute")), prints(""));
     EXPECT_EQ(tree_.content("absolute"), csv);
 }
 
@@ -79,11 +69,12 @@ TEST_F(CasetableOutput, ReplacesNoneOfTheMatchedFiles)
          {std::string("results/T1/file"), std::string("./results/../results//T1/./file"),
           tree_.path("results/T1/file"), std::string("link")}) {
         SCOPED_TRACE(file);
-        expectFailure(write(file), file + ": is one of the matched files, and is not replaced");
+        EXPECT_EQ(write(file),
+                  fails(4, file + ": is one of the matched files, and is not replaced"));
     }
     EXPECT_EQ(tree_.content("results/T1/file"), "precious");
 
-    EXPECT_EQ(write("results/other").exitCode, 0);
+    EXPECT_EQ(write("results/other"), prints(""));
     EXPECT_EQ(tree_.content("results/other"), csv);
     EXPECT_EQ(
         run(tree_, {"-n", "T", "--exclude", "file", "-o", "results/T1/file", "results"}).exitCode,
@@ -93,8 +84,7 @@ TEST_F(CasetableOutput, ReplacesNoneOfTheMatchedFiles)
 
 TEST_F(CasetableOutput, IsCsvWhereItsEndingStandsForNoFormatWhichIsRemarked)
 {
-    Setting setting = in(tree_);
-    setting.errors = Stream::Terminal;
+    const Setting setting = withErrors(tree_, Stream::Terminal);
     const auto remarks = [&](const std::string& file, const std::string& format) {
         return run({"-n", "T", "-f", format, "-o", file, "results"}, setting).errors;
     };
@@ -114,7 +104,7 @@ TEST_F(CasetableOutput, ReplacesAnEarlierFileAndKeepsItsMode)
     for (const mode_t mode : {0600, 0640, 0664, 0755}) {
         tree_.file("out", "earlier, and longer than what comes");
         tree_.setMode("out", mode);
-        EXPECT_EQ(write("out").exitCode, 0);
+        EXPECT_EQ(write("out"), prints(""));
         EXPECT_EQ(tree_.content("out"), csv);
         EXPECT_EQ(tree_.mode("out"), mode);
     }
@@ -126,7 +116,7 @@ TEST_F(CasetableOutput, HasTheModeThatTheUserGivesNewFiles)
     Setting setting = in(tree_);
     setting.prepare = [] { umask(027); };
 
-    EXPECT_EQ(run({"-n", "T", "-o", "out", "results"}, setting).exitCode, 0);
+    EXPECT_EQ(run({"-n", "T", "-o", "out", "results"}, setting), prints(""));
 
     EXPECT_EQ(tree_.mode("out"), 0640u);
 }
@@ -137,7 +127,7 @@ TEST_F(CasetableOutput, FollowsALink)
     tree_.link("folder/link", "file");
     tree_.link("out", "folder/link");
 
-    EXPECT_EQ(write("out").exitCode, 0);
+    EXPECT_EQ(write("out"), prints(""));
 
     EXPECT_TRUE(tree_.isLink("out"));
     EXPECT_TRUE(tree_.isLink("folder/link"));
@@ -152,7 +142,7 @@ TEST_F(CasetableOutput, FollowsALinkToAFileThatDoesNotExistYet)
     tree_.folder("folder");
     tree_.link("out", "folder/file");
 
-    EXPECT_EQ(write("out").exitCode, 0);
+    EXPECT_EQ(write("out"), prints(""));
 
     EXPECT_TRUE(tree_.isLink("out"));
     EXPECT_EQ(tree_.names("folder"), Names({"file"}));
@@ -164,7 +154,7 @@ TEST_F(CasetableOutput, FollowsALinkToAnAbsolutePath)
     tree_.link("out", tree_.path("folder/file"));
 
     for (int i = 0; i < 2; ++i) {
-        EXPECT_EQ(write("out").exitCode, 0);
+        EXPECT_EQ(write("out"), prints(""));
         EXPECT_TRUE(tree_.isLink("out"));
         EXPECT_FALSE(tree_.isLink("folder/file"));
         EXPECT_EQ(tree_.content("folder/file"), csv);
@@ -182,25 +172,25 @@ TEST_F(CasetableOutput, FollowsAsManyLinksAsTheSystem)
              access(tree_.path("links/" + std::to_string(links)).c_str(), F_OK) == 0);
     const std::string last = "links/" + std::to_string(links - 1);
 
-    EXPECT_EQ(write(last).exitCode, 0);
+    EXPECT_EQ(write(last), prints(""));
     EXPECT_TRUE(tree_.isLink(last));
     EXPECT_EQ(tree_.content("links/0"), csv);
-    expectFailure(write("links/" + std::to_string(links)),
-                  "links/" + std::to_string(links) + ": Too many levels of symbolic links");
+    EXPECT_EQ(write("links/" + std::to_string(links)),
+              fails(4, "links/" + std::to_string(links) + ": Too many levels of symbolic links"));
 }
 
 TEST_F(CasetableOutput, IsNoLinkToItself)
 {
     tree_.link("out", "out");
 
-    expectFailure(run(tree_, {"-n", "T", "-o", "out", "no root"}),
-                  "out: Too many levels of symbolic links");
+    EXPECT_EQ(run(tree_, {"-n", "T", "-o", "out", "no root"}),
+              fails(4, "out: Too many levels of symbolic links"));
     EXPECT_TRUE(tree_.isLink("out"));
 }
 
 TEST_F(CasetableOutput, DoesNotReplaceADevice)
 {
-    EXPECT_EQ(write("/dev/null").exitCode, 0);
+    EXPECT_EQ(write("/dev/null"), prints(""));
 
     struct stat status = {};
     ASSERT_EQ(stat("/dev/null", &status), 0);
@@ -218,7 +208,7 @@ TEST_F(CasetableOutput, GoesThroughANamedPipe)
     const ssize_t count = read(reader, buffer, sizeof buffer);
     close(reader);
 
-    EXPECT_EQ(outcome.exitCode, 0) << outcome;
+    EXPECT_EQ(outcome, prints(""));
     ASSERT_GT(count, 0);
     EXPECT_EQ(std::string(buffer, static_cast<std::size_t>(count)), csv);
     EXPECT_EQ(tree_.names("."), Names({"pipe", "results"}));
@@ -226,11 +216,10 @@ TEST_F(CasetableOutput, GoesThroughANamedPipe)
 
 TEST_F(CasetableOutput, HoldsNothingElseWhenTheStandardStreamsAreClosed)
 {
-    Setting setting = in(tree_);
-    setting.output = Stream::Closed;
+    Setting setting = withOutput(tree_, Stream::Closed);
     setting.errors = Stream::Closed;
 
-    EXPECT_EQ(run({"-n", "T", "-o", "out", "results"}, setting).exitCode, 0);
+    EXPECT_EQ(run({"-n", "T", "-o", "out", "results"}, setting), prints(""));
     EXPECT_EQ(tree_.content("out"), csv);
     EXPECT_EQ(run({"-n", "none", "-o", "out", "results"}, setting).exitCode, 1);
     EXPECT_EQ(tree_.content("out"), "case,none\r\n");
@@ -238,19 +227,13 @@ TEST_F(CasetableOutput, HoldsNothingElseWhenTheStandardStreamsAreClosed)
 
 TEST_F(CasetableOutput, NamedByADashIsStandardOutput)
 {
-    const Outcome outcome = write("-");
-
-    EXPECT_EQ(outcome.exitCode, 0) << outcome;
-    EXPECT_EQ(outcome.output, csv);
+    EXPECT_EQ(write("-"), prints(csv));
     EXPECT_EQ(tree_.names("."), Names({"results"}));
 }
 
 TEST_F(CasetableOutput, GoesThroughTheNameOfStandardOutput)
 {
-    const Outcome outcome = write("/dev/stdout");
-
-    EXPECT_EQ(outcome.exitCode, 0) << outcome;
-    EXPECT_EQ(outcome.output, csv);
+    EXPECT_EQ(write("/dev/stdout"), prints(csv));
 }
 
 TEST_F(CasetableOutput, AppendsWhereTheNameOfStandardOutputStandsForAnAppendedFile)
@@ -263,7 +246,7 @@ TEST_F(CasetableOutput, AppendsWhereTheNameOfStandardOutputStandsForAnAppendedFi
             dup2(open(tree_.path("log").c_str(), O_WRONLY | O_APPEND), STDOUT_FILENO);
         };
 
-        EXPECT_EQ(run({"-n", "T", "-o", name, "results"}, setting).exitCode, 0) << name;
+        EXPECT_EQ(run({"-n", "T", "-o", name, "results"}, setting), prints("")) << name;
 
         EXPECT_EQ(tree_.content("log"), std::string("earlier\n") + csv) << name;
     }
@@ -285,7 +268,7 @@ TEST_F(CasetableOutput, AppendsWhereTheNameOfAnotherDescriptorStandsForAnAppende
                  name.back() == '0' ? high : STDERR_FILENO);
         };
 
-        EXPECT_EQ(run({"-n", "T", "-o", name, "results"}, setting).exitCode, 0);
+        EXPECT_EQ(run({"-n", "T", "-o", name, "results"}, setting), prints(""));
 
         EXPECT_EQ(tree_.content("log"), "earlier\n" + csv);
         EXPECT_EQ(tree_.names("."), Names({"log", "results"}));
@@ -295,8 +278,8 @@ TEST_F(CasetableOutput, AppendsWhereTheNameOfAnotherDescriptorStandsForAnAppende
 TEST_F(CasetableOutput, IsNoDescriptorThatIsNotOpen)
 {
     for (const std::string name : {"/dev/fd/77", "/proc/self/fd/9999"})
-        expectFailure(run(tree_, {"-n", "T", "-o", name, "no root"}),
-                      name + ": Bad file descriptor");
+        EXPECT_EQ(run(tree_, {"-n", "T", "-o", name, "no root"}),
+                  fails(4, name + ": Bad file descriptor"));
     // No number that a descriptor can have.
     for (const std::string name : {"/dev/fd/99999999999999999999", "/dev/fd/", "/dev/fd/1x"})
         EXPECT_EQ(write(name).exitCode, 4) << name;
@@ -306,8 +289,7 @@ TEST_F(CasetableOutput, WaitsForTheReaderOfAPipeThatDoesNotBlock)
 {
     for (int i = 100; i < 2000; ++i)
         tree_.file("many/T" + std::to_string(i) + "/file");
-    Setting setting = in(tree_);
-    setting.output = Stream::SmallPipe;
+    Setting setting = withOutput(tree_, Stream::SmallPipe);
     setting.prepare = [] { fcntl(STDOUT_FILENO, F_SETFL, O_NONBLOCK); };
     Program program({"-n", "T", "many"}, setting);
     program.waitUntilOutputIsFull();
@@ -322,12 +304,13 @@ TEST_F(CasetableOutput, RefusesANameThatIsTooLongBeforeTheWalk)
 {
     const std::string name(300, 'n');
 
-    expectFailure(run(tree_, {"-n", "T", "-o", name, "no root"}), name + ": File name too long");
+    EXPECT_EQ(run(tree_, {"-n", "T", "-o", name, "no root"}),
+              fails(4, name + ": File name too long"));
 }
 
 TEST_F(CasetableOutput, FailsOnAFullDevice)
 {
-    expectFailure(write("/dev/full"), "/dev/full: No space left on device");
+    EXPECT_EQ(write("/dev/full"), fails(4, "/dev/full: No space left on device"));
 }
 
 TEST_F(CasetableOutput, LeavesAnEarlierFileAsItWasWhenTheDiskIsFull)
@@ -340,9 +323,7 @@ TEST_F(CasetableOutput, LeavesAnEarlierFileAsItWasWhenTheDiskIsFull)
         setrlimit(RLIMIT_FSIZE, &limit);
     };
 
-    const Outcome outcome = run({"-n", "T", "-o", "out", "results"}, setting);
-
-    expectFailure(outcome, "out: File too large");
+    EXPECT_EQ(run({"-n", "T", "-o", "out", "results"}, setting), fails(4, "out: File too large"));
     EXPECT_EQ(tree_.content("out"), "earlier");
     EXPECT_EQ(tree_.names("."), Names({"out", "results"}));
 }
@@ -352,11 +333,11 @@ TEST_F(CasetableOutput, LeavesAnEarlierFileAsItWasWhenTheWalkOrAnIdentifierFails
     tree_.file("out", "earlier");
     tree_.setMode("out", 0640);
 
-    const Outcome walk = run(tree_, {"-n", "T", "-o", "out", "missing"});
-    const Outcome identifier = run(tree_, {"-n", "T", "-a", "*.log=log", "-o", "out", "results"});
-
-    EXPECT_EQ(walk.exitCode, 3) << walk;
-    EXPECT_EQ(identifier.exitCode, 3) << identifier;
+    EXPECT_EQ(run(tree_, {"-n", "T", "-o", "out", "missing"}),
+              fails(3, "missing: The specified directory does not exist."));
+    EXPECT_EQ(
+        run(tree_, {"-n", "T", "-a", "*.log=log", "-o", "out", "results"}),
+        fails(3, "--aux '*.log=log': Invalid pattern. It selects none of the matched files."));
     EXPECT_EQ(tree_.content("out"), "earlier");
     EXPECT_EQ(tree_.mode("out"), 0640u);
     EXPECT_EQ(tree_.names("."), Names({"out", "results"}));
@@ -373,16 +354,15 @@ TEST_F(CasetableOutput, HoldsTheHeaderWhenThereAreNoCases)
 {
     tree_.file("out", "earlier");
 
-    const Outcome outcome = run(tree_, {"-n", "none", "-o", "out", "results"});
-
-    EXPECT_EQ(outcome.exitCode, 1) << outcome;
+    EXPECT_EQ(run(tree_, {"-n", "none", "-o", "out", "results"}),
+              fails(1, "no file matched: marker 'none' failed for 1 file; --unmatched lists them"));
     EXPECT_EQ(tree_.content("out"), "case,none\r\n");
 }
 
 TEST_F(CasetableOutput, NeedsAFolderThatExists)
 {
-    expectFailure(write("missing/out"), "missing/out: No such file or directory");
-    expectFailure(write("missing/"), "missing/: No such file or directory");
+    EXPECT_EQ(write("missing/out"), fails(4, "missing/out: No such file or directory"));
+    EXPECT_EQ(write("missing/"), fails(4, "missing/: No such file or directory"));
     EXPECT_EQ(tree_.names("."), Names({"results"}));
 }
 
@@ -390,7 +370,7 @@ TEST_F(CasetableOutput, NeedsAFolderThatExistsBehindALinkToo)
 {
     tree_.link("out", "missing/file");
 
-    expectFailure(write("out"), "out: No such file or directory");
+    EXPECT_EQ(write("out"), fails(4, "out: No such file or directory"));
     EXPECT_TRUE(tree_.isLink("out"));
 }
 
@@ -399,9 +379,9 @@ TEST_F(CasetableOutput, TellsWhenTheFolderIsAFile)
     tree_.file("file");
     tree_.setMode("file", 0777);
 
-    expectFailure(write("results/T1/file/out"), "results/T1/file/out: Not a directory");
-    expectFailure(run(tree_, {"-n", "T", "-o", "file/out", "no root"}),
-                  "file/out: Not a directory");
+    EXPECT_EQ(write("results/T1/file/out"), fails(4, "results/T1/file/out: Not a directory"));
+    EXPECT_EQ(run(tree_, {"-n", "T", "-o", "file/out", "no root"}),
+              fails(4, "file/out: Not a directory"));
 }
 
 TEST_F(CasetableOutput, IsNoFolder)
@@ -411,14 +391,13 @@ TEST_F(CasetableOutput, IsNoFolder)
 
     for (const std::string file : {"folder", "folder/", ".", "/", "link", "results/.."})
         EXPECT_EQ(write(file).exitCode, 4) << file;
-    expectFailure(write("folder"), "folder: Is a directory");
+    EXPECT_EQ(write("folder"), fails(4, "folder: Is a directory"));
 }
 
 TEST_F(CasetableOutput, IsJudgedBeforeTheWalk)
 {
-    const Outcome outcome = run(tree_, {"-n", "T", "-o", "missing/out", "no root"});
-
-    expectFailure(outcome, "missing/out: No such file or directory");
+    EXPECT_EQ(run(tree_, {"-n", "T", "-o", "missing/out", "no root"}),
+              fails(4, "missing/out: No such file or directory"));
 }
 
 TEST_F(CasetableOutput, NeedsAFolderThatCanBeWritten)
@@ -426,13 +405,10 @@ TEST_F(CasetableOutput, NeedsAFolderThatCanBeWritten)
     SKIP_UNLESS_ORDINARY_USER_IS_POSSIBLE();
     tree_.file("folder/out", "earlier");
     tree_.setMode("folder", 0555);
-    Setting setting = in(tree_);
-    setting.ordinaryUser = true;
 
-    for (const std::string file : {"folder/out", "folder/new"}) {
-        const Outcome outcome = run({"-n", "T", "-o", file, "results"}, setting);
-        expectFailure(outcome, file + ": Permission denied");
-    }
+    for (const std::string file : {"folder/out", "folder/new"})
+        EXPECT_EQ(run({"-n", "T", "-o", file, "results"}, withOrdinaryUser(tree_)),
+                  fails(4, file + ": Permission denied"));
     EXPECT_EQ(tree_.content("folder/out"), "earlier");
     EXPECT_EQ(tree_.names("folder"), Names({"out"}));
 }
@@ -444,15 +420,14 @@ TEST_F(CasetableOutput, GoesThroughANamedPipeInAFolderThatMayNotBeWritten)
     tree_.setMode("folder", 0555);
     const int reader = open(tree_.path("folder/pipe").c_str(), O_RDONLY | O_NONBLOCK);
     EXPECT_GE(reader, 0);
-    Setting setting = in(tree_);
-    setting.ordinaryUser = true;
 
-    const Outcome outcome = run({"-n", "T", "-o", "folder/pipe", "results"}, setting);
+    const Outcome outcome =
+        run({"-n", "T", "-o", "folder/pipe", "results"}, withOrdinaryUser(tree_));
     char buffer[100];
     const ssize_t count = read(reader, buffer, sizeof buffer);
     close(reader);
 
-    EXPECT_EQ(outcome.exitCode, 0) << outcome;
+    EXPECT_EQ(outcome, prints(""));
     ASSERT_GT(count, 0);
     EXPECT_EQ(std::string(buffer, static_cast<std::size_t>(count)), csv);
 }
@@ -462,11 +437,9 @@ TEST_F(CasetableOutput, NeedsAFolderThatCanBeEntered)
     SKIP_UNLESS_ORDINARY_USER_IS_POSSIBLE();
     tree_.folder("folder");
     tree_.setMode("folder", 0666);
-    Setting setting = in(tree_);
-    setting.ordinaryUser = true;
 
-    expectFailure(run({"-n", "T", "-o", "folder/out", "no root"}, setting),
-                  "folder/out: Permission denied");
+    EXPECT_EQ(run({"-n", "T", "-o", "folder/out", "no root"}, withOrdinaryUser(tree_)),
+              fails(4, "folder/out: Permission denied"));
 }
 
 TEST_F(CasetableOutput, IsNoFileThatTheUserMayNotWrite)
@@ -474,10 +447,9 @@ TEST_F(CasetableOutput, IsNoFileThatTheUserMayNotWrite)
     SKIP_UNLESS_ORDINARY_USER_IS_POSSIBLE();
     tree_.file("out", "earlier");
     tree_.setMode("out", 0444);
-    Setting setting = in(tree_);
-    setting.ordinaryUser = true;
 
-    expectFailure(run({"-n", "T", "-o", "out", "results"}, setting), "out: Permission denied");
+    EXPECT_EQ(run({"-n", "T", "-o", "out", "results"}, withOrdinaryUser(tree_)),
+              fails(4, "out: Permission denied"));
 
     EXPECT_EQ(tree_.content("out"), "earlier");
     EXPECT_EQ(tree_.names("."), Names({"out", "results"}));
@@ -485,7 +457,7 @@ TEST_F(CasetableOutput, IsNoFileThatTheUserMayNotWrite)
 
 TEST_F(CasetableOutput, MayLieInTheTree)
 {
-    EXPECT_EQ(write("results/T2.csv").exitCode, 0);
+    EXPECT_EQ(write("results/T2.csv"), prints(""));
 
     EXPECT_EQ(tree_.content("results/T2.csv"), csv);
     EXPECT_EQ(tree_.names("results"), Names({"T1", "T2.csv"}));

@@ -20,12 +20,7 @@ class CasetableProgress : public testing::Test {
 protected:
     void SetUp() override { tree_.knot("results", 14); }
 
-    Setting onTerminal() const
-    {
-        Setting setting = in(tree_);
-        setting.errors = Stream::Terminal;
-        return setting;
-    }
+    Setting onTerminal() const { return withErrors(tree_, Stream::Terminal); }
 
     const TemporaryTree tree_;
     const Arguments endless_ = {"-n", "T", "-L", "results"};
@@ -97,8 +92,7 @@ TEST_F(CasetableProgress, IsCutToTheUsualWidthWhereTheTerminalDoesNotTellIts)
     const TemporaryTree tree;
     const std::string root(100, 'r');
     tree.knot(root, 14);
-    Setting setting = in(tree);
-    setting.errors = Stream::Terminal;
+    Setting setting = withErrors(tree, Stream::Terminal);
     setting.terminalColumns = 0;
     Program program({"-n", "T", "-L", root}, setting);
     program.waitForErrors(
@@ -113,9 +107,7 @@ TEST_F(CasetableProgress, IsCutToTheUsualWidthWhereTheTerminalDoesNotTellIts)
 
 TEST_F(CasetableProgress, IsNothingInAPipe)
 {
-    Setting setting = in(tree_);
-    setting.output = Stream::Terminal;
-    Program program(endless_, setting);
+    Program program(endless_, withOutput(tree_, Stream::Terminal));
 
     EXPECT_EQ(program.errorsFor(700), "");
 
@@ -139,9 +131,7 @@ TEST_F(CasetableProgress, HoldsNoControlCharacterOfAFolderName)
 {
     const TemporaryTree tree;
     tree.knot("\x1b[31m\n\xff", 14);
-    Setting setting = in(tree);
-    setting.errors = Stream::Terminal;
-    Program program({"-n", "T", "-L", "\x1b[31m\n\xff"}, setting);
+    Program program({"-n", "T", "-L", "\x1b[31m\n\xff"}, withErrors(tree, Stream::Terminal));
     program.waitForErrors(
         [](const std::string& errors) { return statusLines(errors).size() >= 2; });
     program.send(SIGINT);
@@ -155,41 +145,34 @@ TEST_F(CasetableProgress, HoldsNoControlCharacterOfAFolderName)
 
 TEST(CasetableRemark, OnATerminalTellsHowManyFilesAreInCases)
 {
-    const TemporaryTree tree;
-    for (const char* file : {"T1/a", "T1/b", "T2/a", "none"})
-        tree.file(std::string("results/") + file);
-    Setting setting = in(tree);
-    setting.errors = Stream::Terminal;
+    const TemporaryTree tree({"results/T1/a", "results/T1/b", "results/T2/a", "results/none"});
+    const Setting setting = withErrors(tree, Stream::Terminal);
 
-    const Outcome outcome = run({"-n", "T", "results"}, setting);
-    const Outcome quiet = run({"-n", "T", "-q", "results"}, setting);
+    const std::string table = "case,T\r\n0,1\r\n1,2\r\n";
 
-    EXPECT_EQ(message(outcome.errors), "cases: 2, from 3 of 4 files; --unmatched lists the others");
-    EXPECT_EQ(quiet.errors, "");
+    EXPECT_EQ(run({"-n", "T", "results"}, setting),
+              prints(table, "cases: 2, from 3 of 4 files; --unmatched lists the others"));
+    EXPECT_EQ(run({"-n", "T", "-q", "results"}, setting), prints(table));
 }
 
 TEST(CasetableRemark, MentionsUnmatchedFilesOnlyWhereThereAreSomeThatAreNotListed)
 {
-    const TemporaryTree tree;
-    for (const char* file : {"results/T1/a", "results/none", "all/T1/a"})
-        tree.file(file);
-    Setting setting = in(tree);
-    setting.errors = Stream::Terminal;
+    const TemporaryTree tree({"results/T1/a", "results/none", "all/T1/a"});
+    const Setting setting = withErrors(tree, Stream::Terminal);
 
-    EXPECT_EQ(message(run({"-n", "T", "--unmatched", "results"}, setting).errors),
-              "cases: 1, from 1 of 2 files");
-    EXPECT_EQ(message(run({"-n", "T", "--files", "results"}, setting).errors),
-              "cases: 1, from 1 of 2 files; --unmatched lists the others");
-    EXPECT_EQ(message(run({"-n", "T", "all"}, setting).errors), "cases: 1, from 1 of 1 files");
+    EXPECT_EQ(run({"-n", "T", "--unmatched", "results"}, setting),
+              prints("path,marker,reason\r\nnone,T,not found\r\n", "cases: 1, from 1 of 2 files"));
+    EXPECT_EQ(run({"-n", "T", "--files", "results"}, setting),
+              prints("path,case,T\r\nT1/a,0,1\r\n",
+                     "cases: 1, from 1 of 2 files; --unmatched lists the others"));
+    EXPECT_EQ(run({"-n", "T", "all"}, setting),
+              prints("case,T\r\n0,1\r\n", "cases: 1, from 1 of 1 files"));
 }
 
 TEST(CasetableRemark, TellsOfValuesThatAreCutAndWhyFilesMayNotMatch)
 {
-    const TemporaryTree tree;
-    tree.file("results/P1.5bar_T1,5");
-    tree.file("results/p1_T1");
-    Setting setting = in(tree);
-    setting.errors = Stream::Terminal;
+    const TemporaryTree tree({"results/P1.5bar_T1,5", "results/p1_T1"});
+    const Setting setting = withErrors(tree, Stream::Terminal);
 
     EXPECT_EQ(
         run({"-s", "P", "-n", "_T", "results"}, setting).errors,

@@ -32,18 +32,15 @@ Paths paths(const TemporaryTree& tree, const Arguments& options)
 
 Setting onTerminal(const TemporaryTree& tree)
 {
-    Setting setting = in(tree);
-    setting.errors = Stream::Terminal;
-    return setting;
+    return withErrors(tree, Stream::Terminal);
 }
 
 } // namespace
 
 TEST(CasetableExclude, LeavesOutNamesAtAnyDepth)
 {
-    const TemporaryTree tree;
-    for (const char* const file : {"T1.log", "T1", "a/T2.log", "a/T2", "old/T3", "a/old/T4/x"})
-        tree.file(std::string("results/") + file);
+    const TemporaryTree tree({"results/T1.log", "results/T1", "results/a/T2.log", "results/a/T2",
+                              "results/old/T3", "results/a/old/T4/x"});
 
     EXPECT_EQ(paths(tree, {"--exclude", "*.log"}), Paths({"T1", "a/T2", "a/old/T4/x", "old/T3"}));
     EXPECT_EQ(paths(tree, {"-E", "old"}), Paths({"T1", "T1.log", "a/T2", "a/T2.log"}));
@@ -52,9 +49,8 @@ TEST(CasetableExclude, LeavesOutNamesAtAnyDepth)
 
 TEST(CasetableExclude, LeavesOutPathsBelowTheRoot)
 {
-    const TemporaryTree tree;
-    for (const char* const file : {"old/T1", "a/old/T2", "a/b/old/T3", "a/T4"})
-        tree.file(std::string("results/") + file);
+    const TemporaryTree tree(
+        {"results/old/T1", "results/a/old/T2", "results/a/b/old/T3", "results/a/T4"});
 
     EXPECT_EQ(paths(tree, {"-E", "/old"}), Paths({"a/T4", "a/b/old/T3", "a/old/T2"}));
     EXPECT_EQ(paths(tree, {"-E", "./old"}), Paths({"a/T4", "a/b/old/T3", "a/old/T2"}));
@@ -66,9 +62,7 @@ TEST(CasetableExclude, LeavesOutPathsBelowTheRoot)
 
 TEST(CasetableExclude, LeavesOutFoldersAloneWhereTheGlobEndsWithASlash)
 {
-    const TemporaryTree tree;
-    tree.file("results/T1");
-    tree.file("results/a/T1/T2");
+    const TemporaryTree tree({"results/T1", "results/a/T1/T2"});
 
     EXPECT_EQ(paths(tree, {"-E", "T1/"}), Paths({"T1"}));
     EXPECT_EQ(paths(tree, {"-E", "T1"}), Paths());
@@ -77,30 +71,23 @@ TEST(CasetableExclude, LeavesOutFoldersAloneWhereTheGlobEndsWithASlash)
 TEST(CasetableExclude, EntersNoFolderThatItLeavesOut)
 {
     SKIP_UNLESS_ORDINARY_USER_IS_POSSIBLE();
-    const TemporaryTree tree;
-    tree.file("results/T1");
-    tree.folder("results/a/closed");
+    const TemporaryTree tree({"results/T1", "results/a/closed/"});
     tree.setMode("results/a/closed", 0);
-    Setting setting = in(tree);
-    setting.ordinaryUser = true;
+    const Setting setting = withOrdinaryUser(tree);
+    const std::string table = "case,T\r\n0,1\r\n";
 
     for (const char* const glob : {"closed", "closed/", "a/closed", "a/*/", "/a"}) {
-        const Outcome outcome = run({"-n", "T", "-E", glob, "results"}, setting);
-        EXPECT_EQ(outcome.exitCode, 0) << outcome;
-        EXPECT_EQ(outcome.errors, "");
-        EXPECT_EQ(run({"-n", "T", "--keep-going", "-E", glob, "results"}, setting).errors, "");
+        EXPECT_EQ(run({"-n", "T", "-E", glob, "results"}, setting), prints(table));
+        EXPECT_EQ(run({"-n", "T", "--keep-going", "-E", glob, "results"}, setting), prints(table));
     }
-    EXPECT_EQ(run({"-n", "T", "-d", "2", "results"}, setting).errors, "");
-    EXPECT_EQ(run({"-n", "T", "-d", "2", "--keep-going", "results"}, setting).errors, "");
+    EXPECT_EQ(run({"-n", "T", "-d", "2", "results"}, setting), prints(table));
+    EXPECT_EQ(run({"-n", "T", "-d", "2", "--keep-going", "results"}, setting), prints(table));
     EXPECT_EQ(run({"-n", "T", "-d", "3", "results"}, setting).exitCode, 3);
 }
 
 TEST(CasetableExclude, TakesBytes)
 {
-    const TemporaryTree tree;
-    tree.file("results/T1\xff\n");
-    tree.file("results/T2\xc3\xa4");
-    tree.file("results/-E/T3");
+    const TemporaryTree tree({"results/T1\xff\n", "results/T2\xc3\xa4", "results/-E/T3"});
 
     EXPECT_EQ(paths(tree, {"-E", "*\xff?"}), Paths({"-E/T3", "T2\xc3\xa4"}));
     EXPECT_EQ(paths(tree, {"-E", "T??"}), Paths({"-E/T3", "T1\xff\n", "T2\xc3\xa4"}));
@@ -109,9 +96,8 @@ TEST(CasetableExclude, TakesBytes)
 
 TEST(CasetableHidden, EntriesAreLeftOutUnlessAskedFor)
 {
-    const TemporaryTree tree;
-    for (const char* const file : {"T1", ".T2", "a/.T3", ".a/T4", "..T5", "a./T6"})
-        tree.file(std::string("results/") + file);
+    const TemporaryTree tree({"results/T1", "results/.T2", "results/a/.T3", "results/.a/T4",
+                              "results/..T5", "results/a./T6"});
 
     EXPECT_EQ(paths(tree, {}), Paths({"T1", "a./T6"}));
     const Paths all = {"..T5", ".T2", ".a/T4", "T1", "a./T6", "a/.T3"};
@@ -122,12 +108,9 @@ TEST(CasetableHidden, EntriesAreLeftOutUnlessAskedFor)
 TEST(CasetableHidden, EntriesThatAreLeftOutAreNotEntered)
 {
     SKIP_UNLESS_ORDINARY_USER_IS_POSSIBLE();
-    const TemporaryTree tree;
-    tree.file("results/T1");
-    tree.folder("results/.closed");
+    const TemporaryTree tree({"results/T1", "results/.closed/"});
     tree.setMode("results/.closed", 0);
-    Setting setting = in(tree);
-    setting.ordinaryUser = true;
+    const Setting setting = withOrdinaryUser(tree);
 
     EXPECT_EQ(run({"-n", "T", "results"}, setting).errors, "");
     EXPECT_EQ(run({"-n", "T", "-H", "results"}, setting).exitCode, 3);
@@ -135,25 +118,21 @@ TEST(CasetableHidden, EntriesThatAreLeftOutAreNotEntered)
 
 TEST(CasetableHidden, RootsAreTaken)
 {
-    const TemporaryTree tree;
-    tree.file(".results/T1");
-    tree.folder(".results/sub");
+    const TemporaryTree tree({".results/T1", ".results/sub/"});
 
     for (const char* const root :
          {".results", ".results/", "./.results", ".results/.", ".results/sub/.."})
-        EXPECT_EQ(run(tree, {"-n", "T", root}).output, "case,T\r\n0,1\r\n") << root;
+        EXPECT_EQ(run(tree, {"-n", "T", root}), prints("case,T\r\n0,1\r\n")) << root;
     Setting inside;
     for (const auto& [folder, root] : {std::pair{".results", "."}, {".results/sub", ".."}}) {
         inside.folder = tree.path(folder);
-        EXPECT_EQ(run({"-n", "T", root}, inside).output, "case,T\r\n0,1\r\n") << root;
+        EXPECT_EQ(run({"-n", "T", root}, inside), prints("case,T\r\n0,1\r\n")) << root;
     }
 }
 
 TEST(CasetableHidden, EntriesLeftOutAreCountedInTheRemark)
 {
-    const TemporaryTree tree;
-    tree.file("results/T1/a");
-    tree.file("results/.T2/a");
+    const TemporaryTree tree({"results/T1/a", "results/.T2/a"});
     const Arguments arguments = {"-n", "T", "results"};
 
     EXPECT_EQ(message(run(arguments, onTerminal(tree)).errors),
@@ -172,26 +151,23 @@ TEST(CasetableHidden, EntriesLeftOutAreCountedInTheRemark)
 
 TEST(CasetableHidden, EntriesLeftOutAreCountedInTheErrorWhenNoFileMatched)
 {
-    const TemporaryTree tree;
-    tree.file("results/.T1");
-    EXPECT_EQ(message(run(tree, {"-n", "T", "results"}).errors),
-              "no file matched: there is no file below results; "
-              "1 hidden entry left out, --hidden takes it");
+    const TemporaryTree tree({"results/.T1"});
+    EXPECT_EQ(run(tree, {"-n", "T", "results"}),
+              ends(1, "case,T\r\n",
+                   "no file matched: there is no file below results; "
+                   "1 hidden entry left out, --hidden takes it"));
 
     tree.file("results/.T2");
     tree.file("results/none");
-    const Outcome outcome = run(tree, {"-n", "T", "-q", "results"});
-    EXPECT_EQ(outcome.exitCode, 1) << outcome;
-    EXPECT_EQ(message(outcome.errors),
-              "no file matched: marker 'T' failed for 1 file; --unmatched lists them; "
-              "2 hidden entries left out, --hidden takes them");
+    EXPECT_EQ(run(tree, {"-n", "T", "-q", "results"}),
+              ends(1, "case,T\r\n",
+                   "no file matched: marker 'T' failed for 1 file; --unmatched lists them; "
+                   "2 hidden entries left out, --hidden takes them"));
 }
 
 TEST(CasetableMaxDepth, IsOneForTheFilesInTheRoot)
 {
-    const TemporaryTree tree;
-    for (const char* const file : {"T1", "a/T2", "a/b/T3", "a/b/c/T4"})
-        tree.file(std::string("results/") + file);
+    const TemporaryTree tree({"results/T1", "results/a/T2", "results/a/b/T3", "results/a/b/c/T4"});
 
     EXPECT_EQ(paths(tree, {"--max-depth", "1"}), Paths({"T1"}));
     EXPECT_EQ(paths(tree, {"-d", "2"}), Paths({"T1", "a/T2"}));
@@ -202,8 +178,7 @@ TEST(CasetableMaxDepth, IsOneForTheFilesInTheRoot)
 
 TEST(CasetableMaxDepth, CountsFollowedLinksAsFolders)
 {
-    const TemporaryTree tree;
-    tree.file("target/T1");
+    const TemporaryTree tree({"target/T1"});
     tree.link("results/link", "../target");
 
     EXPECT_EQ(paths(tree, {"-L", "-d", "1"}), Paths());
@@ -212,23 +187,22 @@ TEST(CasetableMaxDepth, CountsFollowedLinksAsFolders)
 
 TEST(CasetableMaxDepth, IsNamedWhereNoFileIsLeft)
 {
-    const TemporaryTree tree;
-    tree.file("results/a/T1");
+    const TemporaryTree tree({"results/a/T1"});
 
-    EXPECT_EQ(message(run(tree, {"-n", "T", "-d", "1", "results"}).errors),
-              "no file matched: there is no file below results, with --max-depth");
-    EXPECT_EQ(message(run(tree, {"-n", "T", "-E", "a", "results"}).errors),
-              "no file matched: there is no file below results, with --exclude");
+    EXPECT_EQ(
+        run(tree, {"-n", "T", "-d", "1", "results"}),
+        ends(1, "case,T\r\n", "no file matched: there is no file below results, with --max-depth"));
+    EXPECT_EQ(
+        run(tree, {"-n", "T", "-E", "a", "results"}),
+        ends(1, "case,T\r\n", "no file matched: there is no file below results, with --exclude"));
 }
 
 TEST(CasetableSelection, IsRemarkedUponWhereAGlobLeavesNothingOut)
 {
-    const TemporaryTree tree;
-    tree.file("results/T1/x");
-    tree.file("results/T1/y.tmp");
-    Setting setting = in(tree);
-    setting.errors = Stream::Terminal;
-    const auto remarks = [&](const Arguments& arguments) { return run(arguments, setting).errors; };
+    const TemporaryTree tree({"results/T1/x", "results/T1/y.tmp"});
+    const auto remarks = [&](const Arguments& arguments) {
+        return run(arguments, withErrors(tree, Stream::Terminal)).errors;
+    };
 
     EXPECT_EQ(remarks({"-n", "T", "-E", "*.tmp", "-E", "*.TMP", "results"}),
               "casetable: cases: 1, from 1 of 1 files\n"

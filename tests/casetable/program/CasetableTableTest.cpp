@@ -12,42 +12,38 @@ namespace tests {
 
 TEST(CasetableTable, AlignsTextToTheLeftAndNumbersToTheRight)
 {
-    const TemporaryTree tree;
-    tree.file("results/wing_delta/Mach0.8/file");
-    tree.file("results/wing_a/Mach10.25/file");
+    const TemporaryTree tree({"results/wing_delta/Mach0.8/file", "results/wing_a/Mach10.25/file"});
 
-    EXPECT_EQ(run(tree, {"-s", "wing_", "-n", "Mach", "-f", "table", "results"}).output,
-              "case  wing_   Mach\n"
-              "   0  a      10.25\n"
-              "   1  delta    0.8\n");
+    EXPECT_EQ(run(tree, {"-s", "wing_", "-n", "Mach", "-f", "table", "results"}),
+              prints("case  wing_   Mach\n"
+                     "   0  a      10.25\n"
+                     "   1  delta    0.8\n"));
 }
 
 TEST(CasetableTable, AlignsByTheKindOfAColumnWhateverItsName)
 {
-    const TemporaryTree tree;
-    tree.file("results/case_delta/T10/file");
-    tree.file("results/case_ab/T5/file");
+    const TemporaryTree tree({"results/case_delta/T10/file", "results/case_ab/T5/file"});
 
-    EXPECT_EQ(run(tree, {"-s", "case", "-n", "T", "-f", "table", "results"}).output,
-              "case  case(2)   T\n"
-              "   0  _ab       5\n"
-              "   1  _delta   10\n");
-    EXPECT_EQ(run(tree, {"-s", "case", "--files", "-f", "table", "results"}).output,
-              "path                 case  case(2)\n"
-              "case_ab/T5/file         0  _ab\n"
-              "case_delta/T10/file     1  _delta\n");
+    EXPECT_EQ(run(tree, {"-s", "case", "-n", "T", "-f", "table", "results"}),
+              prints("case  case(2)   T\n"
+                     "   0  _ab       5\n"
+                     "   1  _delta   10\n"));
+    EXPECT_EQ(run(tree, {"-s", "case", "--files", "-f", "table", "results"}),
+              prints("path                 case  case(2)\n"
+                     "case_ab/T5/file         0  _ab\n"
+                     "case_delta/T10/file     1  _delta\n"));
 }
 
 TEST(CasetableTable, AlignsByTheColumnsThatCharactersTakeOnATerminal)
 {
-    const TemporaryTree tree;
-    tree.file("results/P_\xe7\xbf\xbc\xe5\x9e\x8b/T1/file"); // Two wide characters.
-    tree.file("results/P_a\xcc\x88\xc3\xa4/T2/file");        // A combining and a narrow one.
+    const TemporaryTree tree(
+        {"results/P_\xe7\xbf\xbc\xe5\x9e\x8b/T1/file"}); // Two wide characters.
+    tree.file("results/P_a\xcc\x88\xc3\xa4/T2/file");    // A combining and a narrow one.
 
-    EXPECT_EQ(run(tree, {"-s", "P_", "-n", "T", "-f", "table", "results"}).output,
-              "case  P_    T\n"
-              "   0  a\xcc\x88\xc3\xa4    2\n"
-              "   1  \xe7\xbf\xbc\xe5\x9e\x8b  1\n");
+    EXPECT_EQ(run(tree, {"-s", "P_", "-n", "T", "-f", "table", "results"}),
+              prints("case  P_    T\n"
+                     "   0  a\xcc\x88\xc3\xa4    2\n"
+                     "   1  \xe7\xbf\xbc\xe5\x9e\x8b  1\n"));
 }
 
 TEST(CasetableTable, EscapesWhatCouldDriveTheTerminal)
@@ -68,11 +64,10 @@ TEST(CasetableTable, EscapesWhatCouldDriveTheTerminal)
         {"\xc3\xa4\xe2\x82\xac", "\xc3\xa4\xe2\x82\xac"}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row[1]);
-        const TemporaryTree tree;
-        tree.file("results/M_" + row[0] + "/T1/" + row[0]);
+        const TemporaryTree tree({"results/M_" + row[0] + "/T1/" + row[0]});
 
-        EXPECT_EQ(run(tree, {"-s", "M_", "-f", "table", "results"}).output,
-                  "case  M_\n   0  " + row[1] + "\n");
+        EXPECT_EQ(run(tree, {"-s", "M_", "-f", "table", "results"}),
+                  prints("case  M_\n   0  " + row[1] + "\n"));
         const std::string files =
             run(tree, {"-n", "T", "--files", "-f", "table", "results"}).output;
         EXPECT_NE(files.find("M_" + row[1] + "/T1/" + row[1] + "  "), std::string::npos) << files;
@@ -81,12 +76,11 @@ TEST(CasetableTable, EscapesWhatCouldDriveTheTerminal)
 
 TEST(CasetableTable, EscapesTheHeaderAndAuxiliaryFiles)
 {
-    const TemporaryTree tree;
-    tree.file("results/\x1bT1/a\nb.log");
+    const TemporaryTree tree({"results/\x1bT1/a\nb.log"});
 
-    EXPECT_EQ(run(tree, {"-n", "\x1bT", "-a", "*.log=l\xff", "-f", "table", "results"}).output,
-              "case  \\x1bT  l\\xff\n"
-              "   0      1  \\x1bT1/a\\nb.log\n");
+    EXPECT_EQ(run(tree, {"-n", "\x1bT", "-a", "*.log=l\xff", "-f", "table", "results"}),
+              prints("case  \\x1bT  l\\xff\n"
+                     "   0      1  \\x1bT1/a\\nb.log\n"));
 }
 
 TEST(CasetableTable, HoldsNoControlCharacterWhateverNamesHold)
@@ -96,10 +90,9 @@ TEST(CasetableTable, HoldsNoControlCharacterWhateverNamesHold)
         if (byte != '/')
             tree.file("results/T" + std::to_string(byte) + "/x" + static_cast<char>(byte) + "y");
     }
-    Setting terminal = in(tree);
-    terminal.output = Stream::Terminal;
 
-    const std::string output = run({"-n", "T", "--files", "results"}, terminal).output;
+    const std::string output =
+        run({"-n", "T", "--files", "results"}, withOutput(tree, Stream::Terminal)).output;
 
     EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), 255);
     EXPECT_TRUE(std::all_of(output.begin(), output.end(), [](char c) {
@@ -109,10 +102,10 @@ TEST(CasetableTable, HoldsNoControlCharacterWhateverNamesHold)
 
 TEST(CasetableTable, IsTheHeaderAloneWithoutCases)
 {
-    const TemporaryTree tree;
-    tree.folder("results");
+    const TemporaryTree tree({"results/"});
 
-    EXPECT_EQ(run(tree, {"-n", "T", "-s", "M", "-f", "table", "results"}).output, "case  T  M\n");
+    EXPECT_EQ(run(tree, {"-n", "T", "-s", "M", "-f", "table", "results"}),
+              ends(1, "case  T  M\n", "no file matched: there is no file below results"));
 }
 
 } // namespace tests

@@ -27,10 +27,7 @@ std::vector<std::string> paths(const Outcome& outcome)
 
 TEST(CasetableTree, HoldsRegularFilesAndLinksToFiles)
 {
-    const TemporaryTree tree;
-    tree.file("results/T1/file");
-    tree.file("results/T1/.hidden");
-    tree.file("elsewhere");
+    const TemporaryTree tree({"results/T1/file", "results/T1/.hidden", "elsewhere"});
     tree.link("results/T1/link", "../../elsewhere");
     tree.link("results/T1/linked link", "link");
     tree.file("results/T1/closed");
@@ -43,8 +40,7 @@ TEST(CasetableTree, HoldsRegularFilesAndLinksToFiles)
 
 TEST(CasetableTree, LeavesOutBrokenLinksPipesSocketsAndDevices)
 {
-    const TemporaryTree tree;
-    tree.file("results/T1/file");
+    const TemporaryTree tree({"results/T1/file"});
     tree.link("results/T1/broken", "missing");
     tree.link("results/T1/itself", "itself");
     tree.link("results/T1/device", "/dev/null");
@@ -95,8 +91,7 @@ TEST(CasetableTree, MayHaveAnyRoot)
 
 TEST(CasetableTree, HasTheSameFilesHoweverTheRootIsWritten)
 {
-    const TemporaryTree tree;
-    tree.file("results/T1/file");
+    const TemporaryTree tree({"results/T1/file"});
     tree.link("link", "results");
     const std::vector<std::string> roots = {"results",
                                             "results/",
@@ -118,36 +113,29 @@ TEST(CasetableTree, HasTheSameFilesHoweverTheRootIsWritten)
 
 TEST(CasetableTree, MayBeTheWorkingDirectory)
 {
-    const TemporaryTree tree;
-    tree.file("T1/file");
+    const TemporaryTree tree({"T1/file"});
 
     EXPECT_EQ(paths(run(tree, {"-n", "T", "--files", "."})), std::vector<std::string>({"T1/file"}));
 }
 
 TEST(CasetableTree, DoesNotCountMarkersInThePathOfTheRoot)
 {
-    const TemporaryTree tree;
-    tree.file("T7/T1/file");
+    const TemporaryTree tree({"T7/T1/file"});
 
-    EXPECT_EQ(run(tree, {"-n", "T", "T7"}).output, "case,T\r\n0,1\r\n");
+    EXPECT_EQ(run(tree, {"-n", "T", "T7"}), prints("case,T\r\n0,1\r\n"));
 }
 
 TEST(CasetableTree, MayBeEmpty)
 {
-    const TemporaryTree tree;
-    tree.folder("results/a/b");
+    const TemporaryTree tree({"results/a/b/"});
 
-    const Outcome outcome = run(tree, {"-n", "T", "results"});
-
-    EXPECT_EQ(outcome.exitCode, 1) << outcome;
-    EXPECT_EQ(outcome.output, "case,T\r\n");
-    EXPECT_EQ(message(outcome.errors), "no file matched: there is no file below results");
+    EXPECT_EQ(run(tree, {"-n", "T", "results"}),
+              ends(1, "case,T\r\n", "no file matched: there is no file below results"));
 }
 
 TEST(CasetableTree, MayHoldManyFilesInOneFolder)
 {
-    const TemporaryTree tree;
-    tree.folder("results/T1");
+    const TemporaryTree tree({"results/T1/"});
     const std::string longName(200, 'x');
     for (int i = 0; i < 1000; ++i)
         tree.file("results/T1/" + longName + std::to_string(i));

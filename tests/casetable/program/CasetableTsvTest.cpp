@@ -41,29 +41,25 @@ std::vector<Record> parseTsv(const std::string& bytes)
 
 TEST(CasetableTsv, DividesFieldsByTabsAndEndsLinesByLineFeeds)
 {
-    const TemporaryTree tree;
-    tree.file("results/wing_a/T1/file");
-    tree.file("results/wing_/T2/file");
+    const TemporaryTree tree({"results/wing_a/T1/file", "results/wing_/T2/file"});
 
-    EXPECT_EQ(run(tree, {"-s", "wing_", "-n", "T", "-f", "tsv", "results"}).output,
-              "case\twing_\tT\n0\t\t2\n1\ta\t1\n");
+    EXPECT_EQ(run(tree, {"-s", "wing_", "-n", "T", "-f", "tsv", "results"}),
+              prints("case\twing_\tT\n0\t\t2\n1\ta\t1\n"));
 }
 
 TEST(CasetableTsv, EscapesOnlyBackslashTabLineFeedAndCarriageReturn)
 {
-    const TemporaryTree tree;
-    tree.file("results/T1/a\\b\tc\nd\re \",;'\x1b\xff");
+    const TemporaryTree tree({"results/T1/a\\b\tc\nd\re \",;'\x1b\xff"});
 
-    EXPECT_EQ(run(tree, {"-n", "T", "--files", "-f", "tsv", "results"}).output,
-              "path\tcase\tT\nT1/a\\\\b\\tc\\nd\\re \",;'\x1b\xff\t0\t1\n");
+    EXPECT_EQ(run(tree, {"-n", "T", "--files", "-f", "tsv", "results"}),
+              prints("path\tcase\tT\nT1/a\\\\b\\tc\\nd\\re \",;'\x1b\xff\t0\t1\n"));
 }
 
 TEST(CasetableTsv, EscapesTheHeaderToo)
 {
-    const TemporaryTree tree;
-    tree.file("results/a\tb1/file");
+    const TemporaryTree tree({"results/a\tb1/file"});
 
-    EXPECT_EQ(run(tree, {"-n", "a\tb", "-f", "tsv", "results"}).output, "case\ta\\tb\n0\t1\n");
+    EXPECT_EQ(run(tree, {"-n", "a\tb", "-f", "tsv", "results"}), prints("case\ta\\tb\n0\t1\n"));
 }
 
 TEST(CasetableTsv, KeepsEveryByteOfAName)
@@ -81,11 +77,8 @@ TEST(CasetableTsv, KeepsEveryByteOfAName)
 
 TEST(CasetableTsv, HoldsTheFilesUnderATagAsAnEscapedRecord)
 {
-    const TemporaryTree tree;
-    tree.file("results/T1/a.log");
-    tree.file("results/T1/b\t,\".log");
-    tree.file("results/T2/c\n.log");
-    tree.file("results/T3/none");
+    const TemporaryTree tree(
+        {"results/T1/a.log", "results/T1/b\t,\".log", "results/T2/c\n.log", "results/T3/none"});
 
     const Outcome outcome = run(tree, {"-n", "T", "-a", "*.log=log", "-f", "tsv", "results"});
 
@@ -99,13 +92,10 @@ TEST(CasetableTsv, HoldsTheFilesUnderATagAsAnEscapedRecord)
 
 TEST(CasetableTsv, IsTheHeaderAloneWithoutCases)
 {
-    const TemporaryTree tree;
-    tree.folder("results");
+    const TemporaryTree tree({"results/"});
 
-    const Outcome outcome = run(tree, {"-n", "T", "-s", "M", "-f", "tsv", "results"});
-
-    EXPECT_EQ(outcome.exitCode, 1) << outcome;
-    EXPECT_EQ(outcome.output, "case\tT\tM\n");
+    EXPECT_EQ(run(tree, {"-n", "T", "-s", "M", "-f", "tsv", "results"}),
+              ends(1, "case\tT\tM\n", "no file matched: there is no file below results"));
 }
 
 } // namespace tests

@@ -19,9 +19,7 @@ protected:
 
     Outcome runAsOrdinaryUser(const Arguments& arguments) const
     {
-        Setting setting = in(tree_);
-        setting.ordinaryUser = true;
-        return run(arguments, setting);
+        return run(arguments, withOrdinaryUser(tree_));
     }
 
     const TemporaryTree tree_;
@@ -36,11 +34,9 @@ TEST_F(CasetableUnreadable, FolderStopsTheWalkWithTheMessageOfTheModule)
 
     for (const mode_t mode : {0000, 0333, 0444}) { // Nothing, not to be listed, not to be entered.
         tree_.setMode("results/closed", mode);
-        const Outcome outcome = runAsOrdinaryUser({"-n", "T", "results"});
-        EXPECT_EQ(outcome.exitCode, 3) << outcome;
-        EXPECT_EQ(outcome.output, "");
-        EXPECT_EQ(message(outcome.errors), "The specified path: results/closed is not readable. "
-                                           "--keep-going leaves such folders out.");
+        EXPECT_EQ(runAsOrdinaryUser({"-n", "T", "results"}),
+                  fails(3, "The specified path: results/closed is not readable. "
+                           "--keep-going leaves such folders out."));
     }
 }
 
@@ -52,10 +48,9 @@ TEST_F(CasetableUnreadable, FolderIsLeftOutWithAWarningWhenKeptGoing)
 
     for (const mode_t mode : {0000, 0333, 0444}) {
         tree_.setMode("results/a/closed", mode);
-        const Outcome outcome = runAsOrdinaryUser({"-n", "T", "--keep-going", "results"});
-        EXPECT_EQ(outcome.exitCode, 0) << outcome;
-        EXPECT_EQ(outcome.output, "case,T\r\n0,1\r\n1,2\r\n");
-        EXPECT_EQ(message(outcome.errors), "warning: results/a/closed: Permission denied");
+        EXPECT_EQ(
+            runAsOrdinaryUser({"-n", "T", "--keep-going", "results"}),
+            prints("case,T\r\n0,1\r\n1,2\r\n", "warning: results/a/closed: Permission denied"));
     }
 }
 
@@ -84,12 +79,9 @@ TEST_F(CasetableUnreadable, FoldersAreLeftOutInSilenceWhenQuiet)
     tree_.folder("results/closed");
     tree_.setMode("results/closed", 0);
 
-    for (const char* quiet : {"-q", "--quiet"}) {
-        const Outcome outcome = runAsOrdinaryUser({"-n", "T", "--keep-going", quiet, "results"});
-        EXPECT_EQ(outcome.exitCode, 0) << outcome;
-        EXPECT_EQ(outcome.output, "case,T\r\n0,1\r\n");
-        EXPECT_EQ(outcome.errors, "");
-    }
+    for (const char* quiet : {"-q", "--quiet"})
+        EXPECT_EQ(runAsOrdinaryUser({"-n", "T", "--keep-going", quiet, "results"}),
+                  prints("case,T\r\n0,1\r\n"));
 }
 
 TEST_F(CasetableUnreadable, FolderBehindALinkIsTreatedAlike)
@@ -99,15 +91,11 @@ TEST_F(CasetableUnreadable, FolderBehindALinkIsTreatedAlike)
     tree_.setMode("closed", 0);
     tree_.link("results/link", "../closed");
 
-    const Outcome stopped = runAsOrdinaryUser({"-n", "T", "-L", "results"});
-    const Outcome keptGoing = runAsOrdinaryUser({"-n", "T", "-L", "--keep-going", "results"});
-
-    EXPECT_EQ(stopped.exitCode, 3) << stopped;
-    EXPECT_EQ(
-        message(stopped.errors),
-        "The specified path: results/link is not readable. --keep-going leaves such folders out.");
-    EXPECT_EQ(keptGoing.exitCode, 0) << keptGoing;
-    EXPECT_EQ(message(keptGoing.errors), "warning: results/link: Permission denied");
+    EXPECT_EQ(runAsOrdinaryUser({"-n", "T", "-L", "results"}),
+              fails(3, "The specified path: results/link is not readable. "
+                       "--keep-going leaves such folders out."));
+    EXPECT_EQ(runAsOrdinaryUser({"-n", "T", "-L", "--keep-going", "results"}),
+              prints("case,T\r\n0,1\r\n", "warning: results/link: Permission denied"));
 }
 
 TEST_F(CasetableUnreadable, FolderIsNamedInOneLineWhateverItsName)
@@ -116,13 +104,12 @@ TEST_F(CasetableUnreadable, FolderIsNamedInOneLineWhateverItsName)
     tree_.folder("results/a\nb\x1b\xff");
     tree_.setMode("results/a\nb\x1b\xff", 0);
 
-    const Outcome stopped = runAsOrdinaryUser({"-n", "T", "results"});
-    const Outcome keptGoing = runAsOrdinaryUser({"-n", "T", "--keep-going", "results"});
-
     // The module's message goes through a text of Qt, which holds no such byte.
-    EXPECT_EQ(message(stopped.errors), "The specified path: results/a\\nb\\x1b\xef\xbf\xbd is not "
-                                       "readable. --keep-going leaves such folders out.");
-    EXPECT_EQ(message(keptGoing.errors), "warning: results/a\\nb\\x1b\\xff: Permission denied");
+    EXPECT_EQ(runAsOrdinaryUser({"-n", "T", "results"}),
+              fails(3, "The specified path: results/a\\nb\\x1b\xef\xbf\xbd is not "
+                       "readable. --keep-going leaves such folders out."));
+    EXPECT_EQ(runAsOrdinaryUser({"-n", "T", "--keep-going", "results"}),
+              prints("case,T\r\n0,1\r\n", "warning: results/a\\nb\\x1b\\xff: Permission denied"));
 }
 
 TEST_F(CasetableUnreadable, RootIsAnErrorThatNamesIt)
@@ -132,10 +119,8 @@ TEST_F(CasetableUnreadable, RootIsAnErrorThatNamesIt)
 
     for (const Arguments& arguments :
          {Arguments{"-n", "T", "results"}, Arguments{"-n", "T", "--keep-going", "results"}}) {
-        const Outcome outcome = runAsOrdinaryUser(arguments);
-        EXPECT_EQ(outcome.exitCode, 3) << outcome;
-        EXPECT_EQ(outcome.output, "");
-        EXPECT_EQ(message(outcome.errors), "results: The specified directory is not readable.");
+        EXPECT_EQ(runAsOrdinaryUser(arguments),
+                  fails(3, "results: The specified directory is not readable."));
     }
 }
 
@@ -144,10 +129,8 @@ TEST_F(CasetableUnreadable, FolderAboveTheRootIsNoMissingRoot)
     tree_.file("closed/results/T1/file");
     tree_.setMode("closed", 0);
 
-    const Outcome outcome = runAsOrdinaryUser({"-n", "T", "closed/results"});
-
-    EXPECT_EQ(outcome.exitCode, 3) << outcome;
-    EXPECT_EQ(message(outcome.errors), "closed/results: The specified directory is not readable.");
+    EXPECT_EQ(runAsOrdinaryUser({"-n", "T", "closed/results"}),
+              fails(3, "closed/results: The specified directory is not readable."));
 }
 
 TEST_F(CasetableUnreadable, TargetOfALinkIsWarnedOf)
@@ -157,11 +140,9 @@ TEST_F(CasetableUnreadable, TargetOfALinkIsWarnedOf)
     tree_.setMode("closed", 0);
     tree_.link("results/T1/link", "../../closed/file");
 
-    const Outcome outcome = runAsOrdinaryUser({"-n", "T", "--files", "results"});
-
-    EXPECT_EQ(outcome.exitCode, 0) << outcome;
-    EXPECT_EQ(outcome.output, "path,case,T\r\nT1/file,0,1\r\n");
-    EXPECT_EQ(message(outcome.errors), "warning: results/T1/link: Permission denied");
+    EXPECT_EQ(
+        runAsOrdinaryUser({"-n", "T", "--files", "results"}),
+        prints("path,case,T\r\nT1/file,0,1\r\n", "warning: results/T1/link: Permission denied"));
 }
 
 TEST_F(CasetableUnreadable, FilesAreListedLikeOthers)
@@ -169,8 +150,8 @@ TEST_F(CasetableUnreadable, FilesAreListedLikeOthers)
     tree_.file("results/T1/file");
     tree_.setMode("results/T1/file", 0);
 
-    EXPECT_EQ(runAsOrdinaryUser({"-n", "T", "--files", "results"}).output,
-              "path,case,T\r\nT1/file,0,1\r\n");
+    EXPECT_EQ(runAsOrdinaryUser({"-n", "T", "--files", "results"}),
+              prints("path,case,T\r\nT1/file,0,1\r\n"));
 }
 
 TEST_F(CasetableUnreadable, FoldersAmongLoopsOfLinksAreWarnedOfOnEveryWayToThem)
@@ -218,14 +199,11 @@ TEST_F(CasetableUnreadable, FolderInALoopOfLinksStopsTheWalkUnlessItKeepsGoing)
     tree_.link("results/c/to b", "../b");
     tree_.setMode("results/c", 0);
 
-    const Outcome stopped = runAsOrdinaryUser({"-n", "T", "-L", "results"});
-    const Outcome keptGoing = runAsOrdinaryUser({"-n", "T", "-L", "--keep-going", "-q", "results"});
-
-    EXPECT_EQ(stopped.exitCode, 3) << stopped;
-    EXPECT_EQ(message(stopped.errors), "The specified path: results/b/to c is not readable. "
-                                       "--keep-going leaves such folders out.");
-    EXPECT_EQ(keptGoing.output, "case,T\r\n0,1\r\n") << keptGoing;
-    EXPECT_EQ(keptGoing.errors, "");
+    EXPECT_EQ(runAsOrdinaryUser({"-n", "T", "-L", "results"}),
+              fails(3, "The specified path: results/b/to c is not readable. "
+                       "--keep-going leaves such folders out."));
+    EXPECT_EQ(runAsOrdinaryUser({"-n", "T", "-L", "--keep-going", "-q", "results"}),
+              prints("case,T\r\n0,1\r\n"));
 }
 
 } // namespace tests

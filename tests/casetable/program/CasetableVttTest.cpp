@@ -8,9 +8,9 @@
 #include <gtest/gtest.h>
 
 #include "tests/casetable/support/Program.h"
-#include "tests/casetable/support/Sanitizer.h"
 #include "tests/casetable/support/TemporaryTree.h"
 #include "tests/casetable/support/Vtt.h"
+#include "tests/support/Sanitizer.h"
 
 namespace casetable {
 namespace tests {
@@ -20,12 +20,11 @@ namespace {
 using Columns = std::vector<VttColumn>;
 
 // Runs in the tree and reads what was written.
-Columns imported(const TemporaryTree& tree, Arguments arguments, int exitCode = 0)
+Columns imported(const TemporaryTree& tree, Arguments arguments,
+                 const Outcome& expected = prints(""))
 {
     arguments.insert(arguments.end(), {"-o", "out.vtt", "results"});
-    const Outcome outcome = run(tree, arguments);
-    EXPECT_EQ(outcome.exitCode, exitCode) << outcome;
-    EXPECT_EQ(outcome.output, "");
+    EXPECT_EQ(run(tree, arguments), expected);
     return readVtt(tree.path("out.vtt"));
 }
 
@@ -33,9 +32,7 @@ Columns imported(const TemporaryTree& tree, Arguments arguments, int exitCode = 
 
 TEST(CasetableVtt, HoldsCasesWithNumbersAsDoubles)
 {
-    const TemporaryTree tree;
-    tree.file("results/wing_a\n\xff/T1.5/a.log");
-    tree.file("results/wing_/T-2e-1/b");
+    const TemporaryTree tree({"results/wing_a\n\xff/T1.5/a.log", "results/wing_/T-2e-1/b"});
 
     EXPECT_EQ(imported(tree, {"-s", "wing_", "-n", "T", "-a", "*.log=log"}),
               Columns({{"case", "integers", {"0", "1"}},
@@ -46,9 +43,7 @@ TEST(CasetableVtt, HoldsCasesWithNumbersAsDoubles)
 
 TEST(CasetableVtt, HoldsAColumnWithANullAsTexts)
 {
-    const TemporaryTree tree;
-    tree.file("results/T1/file");
-    tree.file("results/T1D+07/file");
+    const TemporaryTree tree({"results/T1/file", "results/T1D+07/file"});
 
     EXPECT_EQ(imported(tree, {"-n", "T"}),
               Columns({{"case", "integers", {"0", "1"}}, {"T", "texts", {"1", "NULL"}}}));
@@ -56,9 +51,7 @@ TEST(CasetableVtt, HoldsAColumnWithANullAsTexts)
 
 TEST(CasetableVtt, HoldsFilesAndUnmatchedFiles)
 {
-    const TemporaryTree tree;
-    tree.file("results/T1/file");
-    tree.file("results/none");
+    const TemporaryTree tree({"results/T1/file", "results/none"});
 
     EXPECT_EQ(imported(tree, {"-n", "T", "--files"}), Columns({{"path", "texts", {"T1/file"}},
                                                                {"case", "integers", {"0"}},
@@ -71,17 +64,16 @@ TEST(CasetableVtt, HoldsFilesAndUnmatchedFiles)
 
 TEST(CasetableVtt, IsATableWithoutRowsWithoutCases)
 {
-    const TemporaryTree tree;
-    tree.folder("results");
+    const TemporaryTree tree({"results/"});
 
-    EXPECT_EQ(imported(tree, {"-n", "T", "-s", "M"}, 1),
+    EXPECT_EQ(imported(tree, {"-n", "T", "-s", "M"},
+                       fails(1, "no file matched: there is no file below results")),
               Columns({{"case", "integers", {}}, {"T", "doubles", {}}, {"M", "texts", {}}}));
 }
 
 TEST(CasetableVtt, GoesToStandardOutputToo)
 {
-    const TemporaryTree tree;
-    tree.file("results/T1/file");
+    const TemporaryTree tree({"results/T1/file"});
     const Outcome outcome = run(tree, {"-n", "T", "-f", "vtt", "results"});
     tree.file("out", outcome.output);
 
@@ -93,8 +85,7 @@ TEST(CasetableVtt, GoesToStandardOutputToo)
 TEST(CasetableVtt, IntoAFileThatMayNotGrowLeavesTheEarlierOne)
 {
     SKIP_WHERE_SANITIZERS_WRITE();
-    const TemporaryTree tree;
-    tree.file("results/T1/file");
+    const TemporaryTree tree({"results/T1/file"});
     tree.file("out", "earlier");
     const Arguments arguments = {"-n", "T", "-f", "vtt", "-o", "out", "results"};
     Setting setting = in(tree);
@@ -103,13 +94,9 @@ TEST(CasetableVtt, IntoAFileThatMayNotGrowLeavesTheEarlierOne)
         setrlimit(RLIMIT_FSIZE, &limit);
     };
 
-    const Outcome outcome = run(arguments, setting);
-    const Outcome full = run(tree, {"-n", "T", "-f", "vtt", "-o", "/dev/full", "results"});
-
-    EXPECT_EQ(outcome.exitCode, 4) << outcome;
-    EXPECT_EQ(message(outcome.errors), "out: File too large");
-    EXPECT_EQ(full.exitCode, 4) << full;
-    EXPECT_EQ(message(full.errors), "/dev/full: No space left on device");
+    EXPECT_EQ(run(arguments, setting), fails(4, "out: File too large"));
+    EXPECT_EQ(run(tree, {"-n", "T", "-f", "vtt", "-o", "/dev/full", "results"}),
+              fails(4, "/dev/full: No space left on device"));
     EXPECT_EQ(tree.content("out"), "earlier");
     EXPECT_EQ(tree.names("."), std::set<std::string>({"out", "results"}));
 }

@@ -19,11 +19,6 @@ const char* const accessCalls = "faccessat,faccessat2";
 const char* const statusCalls = "newfstatat,statx";
 const std::string eraseLine = "\r\x1b[K";
 
-bool isWalking(const std::string& errors)
-{
-    return errors.find(" folders, ") != std::string::npos;
-}
-
 // What stays on the terminal: every status line is erased before anything else is written.
 std::string withoutStatus(std::string errors)
 {
@@ -61,12 +56,8 @@ protected:
                    const std::string& path, const std::string& text) const
     {
         SCOPED_TRACE(systemCalls + " " + path);
-        for (const char* option : {"--quiet", "--keep-going"}) {
-            const Outcome outcome = runWith(systemCalls, error, path, option);
-            EXPECT_EQ(outcome.exitCode, 3) << outcome;
-            EXPECT_EQ(outcome.output, "");
-            EXPECT_EQ(message(outcome.errors), text);
-        }
+        for (const char* option : {"--quiet", "--keep-going"})
+            EXPECT_EQ(runWith(systemCalls, error, path, option), fails(3, text));
     }
 
     const TemporaryTree tree_;
@@ -86,13 +77,10 @@ TEST_F(CasetableWalkFaults, OfTheDiskEndItWithTheFolderAndTheReason)
 TEST_F(CasetableWalkFaults, OfTheDiskAreNotTakenForAWantOfPermission)
 {
     expectEnd(accessCalls, "EIO", root_, root_ + ": Input/output error");
-    const Outcome stopped = runWith(accessCalls, "EIO", "T2", "--quiet");
-    const Outcome keptGoing = runWith(accessCalls, "EIO", "T2", "--keep-going");
-
-    EXPECT_EQ(stopped.exitCode, 3) << stopped;
-    EXPECT_EQ(message(stopped.errors), root_ + "/T2: Input/output error");
-    EXPECT_EQ(keptGoing.exitCode, 3) << keptGoing;
-    EXPECT_EQ(message(keptGoing.errors), root_ + ": Input/output error");
+    EXPECT_EQ(runWith(accessCalls, "EIO", "T2", "--quiet"),
+              fails(3, root_ + "/T2: Input/output error"));
+    EXPECT_EQ(runWith(accessCalls, "EIO", "T2", "--keep-going"),
+              fails(3, root_ + ": Input/output error"));
 }
 
 TEST_F(CasetableWalkFaults, OfOneFolderLeaveItOutWhenKeptGoing)
@@ -106,10 +94,9 @@ TEST_F(CasetableWalkFaults, OfOneFolderLeaveItOutWhenKeptGoing)
           Reason{"ESTALE", "Stale file handle"}, Reason{"ENOENT", "No such file or directory"}}) {
         for (const std::string systemCalls : {"openat", accessCalls}) {
             SCOPED_TRACE(systemCalls + " " + reason.error);
-            const Outcome outcome = runWith(systemCalls, reason.error, "T2", "--keep-going");
-            EXPECT_EQ(outcome.exitCode, 0) << outcome;
-            EXPECT_EQ(outcome.output, "path,case,T\r\nT1/file,0,1\r\nT1/link,0,1\r\n");
-            EXPECT_EQ(message(outcome.errors), "warning: " + root_ + "/T2: " + reason.text);
+            EXPECT_EQ(runWith(systemCalls, reason.error, "T2", "--keep-going"),
+                      prints("path,case,T\r\nT1/file,0,1\r\nT1/link,0,1\r\n",
+                             "warning: " + root_ + "/T2: " + reason.text));
         }
     }
 }
@@ -126,12 +113,9 @@ TEST_F(CasetableWalkFaults, OfARootThatDisappearsNameItWhereverTheyMeetIt)
 
 TEST_F(CasetableWalkFaults, OfAThreadThatCannotBeStartedAreTold)
 {
-    const Outcome outcome =
-        run({"-n", "T", "-o", "out", root_}, withInjection(tree_, "clone,clone3", "error=EAGAIN"));
-
-    EXPECT_EQ(outcome.exitCode, 3) << outcome;
-    EXPECT_EQ(outcome.output, "");
-    EXPECT_EQ(outcome.errors, "casetable: the system has no thread left for the walk\n");
+    EXPECT_EQ(
+        run({"-n", "T", "-o", "out", root_}, withInjection(tree_, "clone,clone3", "error=EAGAIN")),
+        fails(3, "the system has no thread left for the walk"));
     EXPECT_FALSE(tree_.exists("out"));
 }
 
@@ -139,12 +123,9 @@ TEST_F(CasetableWalkFaults, AreNoneWhenASignalIsMeantForTheThreadOfTheWalk)
 {
     // Signals stay away from that thread, lest they cut its calls short. The main thread takes
     // them.
-    const Outcome outcome =
-        run({"-n", "T", root_},
-            withInjection(tree_, "getdents64", "signal=SIGINT", {"-P", root_ + "/T1"}));
-
-    EXPECT_EQ(outcome.exitCode, 0) << outcome;
-    EXPECT_EQ(outcome.output, "case,T\r\n0,1\r\n1,2\r\n");
+    EXPECT_EQ(run({"-n", "T", root_},
+                  withInjection(tree_, "getdents64", "signal=SIGINT", {"-P", root_ + "/T1"})),
+              prints("case,T\r\n0,1\r\n1,2\r\n"));
 }
 
 // Here no call is tampered with: the folders are removed.
@@ -155,12 +136,10 @@ protected:
     // What comes of a walk during which `remove` is called.
     Outcome walkDuring(const std::function<void()>& remove, const Arguments& options) const
     {
-        Setting setting = in(tree_);
-        setting.errors = Stream::Terminal;
         Arguments arguments = {"-s", "fi", "-L", "T1"};
         arguments.insert(arguments.end(), options.begin(), options.end());
-        Program program(arguments, setting);
-        program.waitForErrors(isWalking);
+        Program program(arguments, withErrors(tree_, Stream::Terminal));
+        program.waitForWalk();
         remove();
         return program.finish();
     }

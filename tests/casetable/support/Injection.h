@@ -4,7 +4,7 @@
 #include <string>
 
 #include "tests/casetable/support/Program.h"
-#include "tests/casetable/support/Sanitizer.h"
+#include "tests/support/Sanitizer.h"
 
 namespace casetable {
 namespace tests {

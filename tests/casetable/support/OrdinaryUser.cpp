@@ -1,5 +1,6 @@
 #include "tests/casetable/support/OrdinaryUser.h"
 
+#include <csignal>
 #include <cstdio>
 
 #include <linux/capability.h>
@@ -23,6 +24,7 @@ int exitCodeOfChild(const std::function<int()>& body)
     std::fflush(nullptr);
     const pid_t child = fork();
     if (child == 0) {
+        useDefaultInterrupts();
         const int code = body();
         std::fflush(nullptr);
         _exit(code);
@@ -34,6 +36,12 @@ int exitCodeOfChild(const std::function<int()>& body)
 }
 
 } // namespace
+
+void useDefaultInterrupts()
+{
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+        std::signal(signal, SIG_DFL);
+}
 
 bool becomeOrdinaryUser()
 {

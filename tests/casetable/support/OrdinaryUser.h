@@ -16,11 +16,16 @@ bool becomeOrdinaryUser();
 /// True when becomeOrdinaryUser() works here.
 bool canBeOrdinaryUser();
 
-/// Runs `body` in a process of its own as an ordinary user; its failed assertions fail the test.
+/// As inOwnProcess(), as an ordinary user.
 void asOrdinaryUser(const std::function<void()>& body);
 
-/// Runs `body` in a process of its own; its failed assertions fail the test.
+/// Runs `body` in a process of its own, with the interrupts' default actions; its failed assertions
+/// fail the test.
 void inOwnProcess(const std::function<void()>& body);
+
+/// Gives SIGINT, SIGTERM and SIGHUP their default actions in this process. A job in the background
+/// or under nohup starts with some of them ignored.
+void useDefaultInterrupts();
 
 } // namespace tests
 } // namespace casetable

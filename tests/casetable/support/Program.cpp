@@ -136,7 +136,7 @@ void useStream(int descriptor, int number)
     useStream(open(input, O_RDONLY), STDIN_FILENO);
     useStream(output, STDOUT_FILENO);
     useStream(errors, STDERR_FILENO);
-    std::signal(SIGINT, SIG_DFL);
+    useDefaultInterrupts();
     setenv("TERM", "xterm", 1);
     if (setting.colours)
         unsetenv("NO_COLOR");
@@ -150,15 +150,43 @@ void useStream(int descriptor, int number)
 
 } // namespace
 
+bool operator==(const Outcome& a, const Outcome& b)
+{
+    return a.exitCode == b.exitCode && a.signal == b.signal && a.output == b.output &&
+           a.errors == b.errors;
+}
+
 std::ostream& operator<<(std::ostream& stream, const Outcome& outcome)
 {
+    if (!outcome.arguments.empty())
+        stream << "casetable " << testing::PrintToString(outcome.arguments) << "\n";
     return stream << "exit code " << outcome.exitCode << ", signal " << outcome.signal
                   << "\noutput: " << testing::PrintToString(outcome.output)
                   << "\nerrors: " << testing::PrintToString(outcome.errors);
 }
 
+Outcome ends(int exitCode, const std::string& output, const std::string& message)
+{
+    Outcome outcome;
+    outcome.exitCode = exitCode;
+    outcome.output = output;
+    outcome.errors = message.empty() ? "" : "casetable: " + message + "\n";
+    return outcome;
+}
+
+Outcome prints(const std::string& output, const std::string& message)
+{
+    return ends(0, output, message);
+}
+
+Outcome fails(int exitCode, const std::string& message)
+{
+    return ends(exitCode, "", message);
+}
+
 Program::Program(const Arguments& arguments, const Setting& setting)
 {
+    outcome_.arguments = arguments;
     tellSanitizersApart();
     Arguments all = setting.program;
     all.push_back(CASETABLE_PROGRAM);
@@ -222,6 +250,12 @@ void Program::waitForErrors(const std::function<bool(const std::string&)>& reach
     EXPECT_TRUE(reached(outcome_.errors)) << outcome_;
 }
 
+void Program::waitForWalk()
+{
+    waitForErrors(
+        [](const std::string& errors) { return errors.find(" folders, ") != std::string::npos; });
+}
+
 std::string Program::errorsFor(int milliseconds)
 {
     const auto deadline = Clock::now() + std::chrono::milliseconds(milliseconds);
@@ -264,7 +298,7 @@ bool Program::waitUntilIn(long systemCall) const
 
 Outcome Program::finish()
 {
-    const auto deadline = Clock::now() + patience;
+    auto deadline = Clock::now() + patience;
     while ((output_ >= 0 || errors_ >= 0) && Clock::now() < deadline)
         readSome(1000, true);
     int status = 0;
@@ -272,6 +306,7 @@ Outcome Program::finish()
         if (Clock::now() > deadline) {
             ADD_FAILURE() << "the program does not end";
             kill(id_, SIGKILL);
+            deadline = Clock::time_point::max();
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
@@ -297,6 +332,27 @@ Setting in(const TemporaryTree& tree)
 {
     Setting setting;
     setting.folder = tree.path();
+    return setting;
+}
+
+Setting withOutput(const TemporaryTree& tree, Stream output)
+{
+    Setting setting = in(tree);
+    setting.output = output;
+    return setting;
+}
+
+Setting withErrors(const TemporaryTree& tree, Stream errors)
+{
+    Setting setting = in(tree);
+    setting.errors = errors;
+    return setting;
+}
+
+Setting withOrdinaryUser(const TemporaryTree& tree)
+{
+    Setting setting = in(tree);
+    setting.ordinaryUser = true;
     return setting;
 }
 

@@ -37,14 +37,30 @@ struct Setting {
     Arguments program = {};        ///< A program to start casetable with, such as a tracer.
 };
 
+/// What came of a run. A test states it whole, so that nothing is printed unseen:
+///
+///     EXPECT_EQ(run(tree, {"-n", "T", "results"}), prints("case,T\r\n0,1\r\n"));
 struct Outcome {
     int exitCode = -1; ///< -1 when a signal ended the program.
     int signal = 0;
     std::string output;
     std::string errors;
+    Arguments arguments; ///< Those that the program was given, for messages only.
 };
 
+/// Compares all but the arguments.
+bool operator==(const Outcome& a, const Outcome& b);
 std::ostream& operator<<(std::ostream& stream, const Outcome& outcome);
+
+/// The end with this exit code, this output and one line of errors: `message` behind "casetable: ".
+/// No line when it is empty.
+Outcome ends(int exitCode, const std::string& output, const std::string& message = "");
+
+/// The same with exit code 0.
+Outcome prints(const std::string& output, const std::string& message = "");
+
+/// The same without output.
+Outcome fails(int exitCode, const std::string& message);
 
 /// A running casetable. Whatever waits for it gives up after a generous time and fails the test.
 class Program {
@@ -58,6 +74,10 @@ public:
 
     /// Reads standard error until `reached` holds for what came so far.
     void waitForErrors(const std::function<bool(const std::string&)>& reached);
+
+    /// The same until a status line tells on the terminal that the walk is under way, by when the
+    /// program catches signals.
+    void waitForWalk();
 
     /// Reads standard error for a while, to see that nothing comes.
     std::string errorsFor(int milliseconds);
@@ -87,6 +107,13 @@ Outcome run(const TemporaryTree& tree, const Arguments& arguments);
 
 Setting in(const TemporaryTree& tree);
 
+/// The same with another stream in place of the pipe.
+Setting withOutput(const TemporaryTree& tree, Stream output);
+Setting withErrors(const TemporaryTree& tree, Stream errors);
+
+/// The same for a program that file permissions bind, whoever runs the test.
+Setting withOrdinaryUser(const TemporaryTree& tree);
+
 /// A terminal for others than the program's own streams.
 class Terminal {
 public:
@@ -106,8 +133,8 @@ private:
     std::string path_;
 };
 
-/// The message of one error line, without "casetable: " and the line end; fails the test when
-/// `errors` is anything but one such line.
+/// The message of one line of errors, for tests that state only a part of it: without "casetable: "
+/// and the line end. Fails the test when `errors` is anything but one such line.
 std::string message(const std::string& errors);
 
 } // namespace tests

@@ -104,6 +104,16 @@ TemporaryTree::TemporaryTree() : path_(folderForTrees() + "/casetable-test-XXXXX
         checked(-1, path_);
 }
 
+TemporaryTree::TemporaryTree(const std::vector<std::string>& entries) : TemporaryTree()
+{
+    for (const std::string& entry : entries) {
+        if (entry.back() == '/')
+            folder(entry);
+        else
+            file(entry);
+    }
+}
+
 TemporaryTree::~TemporaryTree()
 {
     try {

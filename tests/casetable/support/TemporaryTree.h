@@ -3,6 +3,7 @@
 
 #include <set>
 #include <string>
+#include <vector>
 
 #include <sys/types.h>
 
@@ -14,6 +15,8 @@ namespace tests {
 class TemporaryTree {
 public:
     TemporaryTree();
+    /// With these files, all empty. An entry that ends in "/" is a folder.
+    explicit TemporaryTree(const std::vector<std::string>& entries);
     ~TemporaryTree();
     TemporaryTree(const TemporaryTree&) = delete;
     TemporaryTree& operator=(const TemporaryTree&) = delete;

@@ -53,6 +53,7 @@ TEST(Interrupt, EndsTheProgramOnceItIsReleased)
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         EXPECT_EXIT(
             {
+                useDefaultInterrupts();
                 catchInterrupts();
                 raise(signal);
                 releaseInterrupts();
