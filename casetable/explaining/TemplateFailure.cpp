@@ -1,6 +1,7 @@
 #include "casetable/explaining/TemplateFailure.h"
 
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include "casetable/explaining/Unmatched.h"
@@ -10,6 +11,16 @@ namespace casetable {
 namespace {
 
 const std::size_t mostTried = 1000;
+
+// None where the engine gives up: only why the templates do not fit is open then.
+std::optional<TemplateFailure> furthestIfKnown(TemplateFailures& failures, const std::string& path)
+{
+    try {
+        return failures.furthest(path);
+    } catch (const MatchError&) {
+        return std::nullopt;
+    }
+}
 
 } // namespace
 
@@ -68,21 +79,21 @@ std::string failureSummary(const MetadataFileCrawler& importer, const TemplateLi
     if (paths.empty())
         return "";
     TemplateFailures failures(templates);
-    TemplateFailure furthest = failures.furthest(paths.front());
-    std::string example = paths.front();
+    std::optional<TemplateFailure> furthest;
+    std::string example;
     // A sample will do, as each path is tried with many beginnings of each template.
     const std::size_t step = paths.size() / mostTried + 1;
-    for (std::size_t index = step; index < paths.size(); index += step) {
-        TemplateFailure failure = failures.furthest(paths[index]);
-        if (failure.beginning.elements > furthest.beginning.elements) {
+    for (std::size_t index = 0; index < paths.size(); index += step) {
+        std::optional<TemplateFailure> failure = furthestIfKnown(failures, paths[index]);
+        if (failure && (!furthest || failure->beginning.elements > furthest->beginning.elements)) {
             furthest = std::move(failure);
             example = paths[index];
         }
     }
     return (templates.templates().size() == 1 ? "the template does not fit "
                                               : "no template fits ") +
-           std::to_string(paths.size()) + (paths.size() == 1 ? " file, " : " files, as ") +
-           example + ": " + failureReason(furthest, example);
+           std::to_string(paths.size()) + (paths.size() == 1 ? " file" : " files") +
+           (furthest ? ", as " + example + ": " + failureReason(*furthest, example) : "");
 }
 
 std::string elementText(const Template& pathTemplate, const TemplateElement& element)

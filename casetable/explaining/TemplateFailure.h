@@ -41,7 +41,7 @@ std::string failureReason(const TemplateFailure& failure, const std::string& pat
 Report unmatchedReport(const MetadataFileCrawler& importer, const TemplateList& templates);
 
 /// One line that says how many files no template fits, and why, for the one of them in which a
-/// template came furthest; empty where there are none. Throws MatchError.
+/// template came furthest, as far as the engine can tell; empty where there are none.
 std::string failureSummary(const MetadataFileCrawler& importer, const TemplateList& templates);
 
 /// An element as it stands in its template.

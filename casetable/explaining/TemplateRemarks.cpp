@@ -50,10 +50,17 @@ public:
     // Whether the template fits; then its parts are looked at.
     bool takeNoteOf(const std::string& path)
     {
-        const std::vector<Span> spans = matcher_.elementSpans(path);
-        if (spans.empty())
+        if (!matcher_.match(path))
             return false;
         ++files_;
+        std::vector<Span> spans;
+        try {
+            spans = matcher_.elementSpans(path);
+        } catch (const MatchError&) {
+            for (PartUse& use : parts_)
+                use.isTaken = true; // As far as one knows.
+            return true;
+        }
         for (std::size_t part = 0; part < elements_.size(); ++part) {
             if (elements_[part]->kind != Kind::Part)
                 continue;

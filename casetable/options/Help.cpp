@@ -20,7 +20,7 @@ Exit codes:
 
 Examples:
   casetable --suggest results
-  casetable -s wing -n Mach -n AoA results
+  casetable -t 'wing{wing}/Mach{Mach:number}/**' results
   casetable -n Mach --aux '*.log=log' -o cases.json results
 
 )";
@@ -36,6 +36,10 @@ std::string entry(const Option& option)
         line += std::string(" ") + option.argument;
 
     std::string text;
+    if (line.size() >= helpColumn) {
+        text = line + '\n';
+        line.clear();
+    }
     std::istringstream words(option.help);
     for (std::string word; words >> word;) {
         if (line.size() < helpColumn) {

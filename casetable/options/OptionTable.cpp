@@ -69,7 +69,7 @@ or D do not, is NULL.
          "TEMPLATE",
          repeatable,
          none,
-         "Columns at each {name} in a TEMPLATE of whole paths; @FILE holds several",
+         "Columns at each {name} in TEMPLATE; @FILE holds several",
          R"(Read each path by
 .IR TEMPLATE ,
 which describes it whole; a column stands at each {name}.
@@ -197,9 +197,10 @@ is printed too.
          "",
          once,
          none,
-         "The files in no case, each with the marker that failed",
+         "The files in no case, each with what failed",
          R"(The files that belong to no case, each with the first marker that failed: the first that is not found,
-or, where all are found, the first without a value.
+or, where all are found, the first without a value. With templates: each with the template that came
+furthest in its path, and the element of it that failed.
 )",
          {Id::Files, Id::Aux}},
 
@@ -211,7 +212,8 @@ or, where all are found, the first without a value.
          once,
          Completion::Files,
          "How one path is read, and why not; needs no ROOT",
-         R"(Show how the markers read one path, where matching stopped, and by which rule.
+         R"(Show how the markers or the templates read one path, where matching stopped, and by which rule or
+element.
 .I PATH
 is relative to
 .IR ROOT ;

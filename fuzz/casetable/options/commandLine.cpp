@@ -1,7 +1,9 @@
 // A command line, its arguments divided by NULs, compared with a plain reading of it, and with what
 // the arguments that its options turn back into say. Requests for help and for the version are left
-// out, since they print.
+// out, since they print; so are templates but a few, whose language is another target's matter, and
+// files of templates.
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -37,6 +39,25 @@ bool holdsControlCharacter(const std::string& text)
     return false;
 }
 
+/// What cannot be said without the language of templates.
+struct LeftOut {};
+
+/// Templates that are given, and their column: its name, with "#" for a number. Empty for what is
+/// no template.
+const std::map<std::string, std::string>& templateColumns()
+{
+    static const std::map<std::string, std::string> columns = {{"{a}", "a"},
+                                                               {"{a:number}_x", "a#"},
+                                                               {"@x{b}", "b"},
+                                                               {"#[{c}]", "c"},
+                                                               {" \xff{d}\n-", "d"},
+                                                               {"", ""},
+                                                               {"x", ""},
+                                                               {"{a", ""},
+                                                               {"{a}***", ""}};
+    return columns;
+}
+
 /// Reads the arguments one by one from the left.
 class PlainReading {
 public:
@@ -55,6 +76,10 @@ public:
             else
                 takeRoot(argument);
         }
+        for (const auto& [column, isNumber] : isNumber_) {
+            if (isNumber.size() > 1)
+                throw WrongUsage();
+        }
         const bool listed = options.source.list.has_value();
         if (roots_ > 1 || (roots_ == 0 && !listed && !explain_) ||
             (roots_ == 1 && (listed || options.source.root.empty())))
@@ -68,12 +93,12 @@ public:
             guessFormat(*options.output);
         if (suggest_) {
             options.mode = casetable::Mode::Suggest;
-            if (!options.patterns.empty() || !options.identifiers.empty() || format_ || files_ ||
-                unmatched_ || explain_)
+            if (!markers_.empty() || !templates_.empty() || !options.identifiers.empty() ||
+                format_ || files_ || unmatched_ || explain_)
                 throw WrongUsage();
             return;
         }
-        if (options.patterns.empty() || (files_ && unmatched_) ||
+        if (markers_.empty() == templates_.empty() || (files_ && unmatched_) ||
             (unmatched_ && !options.identifiers.empty()))
             throw WrongUsage();
         if (explain_) {
@@ -82,6 +107,9 @@ public:
                 throw WrongUsage();
             leaveOutRoot(options.explained);
         }
+        options.reading = templates_.empty()
+                              ? casetable::Reading(markers_)
+                              : casetable::Reading(casetable::TemplateList(templates_));
         options.rows = files_       ? casetable::Rows::Files
                        : unmatched_ ? casetable::Rows::Unmatched
                                     : casetable::Rows::Cases;
@@ -114,11 +142,11 @@ private:
     static const std::map<std::string, char>& letters()
     {
         static const std::map<std::string, char> letters = {
-            {"--string", 's'},    {"--number", 'n'},     {"--aux", 'a'},       {"--format", 'f'},
-            {"--output", 'o'},    {"--follow", 'L'},     {"--quiet", 'q'},     {"--files", 'F'},
-            {"--unmatched", 'U'}, {"--keep-going", 'K'}, {"--from-list", 'l'}, {"--null", '0'},
-            {"--exclude", 'E'},   {"--hidden", 'H'},     {"--max-depth", 'd'}, {"--explain", 'X'},
-            {"--suggest", 'S'}};
+            {"--string", 's'},  {"--number", 'n'},    {"--template", 't'},   {"--aux", 'a'},
+            {"--format", 'f'},  {"--output", 'o'},    {"--follow", 'L'},     {"--quiet", 'q'},
+            {"--files", 'F'},   {"--unmatched", 'U'}, {"--keep-going", 'K'}, {"--from-list", 'l'},
+            {"--null", '0'},    {"--exclude", 'E'},   {"--hidden", 'H'},     {"--max-depth", 'd'},
+            {"--explain", 'X'}, {"--suggest", 'S'}};
         return letters;
     }
 
@@ -146,7 +174,7 @@ private:
         std::size_t at = 1;
         while (at < argument.size()) {
             const char letter = argument[at++];
-            if (std::string("snafoLqEd0H").find(letter) == std::string::npos)
+            if (std::string("sntafoLqEd0H").find(letter) == std::string::npos)
                 throw WrongUsage();
             take(letter, [&] {
                 const std::string rest = argument.substr(at);
@@ -164,6 +192,9 @@ private:
             break;
         case 'n':
             takeMarker(value(), MetadataPattern::NumberValue);
+            break;
+        case 't':
+            takeTemplate(value());
             break;
         case 'a':
             takeIdentifier(value());
@@ -219,7 +250,20 @@ private:
     {
         if (marker.empty())
             throw WrongUsage();
-        options.patterns.emplace_back(marker, type);
+        markers_.emplace_back(marker, type);
+    }
+
+    void takeTemplate(std::string text)
+    {
+        if (text.substr(0, 2) == "@@")
+            text.erase(0, 1);
+        const auto known = templateColumns().find(text);
+        if (known == templateColumns().end())
+            throw LeftOut();
+        if (known->second.empty())
+            throw WrongUsage();
+        templates_.push_back(text);
+        isNumber_[known->second.substr(0, 1)].insert(known->second.size() > 1);
     }
 
     void takeIdentifier(const std::string& text)
@@ -352,6 +396,9 @@ private:
     std::size_t next_ = 0;
     bool onlyRoots_ = false;
     int roots_ = 0;
+    std::vector<MetadataPattern> markers_;
+    fuzz::Texts templates_;
+    std::map<std::string, std::set<bool>> isNumber_; // What templates say of a column.
     bool format_ = false;
     bool files_ = false;
     bool unmatched_ = false;
@@ -362,7 +409,12 @@ private:
 std::string shown(const casetable::Options& options, const std::string& formatName)
 {
     std::string text = "root " + fuzz::shown(options.source.root) + " patterns " +
-                       fuzz::shown(options.patterns) + " aux";
+                       fuzz::shown(options.reading.patterns()) + " templates";
+    if (options.reading.templates()) {
+        for (const casetable::Template& each : options.reading.templates()->templates())
+            text += " " + fuzz::shown(each.text());
+    }
+    text += " aux";
     for (const AuxFileIdentifier& identifier : options.identifiers)
         text += " " + fuzz::shown(identifier.syntaxName) + "=" + fuzz::shown(identifier.tag);
     text += " list " + (options.source.list ? fuzz::shown(*options.source.list) : "none") +
@@ -400,10 +452,16 @@ std::string readByProgram(const fuzz::Texts& arguments, fuzz::Texts& backAgain)
     }
 }
 
-/// Asks for something to be printed, or may do so; it may also be the value of an option, but that
-/// is no loss.
+/// Asks for something to be printed, or for a file of templates, or may do so; it may also be the
+/// value of an option, but that is no loss.
 bool isLeftOut(const std::string& argument)
 {
+    for (std::size_t at = 0; (at = argument.find('@', at)) != std::string::npos;) {
+        const std::size_t end = std::min(argument.find_first_not_of('@', at), argument.size());
+        if (end - at == 1)
+            return true;
+        at = end;
+    }
     if (argument.substr(0, 3) == "--h" || argument.substr(0, 3) == "--v")
         return true;
     return argument.size() > 1 && argument[0] == '-' && argument[1] != '-' &&
@@ -427,14 +485,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
             return -1;
     }
 
-    fuzz::Texts backAgain;
-    const std::string seen = readByProgram(arguments, backAgain);
     std::string expected = wrongUsage;
     try {
         const PlainReading reading(arguments);
         expected = shown(reading.options, reading.formatName);
     } catch (const WrongUsage&) {
+    } catch (const LeftOut&) {
+        return -1;
     }
+    fuzz::Texts backAgain;
+    const std::string seen = readByProgram(arguments, backAgain);
     fuzz::expectSame("what the command line says", seen, expected, fuzz::shown(arguments));
     if (seen != wrongUsage) {
         fuzz::Texts same;

@@ -28,7 +28,7 @@ protected:
     Import import(const std::string& marker, const std::vector<AuxFileIdentifier>& identifiers)
     {
         return Import(walk(fileSystem_, tree_.path("results"), console_),
-                      {{marker, MetadataPattern::NumberValue}}, identifiers);
+                      Reading({{marker, MetadataPattern::NumberValue}}), identifiers);
     }
 
     const TemporaryTree tree_;

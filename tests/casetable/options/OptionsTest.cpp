@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "casetable/system/ExitCode.h"
+#include "tests/casetable/support/TemporaryTree.h"
 
 namespace casetable {
 namespace tests {
@@ -52,6 +53,10 @@ std::vector<std::string> parts(const Options& options)
     for (const MetadataPattern& pattern : options.reading.patterns())
         texts.push_back("pattern " + std::to_string(static_cast<int>(pattern.valueType)) + ' ' +
                         pattern.pattern);
+    if (options.reading.templates()) {
+        for (const Template& each : options.reading.templates()->templates())
+            texts.push_back("template " + each.text());
+    }
     for (const AuxFileIdentifier& identifier : options.identifiers)
         texts.push_back("syntax " + identifier.syntaxName + " tag " + identifier.tag);
     return texts;
@@ -90,9 +95,7 @@ public:
         if (options.mode == Mode::Suggest)
             return options;
 
-        for (std::size_t k = 1 + below(3); k > 0; --k)
-            options.reading.patterns().emplace_back(text(), oneOfTwo() ? MetadataPattern::NumberValue
-                                                             : MetadataPattern::StringValue);
+        options.reading = oneOfTwo() ? Reading(markers()) : Reading(TemplateList(templates()));
         if (options.mode == Mode::Explain) {
             options.explained = explained(source.root);
             return options;
@@ -106,6 +109,38 @@ public:
 private:
     std::size_t below(std::size_t end) { return generator_() % end; }
     bool oneOfTwo() { return below(2) == 0; }
+
+    std::vector<MetadataPattern> markers()
+    {
+        std::vector<MetadataPattern> markers;
+        for (std::size_t k = 1 + below(3); k > 0; --k)
+            markers.emplace_back(text(), oneOfTwo() ? MetadataPattern::NumberValue
+                                                    : MetadataPattern::StringValue);
+        return markers;
+    }
+
+    // With text of any bytes around a column, and often a beginning that might mean something else.
+    std::vector<std::string> templates()
+    {
+        static const std::vector<std::string> beginnings = {"",  "@",  "@@", "#",
+                                                            "-", "--", " ",  "="};
+        std::vector<std::string> templates(1 + below(3));
+        for (std::string& text : templates) {
+            text = beginnings[below(beginnings.size())];
+            for (std::size_t k = below(4); k > 0; --k)
+                text += escaped(static_cast<char>(1 + below(255)));
+            text += "{column}";
+            for (std::size_t k = below(4); k > 0; --k)
+                text += escaped(static_cast<char>(1 + below(255)));
+        }
+        return templates;
+    }
+
+    static std::string escaped(char byte)
+    {
+        const bool isSpecial = std::string("\\*?[]{}").find(byte) != std::string::npos;
+        return (isSpecial ? "\\" : "") + std::string(1, byte);
+    }
 
     // As a command line with that root gives it: often it begins with the root once more.
     std::string explained(const std::string& root)
@@ -349,7 +384,8 @@ TEST(Options, ThatAreWrongAreRefusedInTheseWords)
     const std::string noSuch = ": there is no such option; --help lists those that there are";
     const std::string noRoot = "ROOT, the folder to import, is missing; --help shows examples";
     const std::string noMarker =
-        "no marker is given; use --string or --number, or find some with --suggest";
+        "no marker and no template is given; use --string, --number or --template, or find some "
+        "with --suggest";
     const std::string exclude = " exclude each other";
     const std::vector<Row> rows = {
         // The number of roots.
@@ -408,6 +444,7 @@ TEST(Options, ThatAreWrongAreRefusedInTheseWords)
         {{"root", "-s"}, "--string: its MARKER is missing"},
         {{"root", "--string"}, "--string: its MARKER is missing"},
         {{"root", "-qn"}, "--number: its MARKER is missing"},
+        {{"root", "-qt"}, "--template: its TEMPLATE is missing"},
         {{"-n", "T", "root", "-a"}, "--aux: its SYNTAX=TAG is missing"},
         {{"-n", "T", "root", "-f"}, "--format: its FORMAT is missing"},
         {{"-n", "T", "root", "--output"}, "--output: its FILE is missing"},
@@ -418,6 +455,7 @@ TEST(Options, ThatAreWrongAreRefusedInTheseWords)
         {{"--help", "-n"}, "--number: its MARKER is missing"},
         {{"--string=", "root"}, "--string: the value is empty"},
         {{"--number=", "root"}, "--number: the value is empty"},
+        {{"--template=", "root"}, "--template: the value is empty"},
         {{"-n", "T", "--aux=", "root"}, "--aux: the value is empty"},
         {{"-n", "T", "--format=", "root"}, "--format: the value is empty"},
         {{"-n", "T", "--output=", "root"}, "--output: the value is empty"},
@@ -490,6 +528,7 @@ TEST(Options, ThatAreWrongAreRefusedInTheseWords)
         {{"--suggest", "-n", "T", "-0", "root"}, "--null: there is no --from-list"},
         {{"--suggest", "-s", "T", "root"}, "--suggest and --string" + exclude},
         {{"--suggest", "-n", "T", "root"}, "--suggest and --number" + exclude},
+        {{"--suggest", "-t", "{a}", "root"}, "--suggest and --template" + exclude},
         {{"--suggest", "-a", "x=y", "root"}, "--suggest and --aux" + exclude},
         {{"--suggest", "-f", "auto", "root"}, "--suggest and --format" + exclude},
         {{"--suggest", "--files", "root"}, "--suggest and --files" + exclude},
@@ -506,6 +545,9 @@ TEST(Options, ThatAreWrongAreRefusedInTheseWords)
         {{"-a", "*.log=log", "root"}, noMarker},
         {{"--files", "--unmatched", "root"}, noMarker},
         {{"--explain", "T1", "--files"}, noMarker},
+        {{"-s", "x", "-t", "{a}", "root"}, "--string and --template" + exclude},
+        {{"-t", "{a}", "-n", "x", "root"}, "--number and --template" + exclude},
+        {{"-t", "{a}", "-n", "x", "--explain", "x"}, "--number and --template" + exclude},
         {{"-n", "T", "--files", "--unmatched", "root"}, "--files and --unmatched" + exclude},
         {{"-n", "T", "--files", "--unmatched", "-a", "x=y", "root"},
          "--files and --unmatched" + exclude},
@@ -534,6 +576,100 @@ TEST(Options, ThatAreWrongAreRefusedInTheseWords)
     }
 }
 
+TEST(Options, ThatHoldATemplateThatIsWrongAreRefusedInTheseWords)
+{
+    struct Row {
+        std::vector<std::string> templates;
+        std::string message;
+    };
+    const std::string onlyBefore = "a backslash stands only before one of \\ * ? [ ] { }";
+    const std::string name = "a column's name is a letter or _, then letters, digits and _";
+    const std::string type = "unknown type; types are text, word, digits, number and path, and "
+                             "with a number of bytes text3, word3 and digits3";
+    for (const Row& row : {
+             Row{{""}, "the template has no columns"},
+             Row{{"T*/**"}, "the template has no columns"},
+             Row{{"{a}]"}, "this ] closes nothing"},
+             Row{{"{a}}"}, "this } closes nothing"},
+             Row{{"[{a}"}, "this [ is not closed"},
+             Row{{"{a"}, "this { is not closed"},
+             Row{{"{a}\\/"}, onlyBefore},
+             Row{{"{a}***"}, "more than two asterisks have no meaning"},
+             Row{{"{1}"}, name},
+             Row{{"{case}"}, "the table has a column of that name itself"},
+             Row{{"{a:int}"}, type},
+             Row{{"{a:word0}"}, "a width is from 1 to 65535 bytes"},
+             Row{{"{a:word,x}"}, "a column with an expression is a number or has no type"},
+             Row{{"{a}{a:word}"},
+                 "a column has its type or expression where its name stands first"},
+             Row{{"{a,(}"}, "missing closing parenthesis"},
+             Row{{"{a,x\\Ky}"}, "an expression in a template has no \\K"},
+             Row{{"{a}", "{a:number}"}, "another template has this column as a text"},
+             Row{{"{a:number}", "x", "{a}"}, "the template has no columns"},
+             Row{{"{a:number}", "{b}{a}"}, "another template has this column as a number"},
+             Row{{std::string(101, '[')}, "parts are nested more than 100 deep"},
+             Row{{"{a}" + std::string(65536, 'x')}, "the template is longer than 65536 bytes"},
+         }) {
+        SCOPED_TRACE(testing::PrintToString(row.templates));
+        std::vector<std::string> arguments = {"root"};
+        for (const std::string& text : row.templates)
+            arguments.insert(arguments.end(), {"-t", text});
+        try {
+            parseTexts(arguments);
+            ADD_FAILURE();
+        } catch (const Failure& failure) {
+            EXPECT_EQ(failure.code, ExitCode::WrongUsage);
+            EXPECT_EQ(failure.what(), "--template: " + row.message);
+        }
+    }
+}
+
+TEST(Options, TakeTemplatesFromTheCommandLineAndFromFilesInTheirOrder)
+{
+    const TemporaryTree tree;
+    tree.file("some", "# Runs.\n\n{b}_x\n  #{c} \n");
+    tree.file("other", "\\[{d}"); // No line end.
+
+    const std::optional<Options> options =
+        parseTexts({"-t{a:number}", "--template=@" + tree.path("some"), "root", "-t",
+                    "@" + tree.path("other"), "-t", "@@{e}", "--template",
+                    "-t"
+                    "{f}"});
+
+    ASSERT_TRUE(options && options->reading.templates());
+    std::vector<std::string> texts;
+    for (const Template& each : options->reading.templates()->templates())
+        texts.push_back(each.text());
+    EXPECT_EQ(texts, std::vector<std::string>(
+                         {"{a:number}", "{b}_x", "  #{c} ", "\\[{d}", "@{e}", "-t{f}"}));
+    EXPECT_EQ(options->reading.patterns().size(), 6u);
+    EXPECT_EQ(options->source.root, "root");
+}
+
+TEST(Options, RefuseAFileThatGivesNoTemplate)
+{
+    const TemporaryTree tree({"empty", "folder/"});
+    tree.file("comments", "# {a}\n\n#{b}");
+    struct Row {
+        std::string file;
+        std::string reason;
+    };
+    for (const Row& row :
+         {Row{tree.path("empty"), "there is no template in it"},
+          Row{tree.path("comments"), "there is no template in it"},
+          Row{tree.path("missing"), "No such file or directory"},
+          Row{tree.path("folder"), "Is a directory"}, Row{tree.path("empty/x"), "Not a directory"},
+          Row{"", "No such file or directory"}}) {
+        try {
+            parseTexts({"-t", "@" + row.file, "root"});
+            ADD_FAILURE() << row.file;
+        } catch (const Failure& failure) {
+            EXPECT_EQ(failure.code, ExitCode::WrongUsage);
+            EXPECT_EQ(failure.what(), "--template '@" + row.file + "': " + row.reason);
+        }
+    }
+}
+
 TEST(Options, RefuseAnythingButLettersBehindFlagsInOneArgument)
 {
     for (const char* const argument :
@@ -554,7 +690,7 @@ TEST(Options, RefuseAnythingButLettersBehindFlagsInOneArgument)
     }
     // Values may look like that.
     EXPECT_EQ(parse({"-n", "-q5", "--", "-q5"})->source.root, "-q5");
-    EXPECT_EQ(parse({"-qn-5", "root"})->patterns.at(0).pattern, "-5");
+    EXPECT_EQ(parse({"-qn-5", "root"})->reading.patterns().at(0).pattern, "-5");
 }
 
 TEST(Options, TakeAnyNextArgumentAsTheValue)
@@ -562,7 +698,8 @@ TEST(Options, TakeAnyNextArgumentAsTheValue)
     for (const char* const value : {"-q5=x", "-L!=x", "-qL-=x"}) {
         SCOPED_TRACE(value);
         for (const char* const option : {"-s", "-n", "--string", "--number", "-qs", "-Lqn"})
-            EXPECT_EQ(parse({option, value, "root"})->patterns.at(0).pattern, value) << option;
+            EXPECT_EQ(parse({option, value, "root"})->reading.patterns().at(0).pattern, value)
+                << option;
         for (const char* const option : {"-a", "--aux", "-qa"})
             EXPECT_EQ(parse({"-nT", option, value, "root"})->identifiers.size(), 1u) << option;
         for (const char* const option : {"-o", "--output", "-Lo"})

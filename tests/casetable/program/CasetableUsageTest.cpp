@@ -78,6 +78,7 @@ TEST(CasetableUsage, RefusesAnOptionWithoutItsValue)
 {
     expectWrongUsage({"results", "-n"}, "--number");
     expectWrongUsage({"results", "-s"}, "--string");
+    expectWrongUsage({"results", "-t"}, "--template");
     expectWrongUsage({"-n", "T", "results", "--output"}, "--output");
     expectWrongUsage({"-n", "T", "results", "-f"}, "--format");
     expectWrongUsage({"-n", "T", "results", "-a"}, "--aux");
@@ -159,11 +160,12 @@ TEST(CasetableUsage, RefusesAnEmptyPathToExplain)
     expectWrongUsage({"-n", "T", "--explain", "T1", ""}, "ROOT");
 }
 
-TEST(CasetableUsage, RefusesToRunWithoutMarkers)
+TEST(CasetableUsage, RefusesToRunWithoutMarkersAndTemplates)
 {
     expectWrongUsage({"--explain", "T1"}, "marker");
     expectWrongUsage({"results"}, "--string");
     expectWrongUsage({"results"}, "--number");
+    expectWrongUsage({"results"}, "--template");
     expectWrongUsage({"-a", "*.log=log", "results"}, "marker");
 }
 
@@ -214,6 +216,7 @@ TEST(CasetableHelp, FitsAScreenAndListsOptionsExitCodesAndExamples)
         for (const char* text : {"casetable [OPTIONS] ROOT",
                                  "-s,--string MARKER",
                                  "-n,--number MARKER",
+                                 "-t,--template TEMPLATE\n",
                                  "-a,--aux SYNTAX=TAG",
                                  "-f,--format FORMAT",
                                  "-o,--output FILE",

@@ -5,33 +5,38 @@
 #include <string>
 #include <vector>
 
+#include "casetable/importing/Reading.h"
 #include "casetable/listing/FileSystem.h"
-#include "crawler/CrawlerBasicImporterParser.h"
 #include "crawler/FolderCrawler.h"
 #include "crawler/MetadataFileCrawler.h"
 
 namespace casetable {
 namespace tests {
 
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
-inline std::auto_ptr<CrawlerImporterParserInterface> makeParser()
-{
-    return std::auto_ptr<CrawlerImporterParserInterface>(new CrawlerBasicImporterParser);
-}
-#pragma GCC diagnostic pop
-
 // An importer that was given these files.
 struct Importing {
-    Importing(const std::vector<std::string>& files, const std::vector<MetadataPattern>& patterns)
-        : importer(makeParser())
+    Importing(const std::vector<std::string>& files, const Reading& reading)
+        : importer(makeParser(reading))
     {
         FolderCrawler::Result result;
         result.folder = fileSystemRoot(fileSystem, "/");
         result.files.assign(files.begin(), files.end());
         importer.setCrawlResult(result);
-        importer.setMetadataPatternList(patterns);
+        importer.setMetadataPatternList(reading.patterns());
     }
+
+    Importing(const std::vector<std::string>& files, const std::vector<MetadataPattern>& patterns)
+        : Importing(files, Reading(patterns))
+    {
+    }
+
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+    static std::auto_ptr<CrawlerImporterParserInterface> makeParser(const Reading& reading)
+    {
+        return std::auto_ptr<CrawlerImporterParserInterface>(reading.makeParser().release());
+    }
+#pragma GCC diagnostic pop
 
     FileSystem fileSystem;
     MetadataFileCrawler importer;
