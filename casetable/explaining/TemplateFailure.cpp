@@ -12,6 +12,12 @@ namespace {
 
 const std::size_t mostTried = 1000;
 
+// A lone wildcard reaches far, so what counts first is how much of the template fits.
+bool isFurther(const Beginning& left, const Beginning& right)
+{
+    return left.elements != right.elements ? left.elements > right.elements : left.end > right.end;
+}
+
 // None where the engine gives up: only why the templates do not fit is open then.
 std::optional<TemplateFailure> furthestIfKnown(TemplateFailures& failures, const std::string& path)
 {
@@ -35,7 +41,7 @@ TemplateFailure TemplateFailures::furthest(const std::string& path)
     TemplateFailure furthest = {nullptr, {}};
     for (std::size_t index = 0; index < matchers_.size(); ++index) {
         Beginning beginning = matchers_[index].longestBeginning(path);
-        if (furthest.pathTemplate == nullptr || beginning.end > furthest.beginning.end)
+        if (furthest.pathTemplate == nullptr || isFurther(beginning, furthest.beginning))
             furthest = {&templates_.templates()[index], std::move(beginning)};
     }
     return furthest;
@@ -49,6 +55,8 @@ std::string failureReason(const TemplateFailure& failure, const std::string& pat
         return "the path goes on behind '" + fitting + "', where the template ends";
     const std::string failed =
         "'" + elementText(*failure.pathTemplate, elements[failure.beginning.elements]) + "'";
+    if (fitting.size() == path.size())
+        return "the path ends behind '" + fitting + "', where the template goes on with " + failed;
     return fitting.empty() ? failed + " does not fit the beginning of the path"
                            : failed + " does not fit behind '" + fitting + "'";
 }

@@ -23,8 +23,8 @@ class TemplateFailures {
 public:
     explicit TemplateFailures(const TemplateList& templates);
 
-    /// Of the templates, none of which fits the path: the one that came furthest, in bytes of the
-    /// path. Throws MatchError.
+    /// Of the templates, none of which fits the path: the one of which most elements fit a
+    /// beginning of the path; of such, the longest beginning. Throws MatchError.
     TemplateFailure furthest(const std::string& path);
 
 private:

@@ -1,6 +1,8 @@
 #include "casetable/explaining/TemplateRemarks.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <string_view>
 
 #include "casetable/explaining/TemplateFailure.h"
@@ -21,20 +23,52 @@ struct PartUse {
     std::string holder;         // What holds it there.
 };
 
-// The elements of a template in the order of their spans, each part before what it holds.
-void flatten(const std::vector<TemplateElement>& elements,
-             std::vector<const TemplateElement*>& flat)
-{
-    for (const TemplateElement& element : elements) {
-        flat.push_back(&element);
-        flatten(element.elements, flat);
-    }
-}
-
 bool takesVariousBytes(const TemplateElement& element)
 {
     return element.kind == Kind::Column || element.kind == Kind::Bytes ||
            element.kind == Kind::AllBytes || element.kind == Kind::Folders;
+}
+
+// An element of a template.
+struct Piece {
+    const TemplateElement* element;
+    // Of a part: the indices of those that could have its bytes, right before and right behind it
+    // and others that are left out.
+    std::vector<std::size_t> neighbours;
+};
+
+void findNeighbours(const std::vector<std::size_t>& siblings, std::vector<Piece>& pieces)
+{
+    const auto isPart = [&](std::size_t index) {
+        return pieces[index].element->kind == Kind::Part;
+    };
+    const auto addTo = [&](std::size_t part, std::size_t other) {
+        if (takesVariousBytes(*pieces[other].element))
+            pieces[part].neighbours.push_back(other);
+    };
+    for (auto part = siblings.begin(); part != siblings.end(); ++part) {
+        if (!isPart(*part))
+            continue;
+        const auto before =
+            std::find_if_not(std::make_reverse_iterator(part), siblings.rend(), isPart);
+        if (before != siblings.rend())
+            addTo(*part, *before);
+        const auto behind = std::find_if_not(part, siblings.end(), isPart);
+        if (behind != siblings.end())
+            addTo(*part, *behind);
+    }
+}
+
+// Appends the elements in the order of their spans, each part before what it holds.
+void append(const std::vector<TemplateElement>& elements, std::vector<Piece>& pieces)
+{
+    std::vector<std::size_t> siblings;
+    for (const TemplateElement& element : elements) {
+        siblings.push_back(pieces.size());
+        pieces.push_back({&element, {}});
+        append(element.elements, pieces);
+    }
+    findNeighbours(siblings, pieces);
 }
 
 // One template, and what the files that it reads tell of it.
@@ -43,8 +77,8 @@ public:
     explicit TemplateUse(const Template& pathTemplate)
         : template_(pathTemplate), matcher_(pathTemplate)
     {
-        flatten(pathTemplate.elements(), elements_);
-        parts_.resize(elements_.size());
+        append(pathTemplate.elements(), pieces_);
+        parts_.resize(pieces_.size());
     }
 
     // Whether the template fits; then its parts are looked at.
@@ -61,8 +95,8 @@ public:
                 use.isTaken = true; // As far as one knows.
             return true;
         }
-        for (std::size_t part = 0; part < elements_.size(); ++part) {
-            if (elements_[part]->kind != Kind::Part)
+        for (std::size_t part = 0; part < pieces_.size(); ++part) {
+            if (pieces_[part].element->kind != Kind::Part)
                 continue;
             if (spans[part].isLeftOut)
                 lookForBeginning(part, path, spans);
@@ -76,37 +110,37 @@ public:
     {
         if (files_ == 0)
             lines.push_back("the template " + template_.text() + " reads no file");
-        for (std::size_t part = 0; part < elements_.size() && files_ > 0; ++part) {
-            if (elements_[part]->kind != Kind::Part)
+        for (std::size_t part = 0; part < pieces_.size() && files_ > 0; ++part) {
+            if (pieces_[part].element->kind != Kind::Part)
                 continue;
             const PartUse& use = parts_[part];
-            const std::string text = elementText(template_, *elements_[part]);
+            const std::string text = elementText(template_, *pieces_[part].element);
             if (!use.isTaken)
                 lines.push_back("no file takes the optional part " + text + hintAtSet(text));
             if (use.swallowing > 0)
                 lines.push_back("the optional part " + text + " is left out in " +
                                 std::to_string(use.swallowing) +
                                 (use.swallowing == 1 ? " file" : " files") + " in which " +
-                                use.holder + " holds its beginning, as in " + use.example);
+                                use.holder + " beside it holds its beginning, as in " +
+                                use.example);
         }
     }
 
 private:
     void lookForBeginning(std::size_t part, const std::string& path, const std::vector<Span>& spans)
     {
-        const std::vector<TemplateElement>& inside = elements_[part]->elements;
+        const std::vector<TemplateElement>& inside = pieces_[part].element->elements;
         if (inside.empty() || inside.front().kind != Kind::Text)
             return;
-        for (std::size_t other = 0; other < elements_.size(); ++other) {
+        for (const std::size_t other : pieces_[part].neighbours) {
             const Span& span = spans[other];
-            if (!takesVariousBytes(*elements_[other]) ||
-                std::string_view(path).substr(span.begin, span.length).find(inside.front().text) ==
-                    std::string_view::npos)
+            if (std::string_view(path).substr(span.begin, span.length).find(inside.front().text) ==
+                std::string_view::npos)
                 continue;
             PartUse& use = parts_[part];
             if (++use.swallowing == 1) {
                 use.example = path;
-                use.holder = elementText(template_, *elements_[other]);
+                use.holder = elementText(template_, *pieces_[other].element);
             }
             return;
         }
@@ -123,7 +157,7 @@ private:
 
     const Template& template_;
     Matcher matcher_;
-    std::vector<const TemplateElement*> elements_;
+    std::vector<Piece> pieces_;
     std::vector<PartUse> parts_; // One for each element; those of parts are used.
     std::size_t files_ = 0;
 };

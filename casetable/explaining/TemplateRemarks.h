@@ -11,8 +11,9 @@ namespace casetable {
 
 /// What in the templates of a finished import its user has probably not meant, one line for each: a
 /// template that reads no file; an optional part that no file takes; files in which a wildcard or a
-/// column holds the text with which a part begins that is left out. Reads every matched path again,
-/// and says nothing of parts that one may take on which the engine gives up then.
+/// column beside a part that is left out holds the text with which the part begins. Reads every
+/// matched path again, and says nothing of parts that one may take on which the engine gives up
+/// then.
 std::vector<std::string> remarks(const MetadataFileCrawler& importer,
                                  const TemplateList& templates);
 
