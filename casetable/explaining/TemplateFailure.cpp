@@ -55,8 +55,6 @@ std::string failureReason(const TemplateFailure& failure, const std::string& pat
         return "the path goes on behind '" + fitting + "', where the template ends";
     const std::string failed =
         "'" + elementText(*failure.pathTemplate, elements[failure.beginning.elements]) + "'";
-    if (fitting.size() == path.size())
-        return "the path ends behind '" + fitting + "', where the template goes on with " + failed;
     return fitting.empty() ? failed + " does not fit the beginning of the path"
                            : failed + " does not fit behind '" + fitting + "'";
 }

@@ -250,7 +250,7 @@ private:
         try {
             column.text = enclosedExpression(text_.substr(begin, at_ - begin));
         } catch (const ExpressionError& error) {
-            fail(begin + error.position, "in the expression: " + std::string(error.what()));
+            fail(begin + error.position, error.what());
         }
     }
 

@@ -273,7 +273,7 @@ TEST_F(CasetableTemplate, GetsRemarksOnPartsThatAreProbablyNotMeant)
                    "written {name,[0-9]}\n"
                    "casetable: no file takes the optional part [_T{T:number}]\n"
                    "casetable: the optional part [_T{T:number}] is left out in 1 file in "
-                   "which {a} holds its beginning, as in run2_Tx.x\n"
+                   "which {a} beside it holds its beginning, as in run2_Tx.x\n"
                    "casetable: no file takes the optional part [_P{P}]"));
     EXPECT_EQ(onTerminal(tree, {"-q", "-t", "run[0-9]{a}", "-o", "out", "results"}), prints(""));
 }
