@@ -19,7 +19,7 @@
 #include "casetable/system/Interrupt.h"
 #include "casetable/system/Output.h"
 #include "casetable/system/OutputGuards.h"
-#include "casetable/system/Text.h"
+#include "casetable/system/Printable.h"
 
 namespace casetable {
 

@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "casetable/explaining/MarkedPath.h"
-#include "casetable/system/Text.h"
+#include "casetable/system/Printable.h"
 #include "crawler/CrawlerBasicImporterParser.h"
 #include "crawler/private/PathReading.h"
 #include "host/AuxFileInfoInterface.h"

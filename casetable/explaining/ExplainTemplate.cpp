@@ -6,7 +6,7 @@
 
 #include "casetable/explaining/MarkedPath.h"
 #include "casetable/explaining/TemplateFailure.h"
-#include "casetable/system/Text.h"
+#include "casetable/system/Printable.h"
 #include "casetable/templates/Matcher.h"
 
 namespace casetable {

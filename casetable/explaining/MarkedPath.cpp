@@ -1,7 +1,7 @@
 #include "casetable/explaining/MarkedPath.h"
 
 #include "casetable/system/Colour.h"
-#include "casetable/system/Text.h"
+#include "casetable/system/Printable.h"
 
 namespace casetable {
 

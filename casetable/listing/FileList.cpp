@@ -8,7 +8,7 @@
 
 #include "casetable/listing/FilePath.h"
 #include "casetable/system/ExitCode.h"
-#include "casetable/system/Text.h"
+#include "casetable/system/Printable.h"
 
 namespace casetable {
 

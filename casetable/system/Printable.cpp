@@ -1,4 +1,4 @@
-#include "casetable/system/Text.h"
+#include "casetable/system/Printable.h"
 
 #include <clocale>
 #include <cstdio>

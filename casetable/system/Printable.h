@@ -1,5 +1,5 @@
-#ifndef CASETABLE_SYSTEM_TEXT_H
-#define CASETABLE_SYSTEM_TEXT_H
+#ifndef CASETABLE_SYSTEM_PRINTABLE_H
+#define CASETABLE_SYSTEM_PRINTABLE_H
 
 #include <cstddef>
 #include <string>

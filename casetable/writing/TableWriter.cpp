@@ -7,7 +7,7 @@
 #include "casetable/importing/Report.h"
 #include "casetable/system/Colour.h"
 #include "casetable/system/Output.h"
-#include "casetable/system/Text.h"
+#include "casetable/system/Printable.h"
 
 namespace casetable {
 

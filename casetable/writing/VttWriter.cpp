@@ -18,7 +18,7 @@
 #include "casetable/importing/Report.h"
 #include "casetable/system/ExitCode.h"
 #include "casetable/system/Output.h"
-#include "casetable/system/Text.h"
+#include "casetable/system/Printable.h"
 #include "casetable/writing/CsvRecord.h"
 #include "crawler/private/PathReading.h"
 
