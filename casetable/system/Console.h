@@ -15,7 +15,7 @@ class Console {
 public:
     Console();
 
-    /// Leaves out notes, warnings and the status line from now on.
+    /// Leaves out warnings, remarks and the status line from now on.
     void beQuiet();
 
     /// An error, always shown; `excerpt` is printable lines, each with its end, to show below it as
@@ -26,10 +26,10 @@ public:
     void warning(const std::string& message);
 
     /// A remark on how it went, shown on a terminal unless quiet.
-    void note(const std::string& message);
+    void remark(const std::string& message);
 
-    /// Whether notes are shown.
-    bool showsNotes() const;
+    /// Whether remarks are shown.
+    bool showsRemarks() const;
 
     /// Shows `text`, cut to the terminal's width, in place of the last status; on a terminal unless
     /// quiet.
