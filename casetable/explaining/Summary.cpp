@@ -21,15 +21,15 @@ std::string whyNoneMatched(const Import& import, const Reading& reading, const S
 {
     if (reading.templates())
         return failureSummary(import.importer(), *reading.templates());
-    const std::string cause = likelyCause(import.importer(), reading.patterns(), source.root);
+    const std::string reason = likelyReason(import.importer(), reading.patterns(), source.root);
     return failureSummary(import.importer(), reading.patterns()) +
-           (cause.empty() ? "" : "; " + cause);
+           (reason.empty() ? "" : "; " + reason);
 }
 
 std::string whySomeFailed(const Import& import, const Reading& reading, const Source& source)
 {
     return reading.templates() ? failureSummary(import.importer(), *reading.templates())
-                               : likelyCause(import.importer(), reading.patterns(), source.root);
+                               : likelyReason(import.importer(), reading.patterns(), source.root);
 }
 
 void remarkOnGlobs(const Selection& selection, Console& console)
@@ -85,8 +85,9 @@ ExitCode summarize(const Import& import, const Reading& reading, const Source& s
     const std::size_t matched = import.importer().identifiedAuxFiles().size();
     const bool lacksSome = matched != files && !showsUnmatched;
     console.remark("cases: " + std::to_string(import.table().caseCount) + ", from " +
-                 std::to_string(matched) + " of " + std::to_string(files) + " files" +
-                 (lacksSome ? "; --unmatched lists the others" : "") + hiddenRemark(hiddenLeftOut));
+                   std::to_string(matched) + " of " + std::to_string(files) + " files" +
+                   (lacksSome ? "; --unmatched lists the others" : "") +
+                   hiddenRemark(hiddenLeftOut));
     remarkOnGlobs(source.selection, console);
     for (const std::string& remark : reading.templates()
                                          ? remarks(import.importer(), *reading.templates())

@@ -24,7 +24,7 @@ std::string hiddenRemark(std::size_t hiddenLeftOut);
 /// format; says nothing where it has none.
 void remarkOnEnding(const std::string& output, Console& console);
 
-/// Tells on `console` how an import went: an error where no file matched, with the likely cause;
+/// Tells on `console` how an import went: an error where no file matched, with the likely reason;
 /// otherwise the counts and the remarks. `reading` is what the import read by. The exit code
 /// depends on whether there are cases, whatever the rows of the table are; `showsUnmatched` tells
 /// that they are the unmatched files.

@@ -121,8 +121,8 @@ std::string failureSummary(const MetadataFileCrawler& importer,
     return summary;
 }
 
-std::string likelyCause(const MetadataFileCrawler& importer,
-                        const std::vector<MetadataPattern>& patterns, const std::string& root)
+std::string likelyReason(const MetadataFileCrawler& importer,
+                         const std::vector<MetadataPattern>& patterns, const std::string& root)
 {
     const std::vector<UnmatchedFile> files = unmatchedFiles(importer, patterns);
     const std::vector<std::size_t> failures = failureCounts(files, patterns.size());

@@ -41,8 +41,8 @@ std::string failureSummary(const MetadataFileCrawler& importer,
 
 /// One line with a likely reason why the marker that most often was the first that failed did so;
 /// empty where none is likely. `root` is the folder as the user named it.
-std::string likelyCause(const MetadataFileCrawler& importer,
-                        const std::vector<MetadataPattern>& patterns, const std::string& root);
+std::string likelyReason(const MetadataFileCrawler& importer,
+                         const std::vector<MetadataPattern>& patterns, const std::string& root);
 
 } // namespace casetable
 
