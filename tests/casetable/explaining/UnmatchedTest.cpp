@@ -169,7 +169,7 @@ TEST(Unmatched, IsSummedUpPerMarkerMostFirst)
               "marker 'P' failed for 3 files, 'T' failed for 1 file, 'Q' failed for 1 file");
 }
 
-TEST(Unmatched, HasALikelyCauseWhereAMarkerStandsInNoPathAsItShould)
+TEST(Unmatched, HasALikelyReasonWhereAMarkerStandsInNoPathAsItShould)
 {
     const auto number = MetadataPattern::NumberValue;
     const auto reason = [](const std::vector<std::string>& files, const Patterns& patterns) {
@@ -216,7 +216,7 @@ TEST(Unmatched, TakesASingleLetterForAMarkerWithOtherLettersWhereANumberFollows)
         EXPECT_EQ(reason(file), "") << file;
 }
 
-TEST(Unmatched, HasALikelyCauseAlsoBesideFilesThatMatch)
+TEST(Unmatched, HasALikelyReasonAlsoBesideFilesThatMatch)
 {
     const Patterns patterns = {{"Temp", MetadataPattern::NumberValue}};
     const auto reason = [&](const std::vector<std::string>& files) {
@@ -228,7 +228,7 @@ TEST(Unmatched, HasALikelyCauseAlsoBesideFilesThatMatch)
     EXPECT_EQ(reason({"Temp1", "a"}), "");
 }
 
-TEST(Unmatched, HasNoLikelyCauseWhereNothingIsAlike)
+TEST(Unmatched, HasNoLikelyReasonWhereNothingIsAlike)
 {
     const auto number = MetadataPattern::NumberValue;
     const auto reason = [](const std::vector<std::string>& files, const Patterns& patterns) {
