@@ -44,14 +44,14 @@ std::size_t commonLength(std::string_view left, std::string_view right)
 
 // The paths of a list that begin with the same folders, or one file. Paths are in byte order, so
 // those of a folder stand together, and so do those of each folder in it.
-class FileList::Entry : public FileInfoInterface {
+class FileList::ListedEntry : public FileInfoInterface {
 public:
     // The root.
-    explicit Entry(FileList& list) : list_(list), last_(list.paths_.size()) {}
+    explicit ListedEntry(FileList& list) : list_(list), last_(list.paths_.size()) {}
 
     // The entry whose name is the part from `nameBegin` to `nameEnd` of paths `first` to `last`.
-    Entry(FileList& list, std::size_t first, std::size_t last, std::size_t nameBegin,
-          std::size_t nameEnd, std::size_t depth)
+    ListedEntry(FileList& list, std::size_t first, std::size_t last, std::size_t nameBegin,
+                std::size_t nameEnd, std::size_t depth)
         : list_(list), first_(first), last_(last), nameBegin_(nameBegin), nameEnd_(nameEnd),
           depth_(depth)
     {
@@ -85,7 +85,7 @@ public:
                 if (!isFolder)
                     ++list_.filesSeen;
                 entries.emplace_back(
-                    boost::make_shared<Entry>(list_, first, next, begin, end, depth));
+                    boost::make_shared<ListedEntry>(list_, first, next, begin, end, depth));
             }
             first = next;
         }
@@ -153,29 +153,30 @@ void FileList::finish()
     checkFolders();
 }
 
-std::vector<std::string> FileList::doubts() const
+std::vector<std::string> FileList::warnings() const
 {
-    std::vector<std::string> doubts;
+    std::vector<std::string> warnings;
     if (beginsWith(text_, "\xef\xbb\xbf"))
-        doubts.push_back(name_ + ": the byte order mark is taken as a part of the first path");
+        warnings.push_back(name_ + ": the byte order mark is taken as a part of the first path");
     if (separator_ == '\0' || paths_.empty())
-        return doubts;
+        return warnings;
     const auto endsInReturn = [](std::string_view path) { return path.back() == '\r'; };
     const auto isQuoted = [](std::string_view path) {
         return path.size() > 1 && path.front() == '"' && path.back() == '"';
     };
     if (std::all_of(paths_.begin(), paths_.end(), endsInReturn))
-        doubts.push_back(name_ + ": all lines end in CR LF, and the CR is taken as a part of the "
-                                 "paths");
+        warnings.push_back(name_ + ": all lines end in CR LF, and the CR is taken as a part of the "
+                                   "paths");
     if (std::any_of(paths_.begin(), paths_.end(), isQuoted))
-        doubts.push_back(name_ + ": quotes around paths are taken as parts of them; with --null a "
-                                 "lister need not quote, as with -z or -print0");
-    return doubts;
+        warnings.push_back(name_ +
+                           ": quotes around paths are taken as parts of them; with --null a "
+                           "lister need not quote, as with -z or -print0");
+    return warnings;
 }
 
 boost::shared_ptr<FileInfoInterface const> FileList::root()
 {
-    return boost::make_shared<Entry>(*this);
+    return boost::make_shared<ListedEntry>(*this);
 }
 
 void FileList::check(std::string_view path, std::size_t number) const
@@ -216,7 +217,7 @@ void FileList::checkFolders() const
     const auto isBefore = [](std::string_view left, std::string_view right) {
         return left.data() < right.data(); // In the text.
     };
-    const auto takeNote = [&](std::string_view file, std::string_view below) {
+    const auto keepFirst = [&](std::string_view file, std::string_view below) {
         const auto [earlier, later] = std::minmax(file, below, isBefore);
         if (!contradiction || isBefore(later, contradiction->later))
             contradiction = Contradiction{earlier, later};
@@ -235,7 +236,7 @@ void FileList::checkFolders() const
                 std::find_if_not(path, paths_.end(), [folder](std::string_view other) {
                     return isBelow(other, folder);
                 });
-            takeNote(*file, *std::min_element(path, behind, isBefore));
+            keepFirst(*file, *std::min_element(path, behind, isBefore));
         }
     }
     if (!contradiction)

@@ -53,7 +53,7 @@ public:
     /// What in a finished list its maker has probably not meant, a line for each: a byte order
     /// mark, a carriage return behind every path, quotes around paths. Paths keep them all the
     /// same.
-    std::vector<std::string> doubts() const;
+    std::vector<std::string> warnings() const;
 
     /// The folder that all paths are relative to. It exists, and everything can be read. Its full
     /// path is the list's name, and those below it are paths as they stand in the list. A folder
@@ -61,7 +61,7 @@ public:
     boost::shared_ptr<FileInfoInterface const> root();
 
 private:
-    class Entry;
+    class ListedEntry;
 
     void check(std::string_view path, std::size_t number) const;
     void checkFolders() const;

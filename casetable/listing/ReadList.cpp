@@ -98,8 +98,8 @@ void readList(const std::string& file, FileList& list, Console& console)
         list.append(bytes);
     }
     list.finish();
-    for (const std::string& doubt : list.doubts())
-        console.warning(doubt);
+    for (const std::string& warning : list.warnings())
+        console.warning(warning);
 }
 
 } // namespace casetable
