@@ -8,7 +8,7 @@ namespace casetable {
 class Console;
 class FileList;
 
-/// What a list in `file` is called in messages: "standard input" for "-".
+/// What messages call a list that is read from `file`: "standard input" for "-", else its path.
 std::string listName(const std::string& file);
 
 /// Reads all of `file`, "-" being standard input, into `list` and finishes it. `console` shows the
