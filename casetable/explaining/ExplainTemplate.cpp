@@ -49,7 +49,7 @@ std::string columnLines(const std::string& path, const Template& pathTemplate,
     return lines;
 }
 
-// The template, with "^" under the element that failed, or behind its end.
+// The template, with "^" under the element that failed, if one did.
 std::string markedTemplate(const TemplateFailure& failure, bool inColour)
 {
     const std::string& text = failure.pathTemplate->text();

@@ -81,7 +81,7 @@ ExitCode summarize(const Import& import, const Reading& reading, const Source& s
         return ExitCode::NoCases;
     }
     if (!console.showsRemarks())
-        return ExitCode::Cases; // Counting takes memory for as many files as there are.
+        return ExitCode::Cases; // What follows takes time and memory for each file.
     const std::size_t matched = import.importer().identifiedAuxFiles().size();
     const bool lacksSome = matched != files && !showsUnmatched;
     console.remark("cases: " + std::to_string(import.table().caseCount) + ", from " +

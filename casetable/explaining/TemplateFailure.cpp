@@ -9,6 +9,7 @@ namespace casetable {
 
 namespace {
 
+// Each path is tried with many beginnings of each template, so of many paths a sample will do.
 const std::size_t mostTried = 1000;
 
 } // namespace
@@ -70,7 +71,6 @@ std::string failureSummary(const MetadataFileCrawler& importer, const TemplateLi
     TemplateFailures failures(templates);
     TemplateFailure furthest = failures.furthest(paths.front());
     std::string example = paths.front();
-    // A sample will do, as each path is tried with many beginnings of each template.
     const std::size_t step = paths.size() / mostTried + 1;
     for (std::size_t index = step; index < paths.size(); index += step) {
         TemplateFailure failure = failures.furthest(paths[index]);

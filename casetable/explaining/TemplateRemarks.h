@@ -9,10 +9,10 @@
 
 namespace casetable {
 
-/// What in the templates of a finished import its user has probably not meant, one line for each: a
-/// template that reads no file; an optional part that no file takes; files in which a wildcard or a
-/// column holds the text with which a part begins that is left out. Reads every matched path again.
-/// Throws MatchError.
+/// Remarks on what the user of a finished import has probably not meant with the templates, one
+/// line each: a template that reads no file; an optional part that no file has; an optional part
+/// that is left out in files in which a wildcard or a column holds the text that the part begins
+/// with. Reads every matched path again. Throws MatchError.
 std::vector<std::string> remarks(const MetadataFileCrawler& importer,
                                  const TemplateList& templates);
 
