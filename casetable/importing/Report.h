@@ -42,7 +42,7 @@ struct Report {
     std::vector<Column> columns;
     std::vector<std::string> tags; ///< Further columns, of files; as in CaseTable.
     std::size_t rowCount = 0;
-    std::function<Row(std::size_t)> row; ///< Makes the row at an index below rowCount.
+    std::function<Row(std::size_t)> row; ///< Makes the row at an index below rowCount; may throw.
 };
 
 /// A report with a row for each case: its index, its values, and its auxiliary files per tag.

@@ -47,6 +47,7 @@ void widen(std::vector<std::size_t>& widths, const std::vector<std::string>& cel
         widths[j] = std::max(widths[j], displayWidth(cells[j]));
 }
 
+// The cells as one line of the table, without its end.
 std::string line(const Report& report, const std::vector<std::string>& cells,
                  const std::vector<std::size_t>& widths)
 {
