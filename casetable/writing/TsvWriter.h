@@ -10,7 +10,7 @@ struct Report;
 /// tabs between the fields. In a field, backslash, tab, line feed and carriage return are written
 /// `\\`, `\t`, `\n` and `\r`; every other byte stands as it is. The field of a tag is a CSV record
 /// of its files, as in writeCsv(), in which those bytes are written so too. Throws what
-/// Output::write() throws.
+/// Output::write() and Report::row throw.
 void writeTsv(const Report& report, Output& output);
 
 } // namespace casetable
