@@ -36,8 +36,7 @@ struct FileSystem {
     std::atomic<std::size_t> filesSeen{0};
 
     /// The number of entries that were left out so far only because they are hidden: files,
-    /// folders, and all links, as it is not asked what these lead to. May be read like
-    /// `filesSeen`.
+    /// folders, and all links, as it is not asked what these lead to. May be read like `filesSeen`.
     std::atomic<std::size_t> hiddenLeftOut{0};
 
     /// What an answer that ends a walk was about: the root, or an entry below it.

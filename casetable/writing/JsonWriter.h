@@ -14,8 +14,7 @@ struct Report;
 /// "cases" is Report::rowsName. "columns" lists those that hold values; other columns stand in a
 /// row by their name, as "case" does. Numbers among the values are strings too, as it is their
 /// texts that tell cases apart. Bytes that are not UTF-8 become U+FFFD, and names that are then
-/// equal get "(2)",
-/// "(3)" ... behind them. Throws what Output::write() and Report::row throw.
+/// equal get "(2)", "(3)" ... behind them. Throws what Output::write() and Report::row throw.
 void writeJson(const Report& report, Output& output);
 
 } // namespace casetable

@@ -80,8 +80,8 @@ vtkSmartPointer<vtkAbstractArray> makeColumn(Column::Kind kind, const Texts& tex
     return numbers != nullptr ? numbers : makeStrings(texts);
 }
 
-// A name that survives as an attribute: VTK's writer puts it between quotes as it is, and
-// VTK's reader takes the first ">" for the end of the element.
+// A name that survives as an attribute: VTK's writer puts it between quotes as it is, and VTK's
+// reader takes the first ">" for the end of the element.
 std::string attributeText(const std::string& name)
 {
     std::string text;
@@ -129,8 +129,8 @@ vtkSmartPointer<vtkTable> makeTable(const Report& report)
     return table;
 }
 
-// Keeps VTK from telling at length on standard error of a failure, of which the user hears in
-// one line.
+// Keeps VTK from telling at length on standard error of a failure, of which the user hears in one
+// line.
 class WarningsOff {
 public:
     WarningsOff() { vtkObject::GlobalWarningDisplayOff(); }

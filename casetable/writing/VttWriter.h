@@ -12,8 +12,7 @@ struct Report;
 /// Names are made printable, with `"`, `&`, `<` and `>` escaped too, and then unique.
 ///
 /// Holds the whole table in memory. Throws Failure with ExitCode::OutputFailed when VTK's writer
-/// fails, and what Output::write() and Report::row
-/// throw.
+/// fails, and what Output::write() and Report::row throw.
 void writeVtt(const Report& report, Output& output);
 
 } // namespace casetable
