@@ -19,7 +19,7 @@
 #include "casetable/system/Interrupt.h"
 #include "casetable/system/Output.h"
 #include "casetable/system/OutputGuards.h"
-#include "casetable/system/Text.h"
+#include "casetable/system/Printable.h"
 
 namespace casetable {
 
@@ -55,7 +55,7 @@ Report makeReport(const Options& options, const Import& import)
     return caseReport(import.table());
 }
 
-ExitCode writeTable(const Options& options, Listing& listing, Output& output, Console& console)
+ExitCode importTable(const Options& options, Listing& listing, Output& output, Console& console)
 {
     const Import import(listing.takeCrawler(), options.reading, options.identifiers);
     throwIfInterrupted();
@@ -85,7 +85,7 @@ ExitCode run(const Options& options, Console& console)
     Listing listing(options.source, console);
     if (options.mode == Mode::Suggest)
         return suggestMarkers(options, listing, output, console);
-    return writeTable(options, listing, output, console);
+    return importTable(options, listing, output, console);
 }
 
 } // namespace

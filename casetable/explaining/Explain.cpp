@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "casetable/explaining/MarkedPath.h"
-#include "casetable/system/Text.h"
+#include "casetable/system/Printable.h"
 #include "crawler/CrawlerBasicImporterParser.h"
 #include "crawler/private/PathReading.h"
 #include "host/AuxFileInfoInterface.h"
@@ -18,7 +18,7 @@ namespace {
 
 using Patterns = std::vector<MetadataPattern>;
 
-// What the module says about the path. Everything else here only puts that into words.
+// What the module itself reads from the path. All else here puts that into words.
 struct ModulesReading {
     ModulesReading(const std::string& path, const Patterns& patterns)
     {
@@ -35,13 +35,13 @@ struct ModulesReading {
 
     std::vector<MetadataInfo> values; // Of the markers before the one that failed.
     bool isMatched = false;
-    bool stopsImport = false;
+    bool stopsImport = false; // Such a path makes the module throw.
 };
 
-// Why there is no value, and the rule behind that.
+// Why the path is not matched.
 struct Reason {
-    std::string what;
-    std::string rule;
+    std::string what; // Half a sentence.
+    std::string rule; // Sentences with the rule behind it.
 };
 
 // A marker as on the command line.
@@ -51,7 +51,7 @@ std::string shown(const MetadataPattern& pattern)
            printable(pattern.pattern);
 }
 
-// The first `bytes` and the rest of the character that they end in.
+// The first `bytes` of `text`, and the rest of the UTF-8 character that they may end in.
 std::string_view wholeCharacters(std::string_view text, std::size_t bytes)
 {
     while (bytes < text.size() && (static_cast<unsigned char>(text[bytes]) & 0xc0) == 0x80)
@@ -67,7 +67,7 @@ public:
     {
     }
 
-    Explanation explain() const
+    Explanation explanation() const
     {
         Explanation explanation = {reading_.isMatched, marked_.text() + "\n"};
         for (std::size_t k = 0; k < patterns_.size(); ++k)
@@ -87,20 +87,22 @@ private:
 
     bool isLast(std::size_t k) const { return k + 1 == patterns_.size(); }
 
-    // From the marker to the next, or to the end of the path. Only when all are found.
+    // From the marker to the next, or to the end of the path. Only if all are found.
     std::string_view segment(std::size_t k) const
     {
         const std::size_t end = isLast(k) ? path_.size() : positions_[k + 1];
         return std::string_view(path_).substr(positions_[k], end - positions_[k]);
     }
 
-    // Where a marker that is not found stands in front of its search; npos where it does not.
+    // Where a marker that is not found stands nevertheless: in front of the place where its search
+    // starts. npos if it does not stand there either.
     std::size_t earlierPosition(std::size_t k) const
     {
         return k == 0 ? std::string::npos : path_.rfind(patterns_[k].pattern, positions_[k - 1]);
     }
 
-    // Where the marks of the markers and values that were found begin and end.
+    // Where the marks begin and end: those of the markers that stand in the path, and of their
+    // values.
     std::set<std::size_t> places() const
     {
         std::set<std::size_t> places;
@@ -122,6 +124,7 @@ private:
         return marked_.marks(position, value, value + valueLength);
     }
 
+    // What became of a marker, with marks to stand under it and its value in the path.
     std::string line(std::size_t k) const
     {
         const std::string name = shown(patterns_[k]) + ": ";
@@ -143,7 +146,7 @@ private:
         return marks(earlierPosition(k), markerLength, 0) + name + "stands only here";
     }
 
-    // Where the value ended, and why where that may surprise.
+    // Where the value ended, and why, if that may surprise.
     std::string valueEnd(std::size_t k) const
     {
         const std::size_t end = patterns_[k].pattern.size() + reading_.values[k].valueLength;
@@ -164,6 +167,7 @@ private:
         return text;
     }
 
+    // Why the number ended in front of `rest`, which does not begin with a separator.
     static std::string numberEnd(const std::string& value, std::string_view rest)
     {
         const bool hasExponent = std::any_of(value.begin(), value.end(), reading::isExponentLetter);
@@ -259,7 +263,7 @@ private:
 Explanation explain(const std::string& path, const std::vector<MetadataPattern>& patterns,
                     bool inColour)
 {
-    return PathExplanation(path, patterns, inColour).explain();
+    return PathExplanation(path, patterns, inColour).explanation();
 }
 
 } // namespace casetable

@@ -8,17 +8,18 @@
 
 namespace casetable {
 
-/// How one path is read, for people.
+/// How one path is read, in words for people.
 struct Explanation {
     bool isMatched;
-    /// Lines: the path made printable; for each marker a line with "^" under the marker and "~"
-    /// under its value, where they were found, and what was read; and whether the path is matched,
-    /// or at which marker matching stopped and by which rule.
+    /// Printable lines, each ended by a line feed: the path; a line for each marker, with what was
+    /// read, "^" where the marker stands in the path above and "~" where its value does; and that
+    /// the path is matched, or at which marker matching stopped and by which rule.
     std::string text;
 };
 
-/// Explains how an import reads `path`, relative to its root, by `patterns`, which must not be
-/// empty. With `inColour` the marks are bold. Nothing need exist under that path.
+/// Explains how an import reads `path`, relative to its root, by `patterns`, of which there must be
+/// one at least. With `inColour` the marks are bold. Only the text of the path is looked at, and
+/// nothing need exist.
 Explanation explain(const std::string& path, const std::vector<MetadataPattern>& patterns,
                     bool inColour);
 

@@ -6,7 +6,7 @@
 
 #include "casetable/explaining/MarkedPath.h"
 #include "casetable/explaining/TemplateFailure.h"
-#include "casetable/system/Text.h"
+#include "casetable/system/Printable.h"
 #include "casetable/templates/Matcher.h"
 
 namespace casetable {
@@ -49,7 +49,7 @@ std::string columnLines(const std::string& path, const Template& pathTemplate,
     return lines;
 }
 
-// The template, with "^" under the element that failed, or behind its end.
+// The template, with "^" under the element that failed, if one did.
 std::string markedTemplate(const TemplateFailure& failure, bool inColour)
 {
     const std::string& text = failure.pathTemplate->text();

@@ -1,12 +1,12 @@
 #include "casetable/explaining/MarkedPath.h"
 
 #include "casetable/system/Colour.h"
-#include "casetable/system/Text.h"
+#include "casetable/system/Printable.h"
 
 namespace casetable {
 
-// The path is made printable piece by piece, so that the column of each place is known, however
-// wide the escapes before it are.
+// The path is made printable piece by piece, up to each place, as the column of a place is the
+// width of what then stands before it, escapes included.
 MarkedPath::MarkedPath(const std::string& path, const std::set<std::size_t>& places, bool inColour)
     : inColour_(inColour)
 {

@@ -10,16 +10,16 @@ namespace casetable {
 
 namespace {
 
-// The files in which the value of one marker ends where its writer hardly meant it to.
-struct Cut {
+// The files in which the value of one marker probably ends too early.
+struct EarlyEnds {
     std::size_t files = 0;
-    std::string path; // Of the first.
+    std::string path; // The first of them, and what is read from it.
     std::string value;
-    char at = '.';
+    char behind = '.'; // The byte behind that value.
 };
 
-bool isCut(const std::string& path, const std::vector<MetadataInfo>& infos, std::size_t k,
-           MetadataPattern::ValueType type)
+bool endsEarly(const std::string& path, const std::vector<MetadataInfo>& infos, std::size_t k,
+               MetadataPattern::ValueType type)
 {
     const std::size_t end = infos[k].valuePosition + infos[k].valueLength;
     if (end == path.size())
@@ -35,26 +35,26 @@ bool isCut(const std::string& path, const std::vector<MetadataInfo>& infos, std:
 std::vector<std::string> remarks(const MetadataFileCrawler& importer,
                                  const std::vector<MetadataPattern>& patterns)
 {
-    std::vector<Cut> cuts(patterns.size());
+    std::vector<EarlyEnds> ends(patterns.size());
     for (const auto& file : importer.identifiedAuxFiles()) {
         const std::string path = file->filePath();
         const std::vector<MetadataInfo> infos = importer.metadataInfoList(path);
         for (std::size_t k = 0; k < infos.size(); ++k) {
-            if (isCut(path, infos, k, patterns[k].valueType) && ++cuts[k].files == 1) {
+            if (endsEarly(path, infos, k, patterns[k].valueType) && ++ends[k].files == 1) {
                 const std::size_t end = infos[k].valuePosition + infos[k].valueLength;
-                cuts[k] = {1, path, infos[k].value, path[end]};
+                ends[k] = {1, path, infos[k].value, path[end]};
             }
         }
     }
 
     std::vector<std::string> lines;
     for (std::size_t k = 0; k < patterns.size(); ++k) {
-        if (cuts[k].files == 0)
+        if (ends[k].files == 0)
             continue;
-        lines.push_back("the value of '" + patterns[k].pattern + "' ends at a '" + cuts[k].at +
-                        "' in " + std::to_string(cuts[k].files) +
-                        (cuts[k].files == 1 ? " file" : " files") + ", as in " + cuts[k].path +
-                        ", which gives '" + cuts[k].value + "'");
+        lines.push_back("the value of '" + patterns[k].pattern + "' ends at a '" + ends[k].behind +
+                        "' in " + std::to_string(ends[k].files) +
+                        (ends[k].files == 1 ? " file" : " files") + ", as in " + ends[k].path +
+                        ", which gives '" + ends[k].value + "'");
     }
     return lines;
 }

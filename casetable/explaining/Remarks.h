@@ -9,9 +9,10 @@
 
 namespace casetable {
 
-/// What the rules for values make of the paths though it is probably not meant, a line for each
-/// marker concerned: text that is cut at a "." in front of the next marker, and numbers that end
-/// at a "," or "." with digits behind it. `patterns` is the list last applied to the importer.
+/// Remarks on values that probably end earlier than was meant, a line for each marker that has
+/// such: texts that end at a "." though the next marker is farther on, and numbers that end at a
+/// "," or "." with digits behind it. Reads all matched files of the importer; `patterns` is the
+/// list last applied to it.
 std::vector<std::string> remarks(const MetadataFileCrawler& importer,
                                  const std::vector<MetadataPattern>& patterns);
 

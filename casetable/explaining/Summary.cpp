@@ -21,22 +21,22 @@ std::string whyNoneMatched(const Import& import, const Reading& reading, const S
 {
     if (reading.templates())
         return failureSummary(import.importer(), *reading.templates());
-    const std::string cause = likelyCause(import.importer(), reading.patterns(), source.root);
+    const std::string reason = likelyReason(import.importer(), reading.patterns(), source.root);
     return failureSummary(import.importer(), reading.patterns()) +
-           (cause.empty() ? "" : "; " + cause);
+           (reason.empty() ? "" : "; " + reason);
 }
 
 std::string whySomeFailed(const Import& import, const Reading& reading, const Source& source)
 {
     return reading.templates() ? failureSummary(import.importer(), *reading.templates())
-                               : likelyCause(import.importer(), reading.patterns(), source.root);
+                               : likelyReason(import.importer(), reading.patterns(), source.root);
 }
 
 void remarkOnGlobs(const Selection& selection, Console& console)
 {
     for (const Glob& glob : selection.excluded) {
         if (!glob.hasMatched())
-            console.note("--exclude '" + glob.text() + "' left nothing out");
+            console.remark("--exclude '" + glob.text() + "' left nothing out");
     }
 }
 
@@ -66,7 +66,7 @@ std::string hiddenRemark(std::size_t hiddenLeftOut)
 void remarkOnEnding(const std::string& output, Console& console)
 {
     if (std::filesystem::path(output).has_extension())
-        console.note(output + ": written as CSV, as no format goes by that ending");
+        console.remark(output + ": written as CSV, as no format goes by that ending");
 }
 
 ExitCode summarize(const Import& import, const Reading& reading, const Source& source,
@@ -80,21 +80,22 @@ ExitCode summarize(const Import& import, const Reading& reading, const Source& s
         console.error("no file matched: " + why + hiddenRemark(hiddenLeftOut));
         return ExitCode::NoCases;
     }
-    if (!console.showsNotes())
-        return ExitCode::Cases; // Counting takes memory for as many files as there are.
+    if (!console.showsRemarks())
+        return ExitCode::Cases; // What follows takes time and memory for each file.
     const std::size_t matched = import.importer().identifiedAuxFiles().size();
     const bool lacksSome = matched != files && !showsUnmatched;
-    console.note("cases: " + std::to_string(import.table().caseCount) + ", from " +
-                 std::to_string(matched) + " of " + std::to_string(files) + " files" +
-                 (lacksSome ? "; --unmatched lists the others" : "") + hiddenRemark(hiddenLeftOut));
+    console.remark("cases: " + std::to_string(import.table().caseCount) + ", from " +
+                   std::to_string(matched) + " of " + std::to_string(files) + " files" +
+                   (lacksSome ? "; --unmatched lists the others" : "") +
+                   hiddenRemark(hiddenLeftOut));
     remarkOnGlobs(source.selection, console);
     for (const std::string& remark : reading.templates()
                                          ? remarks(import.importer(), *reading.templates())
                                          : remarks(import.importer(), reading.patterns()))
-        console.note(remark);
+        console.remark(remark);
     const std::string why = lacksSome ? whySomeFailed(import, reading, source) : "";
     if (!why.empty())
-        console.note(why);
+        console.remark(why);
     return ExitCode::Cases;
 }
 

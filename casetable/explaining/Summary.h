@@ -13,21 +13,25 @@ class Import;
 class Reading;
 struct Source;
 
-/// That there is no file in the source, with the options that may have left them out.
+/// Half a sentence which says that the source has no files, and which of the options that leave
+/// some out were given.
 std::string noFiles(const Source& source);
 
-/// That so many entries were left out though the user may not expect it, to be put behind another
-/// text; empty for none.
+/// A remark to append to another sentence: so many entries were left out as they are hidden, which
+/// the user may not expect. Empty for none.
 std::string hiddenRemark(std::size_t hiddenLeftOut);
 
-/// Remarks on `console` that the file `output` was written as CSV, as its ending stands for no
-/// format; says nothing where it has none.
+/// Remarks on `console` that the file `output` was written as CSV because its ending stands for no
+/// format. Says nothing if the file has no ending.
 void remarkOnEnding(const std::string& output, Console& console);
 
-/// Tells on `console` how an import went: an error where no file matched, with the likely cause;
-/// otherwise the counts and the remarks. `reading` is what the import read by. The exit code
-/// depends on whether there are cases, whatever the rows of the table are; `showsUnmatched` tells
-/// that they are the unmatched files.
+/// Tells on `console` how an import of `source` by `reading` went: an error if no file matched,
+/// with the likely reason; otherwise, as remarks, the counts and what may not have been meant.
+/// `hiddenLeftOut` is the number of hidden entries that were left out. `showsUnmatched` says that
+/// the output lists the unmatched files, so that they are not pointed to.
+///
+/// Returns Cases if there are cases, whatever the output lists, and otherwise NoCases. Throws
+/// MatchError.
 ExitCode summarize(const Import& import, const Reading& reading, const Source& source,
                    std::size_t hiddenLeftOut, bool showsUnmatched, Console& console);
 

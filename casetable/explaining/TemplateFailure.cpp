@@ -10,6 +10,7 @@ namespace casetable {
 
 namespace {
 
+// Each path is tried with many beginnings of each template, so of many paths a sample will do.
 const std::size_t mostTried = 1000;
 
 // A lone wildcard reaches far, so what counts first is how much of the template fits.
@@ -87,7 +88,6 @@ std::string failureSummary(const MetadataFileCrawler& importer, const TemplateLi
     TemplateFailures failures(templates);
     std::optional<TemplateFailure> furthest;
     std::string example;
-    // A sample will do, as each path is tried with many beginnings of each template.
     const std::size_t step = paths.size() / mostTried + 1;
     for (std::size_t index = 0; index < paths.size(); index += step) {
         std::optional<TemplateFailure> failure = furthestIfKnown(failures, paths[index]);

@@ -12,19 +12,20 @@
 
 namespace casetable {
 
-/// Where a template stopped fitting a path.
+/// How far a template fits a path that it does not fit as a whole.
 struct TemplateFailure {
-    const Template* pathTemplate;
-    Beginning beginning; ///< Of the path, which the template fits.
+    const Template* pathTemplate; ///< Lives as long as the list that it is in.
+    Beginning beginning;          ///< The longest beginning of the path that it fits.
 };
 
-/// Finds out why templates do not fit paths. Refers to the templates; used by one thread at a time.
+/// Finds out why templates do not fit paths. The templates must outlive it; used by one thread at a
+/// time.
 class TemplateFailures {
 public:
     explicit TemplateFailures(const TemplateList& templates);
 
-    /// Of the templates, none of which fits the path: the one of which most elements fit a
-    /// beginning of the path; of such, the longest beginning. Throws MatchError.
+    /// For a path that no template fits: the template of which the most elements fit a beginning of
+    /// it; of equal ones that which fits the longest beginning. Throws MatchError.
     TemplateFailure furthest(const std::string& path);
 
 private:
@@ -32,16 +33,19 @@ private:
     std::vector<Matcher> matchers_;
 };
 
-/// The element that failed, as it stands in the template, and behind which beginning of the path;
-/// or that the path goes on where the template ends. All bytes are as they stand in the path.
+/// The reason why the template does not fit `path`, in half a sentence: which of its elements
+/// failed, and behind which beginning of the path; or that the path goes on where the template
+/// ends. All bytes are as they stand in the template and the path.
 std::string failureReason(const TemplateFailure& failure, const std::string& path);
 
-/// A row for each file of the importer that no template fits: the path, the template that came
-/// furthest, and why it failed. Refers to the templates. Throws MatchError.
+/// A report with a row for each file of the importer that no template fits: the path, the template
+/// that comes furthest in it, and why that one failed. The templates must outlive the
+/// report; making a row throws MatchError.
 Report unmatchedReport(const MetadataFileCrawler& importer, const TemplateList& templates);
 
-/// One line that says how many files no template fits, and why, for the one of them in which a
-/// template came furthest, as far as the engine can tell; empty where there are none.
+/// One line that says how many files no template fits, and, for one example of them, why, as far as
+/// the engine can tell; empty where there are none. The example is the file of which a template
+/// fits the most elements; of many files, not all are tried.
 std::string failureSummary(const MetadataFileCrawler& importer, const TemplateList& templates);
 
 /// An element as it stands in its template.

@@ -15,12 +15,12 @@ namespace {
 
 using Kind = TemplateElement::Kind;
 
-// What came of an optional part in the files that its template reads.
+// What became of an optional part in the files that its template reads.
 struct PartUse {
     bool isTaken = false;
-    std::size_t swallowing = 0; // Files in which something else holds its beginning.
-    std::string example;        // Of these, the first.
-    std::string holder;         // What holds it there.
+    std::size_t swallowing = 0; // Files in which another element holds the text it begins with.
+    std::string example;        // The first of these files.
+    std::string holder;         // The element that holds the text there.
 };
 
 bool takesVariousBytes(const TemplateElement& element)
@@ -59,7 +59,8 @@ void findNeighbours(const std::vector<std::size_t>& siblings, std::vector<Piece>
     }
 }
 
-// Appends the elements in the order of their spans, each part before what it holds.
+// Appends the elements in the order in which Matcher::elementSpans() answers: each part before what
+// is in it.
 void append(const std::vector<TemplateElement>& elements, std::vector<Piece>& pieces)
 {
     std::vector<std::size_t> siblings;
@@ -71,7 +72,7 @@ void append(const std::vector<TemplateElement>& elements, std::vector<Piece>& pi
     findNeighbours(siblings, pieces);
 }
 
-// One template, and what the files that it reads tell of it.
+// One template, and how the files that it reads use its optional parts.
 class TemplateUse {
 public:
     explicit TemplateUse(const Template& pathTemplate)
@@ -81,8 +82,8 @@ public:
         parts_.resize(pieces_.size());
     }
 
-    // Whether the template fits; then its parts are looked at.
-    bool takeNoteOf(const std::string& path)
+    // Whether the template fits the path; if so, counts how its parts are used.
+    bool count(const std::string& path)
     {
         if (!matcher_.match(path))
             return false;
@@ -127,6 +128,7 @@ public:
     }
 
 private:
+    // Looks whether another element holds the text that a part begins with, which is left out.
     void lookForBeginning(std::size_t part, const std::string& path, const std::vector<Span>& spans)
     {
         const std::vector<TemplateElement>& inside = pieces_[part].element->elements;
@@ -146,7 +148,7 @@ private:
         }
     }
 
-    // [0-9] is a set in other languages of patterns.
+    // A part such as [0-9] is probably meant as the set that it is in other languages of patterns.
     static std::string hintAtSet(const std::string& part)
     {
         const bool readsLikeASet = part.size() > 3 && part.find('-') != std::string::npos &&
@@ -172,7 +174,7 @@ std::vector<std::string> remarks(const MetadataFileCrawler& importer, const Temp
     for (const auto& file : importer.identifiedAuxFiles()) {
         const std::string path = file->filePath();
         for (TemplateUse& use : uses) {
-            if (use.takeNoteOf(path))
+            if (use.count(path))
                 break;
         }
     }

@@ -9,11 +9,11 @@
 
 namespace casetable {
 
-/// What in the templates of a finished import its user has probably not meant, one line for each: a
-/// template that reads no file; an optional part that no file takes; files in which a wildcard or a
-/// column beside a part that is left out holds the text with which the part begins. Reads every
-/// matched path again, and says nothing of parts that one may take on which the engine gives up
-/// then.
+/// Remarks on what the user of a finished import has probably not meant with the templates, one
+/// line each: a template that reads no file; an optional part that no file has; an optional part
+/// that is left out in files in which a wildcard or a column beside it holds the text that the part
+/// begins with. Reads every matched path again; where the engine gives up then, nothing is said of
+/// the template's parts.
 std::vector<std::string> remarks(const MetadataFileCrawler& importer,
                                  const TemplateList& templates);
 

@@ -14,9 +14,10 @@ namespace casetable {
 
 namespace {
 
-// A path in which a marker is not found has no metadata at all.
-UnmatchedFile explain(const MetadataFileCrawler& importer,
-                      const std::vector<MetadataPattern>& patterns, const std::string& path)
+// The importer reads no value from a path in which a marker is not found, and does not tell which
+// marker that was.
+UnmatchedFile unmatchedFile(const MetadataFileCrawler& importer,
+                            const std::vector<MetadataPattern>& patterns, const std::string& path)
 {
     const std::size_t found = reading::markerPositions(path, patterns).size();
     if (found < patterns.size())
@@ -34,9 +35,9 @@ std::vector<std::size_t> failureCounts(const std::vector<UnmatchedFile>& files,
     return counts;
 }
 
-// Whether the marker stands in the path but for the case of its letters. A single letter stands in
-// many, so a number must follow it where one is asked for. The program stays in the "C" locale, so
-// letters are those of ASCII.
+// Whether the marker stands in the path if "a" and "A" are taken for the same. A marker of one
+// letter is then found in most paths, so where it asks for a number, one must follow. The program
+// stays in the "C" locale, which knows only ASCII letters.
 bool standsInOtherCase(const std::string& path, const MetadataPattern& pattern)
 {
     const auto isSame = [](char a, char b) {
@@ -76,7 +77,7 @@ std::vector<UnmatchedFile> unmatchedFiles(const MetadataFileCrawler& importer,
 {
     std::vector<UnmatchedFile> unmatched;
     for (const std::string& path : unmatchedPaths(importer))
-        unmatched.push_back(explain(importer, patterns, path));
+        unmatched.push_back(unmatchedFile(importer, patterns, path));
     return unmatched;
 }
 
@@ -121,8 +122,8 @@ std::string failureSummary(const MetadataFileCrawler& importer,
     return summary;
 }
 
-std::string likelyCause(const MetadataFileCrawler& importer,
-                        const std::vector<MetadataPattern>& patterns, const std::string& root)
+std::string likelyReason(const MetadataFileCrawler& importer,
+                         const std::vector<MetadataPattern>& patterns, const std::string& root)
 {
     const std::vector<UnmatchedFile> files = unmatchedFiles(importer, patterns);
     const std::vector<std::size_t> failures = failureCounts(files, patterns.size());

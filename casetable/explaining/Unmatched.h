@@ -11,38 +11,39 @@
 
 namespace casetable {
 
-/// A file that belongs to no case, and why.
+/// A file that belongs to no case, and the reason.
 struct UnmatchedFile {
+    /// Relative to the root.
     std::string path;
     /// The metadata index of the first marker that failed.
     std::size_t metadataIndex;
-    /// False when the marker does not stand in the path behind the one before; true when it does,
-    /// but no value of its kind follows.
+    /// Whether that marker was found. If so, it has no value of its kind; if not, it does not stand
+    /// where it is searched for, behind the first byte of the marker before.
     bool markerFound;
 };
 
 /// The paths of the importer's crawl result that belong to no case, in ascending byte order.
 std::vector<std::string> unmatchedPaths(const MetadataFileCrawler& importer);
 
-/// The files of the importer's crawl result that match not all of `patterns`, the list last applied
-/// and not empty; in ascending byte order of path.
+/// The same files with the reasons. `patterns`, here and below, is the list last applied to the
+/// importer, and not empty.
 std::vector<UnmatchedFile> unmatchedFiles(const MetadataFileCrawler& importer,
                                           const std::vector<MetadataPattern>& patterns);
 
-/// A row for each of these files: the path, the first marker that failed, and why. Refers to
-/// `patterns`.
+/// A report with a row for each of these files: the path, the first marker that failed, and the
+/// reason. `patterns` must outlive it.
 Report unmatchedReport(const MetadataFileCrawler& importer,
                        const std::vector<MetadataPattern>& patterns);
 
-/// One line that says for how many of these files each marker was the first that failed, most
-/// first.
+/// One line that says for how many of these files each marker was the first that failed, the
+/// highest number first; empty where there are none.
 std::string failureSummary(const MetadataFileCrawler& importer,
                            const std::vector<MetadataPattern>& patterns);
 
-/// One line with a likely reason why the marker that most often was the first that failed did so;
-/// empty where none is likely. `root` is the folder as the user named it.
-std::string likelyCause(const MetadataFileCrawler& importer,
-                        const std::vector<MetadataPattern>& patterns, const std::string& root);
+/// One line with a likely reason why the marker that failureSummary() names first failed; empty
+/// where none is likely. `root` is the root folder as the user named it.
+std::string likelyReason(const MetadataFileCrawler& importer,
+                         const std::vector<MetadataPattern>& patterns, const std::string& root);
 
 } // namespace casetable
 

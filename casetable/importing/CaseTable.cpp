@@ -6,7 +6,7 @@ namespace casetable {
 
 std::vector<std::string> CaseTable::auxFilesOf(std::size_t caseIndex, std::size_t tagIndex) const
 {
-    // The collection ends behind the last case that has files in it.
+    // The collection has no index behind the last case with files under a tag.
     if (!auxFiles || caseIndex >= auxFiles->indexCount())
         return {};
     return auxFiles->filePaths(caseIndex, tags[tagIndex]);

@@ -58,7 +58,8 @@ public:
     boost::shared_ptr<AuxFileCollectionInterface> auxFiles;
 };
 
-// Overlapping markers stop the whole matching; the user needs to know in which path.
+// Overlapping markers in one path stop the whole matching, and the module does not say in which. So
+// each path is matched alone, to name it to the user.
 [[noreturn]] void failOverlap(const std::list<std::string>& files,
                               const std::vector<MetadataPattern>& patterns,
                               const std::string& reason)
@@ -75,7 +76,8 @@ public:
     throw Failure(ExitCode::ImportFailed, reason);
 }
 
-// isValid() has filled its validator's cache with the failed name too, so a fresh one is asked.
+// Tells why an identifier is not valid. `fresh` must not have been asked isValid(): that keeps the
+// syntax names it has judged, also the invalid one, which then passes for valid.
 [[noreturn]] void failIdentifier(const AuxFileIdentifierValidator& fresh)
 {
     for (const AuxFileIdentifier& identifier : fresh.identifiers()) {

@@ -13,19 +13,21 @@
 
 namespace casetable {
 
-/// A finished import: the importer for questions about files, and the cases that it extracted.
+/// A finished import: the importer, to be asked about files, and the cases that it extracted. Used
+/// by one thread at a time.
 class Import {
 public:
-    /// Runs the importer on a finished walk, and destroys the crawler when the importer has its own
-    /// copy of the result; there may be many files. Identifiers are looked at only when there are
-    /// cases.
+    /// Imports the result of a finished walk. The crawler is destroyed as soon as the importer has
+    /// its own copy of the result, to save memory: there may be many files. Identifiers are looked
+    /// at only when there are cases.
     ///
-    /// Throws Failure with ExitCode::ImportFailed when the importer refuses the folder, an
-    /// identifier selects nothing, the markers overlap in a path, or it cannot be told whether a
-    /// template fits a path.
+    /// Throws Failure with ExitCode::ImportFailed and the reason when the importer refuses the
+    /// root, an identifier selects nothing, markers overlap in a path, or it cannot be told whether
+    /// a template fits a path.
     Import(std::unique_ptr<FolderCrawler> crawler, const Reading& reading,
            const std::vector<AuxFileIdentifier>& identifiers);
 
+    /// The importer, with all files of the walk and their matches.
     const MetadataFileCrawler& importer() const { return importer_; }
 
     /// The cases, as the importer extracted them.

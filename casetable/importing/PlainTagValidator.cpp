@@ -6,8 +6,8 @@ namespace casetable {
 
 namespace {
 
-// Control characters are the bytes below the space, DEL, and U+0080 to U+009F, which UTF-8 writes
-// as the byte 0xc2 and one from 0x80 to 0x9f.
+// Control characters are U+0000 to U+001F, U+007F, and U+0080 to U+009F, which UTF-8 writes as the
+// byte 0xc2 and one from 0x80 to 0x9f.
 bool holdsControlCharacter(const std::string& text)
 {
     const auto isControl = [](unsigned char byte) { return byte < 0x20 || byte == 0x7f; };

@@ -15,22 +15,23 @@ namespace casetable {
 /// How an import reads paths: by markers or by templates.
 class Reading {
 public:
-    /// By markers, which stand in front of values; no import goes without any.
+    /// Reads the value behind each marker. An import needs at least one.
     explicit Reading(std::vector<MetadataPattern> markers = {}) : patterns_(std::move(markers)) {}
 
+    /// Reads each path by the first template that fits it.
     explicit Reading(TemplateList templates)
         : patterns_(templates.patterns()), templates_(std::move(templates))
     {
     }
 
-    /// The columns, which an importer is given as its pattern list: markers, or the names of the
+    /// The columns, in the form of the importer's pattern list: the markers, or the names of the
     /// templates' columns.
     const std::vector<MetadataPattern>& patterns() const { return patterns_; }
 
     /// None where paths are read by markers.
     const std::optional<TemplateList>& templates() const { return templates_; }
 
-    /// A parser that reads so.
+    /// A new parser for an importer that is to read paths in this way.
     std::unique_ptr<CrawlerImporterParserInterface> makeParser() const;
 
 private:

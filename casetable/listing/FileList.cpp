@@ -8,19 +8,19 @@
 
 #include "casetable/listing/FilePath.h"
 #include "casetable/system/ExitCode.h"
-#include "casetable/system/Text.h"
+#include "casetable/system/Printable.h"
 
 namespace casetable {
 
 namespace {
 
-// What the stack of a walk is enough for.
+// A walk calls itself for each folder in a folder; its stack is large enough for so many.
 const std::size_t maxFolders = 20'000;
 
-// More than names of 255 bytes can take below so many folders.
+// In bytes; more than so many folders with names of 255 bytes take.
 const std::size_t longestPath = std::size_t{16} * 1024 * 1024;
 
-// What is no list at all may hold lines of any length.
+// Of a refused path: what is no list at all may have lines of any length.
 const std::size_t shownBytes = 500;
 
 bool beginsWith(std::string_view text, std::string_view beginning)
@@ -28,7 +28,7 @@ bool beginsWith(std::string_view text, std::string_view beginning)
     return text.substr(0, beginning.size()) == beginning;
 }
 
-// True for the paths of files in `folder`, or farther down.
+// Whether `path` leads to a file in `folder`, at any depth.
 bool isBelow(std::string_view path, std::string_view folder)
 {
     return path.size() > folder.size() && path[folder.size()] == '/' && beginsWith(path, folder);
@@ -42,16 +42,17 @@ std::size_t commonLength(std::string_view left, std::string_view right)
 
 } // namespace
 
-// The paths of a list that begin with the same folders, or one file. Paths are in byte order, so
-// those of a folder stand together, and so do those of each folder in it.
-class FileList::Entry : public FileInfoInterface {
+// A folder or a file: the paths of the list that begin with its own. As paths are in byte order,
+// those in a folder stand together, and so do those in each folder in it.
+class FileList::ListedEntry : public FileInfoInterface {
 public:
     // The root.
-    explicit Entry(FileList& list) : list_(list), last_(list.paths_.size()) {}
+    explicit ListedEntry(FileList& list) : list_(list), last_(list.paths_.size()) {}
 
-    // The entry whose name is the part from `nameBegin` to `nameEnd` of paths `first` to `last`.
-    Entry(FileList& list, std::size_t first, std::size_t last, std::size_t nameBegin,
-          std::size_t nameEnd, std::size_t depth)
+    // The entry to which the paths from `first` to before `last` belong, and whose name they all
+    // have at the bytes from `nameBegin` to before `nameEnd`.
+    ListedEntry(FileList& list, std::size_t first, std::size_t last, std::size_t nameBegin,
+                std::size_t nameEnd, std::size_t depth)
         : list_(list), first_(first), last_(last), nameBegin_(nameBegin), nameEnd_(nameEnd),
           depth_(depth)
     {
@@ -79,13 +80,13 @@ public:
             const std::string_view entry = path.substr(0, end);
             const bool isFolder = end < path.size();
             const std::size_t next = isFolder ? behindPathsBelow(entry, first) : first + 1;
-            // The folder "." is where it stands in, so it counts for no level.
+            // The folder "." is the folder that it stands in, so it adds no level.
             const std::size_t depth = depth_ + (entry.substr(begin) == "." ? 0 : 1);
             if (list_.selection.judge(entry, depth, isFolder) == Selection::Verdict::Taken) {
                 if (!isFolder)
                     ++list_.filesSeen;
                 entries.emplace_back(
-                    boost::make_shared<Entry>(list_, first, next, begin, end, depth));
+                    boost::make_shared<ListedEntry>(list_, first, next, begin, end, depth));
             }
             first = next;
         }
@@ -96,6 +97,7 @@ private:
     bool isRoot() const { return nameEnd_ == 0; }
     std::string_view path() const { return list_.paths_[first_].substr(0, nameEnd_); }
 
+    // The index behind the paths in `folder`, of which the one at `first` is the first.
     std::size_t behindPathsBelow(std::string_view folder, std::size_t first) const
     {
         const auto begin = list_.paths_.begin();
@@ -126,7 +128,7 @@ void FileList::append(std::string_view text)
         check(std::string_view(text_).substr(pathBegin_, end - pathBegin_), ++pathCount_);
         pathBegin_ = searched = end + 1;
     }
-    // Something else than a list may go on for ever without a line end.
+    // What is no list, such as a device, may never end a line, so what there is is checked too.
     const std::string_view rest = std::string_view(text_).substr(searched);
     if (separator_ != '\0' && rest.find('\0') != std::string_view::npos)
         check(std::string_view(text_).substr(pathBegin_), pathCount_ + 1);
@@ -147,35 +149,36 @@ void FileList::finish()
         paths_.push_back(std::string_view(text_).substr(begin, end - begin));
         begin = end + 1;
     }
-    // Of equal paths the first stays, for the number of its line.
+    // The first of equal paths stays, as its line is the one to name.
     std::stable_sort(paths_.begin(), paths_.end());
     paths_.erase(std::unique(paths_.begin(), paths_.end()), paths_.end());
     checkFolders();
 }
 
-std::vector<std::string> FileList::doubts() const
+std::vector<std::string> FileList::warnings() const
 {
-    std::vector<std::string> doubts;
+    std::vector<std::string> warnings;
     if (beginsWith(text_, "\xef\xbb\xbf"))
-        doubts.push_back(name_ + ": the byte order mark is taken as a part of the first path");
+        warnings.push_back(name_ + ": the byte order mark is taken as a part of the first path");
     if (separator_ == '\0' || paths_.empty())
-        return doubts;
+        return warnings;
     const auto endsInReturn = [](std::string_view path) { return path.back() == '\r'; };
     const auto isQuoted = [](std::string_view path) {
         return path.size() > 1 && path.front() == '"' && path.back() == '"';
     };
     if (std::all_of(paths_.begin(), paths_.end(), endsInReturn))
-        doubts.push_back(name_ + ": all lines end in CR LF, and the CR is taken as a part of the "
-                                 "paths");
+        warnings.push_back(name_ + ": all lines end in CR LF, and the CR is taken as a part of the "
+                                   "paths");
     if (std::any_of(paths_.begin(), paths_.end(), isQuoted))
-        doubts.push_back(name_ + ": quotes around paths are taken as parts of them; with --null a "
-                                 "lister need not quote, as with -z or -print0");
-    return doubts;
+        warnings.push_back(name_ +
+                           ": quotes around paths are taken as parts of them; with --null a "
+                           "lister need not quote, as with -z or -print0");
+    return warnings;
 }
 
 boost::shared_ptr<FileInfoInterface const> FileList::root()
 {
-    return boost::make_shared<Entry>(*this);
+    return boost::make_shared<ListedEntry>(*this);
 }
 
 void FileList::check(std::string_view path, std::size_t number) const
@@ -214,9 +217,9 @@ void FileList::checkFolders() const
     };
     std::optional<Contradiction> contradiction;
     const auto isBefore = [](std::string_view left, std::string_view right) {
-        return left.data() < right.data(); // In the text.
+        return left.data() < right.data(); // Where they stand in the text.
     };
-    const auto takeNote = [&](std::string_view file, std::string_view below) {
+    const auto keepFirst = [&](std::string_view file, std::string_view below) {
         const auto [earlier, later] = std::minmax(file, below, isBefore);
         if (!contradiction || isBefore(later, contradiction->later))
             contradiction = Contradiction{earlier, later};
@@ -224,7 +227,7 @@ void FileList::checkFolders() const
 
     std::string_view previous;
     for (auto path = paths_.begin(); path != paths_.end(); previous = *path++) {
-        // The folders that the path before lies below too have had their turn.
+        // The folders that the previous path lies in too have been looked at.
         std::size_t slash = path->find('/', commonLength(*path, previous));
         for (; slash != std::string_view::npos; slash = path->find('/', slash + 1)) {
             const std::string_view folder = path->substr(0, slash);
@@ -235,7 +238,7 @@ void FileList::checkFolders() const
                 std::find_if_not(path, paths_.end(), [folder](std::string_view other) {
                     return isBelow(other, folder);
                 });
-            takeNote(*file, *std::min_element(path, behind, isBefore));
+            keepFirst(*file, *std::min_element(path, behind, isBefore));
         }
     }
     if (!contradiction)
@@ -259,7 +262,7 @@ void FileList::refuse(std::string_view path, std::size_t number, const std::stri
 {
     std::string message = name_ + (separator_ == '\0' ? ": record " : ": line ");
     message += std::to_string(number) + ": ";
-    // Made printable here already, for the NULs.
+    // Made printable already here, as what() of a Failure would end at a NUL.
     if (!path.empty())
         message +=
             printable(path.substr(0, shownBytes)) + (path.size() > shownBytes ? "...: " : ": ");

@@ -14,8 +14,8 @@
 
 namespace casetable {
 
-/// A list of files that someone else made, as a tree of folders in memory. Must outlive the
-/// entries.
+/// A list of files that someone else made, as a tree of folders in memory. Must outlive the entries
+/// of the tree, which are read by one thread at a time.
 ///
 /// The list is text: paths relative to one folder, each ended by a separator, which may be missing
 /// behind the last. Paths are bytes and taken as they stand: "./a" is the file "a" in the folder
@@ -24,44 +24,48 @@ namespace casetable {
 /// Give the text to append(), in pieces cut anywhere, then call finish(), then read the tree. Both
 /// throw Failure with ExitCode::ImportFailed and one line that names the list, the path and the
 /// number of its line where a path
-/// - is empty, or one of its components is, or holds a NUL;
-/// - is the only one, goes over several lines and is not ended by the NUL that is expected;
+/// - is empty, has an empty component, or holds a NUL;
 /// - is absolute, or has ".." among its components;
-/// - names a folder by a "." at its end;
-/// - lies below more folders than a walk can enter, or does not end within 16 MiB;
-/// - takes for a folder what another takes for a file.
-/// The last can only be told by finish(), which names the first line that contradicts one before.
+/// - names a folder, as it ends in "/" or in a component ".";
+/// - lies below more folders than a walk can enter, or is longer than 16 MiB;
+/// - is a file here, while another path has it for a folder.
+/// Only finish() can tell the last, and names the first line that contradicts an earlier one. It
+/// also refuses lines where paths that end in NULs are expected, and there is no NUL at all.
 class FileList {
 public:
-    /// `name` is what the user knows the list as. Paths are divided by line ends or by NULs.
+    /// `name` is what messages call the list. Paths end in NULs or, otherwise, in line feeds.
     FileList(std::string name, bool nullSeparated);
 
-    /// Which of the entries are listed. Set it before the tree is read.
+    /// Which entries of the tree are listed. Set it before the tree is read.
     Selection selection;
 
     /// The number of files listed by entries so far; may be read from any thread at any time.
     std::atomic<std::size_t> filesSeen{0};
 
+    /// Takes the next piece of the text.
     void append(std::string_view text);
+
+    /// Takes the text as complete, and makes the tree.
     void finish();
 
     const std::string& name() const { return name_; }
 
-    /// The number of paths that append() has met the end of.
+    /// The number of paths, equal ones included, that are complete so far.
     std::size_t pathCount() const { return pathCount_; }
 
-    /// What in a finished list its maker has probably not meant, a line for each: a byte order
-    /// mark, a carriage return behind every path, quotes around paths. Paths keep them all the
-    /// same.
-    std::vector<std::string> doubts() const;
+    /// What in a finished list its maker has probably not meant, a warning of one line for each: a
+    /// byte order mark, a carriage return behind every path, quotes around paths. The paths keep
+    /// them nevertheless.
+    std::vector<std::string> warnings() const;
 
-    /// The folder that all paths are relative to. It exists, and everything can be read. Its full
-    /// path is the list's name, and those below it are paths as they stand in the list. A folder
-    /// lists its entries in the byte order of the paths below them.
+    /// The root of the tree: the folder that all paths are relative to. Every entry exists and is
+    /// readable. The full path of the root is the list's name, and that of any other entry is its
+    /// path in the list. A folder lists its entries in such an order that a walk meets the files in
+    /// byte order of path.
     boost::shared_ptr<FileInfoInterface const> root();
 
 private:
-    class Entry;
+    class ListedEntry;
 
     void check(std::string_view path, std::size_t number) const;
     void checkFolders() const;

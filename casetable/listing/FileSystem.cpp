@@ -22,13 +22,14 @@ namespace casetable {
 
 namespace {
 
-// Folders near the root keep their descriptors for their subfolders; farther down only every so
-// many levels do, and those between are opened again from there. So a limit of 1,024 open files is
-// reached only in trees of more than 60,000 levels.
+// A folder whose subfolders are being listed may keep its descriptor open, from which they are
+// opened quickly. Near the root every folder does; farther down one in so many levels, and from
+// there the levels between are opened again. So a limit of 1,024 open files is reached only in
+// trees of more than 60,000 levels.
 const std::size_t levelsThatKeepDescriptors = 32;
 const std::size_t levelsBetweenDescriptors = 64;
 
-// Of a listing, what is read at once.
+// How much of a listing is read at once.
 const std::size_t listingBytes = std::size_t{32} * 1024;
 
 enum class Kind { File, Folder, FolderLink };
@@ -38,14 +39,14 @@ enum class Kind { File, Folder, FolderLink };
     throw std::system_error(error, std::generic_category());
 }
 
-// The entry is not there, or no longer.
+// Whether an error says that the entry is not there, or no longer.
 bool meansAbsent(int error)
 {
     return error == ENOENT || error == ENOTDIR || error == ELOOP || error == ENAMETOOLONG;
 }
 
-// The entry cannot be read, which says nothing about the others. A lack of descriptors or memory,
-// or a failing disk, would make the whole listing wrong.
+// Whether an error says that this one entry cannot be read. Others, such as a lack of descriptors
+// or memory, or a failing disk, concern the whole listing, which would be wrong without the entry.
 bool meansUnreadable(int error)
 {
     return meansAbsent(error) || error == EACCES || error == EPERM || error == ESTALE;
@@ -59,7 +60,7 @@ struct stat statusAt(int folder, const char* name, int flags)
     return status;
 }
 
-// A folder that is being listed or was, kept alive by its entries: the place to look them up.
+// A folder that is or was listed. Its entries keep it alive, as the system finds them by it.
 class Folder {
 public:
     Folder(boost::shared_ptr<const Folder> parent, std::string name, Kind kind)
@@ -69,6 +70,7 @@ public:
     {
     }
 
+    // The path of an entry as users know it: it begins with the root's.
     std::string pathOf(const std::string& entry) const
     {
         std::string path = parent_ ? parent_->pathOf(name_) : name_;
@@ -81,13 +83,13 @@ public:
     // The entries of the root have depth 1.
     std::size_t depthOfEntries() const { return level_ + 1; }
 
-    // The path relative to the root with a separator behind it; empty for the root.
+    // What the path of an entry, relative to the root, has before the entry's name.
     std::string relativePrefix() const
     {
         return parent_ ? parent_->relativePrefix() + name_ + '/' : std::string();
     }
 
-    // Throws std::system_error.
+    // Opens the folder. Throws std::system_error.
     Descriptor open() const
     {
         // What was listed as a folder must still be one; the root may be a link.
@@ -102,23 +104,24 @@ public:
         return parent_ ? parent_->with(openIn) : openIn(AT_FDCWD);
     }
 
-    // Calls `use` with an open descriptor of the folder. Throws std::system_error when it has to be
-    // opened again and cannot be.
+    // Calls `use` with a descriptor of the folder, open during the call alone, and returns what it
+    // returns. Throws std::system_error when the folder has to be opened again and cannot be.
     template <class Use> auto with(Use use) const -> decltype(use(0))
     {
         return kept_.isOpen() ? use(kept_.number()) : use(open().number());
     }
 
-    // Takes the open descriptor for later uses, on the levels that keep theirs.
+    // Keeps the descriptor open for with(), if the folder is on a level that does.
     void keep(Descriptor opened)
     {
         if (level_ < levelsThatKeepDescriptors || level_ % levelsBetweenDescriptors == 0)
             kept_ = std::move(opened);
     }
 
-    // Lets isOrIsBelow() recognise the folder.
+    // Tells isOrIsBelow() by what to recognise the folder.
     void setStatus(const struct stat& status) { status_ = status; }
 
+    // Whether `status` is that of the folder or of one above it, up to the root.
     bool isOrIsBelow(const struct stat& status) const
     {
         for (const Folder* folder = this; folder != nullptr; folder = folder->parent_.get()) {
@@ -128,7 +131,8 @@ public:
         return false;
     }
 
-    // Below a followed link even an ordinary folder may be an ancestor of the link.
+    // Whether a link was followed on the way here. Then even a folder that is no link may be one of
+    // those on the way.
     bool isBelowLink() const { return belowLink_; }
 
 private:
@@ -189,7 +193,8 @@ private:
     std::size_t prefixLength_;
 };
 
-// Whether an entry of a type that the listing tells could be listed, as far as can be said.
+// Whether an entry of this type, as the system's listing tells it, may be a file, a folder or a
+// link to one.
 bool mayBeListed(unsigned char type)
 {
     return type == DT_REG || type == DT_DIR || type == DT_LNK || type == DT_UNKNOWN;
@@ -200,8 +205,9 @@ struct Listed {
     Kind kind;
 };
 
-// The order of the paths below: a folder's go on with a separator. A tree walked in it gives all
-// its files in byte order of path, which is what the importer keeps them in.
+// Whether the paths of one entry stand before those of another in byte order. Behind its name, the
+// paths of a folder go on with a separator. A walk in this order meets the files in byte order of
+// path, in which the importer keeps them, so that it need not search for the place of each.
 bool standsBefore(const Listed& left, const Listed& right)
 {
     const std::size_t length = std::min(left.name.size(), right.name.size());
@@ -216,7 +222,7 @@ bool standsBefore(const Listed& left, const Listed& right)
     return next(left) < next(right);
 }
 
-// One entry of a listing, or the root.
+// An entry of a listing, or the root.
 class Entry : public FileInfoInterface {
 public:
     Entry(FileSystem& fileSystem, boost::shared_ptr<const Folder> parent, std::string name,
@@ -229,10 +235,10 @@ public:
 
     bool isReadable() const override
     {
-        // Where unreadable folders are left out, those in a listing have passed the test.
+        // Unreadable folders are left out then, so a folder that was listed is readable.
         if (parent_ && isDirectory() && fileSystem_.leaveOutUnreadable)
             return true;
-        return noted(withReason([this] {
+        return recorded(withReason([this] {
             const int error = accessError(isDirectory() ? R_OK | X_OK : R_OK);
             if (error != 0 && !meansUnreadable(error))
                 throwSystemError(error);
@@ -242,10 +248,10 @@ public:
 
     bool isFile() const override { return kind_ == Kind::File; }
 
-    // What the system does not let us look at is taken to exist; it will not be readable.
+    // What the user may not look at is taken to exist; isReadable() then answers false.
     bool exists() const override
     {
-        return noted(withReason([this] { return !meansAbsent(accessError(F_OK)); }));
+        return recorded(withReason([this] { return !meansAbsent(accessError(F_OK)); }));
     }
 
     std::string fullPath() const override { return parent_ ? parent_->pathOf(name_) : name_; }
@@ -258,7 +264,7 @@ public:
             try {
                 return listing();
             } catch (const std::system_error& failure) {
-                // A folder that has become unreadable since it passed the test.
+                // A folder that has become unreadable since it was listed is left out late.
                 if (!parent_ || !fileSystem_.leaveOutUnreadable ||
                     !meansUnreadable(failure.code().value()))
                     throw;
@@ -269,15 +275,15 @@ public:
     }
 
 private:
-    // An answer that ends a walk is kept for whoever tells the user.
-    bool noted(bool answer) const
+    // Returns the answer, and keeps it in FileSystem::refused if it ends a walk.
+    bool recorded(bool answer) const
     {
         if (!answer)
             fileSystem_.refused = parent_ ? FileSystem::Refused::Folder : FileSystem::Refused::Root;
         return answer;
     }
 
-    // Calls `act` and turns a failure of the system into one that the crawler understands.
+    // Calls `act` and turns an error of the system into the exception that the crawler catches.
     template <class Act> auto withReason(Act act) const -> decltype(act())
     {
         try {
@@ -287,7 +293,8 @@ private:
         }
     }
 
-    // 0 when the entry can be accessed in `mode`. Throws std::system_error when it cannot be asked.
+    // The system's error where the entry cannot be accessed in `mode`; 0 where it can. Throws
+    // std::system_error when its folder cannot be opened to ask.
     int accessError(int mode) const
     {
         const auto accessIn = [&](int parent) {
@@ -314,6 +321,7 @@ private:
             const std::optional<Kind> kind = kindOf(*folder, opened.number(), name, type);
             if (!kind)
                 return;
+            // The selection judges folders otherwise than files, and only now this one is known.
             const bool provedAFolder = *kind != Kind::File && type != DT_DIR;
             if (provedAFolder && judge(name, true) != Selection::Verdict::Taken)
                 return;
@@ -334,7 +342,8 @@ private:
         return entries;
     }
 
-    // The kind of an entry, or nothing for one that is not listed. Throws std::system_error.
+    // The kind of the entry `name` in `folder`, whose descriptor is given; nothing if it is not to
+    // be listed. Throws std::system_error.
     std::optional<Kind> kindOf(const Folder& folder, int descriptor, const char* name,
                                unsigned char type) const
     {
@@ -357,7 +366,8 @@ private:
                     return Kind::FolderLink;
             }
         } catch (const std::system_error& failure) {
-            // Broken links, and entries that went away since they were listed, go without a word.
+            // Broken links, and entries that went away since they were listed, are left out without
+            // a warning.
             const int error = failure.code().value();
             if (!meansUnreadable(error))
                 throw;
@@ -367,7 +377,8 @@ private:
         return std::nullopt;
     }
 
-    // True for a folder that is to be left out, with a warning. Throws std::system_error.
+    // Whether the entry is a folder that is to be left out, and warns of it. Throws
+    // std::system_error.
     bool isUnreadable(const Folder& folder, int descriptor, const char* name, Kind kind) const
     {
         if (kind == Kind::File || !fileSystem_.leaveOutUnreadable ||
@@ -391,7 +402,7 @@ private:
     const Kind kind_;
 };
 
-// The root is named by the user rather than listed, so its kind is asked of the system.
+// The root. The user names it and no listing tells its kind, so the system is asked.
 class Root : public Entry {
 public:
     Root(FileSystem& fileSystem, const std::string& path)

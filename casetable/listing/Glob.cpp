@@ -12,7 +12,7 @@ namespace {
 
 const char* const anyComponents = "**";
 
-// The components of `path` but ".".
+// The components of `path`, without those that are ".".
 std::vector<std::string> componentsOf(std::string_view path)
 {
     std::vector<std::string> components;
@@ -72,17 +72,17 @@ bool Glob::isMatch(std::string_view path, bool isFolder) const
     if (foldersOnly_ && !isFolder)
         return false;
     if (needsPath_)
-        return isMatch(componentsOf(path));
+        return matchesPath(componentsOf(path));
     const std::string name(path.substr(path.rfind('/') + 1));
     return name != "." && matchesComponent(components_.front(), name);
 }
 
-// Where the components do not go on, the last "**" passed takes one more. Those before it need not
-// be tried again: whatever they could leave to the last, it can take itself.
-bool Glob::isMatch(const std::vector<std::string>& path) const
+// Where a component does not match, the last "**" before it takes one component more. Any "**"
+// before that need not: whatever it could take more, the last one can take instead.
+bool Glob::matchesPath(const std::vector<std::string>& path) const
 {
     if (path.empty())
-        return false; // The folder "." of a list is the root.
+        return false; // It is the root, which a list may also name ".".
     std::size_t pattern = 0;
     std::size_t component = 0;
     std::optional<std::size_t> behindAny;

@@ -14,22 +14,23 @@ namespace casetable {
 ///
 /// The text is divided at every "/". In each component "*" stands for any bytes, "?" for one, a
 /// bracket such as "[a-z]" or "[!ab]" for one of a set, and "\" takes the next byte as it is. None
-/// of them crosses a "/"; a "[" that nothing closes in its component stands for itself. A text
-/// without "/" is matched against the name of an entry, at any depth; one with a "/" in front or
-/// inside against the path below the root, where a component "**" stands for any number of
-/// components, none included, but at the end for one at least. A "/" there means folders only. A
-/// component "." counts for nothing, in the pattern as in the path.
+/// of them crosses a "/"; a "[" that nothing closes in its component stands for itself.
+///
+/// A text without "/" is matched against the name of an entry, at any depth. One with a "/" in
+/// front or inside is matched against the path below the root; there a component "**" stands for
+/// any number of components, or none, but at the end of the text for at least one. A "/" at the end
+/// means that only folders match. A component "." counts for nothing, in the text as in the path.
 class Glob {
 public:
-    /// Throws std::invalid_argument with the reason when a component is empty or ends in a "\"
-    /// with nothing behind it, and when there is no component.
+    /// Throws std::invalid_argument with the reason when a component is empty, when a component
+    /// ends in a "\" that takes no byte, and when there is no component.
     explicit Glob(const std::string& text);
 
-    /// Whether it is matched against paths. Otherwise a name will do.
+    /// Whether matches() needs the path of an entry. Otherwise its name will do.
     bool needsPath() const { return needsPath_; }
 
-    /// Whether it stands for the entry at `path`, which is relative to the root. Only this very
-    /// entry is asked about, not the folders above it.
+    /// Whether the entry at `path`, relative to the root, matches. The folders above it are not
+    /// looked at. May be asked from any thread.
     bool matches(std::string_view path, bool isFolder) const;
 
     /// Whether it, or a copy of it, has matched anything so far; may be asked from any thread.
@@ -40,7 +41,7 @@ public:
 
 private:
     bool isMatch(std::string_view path, bool isFolder) const;
-    bool isMatch(const std::vector<std::string>& path) const;
+    bool matchesPath(const std::vector<std::string>& components) const;
 
     std::string text_;
     std::vector<std::string> components_;

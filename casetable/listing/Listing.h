@@ -13,14 +13,14 @@ namespace casetable {
 class Console;
 struct Source;
 
-/// The files of a source, listed. Must outlive the crawler and whatever keeps its result.
+/// The files of a source, listed. Must outlive the crawler that takeCrawler() hands over.
 class Listing {
 public:
     /// Lists all files, with progress and warnings on `console`. Throws what readList() and walk()
     /// throw.
     Listing(const Source& source, Console& console);
 
-    /// Hands over the crawler that has finished; to be called once.
+    /// Hands over the finished crawler, whose result is the files; to be called once.
     std::unique_ptr<FolderCrawler> takeCrawler();
 
     /// The number of entries that were left out only because they are hidden.

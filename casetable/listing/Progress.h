@@ -10,16 +10,18 @@
 
 namespace casetable {
 
-/// Where a walk has come to. The walk's thread calls the slot, any other thread may ask.
+/// How far a walk has come. The walk's thread calls the slot, and any thread may ask for the text.
 class Progress : public QObject {
     Q_OBJECT
 
 public:
-    /// One line: folders and files seen, and the folder last entered.
+    /// One line: the number of folders entered, `filesSeen`, which is counted elsewhere, and the
+    /// path of the folder last entered.
     std::string text(std::size_t filesSeen) const;
 
 public Q_SLOTS:
-    /// Counts a folder. Connect it directly: it only takes a note.
+    /// Counts `folder`, a path. Connect it directly, as it returns at once and the object's own
+    /// thread may run no event loop.
     void enterFolder(QString folder);
 
 private:

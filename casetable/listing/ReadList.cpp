@@ -24,7 +24,7 @@ namespace {
 // How often an interrupt is looked for while nothing comes.
 const int intervalMilliseconds = 50;
 
-// What is read at once.
+// How much is read at once.
 const std::size_t pieceBytes = std::size_t{64} * 1024;
 
 class Input {
@@ -33,13 +33,14 @@ public:
     {
         if (file == "-")
             return;
-        // Not to wait for the writer of a named pipe: that is done where it can be interrupted.
+        // Otherwise to open a named pipe would wait for its writer, and no interrupt could end
+        // that; isReady() waits instead.
         opened_ = Descriptor(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
         if (!opened_.isOpen())
             fail(errno);
     }
 
-    // Waits a moment; false when nothing has come.
+    // Waits a moment for bytes or the end; answers whether one has come.
     bool isReady()
     {
         pollfd input = {descriptor(), POLLIN, 0};
@@ -49,7 +50,8 @@ public:
         return count > 0;
     }
 
-    // What there is; nothing at the end. Answers `false` when it was cut short.
+    // Reads into `bytes`, which refer to this object, what has come; nothing means the end. Answers
+    // false, and leaves them alone, where a signal cut it short or nothing has come after all.
     bool read(std::string_view& bytes)
     {
         const ssize_t size = ::read(descriptor(), buffer_.data(), buffer_.size());
@@ -98,8 +100,8 @@ void readList(const std::string& file, FileList& list, Console& console)
         list.append(bytes);
     }
     list.finish();
-    for (const std::string& doubt : list.doubts())
-        console.warning(doubt);
+    for (const std::string& warning : list.warnings())
+        console.warning(warning);
 }
 
 } // namespace casetable

@@ -8,14 +8,14 @@ namespace casetable {
 class Console;
 class FileList;
 
-/// What a list in `file` is called in messages: "standard input" for "-".
+/// What messages call a list that is read from `file`: "standard input" for "-", else its path.
 std::string listName(const std::string& file);
 
-/// Reads all of `file`, "-" being standard input, into `list` and finishes it. The number of paths
-/// read is shown on `console` meanwhile, and the list's doubts, as warnings, in the end.
+/// Reads all of `file`, "-" being standard input, into `list` and finishes it. `console` shows the
+/// number of paths read meanwhile, and at the end the warnings of the list.
 ///
-/// Throws Failure with ExitCode::ImportFailed when the system refuses, with its reason, or when the
-/// list does; and Interrupted when a signal came in, however long the file keeps it waiting.
+/// Throws Failure with ExitCode::ImportFailed and the reason when the system or the list refuses,
+/// and Interrupted when a signal comes in, also while it waits for a pipe or a terminal.
 void readList(const std::string& file, FileList& list, Console& console);
 
 } // namespace casetable

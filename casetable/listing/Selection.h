@@ -10,7 +10,7 @@
 
 namespace casetable {
 
-/// Which entries below a root take part. Of a folder that is left out nothing is looked at.
+/// Which entries below a root take part. What is in a folder that is left out is not looked at.
 struct Selection {
     enum class Verdict {
         Taken,
@@ -21,17 +21,17 @@ struct Selection {
     /// Entries that match any of these are left out.
     std::vector<Glob> excluded;
 
-    /// Take entries whose name begins with "." too.
+    /// Whether entries whose name begins with "." are taken too.
     bool hidden = true;
 
-    /// The depth of the deepest files taken, from 1, which is that of the files in the root.
+    /// The depth of the deepest files taken. Files directly in the root have depth 1.
     std::size_t maxDepth = std::numeric_limits<std::size_t>::max();
 
-    /// Whether judge() needs paths.
+    /// Whether judge() needs the path of an entry. Otherwise its name will do.
     bool needsPaths() const;
 
-    /// Judges an entry that stands in a folder that is taken. `path` is relative to the root; where
-    /// needsPaths() is false, the name alone will do.
+    /// Judges one entry, whose folder must be taken. `path` is relative to the root, or the name
+    /// alone where needsPaths() is false; `depth` is counted from 1, that of entries of the root.
     Verdict judge(std::string_view path, std::size_t depth, bool isFolder) const;
 };
 

@@ -10,7 +10,7 @@ namespace casetable {
 
 /// Where the files come from: a folder, or a list that somebody else made.
 struct Source {
-    std::string root;                ///< The folder; empty where there is a list, or no import.
+    std::string root;                ///< The folder; empty if there is a list, or no import.
     std::optional<std::string> list; ///< The file of the list; "-" is standard input.
     bool nullSeparated = false;      ///< Whether the list is divided by NULs, not by line ends.
     Selection selection;             ///< Which of the files take part.

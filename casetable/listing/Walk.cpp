@@ -25,46 +25,47 @@ namespace {
 // How often an interrupt is looked for.
 const std::chrono::milliseconds interruptInterval(50);
 
-// What the crawl's thread tells the caller's.
-struct Course {
+// By what the thread of a crawl tells the caller's how far it is.
+struct Milestones {
     std::promise<void> started;
-    std::promise<void> finished; // Holds what run() threw.
+    std::promise<void> finished; // With what run() threw, if it did.
 };
 
-// A crawler whose unexpected failures, such as a lack of memory, reach the caller instead of ending
-// the program.
+// A crawler that hands unexpected exceptions, such as a lack of memory, to the caller. In the base
+// class they would end the program.
 class Crawl : public FolderCrawler {
 public:
     explicit Crawl(boost::shared_ptr<FileInfoInterface const> root)
-        : FolderCrawler(std::move(root)), course_(std::make_shared<Course>())
+        : FolderCrawler(std::move(root)), milestones_(std::make_shared<Milestones>())
     {
     }
 
-    Course& course() const { return *course_; }
+    Milestones& milestones() const { return *milestones_; }
 
     void run() override
     {
-        // The base's destructor waits for this thread, so what belongs to the derived object may be
+        // The base class's destructor waits for this thread, so the members of this class may be
         // gone before run() ends.
-        const std::shared_ptr<Course> course = course_;
-        course->started.set_value();
+        const std::shared_ptr<Milestones> milestones = milestones_;
+        milestones->started.set_value();
         try {
             FolderCrawler::run();
-            course->finished.set_value();
+            milestones->finished.set_value();
         } catch (...) {
-            course->finished.set_exception(std::current_exception());
+            milestones->finished.set_exception(std::current_exception());
         }
     }
 
 private:
-    const std::shared_ptr<Course> course_;
+    const std::shared_ptr<Milestones> milestones_;
 };
 
 void start(Crawl& crawl)
 {
     {
         const SignalsBlocked signalsBlocked;
-        // A thread that does not start is told below; Qt would do so in a line of its own, too.
+        // Without this, Qt would print a line of its own where the thread does not start; the
+        // exception below tells it.
         const QtMessageHandler own =
             qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
         crawl.start();
@@ -72,8 +73,8 @@ void start(Crawl& crawl)
     }
     if (!crawl.isRunning() && !crawl.isFinished())
         throw Failure(ExitCode::ImportFailed, "the system has no thread left for the walk");
-    // From here on the thread is inside run(), so that the crawl may be destroyed at any time.
-    crawl.course().started.get_future().wait();
+    // From here on the thread is inside run(), so the crawl may be destroyed at any time.
+    crawl.milestones().started.get_future().wait();
 }
 
 std::unique_ptr<FolderCrawler> walkTree(const boost::shared_ptr<FileInfoInterface const>& root,
@@ -82,14 +83,15 @@ std::unique_ptr<FolderCrawler> walkTree(const boost::shared_ptr<FileInfoInterfac
     Progress progress;
     StatusLine status(console);
     auto crawl = std::make_unique<Crawl>(root);
-    std::future<void> finished = crawl->course().finished.get_future();
+    std::future<void> finished = crawl->milestones().finished.get_future();
     QObject::connect(crawl.get(), SIGNAL(processingDirectory(QString)), &progress,
                      SLOT(enterFolder(QString)), Qt::DirectConnection);
     start(*crawl);
     while (finished.wait_for(interruptInterval) == std::future_status::timeout) {
         if (isInterrupted()) {
-            // The walk stops at its next entry. Should the system keep it waiting for that, a
-            // second signal ends the program; nothing is half-written yet.
+            // The destructor makes the walk stop at its next entry and waits for that. A system
+            // that does not answer may make it wait for ever; so a second signal ends the program
+            // at once, which does no harm, as nothing is half-written yet.
             releaseInterrupts();
             throwIfInterrupted();
         }
@@ -111,7 +113,7 @@ std::unique_ptr<FolderCrawler> walk(FileSystem& fileSystem, const std::string& p
     std::string error = crawler->result().errorString.toStdString();
     if (error.empty())
         return crawler;
-    // The crawler's texts about the root do not say which folder they mean.
+    // The crawler's error text does not name the root.
     if (fileSystem.refused == FileSystem::Refused::Root)
         error = path + ": " + error;
     if (fileSystem.refused == FileSystem::Refused::Folder)

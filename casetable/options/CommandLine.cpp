@@ -10,6 +10,7 @@ namespace casetable {
 
 namespace {
 
+// Reads the arguments one by one, some as the value of the one before.
 class Reader {
 public:
     explicit Reader(const std::vector<std::string>& arguments) : arguments_(arguments) {}
@@ -69,12 +70,12 @@ private:
 
     void readLetters(const std::string& argument)
     {
-        // -suggest would be -s with the marker "uggest".
+        // Without this, -suggest would be -s with the marker "uggest".
         if (optionNamed('-' + argument.substr(0, argument.find('='))) != nullptr)
             failUsage(argument + ": it takes two dashes, as in -" + argument);
         for (std::size_t i = 1; i < argument.size(); ++i) {
             const Option* const option = optionOfLetter(argument[i]);
-            // What is no letter is not meant as an option: -q5.
+            // In -q5, the 5 is meant as a value and not as an option.
             if (option == nullptr && i > 1 &&
                 !std::isalpha(static_cast<unsigned char>(argument[i])))
                 failUsage(argument + ": -" + argument[i - 1] + " takes no value");

@@ -25,8 +25,8 @@ Examples:
 
 )";
 
-// The option with its help beside it, which is broken between words.
-std::string entry(const Option& option)
+// The lines of an option: its name, and beside it its help, broken between words.
+std::string linesOf(const Option& option)
 {
     std::string line = "  ";
     if (option.letter != '\0')
@@ -62,12 +62,12 @@ std::string help()
     std::string options;
     for (const Option& option : optionTable()) {
         if (option.id != OptionId::Root)
-            options += entry(option);
+            options += linesOf(option);
     }
     return "Groups the files below ROOT into cases by the values in their paths.\n"
            "Usage: casetable [OPTIONS] ROOT\n\n"
            "Positionals:\n" +
-           entry(optionOf(OptionId::Root)) + "\nOptions:\n" + options + footer;
+           linesOf(optionOf(OptionId::Root)) + "\nOptions:\n" + options + footer;
 }
 
 } // namespace casetable

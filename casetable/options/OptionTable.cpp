@@ -8,7 +8,7 @@ namespace casetable {
 
 namespace {
 
-// "auto" is no format, but the absence of a choice.
+// All formats, and "auto", by which the user leaves the choice to the program.
 std::vector<std::string> formatWords()
 {
     std::vector<std::string> words = {"auto"};

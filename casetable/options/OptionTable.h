@@ -33,7 +33,7 @@ enum class OptionId {
     Root
 };
 
-/// What an option is about, which is where the manual page tells of it.
+/// What an option is about. Each group is a section of the manual page.
 enum class OptionGroup { Markers, Source, Output, Other };
 
 /// What shells offer for the value of an option.
@@ -47,34 +47,35 @@ struct Option {
     char letter;          ///< '\0' where there is none.
     const char* name;     ///< "--string"; of ROOT, which has no dashes, "ROOT".
     const char* argument; ///< What its value is called; empty for a flag, which takes none.
-    bool repeatable;      ///< Whether each occurrence counts, and not the last alone.
+    bool repeatable;      ///< Whether each occurrence counts, or else the last alone.
     Completion completion;
     std::string help;   ///< For --help and completions: no full stop, no line breaks.
-    std::string manual; ///< For the manual page, in roff: lines, each ended.
+    std::string manual; ///< For the manual page, in roff: lines, each ended by a line feed.
 
-    /// What it cannot be given with. It is enough that one of the two says so.
+    /// The options that cannot be given together with it. It is enough that one of two says so.
     std::vector<OptionId> excludes = {};
-    /// What it cannot be given without.
+    /// The option without which it cannot be given, if there is one.
     std::optional<OptionId> needs = {};
-    /// What its value is one of; empty where it is free.
+    /// The values that it may have; empty if it may have any.
     std::vector<std::string> words = {};
 };
 
 /// All rows, in the order of --help. They last as long as the program.
 const std::vector<Option>& optionTable();
 
+/// The row of the option.
 const Option& optionOf(OptionId id);
 
-/// The option of that long name, dashes included; null where there is none.
+/// The option of that long name, dashes included; null if there is none.
 const Option* optionNamed(std::string_view name);
 
-/// The option of that letter; null where there is none.
+/// The option of that letter; null if there is none.
 const Option* optionOfLetter(char letter);
 
-/// Whether the option takes a value, from the rest of its argument or from the next.
+/// Whether the option takes a value; otherwise it is a flag.
 bool takesValue(const Option& option);
 
-/// The words, at least one, as a choice in a sentence: "a, b or c".
+/// The words, of which there must be one at least, as a sentence offers them: "a, b or c".
 std::string choice(const std::vector<std::string>& words);
 
 } // namespace casetable

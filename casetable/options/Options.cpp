@@ -17,7 +17,8 @@ namespace casetable {
 
 namespace {
 
-std::string quoted(const Option& option, const std::string& value)
+// The option and its value as error messages name them.
+std::string typed(const Option& option, const std::string& value)
 {
     return std::string(option.name) + " '" + value + "'";
 }
@@ -30,24 +31,25 @@ MetadataPattern parseMarker(const Option& option, const std::string& marker,
     return MetadataPattern(marker, type);
 }
 
-// A tag holds no "=", while a syntax name may, as in key=value folders: the last one divides them.
+// A syntax name may hold "=", as in the names of folders such as key=value. So the last "=" divides
+// it from the tag, which can hold none.
 AuxFileIdentifier parseIdentifier(const Option& option, const std::string& text)
 {
     const std::size_t divider = text.rfind('=');
     if (divider == std::string::npos)
-        failUsage(quoted(option, text) + ": expected SYNTAX=TAG");
+        failUsage(typed(option, text) + ": expected SYNTAX=TAG");
     AuxFileIdentifier identifier{text.substr(0, divider), text.substr(divider + 1)};
     const ortelo::ValidationResult result = PlainTagValidator().validate(identifier.tag);
     if (!result.isValid())
-        failUsage(quoted(option, text) + ": " + result.errorString());
+        failUsage(typed(option, text) + ": " + result.errorString());
     return identifier;
 }
 
-// Null for "auto".
+// The format of that name; null for "auto".
 const Format* parseFormat(const Option& option, const std::string& name)
 {
     if (std::find(option.words.begin(), option.words.end(), name) == option.words.end())
-        failUsage(quoted(option, name) + ": unknown format; choose " + choice(option.words));
+        failUsage(typed(option, name) + ": unknown format; choose " + choice(option.words));
     return formatNamed(name);
 }
 
@@ -63,7 +65,7 @@ Glob parseGlob(const Option& option, const std::string& text)
     try {
         return Glob(text);
     } catch (const std::invalid_argument& failure) {
-        failUsage(quoted(option, text) + ": " + failure.what());
+        failUsage(typed(option, text) + ": " + failure.what());
     }
 }
 
@@ -73,7 +75,7 @@ std::size_t parseDepth(const Option& option, const std::string& text)
     const char* const end = text.data() + text.size();
     const std::from_chars_result read = std::from_chars(text.data(), end, depth);
     if (read.ec != std::errc() || read.ptr != end || depth == 0)
-        failUsage(quoted(option, text) + ": expected a whole number from 1");
+        failUsage(typed(option, text) + ": expected a whole number from 1");
     return depth;
 }
 
@@ -91,17 +93,17 @@ Reading readingOf(const CommandLine& line)
     return templates.empty() ? Reading(markers) : Reading(parseTemplates(templates));
 }
 
-// What each option means. arguments() says the same the other way round.
+// Enters what one option means into `options`; arguments() does the reverse.
 void take(Options& options, const Option& option, const std::string& value)
 {
     switch (option.id) {
     case OptionId::Help:
     case OptionId::Version:
-        break; // They are no part of what a run is told.
+        break; // parseOptions() answers them itself.
     case OptionId::String:
     case OptionId::Number:
     case OptionId::Template:
-        break; // Taken together by readingOf().
+        break; // readingOf() takes them together.
     case OptionId::Aux:
         options.identifiers.push_back(parseIdentifier(option, value));
         break;
@@ -168,8 +170,8 @@ std::string_view withoutDots(std::string_view path)
     return path;
 }
 
-// The path as an import of `root` sees it. A shell that completes one of them, or its user, may
-// write the same folders in another way.
+// The path relative to `root`: without that if it begins with it, as after a shell has completed
+// it. The two may write the same folders differently, with more slashes or components ".".
 std::string belowRoot(const std::string& path, std::string_view root)
 {
     if (root.empty() || path.empty() || (root.front() == '/') != (path.front() == '/'))
@@ -182,7 +184,8 @@ std::string belowRoot(const std::string& path, std::string_view root)
         rest = withoutDots(rest.substr(end));
         root.remove_prefix(end);
     }
-    // What is called like the root may be an entry of it, but not with a slash behind.
+    // A path that is the root itself may be meant as an entry of the same name in it, unless it
+    // ends in a slash.
     return rest.empty() && path.back() != '/' ? path : std::string(rest);
 }
 
@@ -202,7 +205,8 @@ void refuseAnythingButOneRoot(const CommandLine& line)
         failUsage("ROOT, the folder to import, is missing; --help shows examples");
 }
 
-// Options of the group that were typed with what they exclude, or without what they need.
+// Refuses options of the group that were typed with one that they exclude, or without the one that
+// they need.
 void refuseContradictions(const CommandLine& line, OptionGroup group)
 {
     for (const Option& option : optionTable()) {
@@ -211,7 +215,7 @@ void refuseContradictions(const CommandLine& line, OptionGroup group)
         for (const OptionId id : option.excludes) {
             if (!line.has(id))
                 continue;
-            // What replaces the table is named first.
+            // Options that replace the table, --suggest and --explain, are named first.
             std::string first = option.name;
             std::string second = optionOf(id).name;
             if (option.id != OptionId::Suggest && option.id != OptionId::Explain)
@@ -235,10 +239,10 @@ void print(const std::string& text)
 
 std::optional<Options> parseOptions(int argc, const char* const* argv)
 {
-    std::vector<std::string> typed;
+    std::vector<std::string> words;
     for (int i = 1; i < argc; ++i)
-        typed.emplace_back(argv[i]);
-    const CommandLine line = readCommandLine(typed);
+        words.emplace_back(argv[i]);
+    const CommandLine line = readCommandLine(words);
     Options options;
     options.source.selection.hidden = false;
     for (const CommandLine::Item& item : line.items)
@@ -272,7 +276,7 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
         if (options.explained.empty())
             failUsage("--explain: the path is empty");
     }
-    // Whoever made a list has chosen.
+    // A list is taken with its hidden files: whoever made it has chosen.
     if (options.source.list)
         options.source.selection.hidden = true;
     if (options.format == nullptr && options.output)
@@ -318,13 +322,15 @@ std::vector<std::string> arguments(const Options& options)
     addIf(OptionId::Unmatched, options.rows == Rows::Unmatched);
     if (options.output)
         add(OptionId::Output, *options.output);
-    // What the ending says need not be asked for, and to explain a path, it must not be.
+    // The format that the ending stands for need not be asked for, and beside --explain must not
+    // be.
     if (options.format != nullptr &&
         !(options.output && options.format == formatOfEnding(*options.output)))
         add(OptionId::Format, options.format->name);
     addIf(OptionId::Quiet, options.quiet);
     if (options.mode == Mode::Explain) {
-        // Where the path would be taken for one that begins with the root, it gets that beginning.
+        // A path that would lose its beginning, as that looks like the root, gets the root in
+        // front.
         const bool isPlain = belowRoot(options.explained, source.root) == options.explained;
         add(OptionId::Explain, (isPlain ? "" : source.root + '/') + options.explained);
     }

@@ -12,34 +12,40 @@
 
 namespace casetable {
 
-/// What is asked for: a table, markers for one, or how one path is read.
+/// What a run gives: a table, markers to make one, or how one path is read.
 enum class Mode { Table, Suggest, Explain };
 
-/// What the rows of the output stand for.
+/// What the rows of a table stand for: cases, matched files, or files in no case.
 enum class Rows { Cases, Files, Unmatched };
 
 /// What the command line means, checked.
 struct Options {
     Mode mode = Mode::Table;
     Source source;
-    /// By markers or templates in the order in which they were given; by none to suggest some.
+    /// By the markers or templates in the order in which they were typed; by no markers in the mode
+    /// that suggests some.
     Reading reading;
+    /// In the order in which they were typed.
     std::vector<AuxFileIdentifier> identifiers;
-    /// As asked for, or as the ending of `output` says; null where neither says anything.
+    /// The format that was asked for, or for which the ending of `output` stands; null if neither
+    /// says anything.
     const Format* format = nullptr;
-    std::optional<std::string> output; ///< Standard output when there is none.
+    std::optional<std::string> output; ///< The path of a file; none for standard output.
     Rows rows = Rows::Cases;
-    std::string explained; ///< The path to explain, below `source.root`; not empty in that mode.
+    std::string explained; ///< In Mode::Explain: the path, relative to `source.root`; not empty.
     bool quiet = false;
 };
 
-/// Reads the command line. Answers nothing when --help or --version was asked for and printed.
-/// Throws Failure with ExitCode::WrongUsage, or ExitCode::OutputFailed when it could not be
-/// printed.
+/// Reads the command line, of which `argv` holds `argc` arguments, the program's name first. Reads
+/// the files of templates that it names, but looks at no other.
+///
+/// If --help or --version was asked for, prints that to standard output and returns nothing. Throws
+/// Failure with ExitCode::WrongUsage and a message that names the option, or with
+/// ExitCode::OutputFailed when it could not print.
 std::optional<Options> parseOptions(int argc, const char* const* argv);
 
-/// The arguments that mean `options`: for them, parseOptions() answers what it has answered before.
-/// Options may also be incomplete, without a root or markers, and so are the arguments then.
+/// The arguments that mean `options`, without the program's name: parseOptions() reads the same
+/// options from them. If the options lack a root or markers, the arguments lack them too.
 std::vector<std::string> arguments(const Options& options);
 
 } // namespace casetable

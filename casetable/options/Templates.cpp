@@ -14,7 +14,7 @@ namespace casetable {
 
 namespace {
 
-// More than anybody writes by hand or by script; what is larger is hardly a file of templates.
+// What is larger is hardly a file of templates, and would take memory for nothing.
 const std::size_t mostBytes = std::size_t{16} * 1024 * 1024;
 
 std::string optionName()

@@ -8,15 +8,15 @@
 
 namespace casetable {
 
-/// The templates that values of --template stand for: each is a template, but "@FILE" is a file
-/// with a template a line, in which empty lines and those that begin with "#" are left out, and in
-/// "@@" the first "@" only takes that meaning from the second.
+/// The templates for which the values of --template stand, in their order. A value is a template,
+/// except "@FILE": that is a file with a template in each line but empty ones and those that begin
+/// with "#". A value that begins with "@@" is the template that begins with the second "@".
 ///
-/// Throws Failure with ExitCode::WrongUsage where a file cannot be read or holds no template, and
-/// where a template cannot be read, with a caret under the place.
+/// Throws Failure with ExitCode::WrongUsage if a file cannot be read or holds no template, or if a
+/// template is not valid; its excerpt then shows the template with a caret under the place.
 TemplateList parseTemplates(const std::vector<std::string>& values);
 
-/// The value of --template that stands for a template.
+/// The value of --template that stands for the template `text`.
 std::string templateValue(const std::string& text);
 
 } // namespace casetable

@@ -1,6 +1,6 @@
-// Completes the manual page and the completions of shells when they are built: copies standard
-// input to standard output, with what the table of options says in place of names such as
-// @ZSH_OPTIONS@.
+// Makes the manual page and the completions of shells from their templates, when these are built:
+// copies standard input to standard output, and puts what the table of options says in place of
+// names such as @ZSH_OPTIONS@.
 
 #include <algorithm>
 #include <cstddef>
@@ -28,7 +28,7 @@ std::string joined(const Texts& texts, const std::string& between)
     return all;
 }
 
-// `text` with a backslash before each of the letters.
+// `text` with a backslash before each byte that is among `letters`.
 std::string escaped(const std::string& text, std::string_view letters)
 {
     std::string result;
@@ -85,7 +85,7 @@ std::string bashNames()
     return joined(names, " ");
 }
 
-// The names of the options whose value is completed so, as the pattern of a case.
+// The names of the options whose value is completed so, as a pattern of bash's `case`.
 std::string bashPattern(Completion completion)
 {
     Texts names;
@@ -118,7 +118,7 @@ bool excludeEachOther(const Option& one, const Option& two)
     return excludes(one, two.id) || excludes(two, one.id);
 }
 
-// What cannot stand beside the option: itself too, unless it may be given again.
+// What may not follow the option, as zsh takes it: also the option itself, unless it is repeatable.
 std::string zshExclusions(const Option& option)
 {
     Texts names;
@@ -131,7 +131,7 @@ std::string zshExclusions(const Option& option)
     return joined(names, " ");
 }
 
-// As it stands within single quotes.
+// `text` as it is written within single quotes.
 std::string zshQuoted(const std::string& text)
 {
     std::string result;

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "casetable/suggesting/Suggest.h"
-#include "casetable/system/Text.h"
+#include "casetable/system/Printable.h"
 
 namespace casetable {
 

@@ -5,10 +5,11 @@
 
 namespace casetable {
 
+/// How a part of a text is set off on a terminal.
 enum class Colour { Bold, BoldRed, BoldYellow };
 
-/// Whether the user wants colours where something is shown on a terminal: NO_COLOR is not set or
-/// is empty, and TERM names a terminal that is not "dumb".
+/// Whether the user wants colours on terminals: the environment's NO_COLOR is empty or not set, and
+/// its TERM names a terminal other than "dumb".
 bool coloursAreWanted();
 
 /// `text` between the sequences that switch a terminal to the colour and back.

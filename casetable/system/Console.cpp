@@ -5,7 +5,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include "casetable/system/Text.h"
+#include "casetable/system/Printable.h"
 
 namespace casetable {
 
@@ -57,15 +57,15 @@ void Console::warning(const std::string& message)
         writeLine("casetable: " + inColour(Colour::BoldYellow, "warning:") + " ", message);
 }
 
-void Console::note(const std::string& message)
+void Console::remark(const std::string& message)
 {
-    if (!showsNotes())
+    if (!showsRemarks())
         return;
     const std::lock_guard<std::mutex> lock(mutex_);
     writeLine("casetable: ", message);
 }
 
-bool Console::showsNotes() const
+bool Console::showsRemarks() const
 {
     const std::lock_guard<std::mutex> lock(mutex_);
     return terminal_ && !quiet_;

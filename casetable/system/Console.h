@@ -8,33 +8,36 @@
 
 namespace casetable {
 
-/// Standard error: messages of one line each, and a status line that gives way to them. May be used
-/// from several threads at once. All text is made printable. On a terminal, what begins an error or
-/// a warning is coloured where the user wants colours.
+/// Standard error, to which go messages of one line each, and on a terminal one status line below
+/// them. All text is made printable. On a terminal, the beginning of an error or a warning is
+/// coloured if the user wants colours. Where standard error cannot be written to, nothing is said.
+/// May be used from several threads at once.
 class Console {
 public:
     Console();
 
-    /// Leaves out notes, warnings and the status line from now on.
+    /// Leaves out warnings, remarks and the status line from now on.
     void beQuiet();
 
-    /// An error, always shown; `excerpt` is printable lines, each with its end, to show below it as
-    /// they are.
+    /// Tells why the program fails; always shown. Below it `excerpt` is shown as it is: printable
+    /// lines, each ended by a line feed.
     void error(const std::string& message, const std::string& excerpt = "");
 
-    /// A warning, shown unless quiet.
+    /// Warns, while a run goes on, of something that is left out or doubtful; shown unless quiet.
     void warning(const std::string& message);
 
-    /// A remark on how it went, shown on a terminal unless quiet.
-    void note(const std::string& message);
-
-    /// Whether notes are shown.
-    bool showsNotes() const;
-
-    /// Shows `text`, cut to the terminal's width, in place of the last status; on a terminal unless
+    /// Remarks on how a run went, and on what may not have been meant; shown on a terminal unless
     /// quiet.
+    void remark(const std::string& message);
+
+    /// Whether remarks are shown, for callers to whom making them is costly.
+    bool showsRemarks() const;
+
+    /// Shows `text`, cut to the terminal's width, in place of the status before; on a terminal
+    /// unless quiet. The next message takes its place.
     void setStatus(const std::string& text);
 
+    /// Takes the status line off the terminal.
     void clearStatus();
 
 private:

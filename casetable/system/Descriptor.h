@@ -7,16 +7,18 @@
 
 namespace casetable {
 
-/// Owns the number of an open file, and closes it.
+/// Owns an open file by its descriptor, the system's number for it, and closes it in the end.
 class Descriptor {
 public:
     /// Owns nothing.
     Descriptor() = default;
 
-    /// Takes over what a system call answered: a negative number means that nothing was opened.
+    /// Owns what a system call has opened; a negative number says that it has opened nothing.
     explicit Descriptor(int number) : number_(number) {}
 
+    /// Leaves `other` with nothing.
     Descriptor(Descriptor&& other) noexcept : number_(other.release()) {}
+    /// Leaves `other` with what this one owned before.
     Descriptor& operator=(Descriptor&& other) noexcept
     {
         std::swap(number_, other.number_);
@@ -30,7 +32,7 @@ public:
 
     bool isOpen() const { return number_ >= 0; }
 
-    /// For system calls; negative where nothing is open.
+    /// The number, for system calls; negative where nothing is open.
     int number() const { return number_; }
 
     /// Hands the number to the caller, who closes it.

@@ -6,16 +6,16 @@
 
 namespace casetable {
 
-/// What the program leaves with. A program stopped by a signal leaves with 128 + its number.
+/// The program's exit status. A program that a signal interrupts exits with 128 + its number.
 enum class ExitCode {
-    Cases = 0,        ///< A table with cases was written.
-    NoCases = 1,      ///< No file matched; the table is empty.
+    Cases = 0,        ///< There are cases, markers to suggest, or an explained path that matches.
+    NoCases = 1,      ///< There are none.
     WrongUsage = 2,   ///< An option or argument cannot be used.
-    ImportFailed = 3, ///< The walk, the matching or an identifier failed.
+    ImportFailed = 3, ///< The walk, the list, the matching or an identifier failed.
     OutputFailed = 4  ///< The output could not be written.
 };
 
-/// Ends the program with a one-line message and an exit code.
+/// Thrown to end the program with a message, one line without its end, and an exit code.
 class Failure : public std::runtime_error {
 public:
     Failure(ExitCode code, const std::string& message, const std::string& excerpt = "")
@@ -25,8 +25,8 @@ public:
 
     const ExitCode code;
 
-    /// Printable lines to show below the message, each with its end: what is wrong, and marks under
-    /// the place.
+    /// Printable lines to show below the message, each ended by a line feed: the text that is
+    /// wrong, with a mark under the place.
     const std::string excerpt;
 };
 

@@ -20,7 +20,7 @@ void handleSignals(void (*handler)(int))
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         struct sigaction present = {};
         sigaction(signal, nullptr, &present);
-        // What the caller ignores, as nohup does, stays ignored.
+        // What was ignored when the program was started, as by nohup, stays ignored.
         if (present.sa_handler != SIG_IGN)
             sigaction(signal, &action, nullptr);
     }

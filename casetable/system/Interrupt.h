@@ -5,30 +5,31 @@
 
 namespace casetable {
 
-/// Thrown when the user interrupts the program; it leaves with 128 + `signal`.
+/// Thrown when a signal interrupts the program, which then exits with 128 + `signal`.
 struct Interrupted {
     int signal;
 };
 
-/// From now on SIGINT, SIGTERM and SIGHUP are only remembered, except those that the caller of the
-/// program had it ignore.
+/// From now on SIGINT, SIGTERM and SIGHUP, the interrupts, do not end the program but are
+/// remembered for isInterrupted(). Those that were ignored when the program was started stay
+/// ignored.
 void catchInterrupts();
 
-/// From now on a reader that goes away, or a file that may not grow, is a failed write instead of
-/// the program's sudden end.
+/// From now on a write fails with an error where a reader has gone away or a file may not grow.
+/// Otherwise SIGPIPE or SIGXFSZ would end the program without a message.
 void takeBrokenWritesAsFailures();
 
-/// From now on the signals end the program at once again.
+/// Undoes catchInterrupts(): from now on the interrupts end the program at once.
 void releaseInterrupts();
 
-/// True when a signal came in.
+/// Whether an interrupt has come in since catchInterrupts(). May be asked from any thread.
 bool isInterrupted();
 
-/// Throws Interrupted when a signal came in.
+/// Throws Interrupted where isInterrupted().
 void throwIfInterrupted();
 
-/// Keeps the signals away from the threads that are started during its life, so that no system
-/// call of theirs is cut short.
+/// While it lives, its thread and those that it starts do not receive the interrupts; the started
+/// ones never will, so that no interrupt cuts their system calls short.
 class SignalsBlocked {
 public:
     SignalsBlocked();

@@ -21,8 +21,8 @@ namespace casetable {
 namespace {
 
 const std::size_t bufferBytes = 65536;
-const int mostLinks = 40;                // As many as the system follows.
-const std::size_t longestDescriptor = 4; // In digits, so that its number fits.
+const int mostLinks = 40;         // As many as the system follows.
+const std::size_t mostDigits = 4; // Of a descriptor; so many fit into an int.
 
 std::string folderOf(const std::string& path)
 {
@@ -32,7 +32,7 @@ std::string folderOf(const std::string& path)
     return slash == 0 ? "/" : path.substr(0, slash);
 }
 
-// What a link leads to, whether that exists or not; a path that is no link as it is.
+// The path that a link leads to, whether that exists or not; any other path is returned as it is.
 std::string resolved(std::string path)
 {
     char target[PATH_MAX];
@@ -46,8 +46,9 @@ std::string resolved(std::string path)
     return path;
 }
 
-// The descriptor that a path such as /dev/stdout stands for, or -1. To replace the file behind it
-// would cut off what others write there.
+// The descriptor that a path such as /dev/stdout stands for, or -1. It is written to directly: the
+// file behind it may also get the output of other programs, which would be lost if it were
+// replaced.
 int inheritedDescriptor(const std::string& path)
 {
     if (path == "/dev/stdout")
@@ -57,8 +58,7 @@ int inheritedDescriptor(const std::string& path)
     for (const std::string folder : {"/dev/fd/", "/proc/self/fd/"}) {
         const std::string name = path.substr(std::min(folder.size(), path.size()));
         if (path.compare(0, folder.size(), folder) == 0 && !name.empty() &&
-            name.size() <= longestDescriptor &&
-            name.find_first_not_of("0123456789") == std::string::npos)
+            name.size() <= mostDigits && name.find_first_not_of("0123456789") == std::string::npos)
             return std::stoi(name);
     }
     return -1;
@@ -69,7 +69,7 @@ bool isRegular(const struct stat& status)
     return S_ISREG(status.st_mode);
 }
 
-// Calls a system call again for as long as a signal that was not for us cuts it short.
+// Repeats a system call that signals cut short, unless one of them interrupts the program.
 template <class Call> auto retried(Call call) -> decltype(call())
 {
     for (;;) {
@@ -191,7 +191,7 @@ Descriptor Output::openTemporary()
     struct stat earlier = {};
     if (::stat(target_.c_str(), &earlier) == 0) {
         mode = earlier.st_mode & 0777;
-        // What the earlier file allows its group is not for the user's own.
+        // The group is then the user's own, not the one that the earlier mode was meant for.
         if (::fchown(opened.number(), earlier.st_uid, earlier.st_gid) != 0)
             mode &= ~static_cast<mode_t>(S_IRWXG);
     }

@@ -9,20 +9,21 @@
 
 namespace casetable {
 
-/// Where the report goes: standard output, or a file.
+/// Where the output of a run goes: standard output, or a file.
 ///
-/// A file is written under a temporary name in its folder and renamed by commit(), so until then an
-/// earlier file stays as it was, and without commit() nothing is left behind. An earlier file hands
-/// down its mode, and its owner as far as the user may set it. A link is followed, and what is not
-/// a regular file, such as a device or a pipe, is written directly; so is an inherited descriptor
-/// that is named by /dev/stdout, /dev/stderr, /dev/fd/N or /proc/self/fd/N.
+/// A file is written under a temporary name in its folder, and commit() renames it. So until then
+/// an earlier file stays as it was, and without commit() nothing is left behind. The new file gets
+/// the mode of an earlier one, and its owner if the user may set it. Links are followed. What is
+/// not a regular file, such as a device or a pipe, is written to directly; so is an inherited
+/// descriptor that is named by /dev/stdout, /dev/stderr, /dev/fd/N or /proc/self/fd/N.
 ///
-/// Every operation throws Failure with ExitCode::OutputFailed and the path when the system refuses,
-/// and Interrupted when a signal came in.
+/// The constructor, write() and commit() throw Failure with ExitCode::OutputFailed, the path and
+/// the reason when the system refuses; the latter two throw Interrupted when a signal came in. Used
+/// by one thread at a time.
 class Output {
 public:
-    /// Checks that `path`, which must not be empty, can be written, without touching it; none is
-    /// standard output.
+    /// Checks that the file at `path` can be written, without touching it. The path must not be
+    /// empty; without one, the output goes to standard output.
     explicit Output(std::optional<std::string> path);
 
     /// Removes the temporary file, unless commit() was called.
@@ -30,15 +31,16 @@ public:
     Output(const Output&) = delete;
     Output& operator=(const Output&) = delete;
 
-    /// True when it is written to a terminal.
+    /// Whether the output goes to a terminal.
     bool isTerminal() const;
 
-    /// True when it is written to a terminal and the user wants colours there.
+    /// Whether the output goes to a terminal, and the user wants colours there.
     bool showsColours() const;
 
+    /// Appends `bytes`, which may be kept in memory for a while.
     void write(std::string_view bytes);
 
-    /// Writes what is left and puts the file in its place. Nothing may be written afterwards.
+    /// Writes what is still in memory, and puts the file in its place. To be called last, and once.
     void commit();
 
 private:
@@ -51,7 +53,7 @@ private:
     std::string name_;      // As the user knows it.
     std::string target_;    // With links followed; empty for standard output.
     std::string temporary_; // Empty while there is none.
-    Descriptor opened_;     // Standard output is not ours to close.
+    Descriptor opened_;     // Nothing for standard output, which is not ours to close.
     std::string buffer_;
 };
 

@@ -6,13 +6,13 @@
 
 namespace casetable {
 
-/// Throws Failure with ExitCode::OutputFailed where `output`, the path of an output, is the file
-/// `list` that the paths are read from; "-", standard input, is none.
+/// Throws Failure with ExitCode::OutputFailed if the file at `output` is also the list of paths
+/// that is read, at `list`. "-" stands for standard input, which no output replaces.
 void spareList(const std::string& output, const std::string& list);
 
-/// Throws Failure with ExitCode::OutputFailed where `output` is an existing file below the folder
-/// `root` for which `isMatched` answers true: nobody wants a table in place of one of the files
-/// that it tells of. `isMatched` gets the path relative to the root.
+/// Throws Failure with ExitCode::OutputFailed if there is a file at `output` for which `isMatched`
+/// answers true: nobody wants a table in place of one of the files that it is about. `isMatched` is
+/// asked at most once, about the path relative to the folder `root`.
 void spareMatchedFile(const std::string& output, const std::string& root,
                       const std::function<bool(const std::string& path)>& isMatched);
 

@@ -6,8 +6,8 @@
 
 namespace casetable {
 
-/// The content of the file at `path`. Throws std::system_error when the system refuses, and with
-/// std::errc::file_too_large when there are more than `mostBytes`.
+/// The content of the file at `path`. Throws std::system_error with the system's error where it
+/// cannot be read, and with std::errc::file_too_large where it has more than `mostBytes` bytes.
 std::string readFile(const std::string& path, std::size_t mostBytes);
 
 } // namespace casetable

@@ -9,15 +9,17 @@ namespace casetable {
 
 class Console;
 
-/// The console's status line during one piece of work; cleared however the work ends.
+/// The console's status line during one piece of work; the end of its life takes it off, however
+/// the work ends. Used by one thread at a time.
 class StatusLine {
 public:
+    /// `console` must outlive it.
     explicit StatusLine(Console& console);
     ~StatusLine();
     StatusLine(const StatusLine&) = delete;
     StatusLine& operator=(const StatusLine&) = delete;
 
-    /// Shows what `text` answers, unless the line has changed a moment ago. Call it often.
+    /// Shows what `text` answers, but only every fifth of a second, so it may be called often.
     void update(const std::function<std::string()>& text);
 
 private:

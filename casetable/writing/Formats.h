@@ -10,24 +10,24 @@ namespace casetable {
 class Output;
 struct Report;
 
-/// A format that reports are written in.
+/// A format in which reports are written.
 struct Format {
     const char* name;                      ///< As --format takes it.
-    std::vector<const char*> endings;      ///< Of files in it: ".csv", in lower case.
-    void (*write)(const Report&, Output&); ///< The caller commits the output.
+    std::vector<const char*> endings;      ///< Of names of its files, in lower case, as ".csv".
+    void (*write)(const Report&, Output&); ///< Writes a report; the caller commits the output.
 };
 
 /// All formats, each with a name and endings of its own. They last as long as the program.
 const std::vector<Format>& formats();
 
-/// The format of that name; null where there is none.
+/// The format that --format calls `name`; null if there is none.
 const Format* formatNamed(std::string_view name);
 
-/// The format that the ending of a file's name stands for, in letters of either case; null where
-/// it stands for none.
+/// The format for which the ending of the path `file` stands, in large or small letters; null if it
+/// stands for none.
 const Format* formatOfEnding(const std::string& file);
 
-/// The format where none was asked for: the table for people on a terminal, and CSV elsewhere.
+/// The format if none is asked for: the table for people if `output` is a terminal, otherwise CSV.
 const Format& formatFor(const Output& output);
 
 } // namespace casetable

@@ -15,34 +15,35 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-std::string text(const Json& json)
+// In ASCII, with U+FFFD in place of bytes that are not UTF-8.
+std::string jsonText(const Json& json)
 {
     const bool asciiOnly = true;
     return json.dump(-1, ' ', asciiOnly, Json::error_handler_t::replace);
 }
 
-// Names become keys of one object, so they are made unique as they will be read: with the bytes
-// that are not UTF-8 replaced.
-std::vector<std::string> keys(const std::vector<std::string>& names)
+// Names become keys of one object, so they must be unique also when the bytes that are not UTF-8
+// have been replaced.
+std::vector<std::string> uniqueKeys(const std::vector<std::string>& names)
 {
     std::vector<std::string> texts;
     texts.reserve(names.size());
     for (const std::string& name : names)
-        texts.push_back(Json::parse(text(name)).get<std::string>());
+        texts.push_back(Json::parse(jsonText(name)).get<std::string>());
     return uniqueNames(std::move(texts));
 }
 
-std::vector<std::string> valueKeys(const Report& report)
+std::vector<std::string> keysOfValues(const Report& report)
 {
     std::vector<std::string> names;
     for (const Column& column : report.columns) {
         if (column.isValue())
             names.push_back(column.name);
     }
-    return keys(names);
+    return uniqueKeys(names);
 }
 
-Json columns(const Report& report, const std::vector<std::string>& valueKeys)
+Json columnList(const Report& report, const std::vector<std::string>& valueKeys)
 {
     Json columns = Json::array();
     for (const Column& column : report.columns) {
@@ -54,8 +55,8 @@ Json columns(const Report& report, const std::vector<std::string>& valueKeys)
     return columns;
 }
 
-Json object(const Report& report, const Row& row, const std::vector<std::string>& valueKeys,
-            const std::vector<std::string>& tagKeys)
+Json rowObject(const Report& report, const Row& row, const std::vector<std::string>& valueKeys,
+               const std::vector<std::string>& tagKeys)
 {
     Json object;
     for (std::size_t j = 0; j < report.columns.size(); ++j) {
@@ -76,13 +77,13 @@ Json object(const Report& report, const Row& row, const std::vector<std::string>
 
 void writeJson(const Report& report, Output& output)
 {
-    const std::vector<std::string> values = valueKeys(report);
-    const std::vector<std::string> tags = keys(report.tags);
-    output.write("{\"columns\": " + text(columns(report, values)) + ",\n \"" + report.rowsName +
-                 "\": [");
+    const std::vector<std::string> valueKeys = keysOfValues(report);
+    const std::vector<std::string> tagKeys = uniqueKeys(report.tags);
+    output.write("{\"columns\": " + jsonText(columnList(report, valueKeys)) + ",\n \"" +
+                 report.rowsName + "\": [");
     for (std::size_t index = 0; index < report.rowCount; ++index)
         output.write((index == 0 ? "\n  " : ",\n  ") +
-                     text(object(report, report.row(index), values, tags)));
+                     jsonText(rowObject(report, report.row(index), valueKeys, tagKeys)));
     output.write("\n ]}\n");
 }
 

@@ -11,9 +11,10 @@ struct Report;
 ///     {"columns": [{"name": ..., "type": "string" or "number"}, ...],
 ///      "cases": [{"case": 0, "values": {NAME: TEXT, ...}, "aux": {TAG: [PATH, ...], ...}}, ...]}
 ///
-/// with "files" or "unmatched" in place of "cases" for the other reports. "columns" lists the
-/// marker columns. Values are strings, numbers too: the text is what tells cases apart. Bytes that
-/// are not UTF-8 become U+FFFD, and names that are then equal get "(2)", "(3)" ... behind them.
+/// "cases" is Report::rowsName. "columns" lists those that hold values; other columns stand in a
+/// row by their name, as "case" does. Numbers among the values are strings too, as it is their
+/// texts that tell cases apart. Bytes that are not UTF-8 become U+FFFD, and names that are then
+/// equal get "(2)", "(3)" ... behind them. Throws what Output::write() and Report::row throw.
 void writeJson(const Report& report, Output& output);
 
 } // namespace casetable

@@ -7,7 +7,7 @@
 #include "casetable/importing/Report.h"
 #include "casetable/system/Colour.h"
 #include "casetable/system/Output.h"
-#include "casetable/system/Text.h"
+#include "casetable/system/Printable.h"
 
 namespace casetable {
 
@@ -47,6 +47,7 @@ void widen(std::vector<std::size_t>& widths, const std::vector<std::string>& cel
         widths[j] = std::max(widths[j], displayWidth(cells[j]));
 }
 
+// The cells as one line of the table, without its end.
 std::string line(const Report& report, const std::vector<std::string>& cells,
                  const std::vector<std::size_t>& widths)
 {

@@ -33,7 +33,7 @@ void appendField(const std::string& text, std::string& line)
     }
 }
 
-std::string line(const std::vector<std::string>& texts)
+std::string lineOf(const std::vector<std::string>& texts)
 {
     std::string line;
     for (const std::string& text : texts) {
@@ -49,9 +49,9 @@ std::string line(const std::vector<std::string>& texts)
 
 void writeTsv(const Report& report, Output& output)
 {
-    output.write(line(uniqueHeader(report)));
+    output.write(lineOf(uniqueHeader(report)));
     for (std::size_t index = 0; index < report.rowCount; ++index)
-        output.write(line(flatCells(report.row(index))));
+        output.write(lineOf(flatCells(report.row(index))));
 }
 
 } // namespace casetable

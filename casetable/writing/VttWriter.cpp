@@ -18,7 +18,7 @@
 #include "casetable/importing/Report.h"
 #include "casetable/system/ExitCode.h"
 #include "casetable/system/Output.h"
-#include "casetable/system/Text.h"
+#include "casetable/system/Printable.h"
 #include "casetable/writing/CsvRecord.h"
 #include "crawler/private/PathReading.h"
 
@@ -49,7 +49,7 @@ template <class Array> vtkSmartPointer<Array> makeArray(std::size_t size)
     return array;
 }
 
-// Nothing when a text does not convert, by the rule that makes its cell NULL in the case table.
+// Null if a text converts to no number, by the rule that makes its cell NULL in the case table.
 template <class Array, class Value> vtkSmartPointer<Array> makeNumbers(const Texts& texts)
 {
     auto array = makeArray<Array>(texts.size());
@@ -80,8 +80,8 @@ vtkSmartPointer<vtkAbstractArray> makeColumn(Column::Kind kind, const Texts& tex
     return numbers != nullptr ? numbers : makeStrings(texts);
 }
 
-// The toolkit's writer puts names between the quotes of an attribute as they are, and its reader
-// takes the first ">" for the end of the element.
+// A name that survives as an attribute: VTK's writer puts it between quotes as it is, and VTK's
+// reader takes the first ">" for the end of the element.
 std::string attributeText(const std::string& name)
 {
     std::string text;
@@ -129,7 +129,8 @@ vtkSmartPointer<vtkTable> makeTable(const Report& report)
     return table;
 }
 
-// The toolkit tells of a failure at length on standard error; here it is one line.
+// Keeps VTK from telling at length on standard error of a failure, of which the user hears in one
+// line.
 class WarningsOff {
 public:
     WarningsOff() { vtkObject::GlobalWarningDisplayOff(); }
@@ -159,7 +160,8 @@ void writeVtt(const Report& report, Output& output)
     bool isWritten = false;
     try {
         isWritten = writer->Write() != 0 && writer->GetErrorCode() == 0;
-    } catch (const std::runtime_error&) { // The threads that it starts cannot be had.
+    } catch (const std::runtime_error&) {
+        // The system has no thread left for those that the writer starts.
     }
     const std::string text = writer->GetOutputString();
     // The writer may run out of memory and say nothing.

@@ -6,14 +6,13 @@ namespace casetable {
 class Output;
 struct Report;
 
-/// Writes the report as an XML table of the visualisation toolkit, by the toolkit's own writer:
-/// indices as integers, a number column in which every cell converts to a number as doubles, every
-/// other column as strings of exactly the bytes that they hold. A tag's files are a CSV record, as
-/// in writeCsv(). Names are made printable, with `"`, `&`, `<` and `>` escaped as well, and then
-/// unique.
+/// Writes the report as an XML table of VTK, by VTK's own writer. Indices are integers. Number
+/// values are doubles if every cell of their column converts to a number. Every other column is of
+/// strings, with the bytes as they are; that of a tag holds CSV records of files, as in writeCsv().
+/// Names are made printable, with `"`, `&`, `<` and `>` escaped too, and then unique.
 ///
-/// Holds the whole table in memory. Throws Failure with ExitCode::OutputFailed when the toolkit's
-/// writer fails.
+/// Holds the whole table in memory. Throws Failure with ExitCode::OutputFailed when VTK's writer
+/// fails, and what Output::write() and Report::row throw.
 void writeVtt(const Report& report, Output& output);
 
 } // namespace casetable

@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include "casetable/system/Text.h"
+#include "casetable/system/Printable.h"
 #include "crawler/CrawlerBasicImporterParser.h"
 #include "host/AuxFileInfoInterface.h"
 #include "tests/crawler/PlainMatching.h"

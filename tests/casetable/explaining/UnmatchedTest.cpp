@@ -169,74 +169,74 @@ TEST(Unmatched, IsSummedUpPerMarkerMostFirst)
               "marker 'P' failed for 3 files, 'T' failed for 1 file, 'Q' failed for 1 file");
 }
 
-TEST(Unmatched, HasALikelyCauseWhereAMarkerStandsInNoPathAsItShould)
+TEST(Unmatched, HasALikelyReasonWhereAMarkerStandsInNoPathAsItShould)
 {
     const auto number = MetadataPattern::NumberValue;
-    const auto cause = [](const std::vector<std::string>& files, const Patterns& patterns) {
-        return likelyCause(Importing(files, patterns).importer, patterns, "Runs/[a]");
+    const auto reason = [](const std::vector<std::string>& files, const Patterns& patterns) {
+        return likelyReason(Importing(files, patterns).importer, patterns, "Runs/[a]");
     };
 
-    EXPECT_EQ(cause({"x", "P1/T2"}, {{"T", number}, {"P", number}}), "");
-    EXPECT_EQ(cause({"P1/T2", "P1/T3", "x"}, {{"T", number}, {"P", number}}),
+    EXPECT_EQ(reason({"x", "P1/T2"}, {{"T", number}, {"P", number}}), "");
+    EXPECT_EQ(reason({"P1/T2", "P1/T3", "x"}, {{"T", number}, {"P", number}}),
               "'P' stands in front of 'T' in P1/T2, and markers go from left to right");
-    EXPECT_EQ(cause({"T300/x"}, {{"T", number}, {"T", number}}),
+    EXPECT_EQ(reason({"T300/x"}, {{"T", number}, {"T", number}}),
               "'T' stands in T300/x only where the marker before begins");
-    EXPECT_EQ(cause({"Mach1"}, {{"Mach", number}, {"M", number}}),
+    EXPECT_EQ(reason({"Mach1"}, {{"Mach", number}, {"M", number}}),
               "'M' stands in Mach1 only where the marker before begins");
-    EXPECT_EQ(cause({"x", "MACH1"}, {{"Mach", number}}),
+    EXPECT_EQ(reason({"x", "MACH1"}, {{"Mach", number}}),
               "'Mach' is written with other letters, large or small, in MACH1");
-    EXPECT_EQ(cause({"a-t-5", "tx/t-.5"}, {{"T-", number}}),
+    EXPECT_EQ(reason({"a-t-5", "tx/t-.5"}, {{"T-", number}}),
               "'T-' is written with other letters, large or small, in a-t-5");
-    EXPECT_EQ(cause({"zelle 01"}, {{"Zelle", number}}),
+    EXPECT_EQ(reason({"zelle 01"}, {{"Zelle", number}}),
               "'Zelle' is written with other letters, large or small, in zelle 01");
-    EXPECT_EQ(cause({"tx"}, {{"T", MetadataPattern::StringValue}}),
+    EXPECT_EQ(reason({"tx"}, {{"T", MetadataPattern::StringValue}}),
               "'T' is written with other letters, large or small, in tx");
-    EXPECT_EQ(cause({"y", "Tx", "Ty"}, {{"T", number}}),
+    EXPECT_EQ(reason({"y", "Tx", "Ty"}, {{"T", number}}),
               "'T' has no value in Tx, and --explain tells why");
-    EXPECT_EQ(cause({"Tx", "t1"}, {{"T", number}}),
+    EXPECT_EQ(reason({"Tx", "t1"}, {{"T", number}}),
               "'T' is written with other letters, large or small, in t1");
-    EXPECT_EQ(cause({"x"}, {{"Runs", number}}),
+    EXPECT_EQ(reason({"x"}, {{"Runs", number}}),
               "'Runs' stands in Runs/[a], but only the paths below it are read");
-    EXPECT_EQ(cause({"x"}, {{"Runs/[a]/", number}}),
+    EXPECT_EQ(reason({"x"}, {{"Runs/[a]/", number}}),
               "'Runs/[a]/' stands in Runs/[a], but only the paths below it are read");
-    EXPECT_EQ(cause({"x"}, {{"T*", number}}), "a marker is a literal text, without wildcards");
-    EXPECT_EQ(cause({"x"}, {{"T?_", number}}), "a marker is a literal text, without wildcards");
+    EXPECT_EQ(reason({"x"}, {{"T*", number}}), "a marker is a literal text, without wildcards");
+    EXPECT_EQ(reason({"x"}, {{"T?_", number}}), "a marker is a literal text, without wildcards");
 }
 
 TEST(Unmatched, TakesASingleLetterForAMarkerWithOtherLettersWhereANumberFollows)
 {
     const Patterns patterns = {{"t", MetadataPattern::NumberValue}};
-    const auto cause = [&](const std::string& file) {
-        return likelyCause(Importing({file}, patterns).importer, patterns, "runs");
+    const auto reason = [&](const std::string& file) {
+        return likelyReason(Importing({file}, patterns).importer, patterns, "runs");
     };
 
     for (const std::string file : {"a/T5", "a/T-5", "a/T+5", "a/T.5", "a/T-.5", "a/T+.5", "Tx/T5"})
-        EXPECT_EQ(cause(file), "'t' is written with other letters, large or small, in " + file);
+        EXPECT_EQ(reason(file), "'t' is written with other letters, large or small, in " + file);
     for (const std::string file : {"a/T", "a/Tx", "a/T-", "a/T+", "a/T+-5", "a/T.", "a/T-.x"})
-        EXPECT_EQ(cause(file), "") << file;
+        EXPECT_EQ(reason(file), "") << file;
 }
 
-TEST(Unmatched, HasALikelyCauseAlsoBesideFilesThatMatch)
+TEST(Unmatched, HasALikelyReasonAlsoBesideFilesThatMatch)
 {
     const Patterns patterns = {{"Temp", MetadataPattern::NumberValue}};
-    const auto cause = [&](const std::vector<std::string>& files) {
-        return likelyCause(Importing(files, patterns).importer, patterns, "Temp");
+    const auto reason = [&](const std::vector<std::string>& files) {
+        return likelyReason(Importing(files, patterns).importer, patterns, "Temp");
     };
 
-    EXPECT_EQ(cause({"Temp1", "a", "temp2"}),
+    EXPECT_EQ(reason({"Temp1", "a", "temp2"}),
               "'Temp' is written with other letters, large or small, in temp2");
-    EXPECT_EQ(cause({"Temp1", "a"}), "");
+    EXPECT_EQ(reason({"Temp1", "a"}), "");
 }
 
-TEST(Unmatched, HasNoLikelyCauseWhereNothingIsAlike)
+TEST(Unmatched, HasNoLikelyReasonWhereNothingIsAlike)
 {
     const auto number = MetadataPattern::NumberValue;
-    const auto cause = [](const std::vector<std::string>& files, const Patterns& patterns) {
-        return likelyCause(Importing(files, patterns).importer, patterns, "results");
+    const auto reason = [](const std::vector<std::string>& files, const Patterns& patterns) {
+        return likelyReason(Importing(files, patterns).importer, patterns, "results");
     };
 
-    EXPECT_EQ(cause({"x", "y"}, {{"P", number}}), "");
-    EXPECT_EQ(cause({"tx", "t", "t-x"}, {{"T", number}}), "");
+    EXPECT_EQ(reason({"x", "y"}, {{"P", number}}), "");
+    EXPECT_EQ(reason({"tx", "t", "t-x"}, {{"T", number}}), "");
 }
 
 } // namespace tests

@@ -309,13 +309,13 @@ TEST(FileList, ShowsNoMoreOfALongPathThanItsBeginning)
                   "...: the path is absolute; list files relative to one folder");
 }
 
-TEST(FileList, DoubtsWhatIsProbablyNotMeantAndKeepsIt)
+TEST(FileList, WarnsOfWhatIsProbablyNotMeantAndKeepsIt)
 {
-    const auto doubts = [](const std::string& text, bool nullSeparated) {
+    const auto warnings = [](const std::string& text, bool nullSeparated) {
         FileList list("list", nullSeparated);
         list.append(text);
         list.finish();
-        return list.doubts();
+        return list.warnings();
     };
     const std::string mark = "list: the byte order mark is taken as a part of the first path";
     const std::string returns =
@@ -323,18 +323,18 @@ TEST(FileList, DoubtsWhatIsProbablyNotMeantAndKeepsIt)
     const std::string quotes = "list: quotes around paths are taken as parts of "
                                "them; with --null a lister need not quote, as with -z or -print0";
 
-    EXPECT_EQ(doubts("\xef\xbb\xbf"
-                     "a\n",
-                     false),
+    EXPECT_EQ(warnings("\xef\xbb\xbf"
+                       "a\n",
+                       false),
               Texts({mark}));
-    EXPECT_EQ(doubts("a\r\nb\r\n", false), Texts({returns}));
-    EXPECT_EQ(doubts("a\n\"b c\"\n", false), Texts({quotes}));
-    EXPECT_EQ(doubts("\xef\xbb\xbf\"a\"\r\n", false), Texts({mark, returns}));
+    EXPECT_EQ(warnings("a\r\nb\r\n", false), Texts({returns}));
+    EXPECT_EQ(warnings("a\n\"b c\"\n", false), Texts({quotes}));
+    EXPECT_EQ(warnings("\xef\xbb\xbf\"a\"\r\n", false), Texts({mark, returns}));
     EXPECT_EQ(walked("a/b\r\nb\r\n"), Texts({"a/b\r", "b\r"}));
 
-    EXPECT_EQ(doubts("", false), Texts());
-    EXPECT_EQ(doubts("a\r\nb\n\"\n\"c\nd\"\n\xef\xbb\xbf\n", false), Texts());
-    EXPECT_EQ(doubts(std::string("a\r\0\"b\"\0", 7), true), Texts());
+    EXPECT_EQ(warnings("", false), Texts());
+    EXPECT_EQ(warnings("a\r\nb\n\"\n\"c\nd\"\n\xef\xbb\xbf\n", false), Texts());
+    EXPECT_EQ(warnings(std::string("a\r\0\"b\"\0", 7), true), Texts());
 }
 
 TEST(FileList, IsTheSameHoweverItsTextIsCut)

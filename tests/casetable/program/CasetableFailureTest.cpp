@@ -27,7 +27,7 @@ TEST(CasetableExitCode, IsOneWhenNoFileMatchedWithALineOnEachFailedMarker)
              "value in T1/Px, and --explain tells why; --unmatched lists them"));
 }
 
-TEST(CasetableExitCode, IsOneWithTheLikelyCauseWhereThereIsOne)
+TEST(CasetableExitCode, IsOneWithTheLikelyReasonWhereThereIsOne)
 {
     const TemporaryTree tree({"results/a/T1"});
 

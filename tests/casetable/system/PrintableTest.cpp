@@ -1,4 +1,4 @@
-#include "casetable/system/Text.h"
+#include "casetable/system/Printable.h"
 
 #include <clocale>
 #include <string>
@@ -25,7 +25,7 @@ void expectPrinted(const std::vector<Printed>& rows)
 
 } // namespace
 
-TEST(Text, PrintsOrdinaryTextAsItIs)
+TEST(Printable, PrintsOrdinaryTextAsItIs)
 {
     for (const std::string text :
          {"", "plain", "two words ", "C:\\path\\n", "\"'`$%{}", "\xc3\xa4\xc3\x9f", "\xe2\x82\xac",
@@ -34,7 +34,7 @@ TEST(Text, PrintsOrdinaryTextAsItIs)
         EXPECT_EQ(printable(text), text);
 }
 
-TEST(Text, EscapesControlCharacters)
+TEST(Printable, EscapesControlCharacters)
 {
     expectPrinted({{"a\nb\rc\td", "a\\nb\\rc\\td"},
                    {"\x1b[31m", "\\x1b[31m"},
@@ -43,7 +43,7 @@ TEST(Text, EscapesControlCharacters)
                    {"\xc2\x80\xc2\x85\xc2\x9b\xc2\x9f", "\\u{80}\\u{85}\\u{9b}\\u{9f}"}});
 }
 
-TEST(Text, EscapesFormatCharactersAndLineSeparators)
+TEST(Printable, EscapesFormatCharactersAndLineSeparators)
 {
     expectPrinted({{"\xc2\xad", "\\u{ad}"},            // Soft hyphen.
                    {"\xe2\x80\x8b", "\\u{200b}"},      // Zero-width space.
@@ -56,14 +56,14 @@ TEST(Text, EscapesFormatCharactersAndLineSeparators)
                    {"\xe2\x80\xa8\xe2\x80\xa9", "\\u{2028}\\u{2029}"}});
 }
 
-TEST(Text, EscapesCodePointsWithoutAMeaningOfTheirOwn)
+TEST(Printable, EscapesCodePointsWithoutAMeaningOfTheirOwn)
 {
     expectPrinted({{"\xcd\xb8", "\\u{378}"},              // Unassigned.
                    {"\xee\x80\x80", "\\u{e000}"},         // For private use.
                    {"\xf4\x8f\xbf\xbd", "\\u{10fffd}"}}); // For private use.
 }
 
-TEST(Text, EscapesEachByteThatIsNotUtf8)
+TEST(Printable, EscapesEachByteThatIsNotUtf8)
 {
     expectPrinted({{"\xff\xfe", "\\xff\\xfe"},
                    {"a\x80z", "a\\x80z"},                        // Continuation alone.
@@ -82,7 +82,7 @@ TEST(Text, EscapesEachByteThatIsNotUtf8)
                    {"\xff\xc3\xa4\xff", "\\xff\xc3\xa4\\xff"}});
 }
 
-TEST(Text, PrintsEveryByteAndPairOfBytesSafely)
+TEST(Printable, PrintsEveryByteAndPairOfBytesSafely)
 {
     for (int first = 0; first < 256; ++first) {
         for (int second = 0; second < 256; ++second) {
@@ -96,7 +96,7 @@ TEST(Text, PrintsEveryByteAndPairOfBytesSafely)
     }
 }
 
-TEST(Text, TakesTheColumnsThatATerminalGivesIt)
+TEST(Printable, TakesTheColumnsThatATerminalGivesIt)
 {
     struct Row {
         const char* text;
@@ -108,7 +108,7 @@ TEST(Text, TakesTheColumnsThatATerminalGivesIt)
         EXPECT_EQ(displayWidth(row.text), row.width) << row.text;
 }
 
-TEST(Text, LeavesTheLanguageOfTheThreadAsItWas)
+TEST(Printable, LeavesTheLanguageOfTheThreadAsItWas)
 {
     const locale_t before = uselocale(nullptr);
 
@@ -117,7 +117,7 @@ TEST(Text, LeavesTheLanguageOfTheThreadAsItWas)
     EXPECT_EQ(uselocale(nullptr), before);
 }
 
-TEST(Text, FitsByWholeCharacters)
+TEST(Printable, FitsByWholeCharacters)
 {
     struct Row {
         std::string_view text;

@@ -1,4 +1,4 @@
-#include "casetable/system/Text.h"
+#include "casetable/system/Printable.h"
 
 #include <clocale>
 #include <cstdio>
@@ -50,7 +50,8 @@ std::string escaped(char32_t codePoint)
     }
 }
 
-// The width of a character does not depend on the user's language, only on the encoding.
+// The width of a character in columns. It depends on the encoding alone, not on the user's
+// language, so a fixed locale will do.
 std::size_t characterWidth(char32_t codePoint)
 {
     static const locale_t utf8 = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
