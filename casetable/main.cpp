@@ -13,7 +13,7 @@
 #include "casetable/importing/Report.h"
 #include "casetable/listing/Listing.h"
 #include "casetable/options/Options.h"
-#include "casetable/suggesting/SuggestMarkers.h"
+#include "casetable/suggesting/Suggest.h"
 #include "casetable/system/Console.h"
 #include "casetable/system/ExitCode.h"
 #include "casetable/system/Interrupt.h"
@@ -84,7 +84,7 @@ ExitCode run(const Options& options, Console& console)
         spareList(*options.output, *options.source.list);
     Listing listing(options.source, console);
     if (options.mode == Mode::Suggest)
-        return suggestMarkers(options, listing, output, console);
+        return suggest(options, listing, output, console);
     return importTable(options, listing, output, console);
 }
 
