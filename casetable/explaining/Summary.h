@@ -30,8 +30,7 @@ void remarkOnEnding(const std::string& output, Console& console);
 /// `hiddenLeftOut` is the number of hidden entries that were left out. `showsUnmatched` says that
 /// the output lists the unmatched files, so that they are not pointed to.
 ///
-/// Returns Cases if there are cases, whatever the output lists, and otherwise NoCases. Throws
-/// MatchError.
+/// Returns Cases if there are cases, whatever the output lists, and otherwise NoCases.
 ExitCode summarize(const Import& import, const Reading& reading, const Source& source,
                    std::size_t hiddenLeftOut, bool showsUnmatched, Console& console);
 

@@ -41,7 +41,7 @@ public:
 
 private:
     bool isMatch(std::string_view path, bool isFolder) const;
-    bool matchesPath(const std::vector<std::string>& components) const;
+    bool matchesPath(const std::vector<std::string>& path) const;
 
     std::string text_;
     std::vector<std::string> components_;

@@ -97,13 +97,12 @@ Reading readingOf(const CommandLine& line)
 void take(Options& options, const Option& option, const std::string& value)
 {
     switch (option.id) {
-    case OptionId::Help:
+    case OptionId::Help: // parseOptions() answers these two itself.
     case OptionId::Version:
-        break; // parseOptions() answers them itself.
-    case OptionId::String:
+    case OptionId::String: // readingOf() takes these three together.
     case OptionId::Number:
     case OptionId::Template:
-        break; // readingOf() takes them together.
+        break;
     case OptionId::Aux:
         options.identifiers.push_back(parseIdentifier(option, value));
         break;
