@@ -175,13 +175,11 @@ are at level 1.
          "",
          once,
          none,
-         "Propose the markers, as a command line to run",
-         R"(Propose the markers: print the command line to run, with a sample of the values, and how many files it
-would match and how many cases it would make.
-Where the paths differ at their very beginning, and no marker can stand there, the line for the
-folder above as
-.I ROOT
-is printed too.
+         "Propose templates, as a command line to run",
+         R"(Propose templates: print the command line to run, and what it gives: a line for each column with a
+sample of its values, the files that each template reads where there are several, how many files are
+read and how many cases they make. The counts are those of a real import; to find the templates, a
+sample of the paths is looked at.
 )",
          {Id::String, Id::Number, Id::Template, Id::Aux, Id::Format, Id::Files, Id::Unmatched,
           Id::Explain}},
