@@ -9,10 +9,11 @@
 
 namespace casetable {
 
-/// Remarks on values that probably end earlier than was meant, a line for each marker that has
-/// such: texts that end at a "." though the next marker is farther on, and numbers that end at a
-/// "," or "." with digits behind it. Reads all matched files of the importer; `patterns` is the
-/// list last applied to it.
+/// Remarks on values that were probably meant otherwise, each with the number of files and one of
+/// them: texts that end at a "." though the next marker is farther on; numbers that end at a ",",
+/// "." or "p" with digits behind it; numbers that all begin with a "-" which may be a separator;
+/// and number markers of which no value converts. Reads all matched files of the importer;
+/// `patterns` is the list last applied to it.
 std::vector<std::string> remarks(const MetadataFileCrawler& importer,
                                  const std::vector<MetadataPattern>& patterns);
 

@@ -4,6 +4,7 @@
 #include <cctype>
 #include <iterator>
 #include <numeric>
+#include <set>
 #include <string_view>
 #include <utility>
 
@@ -12,17 +13,81 @@
 
 namespace casetable {
 
+const std::string otherReading = "; --suggest finds templates, and -t reads by them";
+
 namespace {
+
+using Reason = UnmatchedFile::Reason;
 
 // The importer reads no value from a path in which a marker is not found, and does not tell which
 // marker that was.
 UnmatchedFile unmatchedFile(const MetadataFileCrawler& importer,
                             const std::vector<MetadataPattern>& patterns, const std::string& path)
 {
-    const std::size_t found = reading::markerPositions(path, patterns).size();
-    if (found < patterns.size())
-        return {path, found, false};
-    return {path, importer.metadataInfoList(path).size(), true};
+    const std::vector<std::size_t> positions = reading::markerPositions(path, patterns);
+    if (positions.size() < patterns.size())
+        return {path, positions.size(), Reason::NotFound};
+    const std::size_t k = importer.metadataInfoList(path).size();
+    const std::size_t markerEnd = positions[k] + patterns[k].pattern.size();
+    const bool isLast = k + 1 == patterns.size();
+    const std::size_t end = isLast ? path.size() : positions[k + 1];
+    if (end < markerEnd)
+        return {path, k, Reason::NextInside};
+    const std::string_view segment =
+        std::string_view(path).substr(positions[k], end - positions[k]);
+    const bool isOne = patterns[k].valueType != MetadataPattern::NumberValue &&
+                       reading::lengthWithoutExtensions(segment) == patterns[k].pattern.size() + 1;
+    return {path, k, isOne ? Reason::OneCharacter : Reason::NoValue};
+}
+
+// As --unmatched says it.
+std::string reasonText(const UnmatchedFile& file, const std::vector<MetadataPattern>& patterns)
+{
+    switch (file.reason) {
+    case Reason::NotFound:
+        return "not found";
+    case Reason::OneCharacter:
+        return "one character, which is no value here" + otherReading;
+    case Reason::NextInside:
+        return "'" + patterns[file.metadataIndex + 1].pattern + "' is found inside it" +
+               otherReading;
+    case Reason::NoValue:
+        break;
+    }
+    return "no value";
+}
+
+// The ending of a path's last component, or its name where it has none.
+std::string_view endingOf(std::string_view path)
+{
+    const std::string_view name = path.substr(path.rfind('/') + 1);
+    return name.substr(std::min(name.rfind('.'), name.size()));
+}
+
+// Of the files for which the marker was the first that failed, those whose example tells most:
+// where others are matched, only files of their kinds; and where values are lost for want of room,
+// only the files that lose them.
+std::vector<UnmatchedFile> tellingFiles(const MetadataFileCrawler& importer,
+                                        std::vector<UnmatchedFile> files, std::size_t metadataIndex)
+{
+    std::set<std::string> kinds;
+    for (const auto& file : importer.identifiedAuxFiles())
+        kinds.insert(std::string(endingOf(file->filePath())));
+    const auto keepOnly = [&files](const auto& isKept) {
+        files.erase(std::remove_if(files.begin(), files.end(),
+                                   [&](const UnmatchedFile& file) { return !isKept(file); }),
+                    files.end());
+    };
+    keepOnly([&](const UnmatchedFile& file) {
+        return file.metadataIndex == metadataIndex &&
+               (kinds.empty() || kinds.count(std::string(endingOf(file.path))) > 0);
+    });
+    const auto hasLostValue = [](const UnmatchedFile& file) {
+        return file.reason == Reason::OneCharacter || file.reason == Reason::NextInside;
+    };
+    if (std::any_of(files.begin(), files.end(), hasLostValue))
+        keepOnly(hasLostValue);
+    return files;
 }
 
 // For each marker, the number of files for which it was the first that failed.
@@ -54,6 +119,26 @@ bool standsInOtherCase(const std::string& path, const MetadataPattern& pattern)
             reading::scanNumberValue(std::string_view(path), end) != reading::noValue)
             return true;
     }
+}
+
+// Why a marker that is found has no value, with the number of files of which that is true.
+std::string whyNoValue(const std::vector<UnmatchedFile>& files, const UnmatchedFile& example,
+                       const std::vector<MetadataPattern>& patterns)
+{
+    const std::string name = "'" + patterns[example.metadataIndex].pattern + "'";
+    const auto count =
+        std::count_if(files.begin(), files.end(), [&example](const UnmatchedFile& file) {
+            return file.reason == example.reason;
+        });
+    const std::string inFiles = " in " + std::to_string(count) + (count == 1 ? " file" : " files") +
+                                ", as in " + example.path;
+    if (example.reason == Reason::OneCharacter)
+        return "one character stands behind " + name + inFiles + ", which is no value there" +
+               otherReading;
+    if (example.reason == Reason::NextInside)
+        return "'" + patterns[example.metadataIndex + 1].pattern + "' is found inside " + name +
+               inFiles + otherReading;
+    return name + " has no value in " + example.path + ", and --explain tells why";
 }
 
 } // namespace
@@ -94,8 +179,7 @@ Report unmatchedReport(const MetadataFileCrawler& importer,
     report.row = [files = std::move(files), &patterns](std::size_t index) {
         const UnmatchedFile& file = files[index];
         Row row;
-        row.cells = {file.path, patterns[file.metadataIndex].pattern,
-                     file.markerFound ? "no value" : "not found"};
+        row.cells = {file.path, patterns[file.metadataIndex].pattern, reasonText(file, patterns)};
         return row;
     };
     return report;
@@ -131,14 +215,10 @@ std::string likelyReason(const MetadataFileCrawler& importer,
                                             failures.begin());
     const std::string& marker = patterns[k].pattern;
     const std::string name = "'" + marker + "'";
-    std::string withoutValue;
-    for (const UnmatchedFile& file : files) {
-        if (file.metadataIndex != k)
+    const std::vector<UnmatchedFile> telling = tellingFiles(importer, files, k);
+    for (const UnmatchedFile& file : telling) {
+        if (file.reason != Reason::NotFound)
             continue;
-        if (file.markerFound) {
-            withoutValue = withoutValue.empty() ? file.path : withoutValue;
-            continue;
-        }
         const std::size_t position = file.path.find(marker);
         if (position != std::string::npos &&
             position == reading::markerPositions(file.path, patterns).back())
@@ -149,8 +229,11 @@ std::string likelyReason(const MetadataFileCrawler& importer,
         if (standsInOtherCase(file.path, patterns[k]))
             return name + " is written with other letters, large or small, in " + file.path;
     }
-    if (!withoutValue.empty())
-        return name + " has no value in " + withoutValue + ", and --explain tells why";
+    const auto withoutValue =
+        std::find_if(telling.begin(), telling.end(),
+                     [](const UnmatchedFile& file) { return file.reason != Reason::NotFound; });
+    if (withoutValue != telling.end())
+        return whyNoValue(telling, *withoutValue, patterns);
     if (importer.hasCases())
         return "";
     if ((root + '/').find(marker) != std::string::npos)

@@ -11,15 +11,22 @@
 
 namespace casetable {
 
+/// What to put behind a sentence about values that markers lose.
+extern const std::string otherReading;
+
 /// A file that belongs to no case, and the reason.
 struct UnmatchedFile {
     /// Relative to the root.
     std::string path;
     /// The metadata index of the first marker that failed.
     std::size_t metadataIndex;
-    /// Whether that marker was found. If so, it has no value of its kind; if not, it does not stand
-    /// where it is searched for, behind the first byte of the marker before.
-    bool markerFound;
+    enum class Reason {
+        NotFound,     ///< It does not stand behind the first byte of the marker before.
+        NoValue,      ///< It is found, but has no value of its kind.
+        OneCharacter, ///< It is found, with a text of one character, which is no value there.
+        NextInside    ///< It is found, but so is the next marker, inside it.
+    };
+    Reason reason;
 };
 
 /// The paths of the importer's crawl result that belong to no case, in ascending byte order.

@@ -87,8 +87,8 @@ struct TemplateElement {
 /// A component begins first in the template or in a part, behind `/`, and behind a part that ends
 /// in `/`. Choices are made from left to right; the first that lets the rest fit counts. Parts
 /// directly behind `*` or `**` are looked for: `*[A][B]` first tries to reach `A`, with `B` behind
-/// it where that can be, then `B`, then neither. Where a wildcard that takes as much stands behind the
-/// parts, `*[A][B]*`, other bytes may stand between them too.
+/// it where that can be, then `B`, then neither. Where a wildcard that takes as much stands behind
+/// the parts, `*[A][B]*`, other bytes may stand between them too.
 ///
 /// Immutable; copies share what is costly, and threads may share one.
 class Template {

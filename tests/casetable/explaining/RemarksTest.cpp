@@ -22,6 +22,8 @@ Texts remarksOn(const Texts& files, const std::vector<MetadataPattern>& patterns
     return remarks(Importing(files, patterns).importer, patterns);
 }
 
+const std::string otherwise = "; --suggest finds templates, and -t reads by them";
+
 } // namespace
 
 TEST(Remarks, TellOfTextThatIsCutAtAPointInFrontOfTheNextMarker)
@@ -29,16 +31,41 @@ TEST(Remarks, TellOfTextThatIsCutAtAPointInFrontOfTheNextMarker)
     EXPECT_EQ(remarksOn({"P10.1bar_T20.csv", "P10.2bar_T20.csv", "Pxy_T20.csv"},
                         {{"P", text}, {"_T", number}}),
               Texts({"the value of 'P' ends at a '.' in 2 files, as in P10.1bar_T20.csv, which "
-                     "gives '10'"}));
+                     "gives '10'" +
+                     otherwise}));
 }
 
 TEST(Remarks, TellOfNumbersThatEndAtAPointOrCommaWithDigitsBehind)
 {
     EXPECT_EQ(remarksOn({"Mach0,70/v1.0.2", "Mach1/v2.0"}, {{"Mach", number}, {"v", number}}),
               Texts({"the value of 'Mach' ends at a ',' in 1 file, as in Mach0,70/v1.0.2, which "
-                     "gives '0'",
+                     "gives '0'" +
+                         otherwise,
                      "the value of 'v' ends at a '.' in 1 file, as in Mach0,70/v1.0.2, which gives "
-                     "'1.0'"}));
+                     "'1.0'" +
+                         otherwise}));
+    EXPECT_EQ(remarksOn({"M0p85/a", "M0p9/a", "M1/a"}, {{"M", number}}),
+              Texts({"the value of 'M' ends at a 'p' in 2 files, as in M0p85/a, which gives '0'" +
+                     otherwise}));
+}
+
+TEST(Remarks, TellOfSignsThatMayBeSeparatorsWhereAllNumbersHaveThem)
+{
+    EXPECT_EQ(remarksOn({"run-01/a", "run-02/a", "x"}, {{"run", number}}),
+              Texts({"the '-' behind 'run' is taken for a sign in 2 files, as in run-01/a, which "
+                     "gives '-01'" +
+                     otherwise}));
+    EXPECT_EQ(remarksOn({"AoA-2/a", "AoA2/a"}, {{"AoA", number}}), Texts());
+    EXPECT_EQ(remarksOn({"T_-1/a", "T_-2/a"}, {{"T_", number}}), Texts());
+}
+
+TEST(Remarks, TellOfNumberColumnsInWhichNoValueConverts)
+{
+    EXPECT_EQ(remarksOn({"h1d5/a", "h2D5/a"}, {{"h", number}}),
+              Texts({"no value of 'h' converts to a number in 2 files, as in h1d5/a, which gives "
+                     "'1d5'" +
+                     otherwise}));
+    EXPECT_EQ(remarksOn({"h1d5/a", "h2/a"}, {{"h", number}}), Texts());
 }
 
 TEST(Remarks, AreSilentWhereValuesEndAsUsual)

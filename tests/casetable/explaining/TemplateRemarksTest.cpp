@@ -54,12 +54,14 @@ TEST(TemplateRemarks, TellThatAPartWhichReadsLikeASetIsNone)
 
 TEST(TemplateRemarks, TellOfFilesInWhichSomethingElseHoldsTheBeginningOfAPart)
 {
-    EXPECT_EQ(remarksOn({"{a}[_run-{b:digits}].x"}, {"1_run-2.x", "3_run-x.x", "4_run-.x", "5.x"}),
-              Texts({"the optional part [_run-{b:digits}] is left out in 2 files in which {a} beside it "
-                     "holds its beginning, as in 3_run-x.x"}));
-    EXPECT_EQ(remarksOn({"{a}/**[_b{b:digits}].x"}, {"1/2_b3.x", "1/c_b/d.x"}),
-              Texts({"the optional part [_b{b:digits}] is left out in 1 file in which ** beside it holds "
-                     "its beginning, as in 1/c_b/d.x"}));
+    EXPECT_EQ(
+        remarksOn({"{a}[_run-{b:digits}].x"}, {"1_run-2.x", "3_run-x.x", "4_run-.x", "5.x"}),
+        Texts({"the optional part [_run-{b:digits}] is left out in 2 files in which {a} beside it "
+               "holds its beginning, as in 3_run-x.x"}));
+    EXPECT_EQ(
+        remarksOn({"{a}/**[_b{b:digits}].x"}, {"1/2_b3.x", "1/c_b/d.x"}),
+        Texts({"the optional part [_b{b:digits}] is left out in 1 file in which ** beside it holds "
+               "its beginning, as in 1/c_b/d.x"}));
 }
 
 TEST(TemplateRemarks, SayNothingOfBeginningsThatAreNoText)

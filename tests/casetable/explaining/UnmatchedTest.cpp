@@ -1,5 +1,6 @@
 #include "casetable/explaining/Unmatched.h"
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <random>
@@ -20,6 +21,7 @@ namespace tests {
 namespace {
 
 using Patterns = std::vector<MetadataPattern>;
+using Reason = UnmatchedFile::Reason;
 
 // The first marker that fails by the plain rules, and whether it was found; nothing for a match.
 // Throws as the matching does where a marker begins within the one before it and leaves that one no
@@ -39,6 +41,24 @@ std::optional<Failed> firstFailure(const std::string& path, const Patterns& patt
     if (plain::extract(record, patterns, positions))
         return std::nullopt;
     return Failed{record.infos.size(), true};
+}
+
+// Why a marker that is found has no value.
+Reason reasonWhereFound(const std::string& path, const Patterns& patterns, std::size_t k)
+{
+    std::vector<std::size_t> positions;
+    plain::locate(path, patterns, positions);
+    positions.resize(patterns.size());
+    positions.push_back(path.size());
+    const std::size_t begin = positions[k] + patterns[k].pattern.size();
+    if (positions[k + 1] < begin)
+        return Reason::NextInside;
+    const std::string segment = path.substr(positions[k], positions[k + 1] - positions[k]);
+    const std::string stripped = plain::withoutExtensions(segment);
+    return patterns[k].valueType == MetadataPattern::StringValue &&
+                   stripped.size() == patterns[k].pattern.size() + 1
+               ? Reason::OneCharacter
+               : Reason::NoValue;
 }
 
 class RandomText {
@@ -79,8 +99,7 @@ private:
 TEST(Unmatched, AgreesWithAPlainRestatementOfTheMatching)
 {
     RandomText random(20240607);
-    std::size_t found = 0;
-    std::size_t notFound = 0;
+    std::map<Reason, std::size_t> counts;
     std::size_t matching = 0;
     for (int round = 0; round < 3000; ++round) {
         const Patterns patterns = random.patterns();
@@ -100,8 +119,11 @@ TEST(Unmatched, AgreesWithAPlainRestatementOfTheMatching)
         std::vector<UnmatchedFile> expected;
         for (const std::string& file : files) {
             if (const std::optional<Failed> failed = firstFailure(file, patterns)) {
-                expected.push_back({file, failed->metadataIndex, failed->markerFound});
-                ++(failed->markerFound ? found : notFound);
+                const Reason reason = failed->markerFound
+                                          ? reasonWhereFound(file, patterns, failed->metadataIndex)
+                                          : Reason::NotFound;
+                expected.push_back({file, failed->metadataIndex, reason});
+                ++counts[reason];
             } else {
                 ++matching;
             }
@@ -112,11 +134,13 @@ TEST(Unmatched, AgreesWithAPlainRestatementOfTheMatching)
             SCOPED_TRACE(testing::PrintToString(expected[i].path));
             ASSERT_EQ(unmatched[i].path, expected[i].path);
             ASSERT_EQ(unmatched[i].metadataIndex, expected[i].metadataIndex);
-            ASSERT_EQ(unmatched[i].markerFound, expected[i].markerFound);
+            ASSERT_EQ(unmatched[i].reason, expected[i].reason);
         }
     }
-    EXPECT_GT(found, 500u);
-    EXPECT_GT(notFound, 500u);
+    EXPECT_GT(counts[Reason::NotFound], 500u);
+    EXPECT_GT(counts[Reason::NoValue], 500u);
+    EXPECT_GT(counts[Reason::OneCharacter], 50u);
+    EXPECT_GT(counts[Reason::NextInside], 5u);
     EXPECT_GT(matching, 500u);
 }
 
@@ -226,6 +250,26 @@ TEST(Unmatched, HasALikelyReasonAlsoBesideFilesThatMatch)
     EXPECT_EQ(reason({"Temp1", "a", "temp2"}),
               "'Temp' is written with other letters, large or small, in temp2");
     EXPECT_EQ(reason({"Temp1", "a"}), "");
+}
+
+TEST(Unmatched, TellsWhereMarkersLoseValuesAndInHowManyFiles)
+{
+    const auto number = MetadataPattern::NumberValue;
+    const auto text = MetadataPattern::StringValue;
+    const auto reason = [](const std::vector<std::string>& files, const Patterns& patterns) {
+        return likelyReason(Importing(files, patterns).importer, patterns, "results");
+    };
+    const std::string otherwise = "; --suggest finds templates, and -t reads by them";
+
+    EXPECT_EQ(
+        reason({"wing_AB_Mach_0.85_run_2.dat"}, {{"wing_", text}, {"Mach_", number}, {"_", text}}),
+        "'_' is found inside 'Mach_' in 1 file, as in wing_AB_Mach_0.85_run_2.dat" + otherwise);
+    EXPECT_EQ(
+        reason({"WELL_ab.cppipe", "well_A.tif", "well_B.tif", "well_CD.tif"}, {{"well_", text}}),
+        "one character stands behind 'well_' in 2 files, as in well_A.tif, which is no value "
+        "there" +
+            otherwise);
+    EXPECT_EQ(reason({"Mach1.vtu", "Mach2.vtu", "machine.c"}, {{"Mach", number}}), "");
 }
 
 TEST(Unmatched, HasNoLikelyReasonWhereNothingIsAlike)

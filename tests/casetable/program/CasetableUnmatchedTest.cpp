@@ -27,7 +27,17 @@ TEST(CasetableUnmatched, ListsAFileWhoseTextIsTooShort)
     const TemporaryTree tree({"results/run_P5.dat", "results/run_P55.dat"});
 
     EXPECT_EQ(run(tree, {"-s", "_P", "--unmatched", "results"}),
-              prints("path,marker,reason\r\nrun_P5.dat,_P,no value\r\n"));
+              prints("path,marker,reason\r\nrun_P5.dat,_P,\"one character, which is no value here; "
+                     "--suggest finds templates, and -t reads by them\"\r\n"));
+}
+
+TEST(CasetableUnmatched, ListsAFileInWhichTheNextMarkerIsFoundInsideOne)
+{
+    const TemporaryTree tree({"results/HPPC_5.csv"});
+
+    EXPECT_EQ(run(tree, {"-s", "HPPC_", "-s", "_", "--unmatched", "results"}).output,
+              "path,marker,reason\r\nHPPC_5.csv,HPPC_,\"'_' is found inside it; --suggest finds "
+              "templates, and -t reads by them\"\r\n");
 }
 
 TEST(CasetableUnmatched, IsEmptyWhenAllFilesMatch)
