@@ -22,22 +22,16 @@ bool isFree(const ShapeSlot& slot)
     return slot.kinds == freeKind;
 }
 
-// Words that people make up, "Sinnock-solid", are many; those of a code are few.
-bool isProse(const ShapeSlot& slot, const ShapeTexts& names)
-{
-    return slot.key.empty() && slot.kinds < againKind && slot.values.distinctWithoutDigits > 8 &&
-           8 * slot.values.distinctWithoutDigits > names.distinct.size();
-}
-
 // Both are values of one column.
 double costOfMatch(const ShapeSlot& a, const ShapeSlot& b)
 {
     const Kinds differences = a.kinds ^ b.kinds;
     if (a.key != b.key || isFree(a) || isFree(b) || (differences & emptyKind) != 0)
         return never;
-    if (differences == 0)
-        return a.values.letters != b.values.letters ? 0.5 : 0; // "z03" and "c1"
-    return !a.key.empty() || (differences & b.kinds) == 0 || differences == codeKinds ? 0 : 0.6;
+    if (!a.key.empty() || ((a.kinds | b.kinds) & ~codeKinds) == 0)
+        return 0;
+    // Beside a free column, words had better be in it.
+    return (differences & b.kinds) == 0 ? 0.02 : 0.6;
 }
 
 // The slot gets optional. Without a key it must have been seen in several names, else it is only a
@@ -49,7 +43,8 @@ double costOfGap(const ShapeSlot& slot, const ShapeComponent& component)
     if (!slot.key.empty())
         return 0.3;
     const bool isNumber = (slot.kinds & ~codeKinds) == 0;
-    const std::size_t least = isNumber ? 3 : 2 * slot.values.distinct.size();
+    const std::size_t least =
+        slot.values.isConstant() ? 2 : 3 * (isNumber ? 1 : slot.values.distinct.size());
     return isFree(slot) || component.texts.distinct.size() < least ? never : isNumber ? 0.5 : 0.7;
 }
 
@@ -60,23 +55,29 @@ struct Pair {
     bool isFree; // One column for all pairs that are free.
 };
 
+bool isOfStretch(const Pair& pair)
+{
+    return pair.isFree;
+}
+
 struct Alignment {
     double cost = never;
     std::vector<Pair> pairs;
 };
 
 // The cheapest way to lay the slots of both side by side, from a table of the costs of what is left
-// of both.
-Alignment alignSlots(const ShapeComponent& a, const ShapeComponent& b)
+// of both. What differs too much becomes one free column; words rather than numbers and keys.
+Alignment align(const ShapeComponent& a, const ShapeComponent& b)
 {
     struct Step {
         double cost;
         std::size_t takenA;
         std::size_t takenB;
+        bool isFree;
     };
     const std::size_t sizeA = a.slots.size();
     const std::size_t sizeB = b.slots.size();
-    std::vector<Step> steps((sizeA + 1) * (sizeB + 1), {never, 0, 0});
+    std::vector<Step> steps((sizeA + 1) * (sizeB + 1), {never, 0, 0, false});
     const auto at = [&](std::size_t i, std::size_t j) -> Step& {
         return steps[i * (sizeB + 1) + j];
     };
@@ -85,31 +86,51 @@ Alignment alignSlots(const ShapeComponent& a, const ShapeComponent& b)
         return (i == 0) == (j == 0) ? a.slots[i].separator == b.slots[j].separator
                                     : (i == 0 ? a.slots[i] : b.slots[j]).separator.empty();
     };
+    const bool isFreeAlready = std::any_of(a.slots.begin(), a.slots.end(), isFree) ||
+                               std::any_of(b.slots.begin(), b.slots.end(), isFree);
+    const auto countCodes = [](const std::vector<ShapeSlot>& slots, std::size_t i,
+                               std::size_t end) {
+        return std::count_if(slots.begin() + i, slots.begin() + end, [](const ShapeSlot& slot) {
+            return !slot.key.empty() || (slot.kinds & ~codeKinds) == 0;
+        });
+    };
     at(sizeA, sizeB).cost = 0;
     for (std::size_t i = sizeA + 1; i-- > 0;)
         for (std::size_t j = sizeB + 1; j-- > 0;) {
-            const auto offer = [&](double cost, std::size_t takenA, std::size_t takenB) {
+            const auto offer = [&](double cost, std::size_t takenA, std::size_t takenB,
+                                   bool isFree) {
                 cost += at(i + takenA, j + takenB).cost;
                 if (cost < at(i, j).cost)
-                    at(i, j) = {cost, takenA, takenB};
+                    at(i, j) = {cost, takenA, takenB, isFree};
             };
-            if (i < sizeA && j < sizeB && fit(i, j))
-                offer(costOfMatch(a.slots[i], b.slots[j]), 1, 1);
+            const bool doFit = i < sizeA && j < sizeB && fit(i, j);
+            if (doFit)
+                offer(costOfMatch(a.slots[i], b.slots[j]), 1, 1, false);
             if (i < sizeA)
-                offer(costOfGap(a.slots[i], a), 1, 0);
+                offer(costOfGap(a.slots[i], a), 1, 0, false);
             if (j < sizeB)
-                offer(costOfGap(b.slots[j], b), 0, 1);
+                offer(costOfGap(b.slots[j], b), 0, 1, false);
+            // As many are left behind it in both.
+            for (std::size_t left = 0; doFit && left < std::min(sizeA - i, sizeB - j); ++left)
+                offer((isFreeAlready ? 0 : 1.2) +
+                          0.1 * static_cast<double>(countCodes(a.slots, i, sizeA - left) +
+                                                    countCodes(b.slots, j, sizeB - left)),
+                      sizeA - left - i, sizeB - left - j, true);
         }
     Alignment result{at(0, 0).cost, {}};
     bool hasGapA = false;
     bool hasGapB = false;
     for (std::size_t i = 0, j = 0; result.cost < never && (i < sizeA || j < sizeB);) {
-        const Step& step = at(i, j);
-        const Pair pair{step.takenA > 0 ? &a.slots[i] : nullptr,
-                        step.takenB > 0 ? &b.slots[j] : nullptr, false};
-        hasGapA |= pair.b == nullptr && pair.a->key.empty() && !pair.a->isOptional;
-        hasGapB |= pair.a == nullptr && pair.b->key.empty() && !pair.b->isOptional;
-        result.pairs.push_back(pair);
+        const Step step = at(i, j);
+        const bool isMatch = step.takenA > 0 && step.takenB > 0 && !step.isFree;
+        hasGapA |= step.takenB == 0 && a.slots[i].key.empty() && !a.slots[i].isOptional;
+        hasGapB |= step.takenA == 0 && b.slots[j].key.empty() && !b.slots[j].isOptional;
+        if (isMatch)
+            result.pairs.push_back({&a.slots[i], &b.slots[j], false});
+        for (std::size_t k = i; k < i + step.takenA && !isMatch; ++k)
+            result.pairs.push_back({&a.slots[k], nullptr, step.isFree});
+        for (std::size_t k = j; k < j + step.takenB && !isMatch; ++k)
+            result.pairs.push_back({nullptr, &b.slots[k], step.isFree});
         i += step.takenA;
         j += step.takenB;
     }
@@ -117,45 +138,11 @@ Alignment alignSlots(const ShapeComponent& a, const ShapeComponent& b)
     return result;
 }
 
-// What agrees from the left and from the right is divided; what lies between is one column.
-Alignment alignEnds(const std::vector<ShapeSlot>& a, const std::vector<ShapeSlot>& b)
-{
-    const auto agree = [](const ShapeSlot& left, const ShapeSlot& right) {
-        const bool areWords = left.key.empty() && ((left.kinds | right.kinds) &
-                                                   (letterKind | mixedKind | otherKind)) != 0;
-        return left.separator == right.separator && !left.isOptional && !right.isOptional &&
-               costOfMatch(left, right) == 0 &&
-               (!areWords || left.values.distinct == right.values.distinct ||
-                !left.values.letters.empty());
-    };
-    const std::size_t most = std::min(a.size(), b.size()) - 1;
-    std::size_t left = 0;
-    while (left < most && agree(a[left], b[left]))
-        ++left;
-    std::size_t right = 0;
-    while (right < most - left && agree(a[a.size() - 1 - right], b[b.size() - 1 - right]))
-        ++right;
-    const bool isFreeAlready =
-        std::any_of(a.begin(), a.end(), isFree) || std::any_of(b.begin(), b.end(), isFree);
-    Alignment result{isFreeAlready ? 0 : 1.2, {}};
-    for (std::size_t i = 0; i < left; ++i)
-        result.pairs.push_back({&a[i], &b[i], false});
-    for (std::size_t i = left; i + right < a.size(); ++i)
-        result.pairs.push_back({&a[i], nullptr, true});
-    for (std::size_t j = left; j + right < b.size(); ++j)
-        result.pairs.push_back({nullptr, &b[j], true});
-    for (std::size_t i = right; i > 0; --i)
-        result.pairs.push_back({&a[a.size() - i], &b[b.size() - i], false});
-    return result;
-}
-
 // Constant text counts half.
 double countMatches(const Alignment& alignment)
 {
-    double matches = std::any_of(alignment.pairs.begin(), alignment.pairs.end(),
-                                 [](const Pair& pair) { return pair.isFree; })
-                         ? 0.5
-                         : 0;
+    const std::vector<Pair>& pairs = alignment.pairs;
+    double matches = std::any_of(pairs.begin(), pairs.end(), isOfStretch) ? 0.5 : 0;
     for (const Pair& pair : alignment.pairs)
         if (pair.a != nullptr && pair.b != nullptr)
             matches +=
@@ -165,15 +152,11 @@ double countMatches(const Alignment& alignment)
     return matches;
 }
 
-// One slot for those from `first` to before `last`. False where a path has nothing there, or
-// another separator in front.
-bool freeSlots(std::vector<ShapeSlot>& slots, std::size_t first, std::size_t last,
-               const std::vector<std::string_view>& texts)
+// One slot for those from `first` to before `last`.
+void freeSlots(std::vector<ShapeSlot>& slots, std::size_t first, std::size_t last)
 {
-    ShapeSlot free;
-    free.separator = slots[first].separator;
-    free.kinds = freeKind;
-    for (std::size_t path = 0; path < texts.size(); ++path) {
+    ShapeSlot free{slots[first].separator, {}, freeKind, false, {}};
+    for (std::size_t path = 0; path < slots[first].values.all.size(); ++path) {
         const char* begin = nullptr;
         const char* end = nullptr;
         for (std::size_t i = first; i < last; ++i) {
@@ -182,19 +165,11 @@ bool freeSlots(std::vector<ShapeSlot>& slots, std::size_t first, std::size_t las
                 begin = value.data() - slots[i].key.size();
             end = value.data() != nullptr ? value.data() + value.size() : end;
         }
-        if (begin == end)
-            return false;
-        const auto inFront = static_cast<std::size_t>(begin - texts[path].data());
-        const std::size_t length = free.separator.size();
-        if (inFront < length || (length == 0 && inFront > 0) ||
-            texts[path].substr(inFront - length, length) != free.separator)
-            return false;
         free.values.add({begin, static_cast<std::size_t>(end - begin)});
     }
     slots[first] = std::move(free);
     slots.erase(slots.begin() + static_cast<std::ptrdiff_t>(first) + 1,
                 slots.begin() + static_cast<std::ptrdiff_t>(last));
-    return true;
 }
 
 ShapeTexts joinTexts(ShapeTexts a, const ShapeTexts& b)
@@ -223,29 +198,24 @@ std::optional<ShapeComponent> joinComponents(const ShapeComponent& a, const Shap
         }
         slots.push_back(std::move(slot));
     }
-    const auto isOfStretch = [](const Pair& pair) { return pair.isFree; };
     const auto first = static_cast<std::size_t>(
         std::find_if(pairs.begin(), pairs.end(), isOfStretch) - pairs.begin());
     const auto count =
         static_cast<std::size_t>(std::count_if(pairs.begin(), pairs.end(), isOfStretch));
-    if (count > 0 && !freeSlots(slots, first, first + count, joined.texts.all))
-        return std::nullopt;
+    if (count > 0)
+        freeSlots(slots, first, first + count);
     if (joined.isOptional) {
         slots.front().isOptional = false;
         return slots.size() == 1 && !slots.front().key.empty()
                    ? std::optional<ShapeComponent>(std::move(joined))
                    : std::nullopt;
     }
-    // Where much is optional, or prose is, the parts say nothing.
-    const auto isProseHere = [&](const ShapeSlot& slot) { return isProse(slot, joined.texts); };
-    const auto isVague = [&](const ShapeSlot& slot) { return isLoose(slot) || isProseHere(slot); };
-    const auto loose = std::count_if(slots.begin(), slots.end(), isLoose);
-    if (loose > 3 || (loose > 0 && std::any_of(slots.begin(), slots.end(), isProseHere))) {
-        const auto begin = std::find_if(slots.begin(), slots.end(), isVague);
-        const auto end = std::find_if(slots.rbegin(), slots.rend(), isVague).base();
-        if (std::all_of(begin, end, [](const ShapeSlot& slot) { return slot.key.empty(); }))
-            freeSlots(slots, static_cast<std::size_t>(begin - slots.begin()),
-                      static_cast<std::size_t>(end - slots.begin()), joined.texts.all);
+    // Where much is optional, the parts say nothing.
+    if (std::count_if(slots.begin(), slots.end(), isLoose) > 3) {
+        const auto begin = std::find_if(slots.begin(), slots.end(), isLoose);
+        const auto end = std::find_if(slots.rbegin(), slots.rend(), isLoose).base();
+        freeSlots(slots, static_cast<std::size_t>(begin - slots.begin()),
+                  static_cast<std::size_t>(end - slots.begin()));
     }
     // A first part that may be missing is told from the next by the separator behind it.
     if (slots.front().isOptional && (slots.size() == 1 || slots[1].isOptional))
@@ -261,17 +231,13 @@ std::optional<MergedShape> mergeAligned(const Shape& shape, const Shape& other)
     for (std::size_t i = 0; i < shape.components.size() && cost < never; ++i) {
         const ShapeComponent& a = shape.components[i];
         const ShapeComponent& b = other.components[i];
-        alignments.push_back(alignSlots(a, b));
-        if (alignments.back().cost > 0 && !a.slots.empty() && !b.slots.empty()) {
-            Alignment ends = alignEnds(a.slots, b.slots);
-            // One name of a folder is as good as another.
-            const bool isFolder =
-                i + 1 < shape.components.size() && (a.texts.isConstant() || b.texts.isConstant());
-            if (ends.cost < alignments.back().cost) {
-                alignments.back() = std::move(ends);
-                alignments.back().cost *= isFolder ? 0.3 : 1;
-            }
-        }
+        alignments.push_back(align(a, b));
+        // One name of a folder is as good as another.
+        const bool isFolder =
+            i + 1 < shape.components.size() && (a.texts.isConstant() || b.texts.isConstant());
+        const std::vector<Pair>& pairs = alignments.back().pairs;
+        if (isFolder && std::any_of(pairs.begin(), pairs.end(), isOfStretch))
+            alignments.back().cost *= 0.3;
         cost += alignments.back().cost;
         matches += countMatches(alignments.back());
     }
@@ -288,6 +254,7 @@ std::optional<MergedShape> mergeAligned(const Shape& shape, const Shape& other)
         merged.shape.components[i] = std::move(*joined);
     }
     merged.shape.endings.insert(other.endings.begin(), other.endings.end());
+    merged.shape.names.insert(other.names.begin(), other.names.end());
     merged.shape.paths += other.paths;
     return merged;
 }
@@ -297,25 +264,22 @@ std::optional<MergedShape> mergeAligned(const Shape& shape, const Shape& other)
 void ShapeTexts::add(std::string_view text)
 {
     all.push_back(text);
-    if (text.data() == nullptr || !distinct.insert(text).second)
-        return;
-    distinctWithoutDigits += std::none_of(text.begin(), text.end(), isDigit) ? 1 : 0;
-    const std::size_t end = text.find_first_of("0123456789");
-    const bool isCode = end != std::string_view::npos &&
-                        std::all_of(text.begin(), text.begin() + end, isLetter) &&
-                        text.find_first_not_of("0123456789.", end) == std::string_view::npos;
-    const std::string_view front = isCode ? text.substr(0, end) : std::string_view();
-    letters = isConstant() || letters == front ? front : std::string_view();
+    if (text.data() != nullptr)
+        distinct.insert(text);
 }
 
 Shape::Shape(const PathClass& members) : paths(members.size())
 {
+    for (const DividedPath& member : members) {
+        const std::string_view stem = member.components.back();
+        endings.insert(member.ending);
+        names.insert({stem.data(), stem.size() + member.ending.size()});
+    }
     components.resize(members.front().parts.size());
     for (std::size_t i = 0; i < components.size(); ++i) {
         for (const NamePart& part : members.front().parts[i])
             components[i].slots.push_back({part.separator, part.key, part.kind, false, {}});
         for (const DividedPath& member : members) {
-            endings.insert(member.ending);
             components[i].texts.add(member.components[i]);
             for (std::size_t k = 0; k < components[i].slots.size(); ++k)
                 components[i].slots[k].values.add(member.parts[i][k].text);
@@ -325,12 +289,9 @@ Shape::Shape(const PathClass& members) : paths(members.size())
 
 std::optional<MergedShape> mergeShapes(const Shape& shape, const Shape& other)
 {
-    const auto isListed = [](const Shape& s) {
-        return s.components.back().slots.front().kinds == listedKind;
-    };
     const std::size_t size = shape.components.size();
     const std::size_t otherSize = other.components.size();
-    if (isListed(shape) != isListed(other) || size > otherSize + 1 || size + 1 < otherSize ||
+    if (size > otherSize + 1 || size + 1 < otherSize ||
         shape.endings.count({}) != other.endings.count({}))
         return std::nullopt;
     if (size == otherSize)

@@ -16,9 +16,6 @@ namespace casetable {
 struct ShapeTexts {
     std::vector<std::string_view> all;
     std::unordered_set<std::string_view> distinct;
-    std::size_t distinctWithoutDigits = 0;
-    /// The letters in front of a number in all of them ("B" of "B7" and "B14"), else empty.
-    std::string_view letters;
 
     void add(std::string_view text);
     bool isConstant() const { return distinct.size() == 1; }
@@ -44,6 +41,7 @@ struct ShapeComponent {
 struct Shape {
     std::vector<ShapeComponent> components;
     std::set<std::string_view> endings;
+    std::set<std::string_view> names; ///< Of files, with their endings.
     std::size_t paths;
 
     explicit Shape(const PathClass& members);

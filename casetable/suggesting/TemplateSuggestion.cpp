@@ -40,23 +40,6 @@ const std::size_t maxClasses = 300;
 const std::size_t maxShapes = 64;
 const std::size_t maxTemplates = 8;
 
-struct DraftColumn {
-    std::string key;   // what stands in front of it, may be empty
-    std::string place; // its name where there is no key
-    std::string type;  // with the ":" or "," in front
-    ShapeTexts values;
-};
-
-// A template without the names of its columns: text, and columns by their index.
-struct Draft {
-    struct Piece {
-        std::string text;
-        std::optional<std::size_t> column;
-    };
-    std::vector<Piece> pieces;
-    std::vector<DraftColumn> columns;
-};
-
 std::string escaped(std::string_view text)
 {
     std::string result;
@@ -120,191 +103,184 @@ std::vector<ShapeSlot> divideRuns(const ShapeSlot& slot)
     return haveSameTurns ? runs : std::vector<ShapeSlot>();
 }
 
+// Whether each name has an ending of its own, and comes again in many folders: they are the files
+// of one run, "flow.vtu" and "forces.dat".
+bool areListed(const Shape& shape)
+{
+    const ShapeTexts& stems = shape.components.back().texts;
+    return shape.endings.size() > 1 && shape.names.size() == stems.distinct.size() &&
+           shape.paths >= 3 * shape.names.size() &&
+           std::all_of(stems.distinct.begin(), stems.distinct.end(), [](std::string_view stem) {
+               return std::none_of(stem.begin(), stem.end(), isDigit);
+           });
+}
+
+// Writes the template of a shape.
 class Writer {
 public:
-    explicit Writer(const Shape& shape)
+    // `areNumbers` tells of the names in other templates, which are numbers in all or in none.
+    Writer(const Shape& shape, std::map<std::string, bool>& areNumbers) : areNumbers_(areNumbers)
     {
         for (const ShapeComponent& component : shape.components) {
             const bool isFile = &component == &shape.components.back();
             place_ = isFile ? "name" : "dir" + std::to_string(written_.size() + 1);
             isWhole_ = component.slots.size() == 1 &&
                        (!isFile || (shape.endings.size() == 1 && !shape.endings.count({})));
-            const std::size_t begin = draft_.pieces.size();
-            addText(component.isOptional ? "[" : "");
-            if (component.slots.front().kinds == listedKind && !component.texts.isConstant())
-                addText("*");
-            else
-                write(component);
-            written_.emplace_back(draft_.pieces.begin() + static_cast<std::ptrdiff_t>(begin),
-                                  draft_.pieces.end());
-            written_.back().push_back({component.isOptional ? "]" : "", {}});
-            addText(isFile ? "" : "/");
-            addText(component.isOptional ? "]" : "");
+            again_.clear();
+            add(component.isOptional ? "[" : "");
+            if (isFile && areListed(shape)) {
+                add("*");
+                return;
+            }
+            write(component);
+            written_.push_back(again_ + (component.isOptional ? "]" : ""));
+            add(isFile ? "" : component.isOptional ? "/]" : "/");
         }
-        addText(shape.endings.size() > 1 ? ".*" : escaped(*shape.endings.begin()));
+        add(shape.endings.size() > 1 ? ".*" : escaped(*shape.endings.begin()));
     }
 
-    Draft draft() { return std::move(draft_); }
+    const std::string& text() const { return text_; }
+
+    // Whether more than chance made the names of so many paths alike: numbers, the same file in
+    // many folders, or that they are a good share of all.
+    bool isRegular(std::size_t paths, std::size_t all) const
+    {
+        return !columns_.empty() && (hasNumbers_ || !hasNames_ ||
+                                     (paths >= 10 && paths * (hasFolders_ ? 20 : 2) >= all));
+    }
 
 private:
-    void addText(const std::string& text) { draft_.pieces.push_back({text, {}}); }
+    struct NamedColumn {
+        std::string name;
+        ShapeTexts values;
+    };
+
+    void add(const std::string& text)
+    {
+        text_ += text;
+        again_ += text;
+    }
 
     void write(const ShapeComponent& component)
     {
+        // A first part that may be missing has the separator behind it.
+        const bool isFirstOptional = component.slots.front().isOptional;
         std::string word;
-        for (const ShapeSlot& slot : component.slots) {
-            // A first part that may be missing has its separator behind it.
-            const bool isFirst = &slot == &component.slots.front();
-            const bool isBehindFirst = !isFirst && &slot == &component.slots[1];
-            addText(slot.isOptional ? "[" : "");
-            if (!isBehindFirst || !component.slots.front().isOptional)
-                addText(escaped(slot.separator));
-            addText(escaped(slot.key));
+        for (std::size_t i = 0; i < component.slots.size(); ++i) {
+            const ShapeSlot& slot = component.slots[i];
+            add(slot.isOptional ? "[" : "");
+            add(i == 1 && isFirstOptional ? "" : escaped(slot.separator));
+            add(escaped(slot.key));
             if (!slot.key.empty())
                 word = slot.key.substr(0, slot.key.size() - 1);
             write(slot, word, slot.isOptional || component.isOptional);
-            word = slot.values.isConstant() && !slot.isOptional && slot.kinds == letterKind
-                       ? std::string(*slot.values.distinct.begin())
-                       : "";
-            if (isFirst && slot.isOptional)
-                addText(escaped(component.slots[1].separator));
-            addText(slot.isOptional ? "]" : "");
+            const bool isWord = slot.values.isConstant() && slot.kinds == letterKind;
+            word = isWord && !slot.isOptional ? *slot.values.distinct.begin() : "";
+            add(i == 0 && isFirstOptional ? escaped(component.slots[1].separator) : "");
+            add(slot.isOptional ? "]" : "");
         }
     }
 
+    // `word` is what stands in front.
     void write(const ShapeSlot& slot, std::string word, bool isOptional)
     {
+        const std::string_view sample = *slot.values.distinct.begin();
         for (std::size_t i = 0; i < written_.size() && i < maxAgain; ++i)
-            if (slot.kinds == againKind << i) {
-                draft_.pieces.insert(draft_.pieces.end(), written_[i].begin(), written_[i].end());
-                return;
-            }
+            if (slot.kinds == againKind << i)
+                return add(written_[i]);
         if (slot.values.isConstant() && !isOptional)
-            return addText(escaped(*slot.values.distinct.begin()));
+            return add(escaped(sample));
         if (slot.kinds == fixedKind) {
-            const std::string_view sample = *slot.values.distinct.begin();
             const bool isTime = sample.size() == 6 || sample.find_first_of("-:") == 2;
             const bool isDate = sample.substr(0, 2) == "19" || sample.substr(0, 2) == "20";
             word = isTime ? "time" : isDate && sample.size() < 30 ? "date" : "id";
         }
         const bool isDivided = slot.kinds < fixedKind && slot.kinds != numberKind;
         const std::vector<ShapeSlot> runs = isDivided ? divideRuns(slot) : std::vector<ShapeSlot>();
-        if (runs.size() < 2 || find(slot.values) || !isCode(slot, runs))
+        if (runs.size() < 2 || find(slot.values) != nullptr || !isCode(slot, runs))
             return addColumn(word, typeOf(slot.values, slot.kinds, false), slot.values);
         for (std::size_t i = 0; i < runs.size(); ++i) {
+            const std::string text(*runs[i].values.distinct.begin());
             const bool isLast = i + 1 == runs.size();
-            const bool isText = runs[i].kinds == letterKind || !isOptional;
-            if (runs[i].values.isConstant() && isText) {
-                addText(std::string(*runs[i].values.distinct.begin()));
-                word = isLetter(addedText().back()) ? addedText() : "";
+            const bool isLetters = runs[i].kinds == letterKind;
+            if (runs[i].values.isConstant() && (isLetters || !isOptional)) {
+                add(text);
+                word = isLetters ? text : "";
                 continue;
             }
-            // "20K": the unit behind it.
             if (word.empty() && !isLast && runs[i + 1].values.isConstant())
-                word = *runs[i + 1].values.distinct.begin();
-            const bool isLastOfWord = isLast && slot.kinds == letterKind;
-            addColumn(word, typeOf(runs[i].values, runs[i].kinds, !isLastOfWord), runs[i].values);
+                word = *runs[i + 1].values.distinct.begin(); // "20K": the unit
+            const bool isRun = !isLast || slot.kinds != letterKind;
+            addColumn(word, typeOf(runs[i].values, runs[i].kinds, isRun), runs[i].values);
             word.clear();
         }
     }
 
-    const std::string& addedText() const { return draft_.pieces.back().text; }
-
     // Whether columns of the runs tell more than one of the slot: all letters are the same or
-    // known, or rows of a grid ("B03").
+    // known, but for the last of "wingA", or are the rows of a grid, "B03".
     bool isCode(const ShapeSlot& slot, const std::vector<ShapeSlot>& runs) const
     {
         const std::size_t all = slot.values.distinct.size();
         const std::size_t first = runs[0].values.distinct.size();
         const bool isGrid = runs.size() == 2 && runs[0].kinds == letterKind && all >= 2 * first &&
                             first * runs[1].values.distinct.size() <= 2 * all;
-        // The last may vary: "wingA".
         return isGrid || std::all_of(runs.begin(), runs.end(), [&](const ShapeSlot& run) {
-                   return run.kinds == numberKind || run.values.isConstant() || find(run.values) ||
+                   return run.kinds == numberKind || run.values.isConstant() ||
+                          find(run.values) != nullptr ||
                           (&run == &runs.back() && slot.kinds == letterKind);
                });
     }
 
     // The column that has these values wherever there are any. Few may be the same by chance.
-    std::optional<std::size_t> find(const ShapeTexts& values) const
+    const NamedColumn* find(const ShapeTexts& values) const
     {
         const std::size_t distinct = values.distinct.size();
-        for (std::size_t i = 0; i < draft_.columns.size(); ++i)
-            if ((distinct > 2 || (distinct == 2 && values.all.size() >= 10)) &&
-                std::equal(values.all.begin(), values.all.end(),
-                           draft_.columns[i].values.all.begin(),
-                           [](std::string_view a, std::string_view b) {
-                               return a.data() == nullptr || (a == b && b.data() != nullptr);
-                           }))
-                return i;
-        return std::nullopt;
+        const bool isKnown = distinct > 2 || (distinct == 2 && values.all.size() >= 10);
+        const auto column =
+            std::find_if(columns_.begin(), columns_.end(), [&](const NamedColumn& candidate) {
+                return isKnown && std::equal(values.all.begin(), values.all.end(),
+                                             candidate.values.all.begin(),
+                                             [](std::string_view a, std::string_view b) {
+                                                 return a.data() == nullptr ||
+                                                        (a == b && b.data() != nullptr);
+                                             });
+            });
+        return column != columns_.end() ? &*column : nullptr;
     }
 
-    void addColumn(std::string word, std::string type, const ShapeTexts& values)
+    // The name is unique in the template and none of the table's own.
+    void addColumn(const std::string& word, const std::string& type, const ShapeTexts& values)
     {
-        const std::optional<std::size_t> known = find(values);
-        draft_.pieces.push_back({"", known.value_or(draft_.columns.size())});
-        if (known) {
-            std::string& key = draft_.columns[*known].key;
-            key = key.empty() ? word : key;
-            return;
-        }
-        // A whole component needs no type: "/" or the ending ends it.
-        type = type == ":word" && isWhole_ ? "" : type;
-        draft_.columns.push_back({word, place_, type, values});
-    }
-
-    Draft draft_;
-    std::vector<std::vector<Draft::Piece>> written_; // of each component
-    std::string place_;
-    bool isWhole_ = false;
-};
-
-// Whether more than chance made the names alike: numbers, the same file in many folders, or a good
-// share of all paths.
-bool isRegular(const Draft& draft, std::size_t paths, std::size_t all)
-{
-    bool hasNumbers = false;
-    bool hasFolders = false;
-    bool hasNames = false;
-    for (const DraftColumn& column : draft.columns) {
-        hasNumbers = hasNumbers || (!column.type.empty() && column.type != ":word");
-        hasFolders = hasFolders || column.place != "name";
-        hasNames = hasNames || column.place == "name";
-    }
-    return hasFolders + hasNames > 0 &&
-           (hasNumbers || !hasNames || (paths >= 10 && paths * (hasFolders ? 20 : 2) >= all));
-}
-
-// The template, with names that are unique in it and none of the table's own. `areNumbers` tells of
-// the names in the templates before, of which no one may be a number in some only.
-std::string textOf(const Draft& draft, std::map<std::string, bool>& areNumbers)
-{
-    std::set<std::string> used = {"case", "path", "files"};
-    std::vector<std::string> names;
-    for (const DraftColumn& column : draft.columns) {
-        const std::string base = column.key.empty() ? column.place : column.key;
-        const bool isNumber = column.type == ":number";
+        if (const NamedColumn* const known = find(values))
+            return add("{" + known->name + "}");
+        const std::string base = word.empty() ? place_ : word;
+        const bool isNumber = type == ":number";
         std::string name = base;
         for (int i = 2;
-             used.count(name) > 0 || areNumbers.emplace(name, isNumber).first->second != isNumber;
+             used_.count(name) > 0 || areNumbers_.emplace(name, isNumber).first->second != isNumber;
              ++i)
             name = base + "_" + std::to_string(i);
-        used.insert(name);
-        names.push_back(name);
+        used_.insert(name);
+        columns_.push_back({name, values});
+        // A whole component needs no type: "/" or the ending ends it.
+        text_ += "{" + name + (type == ":word" && isWhole_ ? "" : type) + "}";
+        again_ += "{" + name + "}";
+        hasNumbers_ = hasNumbers_ || (!type.empty() && type != ":word");
+        (place_ == "name" ? hasNames_ : hasFolders_) = true;
     }
-    std::string text;
-    std::set<std::size_t> written;
-    for (const Draft::Piece& piece : draft.pieces) {
-        text += piece.text;
-        if (piece.column)
-            text +=
-                "{" + names[*piece.column] +
-                (written.insert(*piece.column).second ? draft.columns[*piece.column].type : "") +
-                "}";
-    }
-    return text;
-}
+
+    std::map<std::string, bool>& areNumbers_;
+    std::set<std::string> used_ = {"case", "path", "files"};
+    std::vector<NamedColumn> columns_;
+    std::vector<std::string> written_; // of each component, where it comes again
+    std::string text_;
+    std::string again_;
+    std::string place_;
+    bool isWhole_ = false;
+    bool hasNumbers_ = false;
+    bool hasFolders_ = false;
+    bool hasNames_ = false;
+};
 
 // The classes, each merged with the one that it makes least vague; the largest first.
 std::vector<Shape> shapesOf(const std::vector<PathClass>& classes)
@@ -343,18 +319,17 @@ std::vector<std::string> suggestTemplates(const std::vector<std::string_view>& p
     for (const Shape& shape : shapesOf(takeCensus(left))) {
         if (templates.size() == maxTemplates || left.size() * 50 < all || shape.paths < least)
             break;
-        const Draft draft = Writer(shape).draft();
-        if (!isRegular(draft, shape.paths, all))
-            continue;
         std::map<std::string, bool> areNumbersThen = areNumbers;
-        const std::string text = textOf(draft, areNumbersThen);
-        Matcher matcher{Template(text)};
+        const Writer writer(shape, areNumbersThen);
+        if (!writer.isRegular(shape.paths, all))
+            continue;
+        Matcher matcher{Template(writer.text())};
         const auto unread = std::stable_partition(
             left.begin(), left.end(), [&](std::string_view path) { return !matcher.match(path); });
         if (static_cast<std::size_t>(left.end() - unread) < least)
             continue;
         left.erase(unread, left.end());
-        templates.push_back(text);
+        templates.push_back(writer.text());
         areNumbers = std::move(areNumbersThen);
     }
     return templates;
