@@ -18,6 +18,8 @@ using Words = std::set<std::string_view>;
 
 // No name that people read has more; what is left is one part.
 const std::size_t maxParts = 16;
+// No system has longer ones; a list may.
+const std::size_t maxPathSize = 4096;
 
 // "0.85", "6.5e6", "1e-3", "007"; no point in "20200101.000000", "01.5" and the like.
 const std::string number =
@@ -55,11 +57,6 @@ std::string firstPart(const Words& signedWords, const Words& keys)
            "[^-_=,.@+ ]+}]{rest,(?s:.*)}";
 }
 
-bool isSeparator(char byte)
-{
-    return std::string_view("_-=,.@+ ").find(byte) != std::string_view::npos;
-}
-
 std::string_view endingOf(std::string_view name)
 {
     // A digit at most, as in ".mp4": "f003" is a value.
@@ -89,7 +86,8 @@ std::vector<NamePart> divideName(std::string_view name, Matcher& firstPart, cons
         std::size_t length = 0;
         for (const auto& [place, text] : again)
             if (text.size() >= length && name.substr(0, text.size()) == text &&
-                (name.size() == text.size() || isSeparator(name[text.size()]))) {
+                (name.size() == text.size() ||
+                 name.find_first_of("_-=,.@+ ", text.size()) == text.size())) {
                 length = text.size();
                 part.kind = againKind << place;
             }
@@ -100,7 +98,7 @@ std::vector<NamePart> divideName(std::string_view name, Matcher& firstPart, cons
                 length = spans[2 + i].length;
                 part.kind = kinds[i];
             }
-        if (parts.size() + 1 == maxParts && length < name.size()) {
+        if (parts.size() + 1 >= maxParts && length < name.size()) {
             length = name.size();
             part.kind = otherKind;
         }
@@ -247,16 +245,18 @@ std::vector<std::string_view> samplePaths(const std::vector<std::string_view>& p
                                           std::size_t count)
 {
     std::vector<std::pair<std::uint64_t, std::string_view>> hashed;
+    hashed.reserve(paths.size());
     for (const std::string_view path : paths)
-        hashed.emplace_back(hashOf(path), path);
+        if (path.size() <= maxPathSize)
+            hashed.emplace_back(hashOf(path), path);
     if (hashed.size() > count) {
         std::nth_element(hashed.begin(), hashed.begin() + static_cast<std::ptrdiff_t>(count),
                          hashed.end());
         hashed.resize(count);
     }
-    std::vector<std::string_view> sample;
-    for (const auto& [hash, path] : hashed)
-        sample.push_back(path);
+    std::vector<std::string_view> sample(hashed.size());
+    std::transform(hashed.begin(), hashed.end(), sample.begin(),
+                   [](const auto& entry) { return entry.second; });
     std::sort(sample.begin(), sample.end());
     return sample;
 }
@@ -272,9 +272,9 @@ std::vector<PathClass> takeCensus(const std::vector<std::string_view>& paths)
     std::map<std::string, PathClass> classes;
     for (DividedPath& path : divided)
         classes[signatureOf(path)].push_back(std::move(path));
-    std::vector<PathClass> largestFirst;
-    for (auto& [signature, members] : classes)
-        largestFirst.push_back(std::move(members));
+    std::vector<PathClass> largestFirst(classes.size());
+    std::transform(classes.begin(), classes.end(), largestFirst.begin(),
+                   [](auto& entry) { return std::move(entry.second); });
     std::stable_sort(largestFirst.begin(), largestFirst.end(),
                      [](const PathClass& a, const PathClass& b) { return a.size() > b.size(); });
     return largestFirst;

@@ -41,8 +41,8 @@ struct DividedPath {
 /// Paths whose parts are of the same kinds between the same separators.
 using PathClass = std::vector<DividedPath>;
 
-/// At most `count` of the paths, in byte order: the same ones in whatever order they are given, and
-/// spread over all of them.
+/// At most `count` of the paths that a system can have, in byte order: the same ones in whatever
+/// order they are given, and spread over all of them.
 std::vector<std::string_view> samplePaths(const std::vector<std::string_view>& paths,
                                           std::size_t count);
 

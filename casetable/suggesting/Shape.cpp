@@ -12,11 +12,6 @@ namespace {
 const Kinds codeKinds = numberKind | fixedKind;
 const double never = std::numeric_limits<double>::infinity();
 
-bool isLoose(const ShapeSlot& slot)
-{
-    return slot.isOptional && slot.key.empty();
-}
-
 bool isFree(const ShapeSlot& slot)
 {
     return slot.kinds == freeKind;
@@ -48,26 +43,38 @@ double costOfGap(const ShapeSlot& slot, const ShapeComponent& component)
     return isFree(slot) || component.texts.distinct.size() < least ? never : isNumber ? 0.5 : 0.7;
 }
 
-// Two slots side by side, or one beside nothing.
-struct Pair {
-    const ShapeSlot* a;
-    const ShapeSlot* b;
-    bool isFree; // One column for all pairs that are free.
-};
-
-bool isOfStretch(const Pair& pair)
+// Adds what the values of all the slots say of each path, from the first's key on.
+void addStretch(ShapeTexts& texts, const ShapeSlot* begin, const ShapeSlot* end)
 {
-    return pair.isFree;
+    for (std::size_t path = 0; path < begin->values.all.size(); ++path) {
+        const char* from = nullptr;
+        const char* to = nullptr;
+        for (const ShapeSlot* slot = begin; slot != end; ++slot) {
+            const std::string_view value = slot->values.all[path];
+            if (value.data() == nullptr)
+                continue;
+            from = from == nullptr ? value.data() - slot->key.size() : from;
+            to = value.data() + value.size();
+        }
+        texts.add({from, static_cast<std::size_t>(to - from)});
+    }
 }
 
-struct Alignment {
-    double cost = never;
-    std::vector<Pair> pairs;
+void addAll(ShapeTexts& texts, const std::vector<std::string_view>& more)
+{
+    for (const std::string_view text : more)
+        texts.add(text);
+}
+
+struct Weights {
+    double cost;
+    double matches; // Places that agree. Constant text counts half.
 };
 
-// The cheapest way to lay the slots of both side by side, from a table of the costs of what is left
-// of both. What differs too much becomes one free column; words rather than numbers and keys.
-Alignment align(const ShapeComponent& a, const ShapeComponent& b)
+// Lays the slots of both side by side in the cheapest way, which comes of a table of the costs of
+// what is left of both. What differs too much becomes one free column, words rather than numbers
+// and keys. Adds the slots of both to `joined`, if given.
+Weights alignSlots(const ShapeComponent& a, const ShapeComponent& b, std::vector<ShapeSlot>* joined)
 {
     struct Step {
         double cost;
@@ -90,7 +97,7 @@ Alignment align(const ShapeComponent& a, const ShapeComponent& b)
                                std::any_of(b.slots.begin(), b.slots.end(), isFree);
     const auto countCodes = [](const std::vector<ShapeSlot>& slots, std::size_t i,
                                std::size_t end) {
-        return std::count_if(slots.begin() + i, slots.begin() + end, [](const ShapeSlot& slot) {
+        return std::count_if(&slots[i], &slots[i] + (end - i), [](const ShapeSlot& slot) {
             return !slot.key.empty() || (slot.kinds & ~codeKinds) == 0;
         });
     };
@@ -117,141 +124,99 @@ Alignment align(const ShapeComponent& a, const ShapeComponent& b)
                                                     countCodes(b.slots, j, sizeB - left)),
                       sizeA - left - i, sizeB - left - j, true);
         }
-    Alignment result{at(0, 0).cost, {}};
+    Weights result{at(0, 0).cost, 0};
     bool hasGapA = false;
     bool hasGapB = false;
     for (std::size_t i = 0, j = 0; result.cost < never && (i < sizeA || j < sizeB);) {
         const Step step = at(i, j);
-        const bool isMatch = step.takenA > 0 && step.takenB > 0 && !step.isFree;
-        hasGapA |= step.takenB == 0 && a.slots[i].key.empty() && !a.slots[i].isOptional;
-        hasGapB |= step.takenA == 0 && b.slots[j].key.empty() && !b.slots[j].isOptional;
-        if (isMatch)
-            result.pairs.push_back({&a.slots[i], &b.slots[j], false});
-        for (std::size_t k = i; k < i + step.takenA && !isMatch; ++k)
-            result.pairs.push_back({&a.slots[k], nullptr, step.isFree});
-        for (std::size_t k = j; k < j + step.takenB && !isMatch; ++k)
-            result.pairs.push_back({nullptr, &b.slots[k], step.isFree});
+        const ShapeSlot* const slotA = step.takenA > 0 ? &a.slots[i] : nullptr;
+        const ShapeSlot* const slotB = step.takenB > 0 ? &b.slots[j] : nullptr;
+        const bool isMatch = slotA != nullptr && slotB != nullptr;
+        const ShapeSlot& some = step.takenA > 0 ? a.slots[i] : b.slots[j];
+        if (slotA != nullptr && slotB != nullptr)
+            result.matches += step.isFree || (some.values.isConstant() &&
+                                              some.values.distinct == slotB->values.distinct)
+                                  ? 0.5
+                                  : 1;
+        else if (some.key.empty() && !some.isOptional)
+            (slotA != nullptr ? hasGapA : hasGapB) = true;
         i += step.takenA;
         j += step.takenB;
+        if (joined == nullptr)
+            continue;
+        joined->push_back({some.separator, some.key, some.kinds, some.isOptional || !isMatch, {}});
+        ShapeSlot& slot = joined->back();
+        if (step.isFree) {
+            slot = {some.separator, {}, freeKind, false, {}};
+            addStretch(slot.values, slotA, slotA + step.takenA);
+            addStretch(slot.values, slotB, slotB + step.takenB);
+            continue;
+        }
+        const std::vector<std::string_view> none((slotA == nullptr ? a : b).texts.all.size());
+        addAll(slot.values, slotA != nullptr ? slotA->values.all : none);
+        addAll(slot.values, slotB != nullptr ? slotB->values.all : none);
+        if (slotA != nullptr && slotB != nullptr) {
+            slot.kinds |= slotB->kinds;
+            slot.isOptional = slot.isOptional || slotB->isOptional;
+            slot.separator = slot.separator.empty() ? slotB->separator : slot.separator;
+        }
     }
     result.cost += hasGapA && hasGapB ? 0.5 : 0;
     return result;
 }
 
-// Constant text counts half.
-double countMatches(const Alignment& alignment)
+// An optional part beside a free one belongs to it.
+void widenFree(std::vector<ShapeSlot>& slots)
 {
-    const std::vector<Pair>& pairs = alignment.pairs;
-    double matches = std::any_of(pairs.begin(), pairs.end(), isOfStretch) ? 0.5 : 0;
-    for (const Pair& pair : alignment.pairs)
-        if (pair.a != nullptr && pair.b != nullptr)
-            matches +=
-                pair.a->values.isConstant() && pair.a->values.distinct == pair.b->values.distinct
-                    ? 0.5
-                    : 1;
-    return matches;
-}
-
-// One slot for those from `first` to before `last`.
-void freeSlots(std::vector<ShapeSlot>& slots, std::size_t first, std::size_t last)
-{
-    ShapeSlot free{slots[first].separator, {}, freeKind, false, {}};
-    for (std::size_t path = 0; path < slots[first].values.all.size(); ++path) {
-        const char* begin = nullptr;
-        const char* end = nullptr;
-        for (std::size_t i = first; i < last; ++i) {
-            const std::string_view value = slots[i].values.all[path];
-            if (begin == nullptr && value.data() != nullptr)
-                begin = value.data() - slots[i].key.size();
-            end = value.data() != nullptr ? value.data() + value.size() : end;
+    const auto isLoose = [](const ShapeSlot& slot) { return slot.isOptional && slot.key.empty(); };
+    for (std::size_t i = 0; i + 1 < slots.size();) {
+        const bool isJoined = (isFree(slots[i]) && isLoose(slots[i + 1])) ||
+                              (i == 0 && isLoose(slots[i]) && isFree(slots[i + 1]));
+        if (isJoined) {
+            ShapeSlot free{slots[i].separator, {}, freeKind, false, {}};
+            addStretch(free.values, &slots[i], &slots[i] + 2);
+            slots[i] = std::move(free);
+            slots.erase(slots.begin() + static_cast<std::ptrdiff_t>(i) + 1);
+        } else {
+            ++i;
         }
-        free.values.add({begin, static_cast<std::size_t>(end - begin)});
     }
-    slots[first] = std::move(free);
-    slots.erase(slots.begin() + static_cast<std::ptrdiff_t>(first) + 1,
-                slots.begin() + static_cast<std::ptrdiff_t>(last));
-}
-
-ShapeTexts joinTexts(ShapeTexts a, const ShapeTexts& b)
-{
-    for (const std::string_view text : b.all)
-        a.add(text);
-    return a;
-}
-
-std::optional<ShapeComponent> joinComponents(const ShapeComponent& a, const ShapeComponent& b,
-                                             const std::vector<Pair>& pairs)
-{
-    ShapeComponent joined{{}, a.isOptional || b.isOptional, joinTexts(a.texts, b.texts)};
-    std::vector<ShapeSlot>& slots = joined.slots;
-    ShapeTexts none;
-    for (const Pair& pair : pairs) {
-        ShapeSlot slot = pair.a != nullptr ? *pair.a : *pair.b;
-        slot.isOptional =
-            pair.a == nullptr || pair.b == nullptr || pair.a->isOptional || pair.b->isOptional;
-        none.all.assign((pair.a == nullptr ? a : b).texts.all.size(), std::string_view());
-        slot.values = joinTexts(pair.a != nullptr ? pair.a->values : none,
-                                pair.b != nullptr ? pair.b->values : none);
-        if (pair.a != nullptr && pair.b != nullptr) {
-            slot.kinds |= pair.b->kinds;
-            slot.separator = slot.separator.empty() ? pair.b->separator : slot.separator;
-        }
-        slots.push_back(std::move(slot));
-    }
-    const auto first = static_cast<std::size_t>(
-        std::find_if(pairs.begin(), pairs.end(), isOfStretch) - pairs.begin());
-    const auto count =
-        static_cast<std::size_t>(std::count_if(pairs.begin(), pairs.end(), isOfStretch));
-    if (count > 0)
-        freeSlots(slots, first, first + count);
-    if (joined.isOptional) {
-        slots.front().isOptional = false;
-        return slots.size() == 1 && !slots.front().key.empty()
-                   ? std::optional<ShapeComponent>(std::move(joined))
-                   : std::nullopt;
-    }
-    // Where much is optional, the parts say nothing.
-    if (std::count_if(slots.begin(), slots.end(), isLoose) > 3) {
-        const auto begin = std::find_if(slots.begin(), slots.end(), isLoose);
-        const auto end = std::find_if(slots.rbegin(), slots.rend(), isLoose).base();
-        freeSlots(slots, static_cast<std::size_t>(begin - slots.begin()),
-                  static_cast<std::size_t>(end - slots.begin()));
-    }
-    // A first part that may be missing is told from the next by the separator behind it.
-    if (slots.front().isOptional && (slots.size() == 1 || slots[1].isOptional))
-        return std::nullopt;
-    return joined;
 }
 
 std::optional<MergedShape> mergeAligned(const Shape& shape, const Shape& other)
 {
-    double cost = 0;
-    double matches = 0;
-    std::vector<Alignment> alignments;
-    for (std::size_t i = 0; i < shape.components.size() && cost < never; ++i) {
+    Weights all{0, 0};
+    for (std::size_t i = 0; i < shape.components.size() && all.cost < never; ++i) {
         const ShapeComponent& a = shape.components[i];
         const ShapeComponent& b = other.components[i];
-        alignments.push_back(align(a, b));
+        const Weights weights = alignSlots(a, b, nullptr);
         // One name of a folder is as good as another.
-        const bool isFolder =
-            i + 1 < shape.components.size() && (a.texts.isConstant() || b.texts.isConstant());
-        const std::vector<Pair>& pairs = alignments.back().pairs;
-        if (isFolder && std::any_of(pairs.begin(), pairs.end(), isOfStretch))
-            alignments.back().cost *= 0.3;
-        cost += alignments.back().cost;
-        matches += countMatches(alignments.back());
+        const bool isFolder = i + 1 < shape.components.size() && weights.cost < never &&
+                              (a.texts.isConstant() || b.texts.isConstant());
+        all.cost += isFolder ? std::min(weights.cost, 0.36) : weights.cost;
+        all.matches += weights.matches;
     }
     // A few files are not worth a vaguer template.
     const bool areFew = other.paths * (other.paths < 3 ? 4 : 50) < shape.paths;
-    if (cost > 0.31 * matches || (cost > 0.15 && areFew))
+    if (all.cost > 0.31 * all.matches || (all.cost > 0.15 && areFew))
         return std::nullopt;
-    MergedShape merged{shape, cost};
-    for (std::size_t i = 0; i < alignments.size(); ++i) {
-        std::optional<ShapeComponent> joined =
-            joinComponents(shape.components[i], other.components[i], alignments[i].pairs);
-        if (!joined)
+    MergedShape merged{shape, all.cost};
+    for (std::size_t i = 0; i < shape.components.size(); ++i) {
+        ShapeComponent& joined = merged.shape.components[i];
+        const ShapeComponent& b = other.components[i];
+        std::vector<ShapeSlot> slots;
+        alignSlots(shape.components[i], b, &slots);
+        widenFree(slots);
+        joined.slots = std::move(slots);
+        joined.isOptional = joined.isOptional || b.isOptional;
+        addAll(joined.texts, b.texts.all);
+        // A first part that may be missing is told from the next by the separator behind it.
+        const std::size_t size = joined.slots.size();
+        ShapeSlot& front = joined.slots.front();
+        front.isOptional = front.isOptional && !joined.isOptional;
+        if ((front.isOptional && (size == 1 || joined.slots[1].isOptional)) ||
+            (joined.isOptional && size > 1))
             return std::nullopt;
-        merged.shape.components[i] = std::move(*joined);
     }
     merged.shape.endings.insert(other.endings.begin(), other.endings.end());
     merged.shape.names.insert(other.names.begin(), other.names.end());

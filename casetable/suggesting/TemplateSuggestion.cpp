@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <map>
 #include <optional>
 #include <set>
@@ -14,9 +15,9 @@
 //
 //     sub-01/anat/sub-01_T1w.nii.gz             sub-02/anat/sub-02_T1w.nii.gz
 //     sub-01/func/sub-01_run-1_bold.nii.gz      sub-02/func/sub-02_run-1_bold.nii.gz
-//     sub-01/func/sub-01_run-1_bold.json        README
+//     sub-03/func/sub-03_run-1_bold.json        README
 //
-// 1. NameReader divides each component: "sub" "-01", "func", "sub" "-01" "_run" "-1" "_bold". "sub"
+// 1. Each component is divided: "sub" "-01", "func", "sub" "-01" "_run" "-1" "_bold". "sub"
 //    and "run" stand in front of a "-" all over, so they are keys: "sub-01" is one part.
 // 2. takeCensus() puts paths with parts of the same kinds between the same separators in a class:
 //    the two with T1w, the three with a run, and README.
@@ -307,6 +308,21 @@ std::vector<Shape> shapesOf(const std::vector<PathClass>& classes)
     return shapes;
 }
 
+// All, where the template is too large, or too vague for one of them.
+std::vector<std::string_view> unreadBy(const std::string& text,
+                                       const std::vector<std::string_view>& paths)
+try {
+    Matcher matcher{Template(text)};
+    std::vector<std::string_view> unread;
+    std::copy_if(paths.begin(), paths.end(), std::back_inserter(unread),
+                 [&](std::string_view path) { return !matcher.match(path); });
+    return unread;
+} catch (const TemplateError&) {
+    return paths;
+} catch (const MatchError&) {
+    return paths;
+}
+
 } // namespace
 
 std::vector<std::string> suggestTemplates(const std::vector<std::string_view>& paths)
@@ -323,12 +339,10 @@ std::vector<std::string> suggestTemplates(const std::vector<std::string_view>& p
         const Writer writer(shape, areNumbersThen);
         if (!writer.isRegular(shape.paths, all))
             continue;
-        Matcher matcher{Template(writer.text())};
-        const auto unread = std::stable_partition(
-            left.begin(), left.end(), [&](std::string_view path) { return !matcher.match(path); });
-        if (static_cast<std::size_t>(left.end() - unread) < least)
+        std::vector<std::string_view> unread = unreadBy(writer.text(), left);
+        if (left.size() - unread.size() < least)
             continue;
-        left.erase(unread, left.end());
+        left = std::move(unread);
         templates.push_back(writer.text());
         areNumbers = std::move(areNumbersThen);
     }

@@ -88,6 +88,15 @@ TEST(TemplateSuggestion, NamesColumnsByWhatStandsInFrontElseByTheirPlace)
     });
 }
 
+TEST(TemplateSuggestion, MakesOfTheExampleInItsSourceWhatStandsThere)
+{
+    expectSuggestions(
+        {{{"sub-01/anat/sub-01_T1w.nii.gz", "sub-02/anat/sub-02_T1w.nii.gz",
+           "sub-01/func/sub-01_run-1_bold.nii.gz", "sub-02/func/sub-02_run-1_bold.nii.gz",
+           "sub-03/func/sub-03_run-1_bold.json", "README"},
+          {"sub-{sub:digits}/{dir2}/sub-{sub}[_run-{run:digits}]_{name:word}.*"}}});
+}
+
 TEST(TemplateSuggestion, UsesNoNameTwiceAndNoneOfTheTablesOwn)
 {
     expectSuggestions({
