@@ -57,7 +57,7 @@ std::string reasonText(const UnmatchedFile& file, const std::vector<MetadataPatt
     return "no value";
 }
 
-// The ending of a path's last component, or its name where it has none.
+// The ending of a path's last component; empty where it has none.
 std::string_view endingOf(std::string_view path)
 {
     const std::string_view name = path.substr(path.rfind('/') + 1);

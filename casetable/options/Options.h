@@ -12,7 +12,7 @@
 
 namespace casetable {
 
-/// What a run gives: a table, markers to make one, or how one path is read.
+/// What a run gives: a table, templates to make one, or how one path is read.
 enum class Mode { Table, Suggest, Explain };
 
 /// What the rows of a table stand for: cases, matched files, or files in no case.
@@ -22,8 +22,8 @@ enum class Rows { Cases, Files, Unmatched };
 struct Options {
     Mode mode = Mode::Table;
     Source source;
-    /// By the markers or templates in the order in which they were typed; by no markers in the mode
-    /// that suggests some.
+    /// By the markers or templates in the order in which they were typed; by none in the mode that
+    /// suggests templates.
     Reading reading;
     /// In the order in which they were typed.
     std::vector<AuxFileIdentifier> identifiers;
