@@ -84,7 +84,7 @@ ExitCode summarize(const Import& import, const Reading& reading, const Source& s
         return ExitCode::Cases; // What follows takes time and memory for each file.
     const std::size_t matched = import.importer().identifiedAuxFiles().size();
     const bool lacksSome = matched != files && !showsUnmatched;
-    console.remark("cases: " + std::to_string(import.table().caseCount) + ", from " +
+    console.remark("cases: " + std::to_string(import.table().caseCount()) + ", from " +
                    std::to_string(matched) + " of " + std::to_string(files) + " files" +
                    (lacksSome ? "; --unmatched lists the others" : "") +
                    hiddenRemark(hiddenLeftOut));

@@ -1,5 +1,6 @@
 #include "casetable/importing/CaseTable.h"
 
+#include <algorithm>
 #include <iterator>
 
 namespace casetable {
@@ -18,6 +19,16 @@ void CaseTable::appendCells(std::size_t caseIndex, std::vector<std::string>& cel
         std::next(this->cells.begin(), static_cast<std::ptrdiff_t>(caseIndex * patterns.size()));
     cells.insert(cells.end(), begin,
                  std::next(begin, static_cast<std::ptrdiff_t>(patterns.size())));
+}
+
+std::vector<std::string> tagsOf(const std::vector<AuxFileIdentifier>& identifiers)
+{
+    std::vector<std::string> tags;
+    for (const AuxFileIdentifier& identifier : identifiers) {
+        if (std::find(tags.begin(), tags.end(), identifier.tag) == tags.end())
+            tags.push_back(identifier.tag);
+    }
+    return tags;
 }
 
 } // namespace casetable

@@ -7,6 +7,7 @@
 
 #include <boost/shared_ptr.hpp>
 
+#include "crawler/AuxFileIdentifierValidator.h"
 #include "crawler/MetadataPattern.h"
 #include "host/AuxFileCollectionInterface.h"
 
@@ -17,12 +18,12 @@ struct CaseTable {
     /// The columns: their names, which need not be unique, and whether they hold numbers.
     std::vector<MetadataPattern> patterns;
 
-    /// The cells row by row, as MetadataFileCrawler::extract() made them. The row at an index holds
-    /// the values of the case with that index.
+    /// The cells row by row: the texts of the values. The row at an index holds those of the case
+    /// with that index. Where there is no value, or a number does not convert, the cell is empty.
     std::vector<std::string> cells;
 
-    /// The number of rows.
-    std::size_t caseCount = 0;
+    /// The number of files of each case, by its index.
+    std::vector<std::size_t> fileCounts;
 
     /// The tags of the user's identifiers, in their order, each once.
     std::vector<std::string> tags;
@@ -30,13 +31,19 @@ struct CaseTable {
     /// The auxiliary files of the cases by tag; empty when there are no identifiers or no cases.
     boost::shared_ptr<AuxFileCollectionInterface> auxFiles;
 
-    /// The paths of the auxiliary files of one case under one tag. `caseIndex` is below caseCount,
-    /// and `tagIndex` below tags.size().
+    /// The number of cases.
+    std::size_t caseCount() const { return fileCounts.size(); }
+
+    /// The paths of the auxiliary files of one case under one tag. `caseIndex` is below
+    /// caseCount(), and `tagIndex` below tags.size().
     std::vector<std::string> auxFilesOf(std::size_t caseIndex, std::size_t tagIndex) const;
 
-    /// Appends the row of the case to `cells`. `caseIndex` is below caseCount.
+    /// Appends the row of the case to `cells`. `caseIndex` is below caseCount().
     void appendCells(std::size_t caseIndex, std::vector<std::string>& cells) const;
 };
+
+/// The tags of the identifiers, in their order, each once.
+std::vector<std::string> tagsOf(const std::vector<AuxFileIdentifier>& identifiers);
 
 } // namespace casetable
 

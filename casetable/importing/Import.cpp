@@ -6,6 +6,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include <boost/make_shared.hpp>
 
@@ -17,6 +18,7 @@
 #include "casetable/system/ExitCode.h"
 #include "casetable/templates/Matcher.h"
 #include "crawler/CrawlerBasicImporterParser.h"
+#include "host/AuxFileInfoInterface.h"
 #include "host/ExceptionBase.h"
 #include "host/ImportLoadContextInterface.h"
 
@@ -108,21 +110,33 @@ chooseAuxFiles(const MetadataFileCrawler& importer,
     return validator.auxFiles();
 }
 
-CaseTable makeTable(const LoadContext& context, const std::vector<MetadataPattern>& patterns,
+// The text of a cell of the importer's table, which writes "NULL" for a number that does not
+// convert. No number is written so, and a text is never changed.
+std::string cellText(const MetadataPattern& pattern, std::string text)
+{
+    const bool isNoNumber = pattern.valueType == MetadataPattern::NumberValue && text == "NULL";
+    return isNoNumber ? std::string() : std::move(text);
+}
+
+CaseTable makeTable(const LoadContext& context, const MetadataFileCrawler& importer,
+                    const std::vector<MetadataPattern>& patterns,
                     const std::vector<AuxFileIdentifier>& identifiers)
 {
     CaseTable table;
     table.patterns = patterns;
-    table.caseCount = static_cast<std::size_t>(context.table->GetNumberOfRows());
-    table.cells.reserve(table.caseCount * patterns.size());
-    for (vtkIdType row = 0; row < context.table->GetNumberOfRows(); ++row) {
-        for (vtkIdType column = 0; column < context.table->GetNumberOfColumns(); ++column)
-            table.cells.push_back(context.table->GetValue(row, column).ToString());
+    const auto rowCount = static_cast<std::size_t>(context.table->GetNumberOfRows());
+    table.cells.reserve(rowCount * patterns.size());
+    for (std::size_t row = 0; row < rowCount; ++row) {
+        for (std::size_t column = 0; column < patterns.size(); ++column)
+            table.cells.push_back(cellText(
+                patterns[column],
+                context.table->GetValue(static_cast<vtkIdType>(row), static_cast<vtkIdType>(column))
+                    .ToString()));
     }
-    for (const AuxFileIdentifier& identifier : identifiers) {
-        if (std::find(table.tags.begin(), table.tags.end(), identifier.tag) == table.tags.end())
-            table.tags.push_back(identifier.tag);
-    }
+    table.fileCounts.resize(rowCount);
+    for (const auto& file : importer.identifiedAuxFiles())
+        ++table.fileCounts[file->caseIndex()];
+    table.tags = tagsOf(identifiers);
     table.auxFiles = context.auxFiles;
     return table;
 }
@@ -147,7 +161,7 @@ Import::Import(std::unique_ptr<FolderCrawler> crawler, const Reading& reading,
             importer_.setAuxFilesToLoad(chooseAuxFiles(importer_, identifiers));
         LoadContext context;
         importer_.extract(context);
-        table_ = makeTable(context, reading.patterns(), identifiers);
+        table_ = makeTable(context, importer_, reading.patterns(), identifiers);
     } catch (const ortelo::ExceptionBase& failure) {
         throw Failure(ExitCode::ImportFailed, failure.what());
     }

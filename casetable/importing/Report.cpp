@@ -11,9 +11,9 @@ namespace casetable {
 
 namespace {
 
-void addValueColumns(const CaseTable& table, std::vector<Column>& columns)
+void addValueColumns(const std::vector<MetadataPattern>& patterns, std::vector<Column>& columns)
 {
-    for (const MetadataPattern& pattern : table.patterns)
+    for (const MetadataPattern& pattern : patterns)
         columns.push_back({pattern.pattern, pattern.valueType == MetadataPattern::NumberValue
                                                 ? Column::Kind::NumberValue
                                                 : Column::Kind::StringValue});
@@ -22,7 +22,7 @@ void addValueColumns(const CaseTable& table, std::vector<Column>& columns)
 std::map<std::string, std::string> tagsByPath(const CaseTable& table)
 {
     std::map<std::string, std::string> tagOf;
-    for (std::size_t caseIndex = 0; caseIndex < table.caseCount; ++caseIndex) {
+    for (std::size_t caseIndex = 0; caseIndex < table.caseCount(); ++caseIndex) {
         for (std::size_t tag = 0; tag < table.tags.size(); ++tag) {
             for (const std::string& path : table.auxFilesOf(caseIndex, tag))
                 tagOf[path] = table.tags[tag];
@@ -31,22 +31,68 @@ std::map<std::string, std::string> tagsByPath(const CaseTable& table)
     return tagOf;
 }
 
+// Whether the column's name is the program's, so that there is no other of that name beside it.
+bool isOwn(const Column& column)
+{
+    return !column.isValue() && !column.isAux();
+}
+
+// Makes `name` one that is not taken yet, and takes it.
+void take(std::string& name, std::set<std::string>& taken)
+{
+    name = uniqueName(name, [&taken](const std::string& other) { return taken.count(other) != 0; });
+    taken.insert(name);
+}
+
 } // namespace
+
+Content contentOf(const Column& column, const std::string& cell)
+{
+    if (cell.empty())
+        return Content::Nothing;
+    return column.isNumber() ? Content::Number : Content::Text;
+}
+
+std::vector<Column> caseColumns(const std::vector<MetadataPattern>& patterns,
+                                const std::vector<std::string>& tags)
+{
+    std::vector<Column> columns = {{"case", Column::Kind::Count}};
+    addValueColumns(patterns, columns);
+    for (const std::string& tag : tags) {
+        columns.push_back({tag, Column::Kind::AuxPath});
+        columns.push_back({tag + " files", Column::Kind::AuxCount});
+    }
+    columns.push_back({"files", Column::Kind::Count});
+    return columns;
+}
+
+std::vector<Column> fileColumns(const std::vector<MetadataPattern>& patterns,
+                                const std::vector<std::string>& tags)
+{
+    std::vector<Column> columns = {{"path", Column::Kind::Text}, {"case", Column::Kind::Count}};
+    addValueColumns(patterns, columns);
+    if (!tags.empty())
+        columns.push_back({"tag", Column::Kind::Text});
+    return columns;
+}
 
 Report caseReport(const CaseTable& table)
 {
     Report report;
     report.rowsName = "cases";
-    report.columns.push_back({"case", Column::Kind::Index});
-    addValueColumns(table, report.columns);
-    report.tags = table.tags;
-    report.rowCount = table.caseCount;
+    report.columns = caseColumns(table.patterns, table.tags);
+    report.rowCount = table.caseCount();
     report.row = [&table](std::size_t index) {
         Row row;
         row.cells.push_back(std::to_string(index));
         table.appendCells(index, row.cells);
-        for (std::size_t tag = 0; tag < table.tags.size(); ++tag)
-            row.filesPerTag.push_back(table.auxFilesOf(index, tag));
+        for (std::size_t tag = 0; tag < table.tags.size(); ++tag) {
+            std::vector<std::string> files = table.auxFilesOf(index, tag);
+            row.cells.push_back(files.empty() ? std::string() : files.front());
+            row.cells.push_back(std::to_string(files.size()));
+            row.filesPerTag.push_back(std::move(files));
+        }
+        row.cells.push_back(std::to_string(table.fileCounts[index]));
         return row;
     };
     return report;
@@ -57,12 +103,7 @@ Report fileReport(const CaseTable& table,
 {
     Report report;
     report.rowsName = "files";
-    report.columns.push_back({"path", Column::Kind::Text});
-    report.columns.push_back({"case", Column::Kind::Index});
-    addValueColumns(table, report.columns);
-    if (!table.tags.empty())
-        report.columns.push_back({"tag", Column::Kind::Text});
-
+    report.columns = fileColumns(table.patterns, table.tags);
     report.rowCount = files.size();
     report.row = [&table, files = std::move(files), tagOf = tagsByPath(table)](std::size_t index) {
         const AuxFileInfoInterface& file = *files[index];
@@ -82,21 +123,25 @@ Report fileReport(const CaseTable& table,
 std::vector<std::string> uniqueNames(std::vector<std::string> names)
 {
     std::set<std::string> taken;
-    for (std::string& name : names) {
-        name = uniqueName(name,
-                          [&taken](const std::string& other) { return taken.count(other) != 0; });
-        taken.insert(name);
-    }
+    for (std::string& name : names)
+        take(name, taken);
     return names;
 }
 
-std::vector<std::string> uniqueHeader(const Report& report)
+std::vector<std::string> uniqueHeader(const std::vector<Column>& columns)
 {
+    std::set<std::string> taken;
+    for (const Column& column : columns) {
+        if (isOwn(column))
+            taken.insert(column.name);
+    }
     std::vector<std::string> names;
-    for (const Column& column : report.columns)
+    for (const Column& column : columns) {
         names.push_back(column.name);
-    names.insert(names.end(), report.tags.begin(), report.tags.end());
-    return uniqueNames(std::move(names));
+        if (!isOwn(column))
+            take(names.back(), taken);
+    }
+    return names;
 }
 
 } // namespace casetable

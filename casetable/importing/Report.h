@@ -8,6 +8,7 @@
 
 #include <boost/shared_ptr.hpp>
 
+#include "crawler/MetadataPattern.h"
 #include "host/AuxFileInfoInterface.h"
 
 namespace casetable {
@@ -17,10 +18,12 @@ struct CaseTable;
 /// One column of the output.
 struct Column {
     enum class Kind {
-        Index,       ///< A count from 0, such as the case index.
+        Count,       ///< A whole number from 0, such as the index of a case.
         Text,        ///< Something else, such as the path of a file.
         StringValue, ///< A text that was read from a path.
-        NumberValue  ///< A number that was read from a path, as it stands there.
+        NumberValue, ///< A number that was read from a path, as it stands there.
+        AuxPath,     ///< The path of the first file under a tag, and behind it
+        AuxCount     ///< the number of files under that tag.
     };
 
     std::string name; ///< Of a value, the marker or the template's name for it.
@@ -28,7 +31,22 @@ struct Column {
 
     /// Whether the column holds values that were read from paths.
     bool isValue() const { return kind == Kind::StringValue || kind == Kind::NumberValue; }
+
+    /// Whether the column tells of the files under a tag, which Row::filesPerTag lists.
+    bool isAux() const { return kind == Kind::AuxPath || kind == Kind::AuxCount; }
+
+    /// Whether what the column holds is numbers.
+    bool isNumber() const
+    {
+        return kind == Kind::Count || kind == Kind::NumberValue || kind == Kind::AuxCount;
+    }
 };
+
+/// What a cell holds.
+enum class Content { Nothing, Number, Text };
+
+/// What `cell` holds, a cell of `column`. Every format goes by it.
+Content contentOf(const Column& column, const std::string& cell);
 
 /// One row of the output. All texts are bytes, which need not be UTF-8.
 struct Row {
@@ -40,12 +58,20 @@ struct Row {
 struct Report {
     std::string rowsName; ///< What the rows stand for: "cases", "files" or "unmatched".
     std::vector<Column> columns;
-    std::vector<std::string> tags; ///< Further columns, of files; as in CaseTable.
     std::size_t rowCount = 0;
     std::function<Row(std::size_t)> row; ///< Makes the row at an index below rowCount; may throw.
 };
 
-/// A report with a row for each case: its index, its values, and its auxiliary files per tag.
+/// The columns of caseReport(): "case", the values, the files under each tag, and "files".
+std::vector<Column> caseColumns(const std::vector<MetadataPattern>& patterns,
+                                const std::vector<std::string>& tags);
+
+/// The columns of fileReport(): "path", "case", the values, and, if there are tags, "tag".
+std::vector<Column> fileColumns(const std::vector<MetadataPattern>& patterns,
+                                const std::vector<std::string>& tags);
+
+/// A report with a row for each case: its index, its values, its auxiliary files per tag, and the
+/// number of all its files.
 Report caseReport(const CaseTable& table);
 
 /// A report with a row for each of `files`, which must be matched, in their order: the path, the
@@ -58,8 +84,9 @@ Report fileReport(const CaseTable& table,
 /// that stands further ahead already.
 std::vector<std::string> uniqueNames(std::vector<std::string> names);
 
-/// The names of all columns and then all tags, made unique by uniqueNames().
-std::vector<std::string> uniqueHeader(const Report& report);
+/// The names of the columns, made unique as by uniqueNames(), but that the program's own columns,
+/// such as "case" and "files", keep their names whatever stands before them.
+std::vector<std::string> uniqueHeader(const std::vector<Column>& columns);
 
 } // namespace casetable
 

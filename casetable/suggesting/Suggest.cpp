@@ -86,7 +86,7 @@ std::string columnLines(const CaseTable& table)
     std::vector<Texts> rows = {{"column", "type", "values", "sample"}};
     for (std::size_t column = 0; column < table.patterns.size(); ++column) {
         std::set<std::string> values;
-        for (std::size_t row = 0; row < table.caseCount; ++row)
+        for (std::size_t row = 0; row < table.caseCount(); ++row)
             values.insert(table.cells[row * table.patterns.size() + column]);
         const MetadataPattern& pattern = table.patterns[column];
         const bool isNumber = pattern.valueType == MetadataPattern::NumberValue;
@@ -161,7 +161,7 @@ std::string countLine(const Import& import, std::size_t readFiles)
     const std::size_t files = import.importer().files().size();
     std::string line = "reads " + std::to_string(readFiles) + " of " +
                        counted(files, "file", "files") + ", " +
-                       counted(import.table().caseCount, "case", "cases");
+                       counted(import.table().caseCount(), "case", "cases");
     if (readFiles < files)
         line += "; not " + printable(unmatchedPaths(import.importer()).front()) +
                 (files - readFiles > 1 ? " and others" : "");

@@ -1,9 +1,5 @@
 #include "casetable/writing/CsvRecord.h"
 
-#include <utility>
-
-#include "casetable/importing/Report.h"
-
 namespace casetable {
 
 namespace {
@@ -33,14 +29,6 @@ std::string csvRecord(const std::vector<std::string>& texts)
         joined += field(text);
     }
     return joined;
-}
-
-std::vector<std::string> flatCells(Row row)
-{
-    std::vector<std::string> cells = std::move(row.cells);
-    for (const std::vector<std::string>& files : row.filesPerTag)
-        cells.push_back(csvRecord(files));
-    return cells;
 }
 
 } // namespace casetable

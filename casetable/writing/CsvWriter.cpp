@@ -10,10 +10,9 @@ namespace casetable {
 
 void writeCsv(const Report& report, Output& output)
 {
-    const std::string lineEnd = "\r\n";
-    output.write(csvRecord(uniqueHeader(report)) + lineEnd);
+    output.write(csvRecord(uniqueHeader(report.columns)) + '\n');
     for (std::size_t index = 0; index < report.rowCount; ++index)
-        output.write(csvRecord(flatCells(report.row(index))) + lineEnd);
+        output.write(csvRecord(report.row(index).cells) + '\n');
 }
 
 } // namespace casetable

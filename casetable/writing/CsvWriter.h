@@ -6,10 +6,9 @@ namespace casetable {
 class Output;
 struct Report;
 
-/// Writes the report as CSV by RFC 4180: a header and a record for each row, every byte of a field
-/// as it is. The files under a tag stand in one field, which is a CSV record of its own, without a
-/// line end, so that they can be told apart whatever their paths hold. Throws what Output::write()
-/// and Report::row throw.
+/// Writes the report as CSV by RFC 4180, but with lines that end in LF, as the tools around CSV
+/// take a CR for a byte of the last field: a header and a record for each row, every byte of a
+/// field as it is. Throws what Output::write() and Report::row throw.
 void writeCsv(const Report& report, Output& output);
 
 } // namespace casetable

@@ -28,6 +28,7 @@ const std::vector<Format>& formats()
                                                 {"csv", {".csv"}, writeCsv},
                                                 {"tsv", {".tsv"}, writeTsv},
                                                 {"json", {".json"}, writeJson},
+                                                {"jsonl", {".jsonl", ".ndjson"}, writeJsonLines},
                                                 {"vtt", {".vtt"}, writeVtt}};
     return formats;
 }

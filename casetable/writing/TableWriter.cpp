@@ -22,23 +22,17 @@ std::vector<std::string> printableCells(const std::vector<std::string>& texts)
     return cells;
 }
 
-std::vector<std::string> rowCells(const Row& row)
+// What stands for no value.
+const char* const nothing = "-";
+
+std::vector<std::string> rowCells(const Report& report, const Row& row)
 {
     std::vector<std::string> cells = printableCells(row.cells);
-    for (const std::vector<std::string>& files : row.filesPerTag) {
-        std::string joined;
-        for (const std::string& file : files)
-            joined += (joined.empty() ? "" : ", ") + printable(file);
-        cells.push_back(joined);
+    for (std::size_t j = 0; j < cells.size(); ++j) {
+        if (contentOf(report.columns[j], row.cells[j]) == Content::Nothing)
+            cells[j] = nothing;
     }
     return cells;
-}
-
-bool alignsRight(const Report& report, std::size_t column)
-{
-    return column < report.columns.size() &&
-           (report.columns[column].kind == Column::Kind::Index ||
-            report.columns[column].kind == Column::Kind::NumberValue);
 }
 
 void widen(std::vector<std::size_t>& widths, const std::vector<std::string>& cells)
@@ -55,7 +49,7 @@ std::string line(const Report& report, const std::vector<std::string>& cells,
     for (std::size_t j = 0; j < cells.size(); ++j) {
         const std::string padding(widths[j] - displayWidth(cells[j]), ' ');
         text += j == 0 ? "" : "  ";
-        text += alignsRight(report, j) ? padding + cells[j] : cells[j] + padding;
+        text += report.columns[j].isNumber() ? padding + cells[j] : cells[j] + padding;
     }
     text.erase(text.find_last_not_of(' ') + 1);
     return text;
@@ -65,16 +59,16 @@ std::string line(const Report& report, const std::vector<std::string>& cells,
 
 void writeTable(const Report& report, Output& output)
 {
-    const std::vector<std::string> header = printableCells(uniqueHeader(report));
+    const std::vector<std::string> header = printableCells(uniqueHeader(report.columns));
     std::vector<std::size_t> widths(header.size(), 0);
     widen(widths, header);
     for (std::size_t index = 0; index < report.rowCount; ++index)
-        widen(widths, rowCells(report.row(index)));
+        widen(widths, rowCells(report, report.row(index)));
 
     const std::string names = line(report, header, widths);
     output.write((output.showsColours() ? coloured(Colour::Bold, names) : names) + "\n");
     for (std::size_t index = 0; index < report.rowCount; ++index)
-        output.write(line(report, rowCells(report.row(index)), widths) + "\n");
+        output.write(line(report, rowCells(report, report.row(index)), widths) + "\n");
 }
 
 } // namespace casetable

@@ -5,7 +5,6 @@
 
 #include "casetable/importing/Report.h"
 #include "casetable/system/Output.h"
-#include "casetable/writing/CsvRecord.h"
 
 namespace casetable {
 
@@ -49,9 +48,9 @@ std::string lineOf(const std::vector<std::string>& texts)
 
 void writeTsv(const Report& report, Output& output)
 {
-    output.write(lineOf(uniqueHeader(report)));
+    output.write(lineOf(uniqueHeader(report.columns)));
     for (std::size_t index = 0; index < report.rowCount; ++index)
-        output.write(lineOf(flatCells(report.row(index))));
+        output.write(lineOf(report.row(index).cells));
 }
 
 } // namespace casetable

@@ -8,9 +8,8 @@ struct Report;
 
 /// Writes the report as a line of names and a line for each row, each ended by a line feed, with
 /// tabs between the fields. In a field, backslash, tab, line feed and carriage return are written
-/// `\\`, `\t`, `\n` and `\r`; every other byte stands as it is. The field of a tag is a CSV record
-/// of its files, as in writeCsv(), in which those bytes are written so too. Throws what
-/// Output::write() and Report::row throw.
+/// `\\`, `\t`, `\n` and `\r`; every other byte stands as it is. Throws what Output::write() and
+/// Report::row throw.
 void writeTsv(const Report& report, Output& output);
 
 } // namespace casetable

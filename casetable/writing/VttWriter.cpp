@@ -1,5 +1,7 @@
 #include "casetable/writing/VttWriter.h"
 
+#include <cmath>
+#include <limits>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -19,7 +21,6 @@
 #include "casetable/system/ExitCode.h"
 #include "casetable/system/Output.h"
 #include "casetable/system/Printable.h"
-#include "casetable/writing/CsvRecord.h"
 #include "crawler/private/PathReading.h"
 
 namespace casetable {
@@ -28,14 +29,14 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-// The texts of each column, those of the tags behind the others.
+// The texts of each column.
 std::vector<Texts> columnTexts(const Report& report)
 {
-    std::vector<Texts> columns(report.columns.size() + report.tags.size());
+    std::vector<Texts> columns(report.columns.size());
     for (Texts& column : columns)
         column.reserve(report.rowCount);
     for (std::size_t index = 0; index < report.rowCount; ++index) {
-        std::vector<std::string> cells = flatCells(report.row(index));
+        std::vector<std::string> cells = report.row(index).cells;
         for (std::size_t j = 0; j < cells.size(); ++j)
             columns[j].push_back(std::move(cells[j]));
     }
@@ -49,16 +50,24 @@ template <class Array> vtkSmartPointer<Array> makeArray(std::size_t size)
     return array;
 }
 
-// Null if a text converts to no number, by the rule that makes its cell NULL in the case table.
-template <class Array, class Value> vtkSmartPointer<Array> makeNumbers(const Texts& texts)
+// NaN stands for no value, so that the column is one of numbers all the same.
+vtkSmartPointer<vtkAbstractArray> makeNumbers(const Texts& texts)
 {
-    auto array = makeArray<Array>(texts.size());
+    auto array = makeArray<vtkDoubleArray>(texts.size());
     for (std::size_t i = 0; i < texts.size(); ++i) {
-        Value value = 0;
-        if (!reading::convertsToNumber(texts[i], value))
-            return nullptr;
+        double value = 0;
+        if (!reading::convertsToNumber(texts[i], value) || !std::isfinite(value))
+            value = std::numeric_limits<double>::quiet_NaN();
         array->SetValue(static_cast<vtkIdType>(i), value);
     }
+    return array;
+}
+
+vtkSmartPointer<vtkAbstractArray> makeCounts(const Texts& texts)
+{
+    auto array = makeArray<vtkTypeInt64Array>(texts.size());
+    for (std::size_t i = 0; i < texts.size(); ++i)
+        array->SetValue(static_cast<vtkIdType>(i), std::stoll(texts[i]));
     return array;
 }
 
@@ -70,14 +79,11 @@ vtkSmartPointer<vtkAbstractArray> makeStrings(const Texts& texts)
     return array;
 }
 
-vtkSmartPointer<vtkAbstractArray> makeColumn(Column::Kind kind, const Texts& texts)
+vtkSmartPointer<vtkAbstractArray> makeColumn(const Column& column, const Texts& texts)
 {
-    vtkSmartPointer<vtkAbstractArray> numbers;
-    if (kind == Column::Kind::Index)
-        numbers = makeNumbers<vtkTypeInt64Array, vtkTypeInt64>(texts);
-    else if (kind == Column::Kind::NumberValue)
-        numbers = makeNumbers<vtkDoubleArray, double>(texts);
-    return numbers != nullptr ? numbers : makeStrings(texts);
+    if (!column.isNumber())
+        return makeStrings(texts);
+    return column.isValue() ? makeNumbers(texts) : makeCounts(texts);
 }
 
 // A name that survives as an attribute: VTK's writer puts it between quotes as it is, and VTK's
@@ -108,7 +114,7 @@ std::string attributeText(const std::string& name)
 
 Texts names(const Report& report)
 {
-    Texts names = uniqueHeader(report);
+    Texts names = uniqueHeader(report.columns);
     for (std::string& name : names)
         name = attributeText(name);
     return uniqueNames(std::move(names));
@@ -120,8 +126,7 @@ vtkSmartPointer<vtkTable> makeTable(const Report& report)
     std::vector<Texts> columns = columnTexts(report);
     auto table = vtkSmartPointer<vtkTable>::New();
     for (std::size_t j = 0; j < columns.size(); ++j) {
-        const auto kind = j < report.columns.size() ? report.columns[j].kind : Column::Kind::Text;
-        const vtkSmartPointer<vtkAbstractArray> column = makeColumn(kind, columns[j]);
+        const vtkSmartPointer<vtkAbstractArray> column = makeColumn(report.columns[j], columns[j]);
         Texts().swap(columns[j]);
         column->SetName(header[j].c_str());
         table->AddColumn(column);

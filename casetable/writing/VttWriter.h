@@ -6,9 +6,9 @@ namespace casetable {
 class Output;
 struct Report;
 
-/// Writes the report as an XML table of VTK, by VTK's own writer. Indices are integers. Number
-/// values are doubles if every cell of their column converts to a number. Every other column is of
-/// strings, with the bytes as they are; that of a tag holds CSV records of files, as in writeCsv().
+/// Writes the report as an XML table of VTK, by VTK's own writer. Counts are integers, and number
+/// values doubles, with NaN for no value and for what is not finite. Every other column is of
+/// strings, with the bytes as they are.
 /// Names are made printable, with `"`, `&`, `<` and `>` escaped too, and then unique.
 ///
 /// Holds the whole table in memory. Throws Failure with ExitCode::OutputFailed when VTK's writer
