@@ -89,7 +89,7 @@ TEST(UnmatchedByTemplates, IsARowForEachFileWithTheTemplateThatCameFurthest)
     const Report report = unmatchedReport(importing.importer, *reading.templates());
 
     EXPECT_EQ(report.rowsName, "unmatched");
-    EXPECT_EQ(uniqueHeader(report), Texts({"path", "template", "reason"}));
+    EXPECT_EQ(uniqueHeader(report.columns), Texts({"path", "template", "reason"}));
     std::vector<Texts> rows;
     for (std::size_t index = 0; index < report.rowCount; ++index)
         rows.push_back(report.row(index).cells);

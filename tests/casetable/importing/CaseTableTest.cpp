@@ -33,7 +33,7 @@ CaseTable tableOfThree()
     CaseTable table;
     table.patterns = {{"T", MetadataPattern::NumberValue}, {"P", MetadataPattern::StringValue}};
     table.cells = {"1", "a", "2", "b", "3", "c"};
-    table.caseCount = 3;
+    table.fileCounts = {1, 1, 4};
     table.tags = {"data", "log"};
     return table;
 }
@@ -60,6 +60,12 @@ TEST(CaseTable, GivesTheFilesOfACaseUnderATag)
     EXPECT_EQ(table.auxFilesOf(1, 0), Texts({"data.x"}));
     EXPECT_EQ(table.auxFilesOf(1, 1), Texts({"log.x"}));
     EXPECT_EQ(table.auxFilesOf(2, 1), Texts()) << "behind the last case that has files";
+}
+
+TEST(CaseTable, HasEachTagOfTheIdentifiersOnce)
+{
+    EXPECT_EQ(tagsOf({{"*.log", "log"}, {"*.dat", "data"}, {"*.txt", "log"}}),
+              Texts({"log", "data"}));
 }
 
 TEST(CaseTable, HasNoFilesWhereNoneWereAskedFor)

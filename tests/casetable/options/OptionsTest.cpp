@@ -493,13 +493,13 @@ TEST(Options, ThatAreWrongAreRefusedInTheseWords)
         {{"-n", "T", "-a", "x=y", "-a", "=", "root"}, "--aux '=': the tag is empty"},
         {{"-n", "T", "-a", "x=a\nb", "root"}, "--aux 'x=a\nb': the tag holds a control character"},
         {{"-n", "T", "-f", "xml", "root"},
-         "--format 'xml': unknown format; choose auto, table, csv, tsv, json or vtt"},
+         "--format 'xml': unknown format; choose auto, table, csv, tsv, json, jsonl or vtt"},
         {{"-n", "T", "-f", "", "root"},
-         "--format '': unknown format; choose auto, table, csv, tsv, json or vtt"},
+         "--format '': unknown format; choose auto, table, csv, tsv, json, jsonl or vtt"},
         {{"-n", "T", "-f", "CSV", "--what", "root"},
-         "--format 'CSV': unknown format; choose auto, table, csv, tsv, json or vtt"},
+         "--format 'CSV': unknown format; choose auto, table, csv, tsv, json, jsonl or vtt"},
         {{"-f", "xml", "--help"},
-         "--format 'xml': unknown format; choose auto, table, csv, tsv, json or vtt"},
+         "--format 'xml': unknown format; choose auto, table, csv, tsv, json, jsonl or vtt"},
         {{"-n", "T", "-o", "", "root"}, "--output: the file name is empty"},
         {{"-n", "T", "--from-list", ""}, "--from-list: the file name is empty"},
         {{"-n", "T", "-E", "", "root"}, "--exclude '': a component is empty"},
@@ -711,7 +711,7 @@ TEST(Options, TakeAnyNextArgumentAsTheValue)
             } catch (const Failure& failure) {
                 EXPECT_EQ(failure.what(),
                           "--format '" + std::string(value) +
-                              "': unknown format; choose auto, table, csv, tsv, json or vtt");
+                              "': unknown format; choose auto, table, csv, tsv, json, jsonl or vtt");
             }
         }
     }

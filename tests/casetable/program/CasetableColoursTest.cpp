@@ -36,7 +36,7 @@ protected:
 
 TEST_F(CasetableColours, MakeTheNamesOfATableBold)
 {
-    EXPECT_EQ(run(import_, terminal()), prints("\x1b[1mcase  T\x1b[0m\n   0  1\n"));
+    EXPECT_EQ(run(import_, terminal()), prints("\x1b[1mcase  T  files\x1b[0m\n   0  1      1\n"));
 }
 
 TEST_F(CasetableColours, MakeTheMarksOfAnExplanationBold)
@@ -81,7 +81,7 @@ TEST_F(CasetableColours, AreNotForPipesAndFiles)
         EXPECT_EQ((outcome.output + outcome.errors).find('\x1b'), std::string::npos) << outcome;
     }
     EXPECT_EQ(run({"-n", "T", "-q", "-o", "out.txt", "results"}, terminal()), prints(""));
-    EXPECT_EQ(tree_.content("out.txt"), "case  T\n   0  1\n");
+    EXPECT_EQ(tree_.content("out.txt"), "case  T  files\n   0  1      1\n");
     EXPECT_EQ(run({"-n", "T", "--explain", "T1", "-o", "out.txt"}, terminal()), prints(""));
     EXPECT_EQ(tree_.content("out.txt").find('\x1b'), std::string::npos);
 }
@@ -107,7 +107,7 @@ TEST_F(CasetableColours, GoToAnOutputThatNamesATerminal)
 
     EXPECT_EQ(run({"-n", "T", "-q", "-o", other.path(), "results"}, setting), prints(""));
 
-    EXPECT_EQ(other.text(), "\x1b[1mcase  T\x1b[0m\n   0  1\n");
+    EXPECT_EQ(other.text(), "\x1b[1mcase  T  files\x1b[0m\n   0  1      1\n");
 }
 
 TEST_F(CasetableColours, AreNotForOtherFormatsOnATerminal)

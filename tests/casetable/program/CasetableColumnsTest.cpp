@@ -16,7 +16,7 @@ TEST(CasetableColumns, StandInTheOrderOfTheOptions)
 
     EXPECT_EQ(
         run(tree, {"-s", "wing_", "--number", "Mach", "--string=body_", "results", "-n", "AoA"}),
-        prints("case,wing_,Mach,body_,AoA\r\n0,a1,0.8,b2,-4\r\n"));
+        prints("case,wing_,Mach,body_,AoA,files\n0,a1,0.8,b2,-4,1\n"));
 }
 
 TEST(CasetableColumns, KeepTheTextOfNumbers)
@@ -26,14 +26,14 @@ TEST(CasetableColumns, KeepTheTextOfNumbers)
         tree.file(std::string("results/T") + number + "/file");
 
     EXPECT_EQ(run(tree, {"-n", "T", "results"}),
-              prints("case,T\r\n0,+.5\r\n1,-2e-3\r\n2,007\r\n3,1.50\r\n"));
+              prints("case,T,files\n0,+.5,1\n1,-2e-3,1\n2,007,1\n3,1.50,1\n"));
 }
 
-TEST(CasetableColumns, ShowNullForANumberThatIsNone)
+TEST(CasetableColumns, AreEmptyWhereANumberDoesNotConvert)
 {
     const TemporaryTree tree({"results/T1D+07/file"});
 
-    EXPECT_EQ(run(tree, {"-n", "T", "results"}), prints("case,T\r\n0,NULL\r\n"));
+    EXPECT_EQ(run(tree, {"-n", "T", "results"}), prints("case,T,files\n0,,1\n"));
 }
 
 TEST(CasetableColumns, MakeOneCaseOfEqualValues)
@@ -41,7 +41,7 @@ TEST(CasetableColumns, MakeOneCaseOfEqualValues)
     const TemporaryTree tree(
         {"results/c/T1/x", "results/b/T1/y", "results/a/T2/x", "results/d/T1.0/x"});
 
-    EXPECT_EQ(run(tree, {"-n", "T", "results"}), prints("case,T\r\n0,2\r\n1,1\r\n2,1.0\r\n"));
+    EXPECT_EQ(run(tree, {"-n", "T", "results"}), prints("case,T,files\n0,2,1\n1,1,2\n2,1.0,1\n"));
 }
 
 TEST(CasetableColumns, OfOneMarkerHaveNamesOfTheirOwn)
@@ -49,7 +49,7 @@ TEST(CasetableColumns, OfOneMarkerHaveNamesOfTheirOwn)
     const TemporaryTree tree({"results/T1/T2/T3.dat"});
 
     EXPECT_EQ(run(tree, {"-n", "T", "-n", "T", "-n", "T", "results"}),
-              prints("case,T,T(2),T(3)\r\n0,1,2,3\r\n"));
+              prints("case,T,T(2),T(3),files\n0,1,2,3,1\n"));
 }
 
 TEST(CasetableColumns, HaveTheSameNamesWithAndWithoutCases)
@@ -60,7 +60,7 @@ TEST(CasetableColumns, HaveTheSameNamesWithAndWithoutCases)
         return parseCsv(run(tree, {"-n", "case", "-n", "case", root}).output).at(0);
     };
 
-    EXPECT_EQ(header("full"), Record({"case", "case(2)", "case(3)"}));
+    EXPECT_EQ(header("full"), Record({"case", "case(2)", "case(3)", "files"}));
     EXPECT_EQ(header("empty"), header("full"));
 }
 
@@ -81,7 +81,7 @@ TEST(CasetableColumns, TakeAnyTextAsMarker)
             const Outcome outcome = run(tree, arguments);
             EXPECT_EQ(outcome.exitCode, 0) << outcome;
             EXPECT_EQ(parseCsv(outcome.output),
-                      std::vector<Record>({{"case", marker}, {"0", "value"}}));
+                      std::vector<Record>({{"case", marker, "files"}, {"0", "value", "1"}}));
         }
     }
 }
@@ -90,7 +90,8 @@ TEST(CasetableColumns, TakeAMarkerThatLooksLikeAnOptionWithoutItsValue)
 {
     const TemporaryTree tree({"results/--string=value/file"});
 
-    EXPECT_EQ(run(tree, {"-s", "--string=", "results"}), prints("case,--string=\r\n0,value\r\n"));
+    EXPECT_EQ(run(tree, {"-s", "--string=", "results"}),
+              prints("case,--string=,files\n0,value,1\n"));
 }
 
 TEST(CasetableFormat, IsCsvInAPipeAndAnAlignedTableOnATerminal)
@@ -99,9 +100,9 @@ TEST(CasetableFormat, IsCsvInAPipeAndAnAlignedTableOnATerminal)
 
     for (const Arguments& arguments :
          {Arguments{"-n", "T", "results"}, Arguments{"-n", "T", "--format", "auto", "results"}}) {
-        EXPECT_EQ(run(tree, arguments), prints("case,T\r\n0,1\r\n1,200\r\n"));
+        EXPECT_EQ(run(tree, arguments), prints("case,T,files\n0,1,1\n1,200,1\n"));
         EXPECT_EQ(run(arguments, withOutput(tree, Stream::Terminal)),
-                  prints("case    T\n   0    1\n   1  200\n"));
+                  prints("case    T  files\n   0    1      1\n   1  200      1\n"));
     }
 }
 
@@ -111,7 +112,7 @@ TEST(CasetableFormat, IsCsvInAFile)
 
     EXPECT_EQ(run({"-n", "T", "-o", "cases", "results"}, withOutput(tree, Stream::Terminal)),
               prints(""));
-    EXPECT_EQ(tree.content("cases"), "case,T\r\n0,1\r\n");
+    EXPECT_EQ(tree.content("cases"), "case,T,files\n0,1,1\n");
 }
 
 TEST(CasetableFormat, IsGuessedFromTheEndingOfTheFile)
@@ -124,13 +125,13 @@ TEST(CasetableFormat, IsGuessedFromTheEndingOfTheFile)
         return tree.content(file);
     };
 
-    EXPECT_EQ(written("out.CSV", {}), "case,T\r\n0,1\r\n");
-    EXPECT_EQ(written("out.tsv", {}), "case\tT\n0\t1\n");
-    EXPECT_EQ(written("out.txt", {}), "case  T\n   0  1\n");
+    EXPECT_EQ(written("out.CSV", {}), "case,T,files\n0,1,1\n");
+    EXPECT_EQ(written("out.tsv", {}), "case\tT\tfiles\n0\t1\t1\n");
+    EXPECT_EQ(written("out.txt", {}), "case  T  files\n   0  1      1\n");
     EXPECT_EQ(written("out.json", {}).front(), '{');
     EXPECT_EQ(written("out.vtt", {}).substr(0, 5), "<?xml");
-    EXPECT_EQ(written("out.json", {"-f", "table"}), "case  T\n   0  1\n");
-    EXPECT_EQ(written("out.txt", {"-f", "auto"}), "case  T\n   0  1\n");
+    EXPECT_EQ(written("out.json", {"-f", "table"}), "case  T  files\n   0  1      1\n");
+    EXPECT_EQ(written("out.txt", {"-f", "auto"}), "case  T  files\n   0  1      1\n");
 }
 
 TEST(CasetableFormat, IsATableWhenTheOutputNamesATerminal)
@@ -139,7 +140,7 @@ TEST(CasetableFormat, IsATableWhenTheOutputNamesATerminal)
     const Terminal terminal;
 
     EXPECT_EQ(run(tree, {"-n", "T", "-o", terminal.path(), "results"}), prints(""));
-    EXPECT_EQ(terminal.text(), "case  T\n   0  1\n");
+    EXPECT_EQ(terminal.text(), "case  T  files\n   0  1      1\n");
 }
 
 TEST(CasetableFormat, IsTheOneAskedForWhereverItGoes)
@@ -147,11 +148,12 @@ TEST(CasetableFormat, IsTheOneAskedForWhereverItGoes)
     const TemporaryTree tree({"results/T1/file"});
 
     EXPECT_EQ(run({"-n", "T", "-f", "csv", "results"}, withOutput(tree, Stream::Terminal)),
-              prints("case,T\r\n0,1\r\n"));
-    EXPECT_EQ(run(tree, {"-n", "T", "-f", "table", "results"}), prints("case  T\n   0  1\n"));
+              prints("case,T,files\n0,1,1\n"));
+    EXPECT_EQ(run(tree, {"-n", "T", "-f", "table", "results"}),
+              prints("case  T  files\n   0  1      1\n"));
     EXPECT_EQ(run(tree, {"-n", "T", "-f", "json", "results"}).output.front(), '{');
     EXPECT_EQ(run(tree, {"-n", "T", "-f", "table", "--format=csv", "results"}),
-              prints("case,T\r\n0,1\r\n"));
+              prints("case,T,files\n0,1,1\n"));
 }
 
 } // namespace tests

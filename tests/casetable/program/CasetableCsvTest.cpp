@@ -14,7 +14,8 @@ TEST(CasetableCsv, EndsEveryLineWithCarriageReturnAndLineFeed)
 {
     const TemporaryTree tree({"results/T1/file", "results/T2/file"});
 
-    EXPECT_EQ(run(tree, {"-n", "T", "-f", "csv", "results"}), prints("case,T\r\n0,1\r\n1,2\r\n"));
+    EXPECT_EQ(run(tree, {"-n", "T", "-f", "csv", "results"}),
+              prints("case,T,files\n0,1,1\n1,2,1\n"));
 }
 
 TEST(CasetableCsv, QuotesOnlyFieldsThatNeedIt)
@@ -33,7 +34,7 @@ TEST(CasetableCsv, QuotesOnlyFieldsThatNeedIt)
         const TemporaryTree tree({"results/T_" + row[0] + "/file"});
 
         EXPECT_EQ(run(tree, {"-s", "T_", "-f", "csv", "results"}),
-                  prints("case,T_\r\n0," + row[1] + "\r\n"));
+                  prints("case,T_,files\n0," + row[1] + ",1\n"));
     }
 }
 
@@ -41,7 +42,7 @@ TEST(CasetableCsv, LeavesAnEmptyValueEmpty)
 {
     const TemporaryTree tree({"results/T_/file"});
 
-    EXPECT_EQ(run(tree, {"-s", "T_", "-f", "csv", "results"}), prints("case,T_\r\n0,\r\n"));
+    EXPECT_EQ(run(tree, {"-s", "T_", "-f", "csv", "results"}), prints("case,T_,files\n0,,1\n"));
 }
 
 TEST(CasetableCsv, QuotesTheHeaderToo)
@@ -49,7 +50,7 @@ TEST(CasetableCsv, QuotesTheHeaderToo)
     const TemporaryTree tree({"results/a,\"b\"1/file"});
 
     EXPECT_EQ(run(tree, {"-n", "a,\"b\"", "-f", "csv", "results"}),
-              prints("case,\"a,\"\"b\"\"\"\r\n0,1\r\n"));
+              prints("case,\"a,\"\"b\"\"\",files\n0,1,1\n"));
 }
 
 TEST(CasetableCsv, KeepsEveryByteOfAName)
@@ -75,7 +76,8 @@ TEST(CasetableCsv, KeepsEveryByteOfAValue)
 
     const Outcome outcome = run(tree, {"-s", "T_", "-f", "csv", "results"});
 
-    EXPECT_EQ(parseCsv(outcome.output), std::vector<Record>({{"case", "T_"}, {"0", bytes}}))
+    EXPECT_EQ(parseCsv(outcome.output),
+              std::vector<Record>({{"case", "T_", "files"}, {"0", bytes, "1"}}))
         << outcome;
 }
 
@@ -85,7 +87,7 @@ TEST(CasetableCsv, KeepsBytesOnTheWayToAFile)
 
     EXPECT_EQ(run(tree, {"-n", "T", "--files", "-o", "out.csv", "results"}), prints(""));
 
-    EXPECT_EQ(tree.content("out.csv"), "path,case,T\r\n\"T1/\xff\n\"\",\x80\",0,1\r\n");
+    EXPECT_EQ(tree.content("out.csv"), "path,case,T\n\"T1/\xff\n\"\",\x80\",0,1\n");
 }
 
 } // namespace tests

@@ -43,7 +43,7 @@ TEST(CasetableDeepTree, IsWalkedBeyondTheLimitsOfPathsAndDescriptors)
 
     for (const char* option : {"--quiet", "--follow", "--keep-going"})
         EXPECT_EQ(run({"-n", "T", "--files", option, "results"}, withFewDescriptors(tree)),
-                  prints("path,case,T\r\n" + pathOfTheLast("T1.dat") + ",0,1\r\n"));
+                  prints("path,case,T\n" + pathOfTheLast("T1.dat") + ",0,1\n"));
 }
 
 TEST(CasetableDeepTree, IsWalkedBranchAfterBranch)
@@ -53,7 +53,7 @@ TEST(CasetableDeepTree, IsWalkedBranchAfterBranch)
         tree.chain(std::string("results/") + branch, 300, name, "file");
 
     EXPECT_EQ(run({"-n", "T", "results"}, withFewDescriptors(tree)),
-              prints("case,T\r\n0,1\r\n1,2\r\n2,3\r\n"));
+              prints("case,T,files\n0,1,1\n1,2,1\n2,3,1\n"));
 }
 
 TEST(CasetableDeepTree, IsAnErrorRatherThanHalfATableWhereDescriptorsRunOut)

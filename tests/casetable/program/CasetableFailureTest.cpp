@@ -12,7 +12,7 @@ TEST(CasetableExitCode, IsZeroForATableWithCases)
 {
     const TemporaryTree tree({"results/T1/file"});
 
-    EXPECT_EQ(run(tree, {"-n", "T", "results"}), prints("case,T\r\n0,1\r\n"));
+    EXPECT_EQ(run(tree, {"-n", "T", "results"}), prints("case,T,files\n0,1,1\n"));
 }
 
 TEST(CasetableExitCode, IsOneWhenNoFileMatchedWithALineOnEachFailedMarker)
@@ -22,7 +22,7 @@ TEST(CasetableExitCode, IsOneWhenNoFileMatchedWithALineOnEachFailedMarker)
 
     EXPECT_EQ(
         run(tree, {"-n", "T", "-n", "P", "results"}),
-        ends(1, "case,T,P\r\n",
+        ends(1, "case,T,P,files\n",
              "no file matched: marker 'P' failed for 4 files, 'T' failed for 2 files; 'P' has no "
              "value in T1/Px, and --explain tells why; --unmatched lists them"));
 }
@@ -33,12 +33,12 @@ TEST(CasetableExitCode, IsOneWithTheLikelyReasonWhereThereIsOne)
 
     EXPECT_EQ(
         run(tree, {"-n", "t", "results"}),
-        ends(1, "case,t\r\n",
+        ends(1, "case,t,files\n",
              "no file matched: marker 't' failed for 1 file; 't' is written with other letters, "
              "large or small, in a/T1; --unmatched lists them"));
     EXPECT_EQ(
         run(tree, {"-s", "results", "--unmatched", "results"}),
-        ends(1, "path,marker,reason\r\na/T1,results,not found\r\n",
+        ends(1, "path,marker,reason\na/T1,results,not found\n",
              "no file matched: marker 'results' failed for 1 file; 'results' stands in results, "
              "but only the paths below it are read"));
 }
@@ -48,7 +48,7 @@ TEST(CasetableExitCode, IsOneAlsoWithAuxiliaryFilesAskedFor)
     const TemporaryTree tree({"results/a"});
 
     EXPECT_EQ(run(tree, {"-n", "T", "-a", "*.log=log", "results"}),
-              ends(1, "case,T,log\r\n",
+              ends(1, "case,T,log,log files,files\n",
                    "no file matched: marker 'T' failed for 1 file; --unmatched lists them"));
 }
 
@@ -105,7 +105,7 @@ TEST(CasetableExitCode, IsThreeForAnIdentifierThatSelectsNothing)
                                       : "It selects none of the matched files.")));
     }
     EXPECT_EQ(run(tree, {"-n", "T", "-a", "*?=all", "results"}),
-              prints("case,T,all\r\n0,1,T1/a.log\r\n"));
+              prints("case,T,all,all files,files\n0,1,T1/a.log,1,1\n"));
 }
 
 TEST(CasetableExitCode, IsThreeForMarkersThatOverlapAndNamesThePath)

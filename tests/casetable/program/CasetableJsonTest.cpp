@@ -26,12 +26,12 @@ Json runJson(const TemporaryTree& tree, Arguments arguments)
 
 TEST(CasetableJson, HoldsTheColumnsAndTheCases)
 {
-    const TemporaryTree tree({"results/T1/P_x/file", "results/T2/P_y/file"});
+    const TemporaryTree tree({"results/T1/P_x/file", "results/T1/P_x/more", "results/T2/P_y/file"});
 
     EXPECT_EQ(runJson(tree, {"-n", "T", "-s", "P_"}), Json::parse(R"({
         "columns": [{"name": "T", "type": "number"}, {"name": "P_", "type": "string"}],
-        "cases": [{"case": 0, "values": {"T": "1", "P_": "x"}},
-                  {"case": 1, "values": {"T": "2", "P_": "y"}}]})"));
+        "cases": [{"case": 0, "files": 2, "values": {"T": 1, "P_": "x"}},
+                  {"case": 1, "files": 1, "values": {"T": 2, "P_": "y"}}]})"));
 }
 
 TEST(CasetableJson, HoldsALineForEachRow)
@@ -113,7 +113,7 @@ TEST(CasetableJson, NamesColumnsOfOneMarkerApartWithAndWithoutCases)
     const Json found = runJson(tree, {"-n", "T", "-n", "T"});
     const Outcome nothing = run(tree, {"-n", "T", "-n", "T", "-n", "Q", "-f", "json", "results"});
 
-    EXPECT_EQ(found["cases"][0]["values"], Json({{"T", "1"}, {"T(2)", "2"}}));
+    EXPECT_EQ(found["cases"][0]["values"], Json({{"T", 1}, {"T(2)", 2}}));
     EXPECT_EQ(nothing.exitCode, 1) << nothing;
     EXPECT_EQ(Json::parse(nothing.output)["columns"][1]["name"], "T(2)") << nothing;
 }
@@ -135,9 +135,54 @@ TEST(CasetableJson, ListsFilesAndUnmatchedFilesInPlaceOfCases)
 
     EXPECT_EQ(runJson(tree, {"-n", "T", "--files"}), Json::parse(R"({
         "columns": [{"name": "T", "type": "number"}],
-        "files": [{"path": "T1/file", "case": 0, "values": {"T": "1"}}]})"));
+        "files": [{"path": "T1/file", "case": 0, "values": {"T": 1}}]})"));
     EXPECT_EQ(runJson(tree, {"-n", "T", "--unmatched"})["unmatched"], Json::parse(R"(
         [{"path": "other", "marker": "T", "reason": "not found"}])"));
+}
+
+TEST(CasetableJson, HoldsNumbersOfNumberColumnsAloneAndNullForNoValue)
+{
+    const TemporaryTree tree({"results/T0012/P_0012/a", "results/T5D+1/P_/a"});
+
+    const Json cases = runJson(tree, {"-n", "T", "-s", "P_"})["cases"];
+
+    EXPECT_EQ(cases[0]["values"], Json({{"T", 12}, {"P_", "0012"}}));
+    EXPECT_EQ(cases[1]["values"], Json({{"T", nullptr}, {"P_", nullptr}}));
+}
+
+TEST(CasetableJsonLines, HoldAnObjectForEachRow)
+{
+    const TemporaryTree tree(
+        {"results/T1.50/P_x/a.log", "results/T1.50/P_x/b.log", "results/T2/P_/c"});
+
+    EXPECT_EQ(
+        run(tree, {"-n", "T", "-s", "P_", "-a", "*.log=log", "-f", "jsonl", "results"}),
+        prints(
+            R"({"case":0,"T":1.50,"P_":"x","log":["T1.50/P_x/a.log","T1.50/P_x/b.log"],"files":2})"
+            "\n"
+            R"({"case":1,"T":2,"P_":null,"log":[],"files":1})"
+            "\n"));
+    EXPECT_EQ(run(tree, {"-n", "T", "--files", "--exclude", "*.log", "-f", "jsonl", "results"}),
+              prints("{\"path\":\"T2/P_/c\",\"case\":0,\"T\":2}\n"));
+}
+
+TEST(CasetableJsonLines, NameColumnsApart)
+{
+    const TemporaryTree tree({"results/case1/files2/\xfe_3/\xff_4/x"});
+
+    EXPECT_EQ(run(tree, {"-n", "case", "-n", "files", "-n", "\xfe_", "-n", "\xff_", "-f", "jsonl",
+                         "results"}),
+              prints("{\"case\":0,\"case(2)\":1,\"files(2)\":2,\"\\ufffd_\":3,\"\\ufffd_(2)\":4,"
+                     "\"files\":1}\n"));
+}
+
+TEST(CasetableJsonLines, AreNoneWithoutRows)
+{
+    const TemporaryTree tree({"results/"});
+
+    EXPECT_EQ(run(tree, {"-n", "T", "-o", "out.jsonl", "results"}),
+              fails(1, "no file matched: there is no file below results"));
+    EXPECT_EQ(tree.content("out.jsonl"), "");
 }
 
 } // namespace tests

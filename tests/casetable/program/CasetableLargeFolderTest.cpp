@@ -44,10 +44,9 @@ TEST(CasetableLargeFolder, IsListedWhole)
 {
     const TemporaryTree tree;
     makeEntries(tree, "results/all");
-    std::string expected = "path,case,T\r\n";
+    std::string expected = "path,case,T\n";
     for (int i = 0; i < entries; ++i)
-        expected +=
-            "all/" + nameOf(i) + "," + std::to_string(i) + "," + nameOf(i).substr(1) + "\r\n";
+        expected += "all/" + nameOf(i) + "," + std::to_string(i) + "," + nameOf(i).substr(1) + "\n";
 
     const Outcome outcome = run(tree, {"-n", "T", "--files", "results"});
 

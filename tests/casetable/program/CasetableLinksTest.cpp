@@ -128,7 +128,7 @@ TEST(CasetableLinks, ToMissingFoldersAndToThemselvesAreLeftOutWithoutAWord)
     tree.link("results/pong", "ping");
 
     EXPECT_EQ(run(tree, {"-s", "fi", "-L", "--files", "results"}),
-              prints("path,case,fi\r\nfile,0,le\r\n"));
+              prints("path,case,fi\nfile,0,le\n"));
 }
 
 TEST(CasetableLinks, ToNamesThatAreTooLongAreBrokenOnes)
@@ -138,7 +138,7 @@ TEST(CasetableLinks, ToNamesThatAreTooLongAreBrokenOnes)
 
     for (const char* option : {"--quiet", "--follow", "--keep-going"})
         EXPECT_EQ(run(tree, {"-s", "fi", option, "--files", "results"}),
-                  prints("path,case,fi\r\nfile,0,le\r\n"))
+                  prints("path,case,fi\nfile,0,le\n"))
             << option;
 }
 

@@ -79,15 +79,15 @@ TEST(CasetableList, IsImportedLikeATree)
     tree.file("list", "a/T1/x.log\nb/T2/x\nnone\na/T1/y");
 
     EXPECT_EQ(run(tree, {"-n", "T", "-a", "*.log=log", "--from-list", "list"}),
-              prints("case,T,log\r\n0,1,a/T1/x.log\r\n1,2,\r\n"));
+              prints("case,T,log,log files,files\n0,1,a/T1/x.log,1,2\n1,2,,0,1\n"));
     EXPECT_EQ(run(tree, {"-n", "T", "--unmatched", "--from-list", "list"}),
-              prints("path,marker,reason\r\nnone,T,not found\r\n"));
+              prints("path,marker,reason\nnone,T,not found\n"));
 }
 
 TEST(CasetableList, NeedsNoneOfItsFiles)
 {
     EXPECT_EQ(runOnInput("no/such/T1/file\n", {"-n", "T", "--from-list", "-"}),
-              prints("case,T\r\n0,1\r\n"));
+              prints("case,T,files\n0,1,1\n"));
 }
 
 TEST(CasetableList, MayComeFromAFileOfAnyName)
@@ -95,7 +95,8 @@ TEST(CasetableList, MayComeFromAFileOfAnyName)
     const TemporaryTree tree;
     for (const char* const name : {"./-", "-0", "--hidden", "a\nb", "\xff", " "}) {
         tree.file(name, "T1/x\n");
-        EXPECT_EQ(run(tree, {"-n", "T", "--from-list", name}), prints("case,T\r\n0,1\r\n")) << name;
+        EXPECT_EQ(run(tree, {"-n", "T", "--from-list", name}), prints("case,T,files\n0,1,1\n"))
+            << name;
     }
 }
 
@@ -163,23 +164,23 @@ TEST(CasetableList, KeepsTheDotThatFindPrintsInPathsButNotInSelections)
     const std::string lister = "find . -type f";
 
     EXPECT_EQ(runBehind(tree, lister, {"-n", "T", "--files", "--from-list", "-", "-d", "2"}),
-              prints("path,case,T\r\n./T1,0,1\r\n./a/T2,1,2\r\n./c/T4,2,4\r\n"));
+              prints("path,case,T\n./T1,0,1\n./a/T2,1,2\n./c/T4,2,4\n"));
     EXPECT_EQ(
         runBehind(tree, lister, {"-n", "T", "--files", "--from-list", "-", "-E", "/a", "-E", ".*"}),
-        prints("path,case,T\r\n./T1,0,1\r\n./c/T4,1,4\r\n"));
+        prints("path,case,T\n./T1,0,1\n./c/T4,1,4\n"));
 }
 
 TEST(CasetableList, TakesHiddenNamesAsTheyAre)
 {
     for (const char* const option : {"--quiet", "--hidden"})
         EXPECT_EQ(runOnInput(".a/.T1\n", {"-n", "T", "--from-list", "-", option}),
-                  prints("case,T\r\n0,1\r\n"));
+                  prints("case,T,files\n0,1,1\n"));
 }
 
 TEST(CasetableList, HoldsAPathOnceHoweverOftenItOccurs)
 {
     EXPECT_EQ(runOnInput("T1/x\nT1/x\nT1/x", {"-n", "T", "--files", "--from-list", "-"}),
-              prints("path,case,T\r\nT1/x,0,1\r\n"));
+              prints("path,case,T\nT1/x,0,1\n"));
 }
 
 TEST(CasetableList, IsReadToItsEndHoweverLongItIs)
@@ -301,7 +302,7 @@ TEST(CasetableList, OnClosedStandardInputIsAnError)
 TEST(CasetableList, MayBeEmpty)
 {
     EXPECT_EQ(runOnInput("", {"-n", "T", "--from-list", "-"}),
-              ends(1, "case,T\r\n", "no file matched: there is no file in standard input"));
+              ends(1, "case,T,files\n", "no file matched: there is no file in standard input"));
 }
 
 TEST(CasetableList, ThatTheSelectionEmptiesIsToldSo)
@@ -310,14 +311,14 @@ TEST(CasetableList, ThatTheSelectionEmptiesIsToldSo)
     tree.file("list", "a/T1\n");
 
     EXPECT_EQ(run(tree, {"-n", "T", "--from-list", "list", "-E", "a", "-d", "1"}),
-              ends(1, "case,T\r\n",
+              ends(1, "case,T,files\n",
                    "no file matched: there is no file in list, with --exclude and --max-depth"));
 }
 
 TEST(CasetableList, IsSaidToHaveTheMarkersThatFailed)
 {
     EXPECT_EQ(runOnInput("a\nb\n", {"-n", "T", "--from-list", "-"}),
-              ends(1, "case,T\r\n",
+              ends(1, "case,T,files\n",
                    "no file matched: marker 'T' failed for 2 files; --unmatched lists them"));
 }
 
@@ -328,7 +329,8 @@ TEST(CasetableList, MayComeFromANamedPipe)
     Setting setting = in(tree);
     setting.program = {"sh", "-c", "(printf 'T1\\nT'; printf '2\\n') > pipe & \"$@\"", "sh"};
 
-    EXPECT_EQ(run({"-n", "T", "--from-list", "pipe"}, setting), prints("case,T\r\n0,1\r\n1,2\r\n"));
+    EXPECT_EQ(run({"-n", "T", "--from-list", "pipe"}, setting),
+              prints("case,T,files\n0,1,1\n1,2,1\n"));
 }
 
 TEST(CasetableList, ShowsHowManyPathsHaveComeWhileItKeepsWaiting)
@@ -419,11 +421,11 @@ TEST(CasetableList, ThatNeverEndsIsAnErrorWhenMemoryRunsOut)
 TEST(CasetableList, OfAnotherSystemIsReadAsItStandsWithAWarningUnlessQuiet)
 {
     EXPECT_EQ(runOnInput("T1/x\r\nT2/y\r\n", {"-n", "T", "-s", "/", "--from-list", "-"}),
-              prints("case,T,/\r\n0,1,\"x\r\"\r\n1,2,\"y\r\"\r\n",
+              prints("case,T,/,files\n0,1,\"x\r\",1\n1,2,\"y\r\",1\n",
                      "warning: standard input: all lines end in CR LF, and the CR "
                      "is taken as a part of the paths"));
     EXPECT_EQ(runOnInput("T1/x\r\n", {"-q", "-n", "T", "--from-list", "-"}),
-              prints("case,T\r\n0,1\r\n"));
+              prints("case,T,files\n0,1,1\n"));
 }
 
 TEST(CasetableList, IsCountedInTheRemarkLikeATree)
@@ -432,7 +434,7 @@ TEST(CasetableList, IsCountedInTheRemarkLikeATree)
     tree.file("list", ".T1\nT2\nT2\nnone\n");
 
     EXPECT_EQ(run({"-n", "T", "--from-list", "list"}, withErrors(tree, Stream::Terminal)),
-              prints("case,T\r\n0,1\r\n1,2\r\n",
+              prints("case,T,files\n0,1,1\n1,2,1\n",
                      "cases: 2, from 2 of 3 files; --unmatched lists the others"));
 }
 

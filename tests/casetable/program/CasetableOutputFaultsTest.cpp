@@ -105,7 +105,7 @@ TEST_F(CasetableOutputFaults, LeaveTheEarlierFileOnADiskThatFillsUp)
         }
         EXPECT_EQ(run(tree_, {"-n", "T", "-o", "disk/out", "results"}), prints(""))
             << "the space is free again";
-        EXPECT_EQ(tree_.content("disk/out"), "case,T\r\n0,1\r\n");
+        EXPECT_EQ(tree_.content("disk/out"), "case,T,files\n0,1,2000\n");
         EXPECT_EQ(umount(tree_.path("disk").c_str()), 0);
     });
     if (tree_.exists(refused))

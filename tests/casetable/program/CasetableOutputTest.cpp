@@ -22,7 +22,7 @@ namespace {
 
 using Names = std::set<std::string>;
 
-const std::string csv = "case,T\r\n0,1\r\n";
+const std::string csv = "case,T,files\n0,1,1\n";
 
 class CasetableOutput : public testing::Test {
 protected:
@@ -79,7 +79,7 @@ TEST_F(CasetableOutput, ReplacesNoneOfTheMatchedFiles)
     EXPECT_EQ(
         run(tree_, {"-n", "T", "--exclude", "file", "-o", "results/T1/file", "results"}).exitCode,
         1);
-    EXPECT_EQ(tree_.content("results/T1/file"), "case,T\r\n");
+    EXPECT_EQ(tree_.content("results/T1/file"), "case,T,files\n");
 }
 
 TEST_F(CasetableOutput, IsCsvWhereItsEndingStandsForNoFormatWhichIsRemarked)
@@ -222,7 +222,7 @@ TEST_F(CasetableOutput, HoldsNothingElseWhenTheStandardStreamsAreClosed)
     EXPECT_EQ(run({"-n", "T", "-o", "out", "results"}, setting), prints(""));
     EXPECT_EQ(tree_.content("out"), csv);
     EXPECT_EQ(run({"-n", "none", "-o", "out", "results"}, setting).exitCode, 1);
-    EXPECT_EQ(tree_.content("out"), "case,none\r\n");
+    EXPECT_EQ(tree_.content("out"), "case,none,files\n");
 }
 
 TEST_F(CasetableOutput, NamedByADashIsStandardOutput)
@@ -356,7 +356,7 @@ TEST_F(CasetableOutput, HoldsTheHeaderWhenThereAreNoCases)
 
     EXPECT_EQ(run(tree_, {"-n", "none", "-o", "out", "results"}),
               fails(1, "no file matched: marker 'none' failed for 1 file; --unmatched lists them"));
-    EXPECT_EQ(tree_.content("out"), "case,none\r\n");
+    EXPECT_EQ(tree_.content("out"), "case,none,files\n");
 }
 
 TEST_F(CasetableOutput, NeedsAFolderThatExists)

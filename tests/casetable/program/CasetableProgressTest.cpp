@@ -148,7 +148,7 @@ TEST(CasetableRemark, OnATerminalTellsHowManyFilesAreInCases)
     const TemporaryTree tree({"results/T1/a", "results/T1/b", "results/T2/a", "results/none"});
     const Setting setting = withErrors(tree, Stream::Terminal);
 
-    const std::string table = "case,T\r\n0,1\r\n1,2\r\n";
+    const std::string table = "case,T,files\n0,1,2\n1,2,1\n";
 
     EXPECT_EQ(run({"-n", "T", "results"}, setting),
               prints(table, "cases: 2, from 3 of 4 files; --unmatched lists the others"));
@@ -161,12 +161,12 @@ TEST(CasetableRemark, MentionsUnmatchedFilesOnlyWhereThereAreSomeThatAreNotListe
     const Setting setting = withErrors(tree, Stream::Terminal);
 
     EXPECT_EQ(run({"-n", "T", "--unmatched", "results"}, setting),
-              prints("path,marker,reason\r\nnone,T,not found\r\n", "cases: 1, from 1 of 2 files"));
+              prints("path,marker,reason\nnone,T,not found\n", "cases: 1, from 1 of 2 files"));
     EXPECT_EQ(run({"-n", "T", "--files", "results"}, setting),
-              prints("path,case,T\r\nT1/a,0,1\r\n",
+              prints("path,case,T\nT1/a,0,1\n",
                      "cases: 1, from 1 of 2 files; --unmatched lists the others"));
     EXPECT_EQ(run({"-n", "T", "all"}, setting),
-              prints("case,T\r\n0,1\r\n", "cases: 1, from 1 of 1 files"));
+              prints("case,T,files\n0,1,1\n", "cases: 1, from 1 of 1 files"));
 }
 
 TEST(CasetableRemark, TellsOfValuesThatAreCutAndWhyFilesMayNotMatch)

@@ -74,7 +74,7 @@ TEST(CasetableExclude, EntersNoFolderThatItLeavesOut)
     const TemporaryTree tree({"results/T1", "results/a/closed/"});
     tree.setMode("results/a/closed", 0);
     const Setting setting = withOrdinaryUser(tree);
-    const std::string table = "case,T\r\n0,1\r\n";
+    const std::string table = "case,T,files\n0,1,1\n";
 
     for (const char* const glob : {"closed", "closed/", "a/closed", "a/*/", "/a"}) {
         EXPECT_EQ(run({"-n", "T", "-E", glob, "results"}, setting), prints(table));
@@ -122,11 +122,11 @@ TEST(CasetableHidden, RootsAreTaken)
 
     for (const char* const root :
          {".results", ".results/", "./.results", ".results/.", ".results/sub/.."})
-        EXPECT_EQ(run(tree, {"-n", "T", root}), prints("case,T\r\n0,1\r\n")) << root;
+        EXPECT_EQ(run(tree, {"-n", "T", root}), prints("case,T,files\n0,1,1\n")) << root;
     Setting inside;
     for (const auto& [folder, root] : {std::pair{".results", "."}, {".results/sub", ".."}}) {
         inside.folder = tree.path(folder);
-        EXPECT_EQ(run({"-n", "T", root}, inside), prints("case,T\r\n0,1\r\n")) << root;
+        EXPECT_EQ(run({"-n", "T", root}, inside), prints("case,T,files\n0,1,1\n")) << root;
     }
 }
 
@@ -153,14 +153,14 @@ TEST(CasetableHidden, EntriesLeftOutAreCountedInTheErrorWhenNoFileMatched)
 {
     const TemporaryTree tree({"results/.T1"});
     EXPECT_EQ(run(tree, {"-n", "T", "results"}),
-              ends(1, "case,T\r\n",
+              ends(1, "case,T,files\n",
                    "no file matched: there is no file below results; "
                    "1 hidden entry left out, --hidden takes it"));
 
     tree.file("results/.T2");
     tree.file("results/none");
     EXPECT_EQ(run(tree, {"-n", "T", "-q", "results"}),
-              ends(1, "case,T\r\n",
+              ends(1, "case,T,files\n",
                    "no file matched: marker 'T' failed for 1 file; --unmatched lists them; "
                    "2 hidden entries left out, --hidden takes them"));
 }
@@ -189,12 +189,12 @@ TEST(CasetableMaxDepth, IsNamedWhereNoFileIsLeft)
 {
     const TemporaryTree tree({"results/a/T1"});
 
-    EXPECT_EQ(
-        run(tree, {"-n", "T", "-d", "1", "results"}),
-        ends(1, "case,T\r\n", "no file matched: there is no file below results, with --max-depth"));
-    EXPECT_EQ(
-        run(tree, {"-n", "T", "-E", "a", "results"}),
-        ends(1, "case,T\r\n", "no file matched: there is no file below results, with --exclude"));
+    EXPECT_EQ(run(tree, {"-n", "T", "-d", "1", "results"}),
+              ends(1, "case,T,files\n",
+                   "no file matched: there is no file below results, with --max-depth"));
+    EXPECT_EQ(run(tree, {"-n", "T", "-E", "a", "results"}),
+              ends(1, "case,T,files\n",
+                   "no file matched: there is no file below results, with --exclude"));
 }
 
 TEST(CasetableSelection, IsRemarkedUponWhereAGlobLeavesNothingOut)

@@ -15,9 +15,18 @@ TEST(CasetableTable, AlignsTextToTheLeftAndNumbersToTheRight)
     const TemporaryTree tree({"results/wing_delta/Mach0.8/file", "results/wing_a/Mach10.25/file"});
 
     EXPECT_EQ(run(tree, {"-s", "wing_", "-n", "Mach", "-f", "table", "results"}),
-              prints("case  wing_   Mach\n"
-                     "   0  a      10.25\n"
-                     "   1  delta    0.8\n"));
+              prints("case  wing_   Mach  files\n"
+                     "   0  a      10.25      1\n"
+                     "   1  delta    0.8      1\n"));
+}
+
+TEST(CasetableTable, ShowsADashForNoValue)
+{
+    const TemporaryTree tree({"results/wing_/T1D+07/file"});
+
+    EXPECT_EQ(run(tree, {"-s", "wing_", "-n", "T", "-f", "table", "results"}),
+              prints("case  wing_  T  files\n"
+                     "   0  -      -      1\n"));
 }
 
 TEST(CasetableTable, AlignsByTheKindOfAColumnWhateverItsName)
@@ -25,9 +34,9 @@ TEST(CasetableTable, AlignsByTheKindOfAColumnWhateverItsName)
     const TemporaryTree tree({"results/case_delta/T10/file", "results/case_ab/T5/file"});
 
     EXPECT_EQ(run(tree, {"-s", "case", "-n", "T", "-f", "table", "results"}),
-              prints("case  case(2)   T\n"
-                     "   0  _ab       5\n"
-                     "   1  _delta   10\n"));
+              prints("case  case(2)   T  files\n"
+                     "   0  _ab       5      1\n"
+                     "   1  _delta   10      1\n"));
     EXPECT_EQ(run(tree, {"-s", "case", "--files", "-f", "table", "results"}),
               prints("path                 case  case(2)\n"
                      "case_ab/T5/file         0  _ab\n"
@@ -41,9 +50,9 @@ TEST(CasetableTable, AlignsByTheColumnsThatCharactersTakeOnATerminal)
     tree.file("results/P_a\xcc\x88\xc3\xa4/T2/file");    // A combining and a narrow one.
 
     EXPECT_EQ(run(tree, {"-s", "P_", "-n", "T", "-f", "table", "results"}),
-              prints("case  P_    T\n"
-                     "   0  a\xcc\x88\xc3\xa4    2\n"
-                     "   1  \xe7\xbf\xbc\xe5\x9e\x8b  1\n"));
+              prints("case  P_    T  files\n"
+                     "   0  a\xcc\x88\xc3\xa4    2      1\n"
+                     "   1  \xe7\xbf\xbc\xe5\x9e\x8b  1      1\n"));
 }
 
 TEST(CasetableTable, EscapesWhatCouldDriveTheTerminal)
@@ -66,8 +75,9 @@ TEST(CasetableTable, EscapesWhatCouldDriveTheTerminal)
         SCOPED_TRACE(row[1]);
         const TemporaryTree tree({"results/M_" + row[0] + "/T1/" + row[0]});
 
-        EXPECT_EQ(run(tree, {"-s", "M_", "-f", "table", "results"}),
-                  prints("case  M_\n   0  " + row[1] + "\n"));
+        const std::string cases = run(tree, {"-s", "M_", "-f", "table", "results"}).output;
+        EXPECT_NE(cases.find("\n   0  " + row[1] + "  "), std::string::npos) << cases;
+        EXPECT_EQ(std::count(cases.begin(), cases.end(), '\n'), 2) << cases;
         const std::string files =
             run(tree, {"-n", "T", "--files", "-f", "table", "results"}).output;
         EXPECT_NE(files.find("M_" + row[1] + "/T1/" + row[1] + "  "), std::string::npos) << files;
@@ -79,8 +89,8 @@ TEST(CasetableTable, EscapesTheHeaderAndAuxiliaryFiles)
     const TemporaryTree tree({"results/\x1bT1/a\nb.log"});
 
     EXPECT_EQ(run(tree, {"-n", "\x1bT", "-a", "*.log=l\xff", "-f", "table", "results"}),
-              prints("case  \\x1bT  l\\xff\n"
-                     "   0      1  \\x1bT1/a\\nb.log\n"));
+              prints("case  \\x1bT  l\\xff            l\\xff files  files\n"
+                     "   0      1  \\x1bT1/a\\nb.log            1      1\n"));
 }
 
 TEST(CasetableTable, HoldsNoControlCharacterWhateverNamesHold)
@@ -105,7 +115,7 @@ TEST(CasetableTable, IsTheHeaderAloneWithoutCases)
     const TemporaryTree tree({"results/"});
 
     EXPECT_EQ(run(tree, {"-n", "T", "-s", "M", "-f", "table", "results"}),
-              ends(1, "case  T  M\n", "no file matched: there is no file below results"));
+              ends(1, "case  T  M  files\n", "no file matched: there is no file below results"));
 }
 
 } // namespace tests

@@ -46,34 +46,34 @@ const std::string endless = "{a,z(.|..)*[bc]}";
 
 TEST_F(CasetableTemplate, MakesColumnsWhereItsNamesStand)
 {
-    EXPECT_EQ(run(tree_, {"-t", campaign, "results"}), prints("case,wing,Mach,Re\r\n"
-                                                              "0,A,0.80,6.5e6\r\n"
-                                                              "1,B,0.85,NULL\r\n"));
+    EXPECT_EQ(run(tree_, {"-t", campaign, "results"}), prints("case,wing,Mach,Re,files\n"
+                                                              "0,A,0.80,6.5e6,1\n"
+                                                              "1,B,0.85,,1\n"));
 }
 
 TEST_F(CasetableTemplate, AlignsNumbersToTheRight)
 {
     EXPECT_EQ(run(tree_, {"--template", campaign, "-f", "table", "results"}),
-              prints("case  wing  Mach     Re\n"
-                     "   0  A     0.80  6.5e6\n"
-                     "   1  B     0.85   NULL\n"));
+              prints("case  wing  Mach     Re  files\n"
+                     "   0  A     0.80  6.5e6      1\n"
+                     "   1  B     0.85      -      1\n"));
 }
 
 TEST_F(CasetableTemplate, ListsTheFilesThatItReads)
 {
     EXPECT_EQ(run(tree_, {"-t", campaign, "--files", "results"}),
-              prints("path,case,wing,Mach,Re\r\n"
-                     "wingA/Mach0.80/flow_Re6.5e6.vtu,0,A,0.80,6.5e6\r\n"
-                     "wingB/Mach0.85/flow.vtu,1,B,0.85,NULL\r\n"));
+              prints("path,case,wing,Mach,Re\n"
+                     "wingA/Mach0.80/flow_Re6.5e6.vtu,0,A,0.80,6.5e6\n"
+                     "wingB/Mach0.85/flow.vtu,1,B,0.85,\n"));
 }
 
 TEST_F(CasetableTemplate, ListsTheFilesThatItDoesNotFitWithTheElementThatFailed)
 {
     EXPECT_EQ(run(tree_, {"-t", "wing{w}/*/{f}.vtu", "-t", "{x}.md", "--unmatched", "results"}),
-              prints("path,template,reason\r\n"
-                     "read.me,{x}.md,'.md' does not fit behind 'read.me'\r\n"
+              prints("path,template,reason\n"
+                     "read.me,{x}.md,'.md' does not fit behind 'read.me'\n"
                      "wingB/Mach0.85/notes.txt,wing{w}/*/{f}.vtu,"
-                     "'.vtu' does not fit behind 'wingB/Mach0.85/notes.txt'\r\n"));
+                     "'.vtu' does not fit behind 'wingB/Mach0.85/notes.txt'\n"));
 }
 
 TEST_F(CasetableTemplate, ExplainsAPathThatItReads)
@@ -100,16 +100,17 @@ TEST_F(CasetableTemplate, ExplainsWhyItDoesNotFitAPath)
 TEST_F(CasetableTemplate, LeavesAuxiliaryFilesToTheirTags)
 {
     EXPECT_EQ(run(tree_, {"-t", "wing{w}/**", "-a", "*.txt=notes", "-a", "*?=rest", "results"}),
-              prints("case,w,notes,rest\r\n"
-                     "0,A,,wingA/Mach0.80/flow_Re6.5e6.vtu\r\n"
-                     "1,B,wingB/Mach0.85/notes.txt,wingB/Mach0.85/flow.vtu\r\n"));
+              prints("case,w,notes,notes files,rest,rest files,files\n"
+                     "0,A,,0,wingA/Mach0.80/flow_Re6.5e6.vtu,1,1\n"
+                     "1,B,wingB/Mach0.85/notes.txt,1,wingB/Mach0.85/flow.vtu,1,2\n"));
 }
 
 TEST_F(CasetableTemplate, ComesInEveryFormat)
 {
-    EXPECT_EQ(run(tree_, {"-t", campaign, "-f", "tsv", "results"}), prints("case\twing\tMach\tRe\n"
-                                                                           "0\tA\t0.80\t6.5e6\n"
-                                                                           "1\tB\t0.85\tNULL\n"));
+    EXPECT_EQ(run(tree_, {"-t", campaign, "-f", "tsv", "results"}),
+              prints("case\twing\tMach\tRe\tfiles\n"
+                     "0\tA\t0.80\t6.5e6\t1\n"
+                     "1\tB\t0.85\t\t1\n"));
     const std::string json = run(tree_, {"-t", campaign, "-f", "json", "results"}).output;
     EXPECT_NE(json.find("6.5e6"), std::string::npos) << json;
     const std::string vtt = run(tree_, {"-t", campaign, "-f", "vtt", "results"}).output;
@@ -120,27 +121,27 @@ TEST_F(CasetableTemplate, ReadsEachPathByTheFirstOfSeveralThatFits)
 {
     EXPECT_EQ(run(tree_, {"-t", "wing{wing}/*/flow_*", "-t", "{file}.me", "-t", "{wing:path}.vtu",
                           "--files", "results"}),
-              prints("path,case,wing,file\r\n"
-                     "read.me,0,,read\r\n"
-                     "wingA/Mach0.80/flow_Re6.5e6.vtu,1,A,\r\n"
-                     "wingB/Mach0.85/flow.vtu,2,wingB/Mach0.85/flow,\r\n"));
+              prints("path,case,wing,file\n"
+                     "read.me,0,,read\n"
+                     "wingA/Mach0.80/flow_Re6.5e6.vtu,1,A,\n"
+                     "wingB/Mach0.85/flow.vtu,2,wingB/Mach0.85/flow,\n"));
 }
 
 TEST_F(CasetableTemplate, MayComeFromAFileWithOneALine)
 {
     tree_.file("templates", "# Flow fields.\n\n" + campaign + "\n#{x}\nread.{ending}");
 
-    EXPECT_EQ(run(tree_, {"-t", "@templates", "results"}), prints("case,wing,Mach,Re,ending\r\n"
-                                                                  "0,,NULL,NULL,me\r\n"
-                                                                  "1,A,0.80,6.5e6,\r\n"
-                                                                  "2,B,0.85,NULL,\r\n"));
+    EXPECT_EQ(run(tree_, {"-t", "@templates", "results"}), prints("case,wing,Mach,Re,ending,files\n"
+                                                                  "0,,,,me,1\n"
+                                                                  "1,A,0.80,6.5e6,,1\n"
+                                                                  "2,B,0.85,,,1\n"));
 }
 
 TEST_F(CasetableTemplate, BeginsWithAnAtSignWhereTwoAreGiven)
 {
     tree_.file("at/@1");
 
-    EXPECT_EQ(run(tree_, {"-t", "@@{n:number}", "at"}), prints("case,n\r\n0,1\r\n"));
+    EXPECT_EQ(run(tree_, {"-t", "@@{n:number}", "at"}), prints("case,n,files\n0,1,1\n"));
 }
 
 TEST_F(CasetableTemplate, ThatIsInNoReadableFileIsWrongUsage)
@@ -211,7 +212,7 @@ TEST_F(CasetableTemplate, DoesNotGoWithMarkersOrSuggestions)
 TEST_F(CasetableTemplate, ThatFitsNoFileIsExplained)
 {
     EXPECT_EQ(run(tree_, {"-t", "wing{w}/T{T:number}", "results"}),
-              ends(1, "case,w,T\r\n",
+              ends(1, "case,w,T,files\n",
                    "no file matched: the template does not fit 4 files, as "
                    "wingA/Mach0.80/flow_Re6.5e6.vtu: 'T' does not fit behind 'wingA/'; "
                    "--unmatched lists them"));
@@ -243,10 +244,10 @@ TEST_F(CasetableTemplate, EndsWellWhereTheEngineGivesUpOnlyOnTheReason)
     for (const Stream errors : {Stream::Pipe, Stream::Terminal}) {
         const Outcome outcome = run({"-t", endless + ".x", "results"}, withErrors(tree, errors));
         EXPECT_EQ(outcome.exitCode, 0) << outcome;
-        EXPECT_EQ(outcome.output, "case,a\r\n0,zb\r\n");
+        EXPECT_EQ(outcome.output, "case,a,files\n0,zb,1\n");
     }
     EXPECT_EQ(run(tree, {"-t", endless + ".y", "results"}),
-              ends(1, "case,a\r\n",
+              ends(1, "case,a,files\n",
                    "no file matched: the template does not fit 2 files, as zb.x: '.y' does not fit "
                    "behind 'zb'; --unmatched lists them"));
 }
@@ -287,45 +288,43 @@ TEST(CasetableTemplates, ReadPathsAsTheirLanguageSays)
     };
     for (const Row& row : {
              // Text stands for itself, and a backslash takes a meaning.
-             Row{"a\\*\\?\\[\\]\\{\\}\\\\{x}",
-                 {"a*?[]{}\\1", "ab[]{}\\1"},
-                 "x\r\na*?[]{}\\1,0,1\r\n"},
+             Row{"a\\*\\?\\[\\]\\{\\}\\\\{x}", {"a*?[]{}\\1", "ab[]{}\\1"}, "x\na*?[]{}\\1,0,1\n"},
              // A column of text takes as little as fits.
-             Row{"{x}_{y}", {"1_2_3"}, "x,y\r\n1_2_3,0,1,2_3\r\n"},
-             Row{"*{x}", {"abc"}, "x\r\nabc,0,abc\r\n"},
-             Row{"{x}*", {"abc"}, "x\r\nabc,0,a\r\n"},
-             Row{"{x:text}/y", {"a/b/y", "c/y"}, "x\r\nc/y,0,c\r\n"},
+             Row{"{x}_{y}", {"1_2_3"}, "x,y\n1_2_3,0,1,2_3\n"},
+             Row{"*{x}", {"abc"}, "x\nabc,0,abc\n"},
+             Row{"{x}*", {"abc"}, "x\nabc,0,a\n"},
+             Row{"{x:text}/y", {"a/b/y", "c/y"}, "x\nc/y,0,c\n"},
              // Others take as much.
-             Row{"{x:word}*", {"aZ9_b"}, "x\r\naZ9_b,0,aZ9\r\n"},
-             Row{"{x:digits}*", {"0077", "x1"}, "x\r\n0077,0,0077\r\n"},
+             Row{"{x:word}*", {"aZ9_b"}, "x\naZ9_b,0,aZ9\n"},
+             Row{"{x:digits}*", {"0077", "x1"}, "x\n0077,0,0077\n"},
              Row{"BE{n:number}*",
                  {"BE-12", "BE5.", "BE.5e3e", "BEx"},
-                 "n\r\nBE-12,0,-12\r\nBE.5e3e,1,.5e3\r\nBE5.,2,5\r\n"},
+                 "n\nBE-12,0,-12\nBE.5e3e,1,.5e3\nBE5.,2,5\n"},
              // Fixed widths.
              Row{"{y:digits4}{m:digits2}{r:text2}{w:word1}",
                  {"202406-_a", "20240x-_a"},
-                 "y,m,r,w\r\n202406-_a,0,2024,06,-_,a\r\n"},
+                 "y,m,r,w\n202406-_a,0,2024,06,-_,a\n"},
              // Whole paths and expressions.
-             Row{"{p:path}/{f}", {"a/b/c"}, "p,f\r\na/b/c,0,a/b,c\r\n"},
-             Row{"{x,a|ab}{y}", {"abc"}, "x,y\r\nabc,0,a,bc\r\n"},
-             Row{"{x,[0-9]{2}}{y,.*}", {"12/3", "34"}, "x,y\r\n12/3,0,12,/3\r\n34,1,34,\r\n"},
-             Row{"{n:number,1|2}", {"1", "3"}, "n\r\n1,0,1\r\n"},
+             Row{"{p:path}/{f}", {"a/b/c"}, "p,f\na/b/c,0,a/b,c\n"},
+             Row{"{x,a|ab}{y}", {"abc"}, "x,y\nabc,0,a,bc\n"},
+             Row{"{x,[0-9]{2}}{y,.*}", {"12/3", "34"}, "x,y\n12/3,0,12,/3\n34,1,34,\n"},
+             Row{"{n:number,1|2}", {"1", "3"}, "n\n1,0,1\n"},
              // The same bytes again.
-             Row{"{x}/{x}_{y}", {"1/1_2", "1/2_2"}, "x,y\r\n1/1_2,0,1,2\r\n"},
+             Row{"{x}/{x}_{y}", {"1/1_2", "1/2_2"}, "x,y\n1/1_2,0,1,2\n"},
              // Wildcards.
-             Row{"*/?{x}", {"a/bc", "bc", "a2/b", "a3/b/c"}, "x\r\na/bc,0,c\r\n"},
-             Row{"**/{x}", {"1", "a/2", "a/b/3"}, "x\r\n1,0,1\r\na/2,1,2\r\na/b/3,2,3\r\n"},
-             Row{"a**{x:digits}", {"a1", "ab/c2"}, "x\r\na1,0,1\r\nab/c2,1,2\r\n"},
+             Row{"*/?{x}", {"a/bc", "bc", "a2/b", "a3/b/c"}, "x\na/bc,0,c\n"},
+             Row{"**/{x}", {"1", "a/2", "a/b/3"}, "x\n1,0,1\na/2,1,2\na/b/3,2,3\n"},
+             Row{"a**{x:digits}", {"a1", "ab/c2"}, "x\na1,0,1\nab/c2,1,2\n"},
              // Parts, taken where they can be and looked for behind wildcards.
              Row{"{x:digits}[_{y:digits}][_z]",
                  {"1", "1_2", "1_z", "1_2_z"},
-                 "x,y\r\n1,0,1,\r\n1_2,1,1,2\r\n1_2_z,1,1,2\r\n1_z,0,1,\r\n"},
+                 "x,y\n1,0,1,\n1_2,1,1,2\n1_2_z,1,1,2\n1_z,0,1,\n"},
              Row{"*[_run-{r:digits}]*_{s:word}.*",
                  {"a_b_run-7_c_x.y", "a_x.y"},
-                 "r,s\r\na_b_run-7_c_x.y,0,7,x\r\na_x.y,1,,x\r\n"},
+                 "r,s\na_b_run-7_c_x.y,0,7,x\na_x.y,1,,x\n"},
              Row{"**[A{a}/][B{b}/]{c}",
                  {"x/A1/B2/3", "x/B2/3", "x/3"},
-                 "a,b,c\r\nx/3,0,,,3\r\nx/A1/B2/3,1,1,2,3\r\nx/B2/3,2,,2,3\r\n"},
+                 "a,b,c\nx/3,0,,,3\nx/A1/B2/3,1,1,2,3\nx/B2/3,2,,2,3\n"},
          }) {
         const Outcome outcome = filesRead(row.text, row.files);
         EXPECT_EQ(outcome.output, "path,case," + row.rows) << outcome;
@@ -335,11 +334,11 @@ TEST(CasetableTemplates, ReadPathsAsTheirLanguageSays)
 TEST(CasetableTemplates, ReadNamesOfAnyBytes)
 {
     EXPECT_EQ(filesRead("\xff{a}\n\"{b,[\\x80-\\xff]}", {"\xffx\n\"\xfe", "-\xff"}),
-              prints("path,case,a,b\r\n\"\xffx\n\"\"\xfe\",0,x,\xfe\r\n"));
+              prints("path,case,a,b\n\"\xffx\n\"\"\xfe\",0,x,\xfe\n"));
 
     const TemporaryTree tree({"results/-n \xe2\x82\xac\x1b"});
     EXPECT_EQ(run(tree, {"-t", "-n {a}", "-f", "table", "results"}),
-              prints("case  a\n   0  \xe2\x82\xac\\x1b\n"));
+              prints("case  a      files\n   0  \xe2\x82\xac\\x1b      1\n"));
 }
 
 TEST(CasetableTemplates, ReadTheSameFromATreeAsFromAList)
@@ -347,9 +346,9 @@ TEST(CasetableTemplates, ReadTheSameFromATreeAsFromAList)
     const TemporaryTree tree({"results/a1/b2", "results/a1/.b3", "results/a1/b4"});
 
     EXPECT_EQ(run(tree, {"-t", "a{a}/*b{b:digits}", "-E", "b4", "results"}),
-              prints("case,a,b\r\n0,1,2\r\n"));
+              prints("case,a,b,files\n0,1,2,1\n"));
     EXPECT_EQ(run(tree, {"-t", "a{a}/*b{b:digits}", "-H", "results"}),
-              prints("case,a,b\r\n0,1,3\r\n1,1,2\r\n2,1,4\r\n"));
+              prints("case,a,b,files\n0,1,3,1\n1,1,2,1\n2,1,4,1\n"));
 }
 
 } // namespace tests

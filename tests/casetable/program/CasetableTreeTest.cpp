@@ -122,7 +122,7 @@ TEST(CasetableTree, DoesNotCountMarkersInThePathOfTheRoot)
 {
     const TemporaryTree tree({"T7/T1/file"});
 
-    EXPECT_EQ(run(tree, {"-n", "T", "T7"}), prints("case,T\r\n0,1\r\n"));
+    EXPECT_EQ(run(tree, {"-n", "T", "T7"}), prints("case,T,files\n0,1,1\n"));
 }
 
 TEST(CasetableTree, MayBeEmpty)
@@ -130,7 +130,7 @@ TEST(CasetableTree, MayBeEmpty)
     const TemporaryTree tree({"results/a/b/"});
 
     EXPECT_EQ(run(tree, {"-n", "T", "results"}),
-              ends(1, "case,T\r\n", "no file matched: there is no file below results"));
+              ends(1, "case,T,files\n", "no file matched: there is no file below results"));
 }
 
 TEST(CasetableTree, MayHoldManyFilesInOneFolder)

@@ -14,12 +14,12 @@ TEST(CasetableUnmatched, ListsEachFileWithTheFirstMarkerThatFailedAndWhy)
                               "results/Tx/P2.dat", "results/P2/T1.dat", "results/T1/P.dat"});
 
     EXPECT_EQ(run(tree, {"-n", "T", "-n", "P", "--unmatched", "results"}),
-              prints("path,marker,reason\r\n"
-                     "P2/T1.dat,P,not found\r\n"
-                     "T1/P.dat,P,no value\r\n"
-                     "T1/none,P,not found\r\n"
-                     "Tx/P2.dat,T,no value\r\n"
-                     "none,T,not found\r\n"));
+              prints("path,marker,reason\n"
+                     "P2/T1.dat,P,not found\n"
+                     "T1/P.dat,P,no value\n"
+                     "T1/none,P,not found\n"
+                     "Tx/P2.dat,T,no value\n"
+                     "none,T,not found\n"));
 }
 
 TEST(CasetableUnmatched, ListsAFileWhoseTextIsTooShort)
@@ -27,8 +27,8 @@ TEST(CasetableUnmatched, ListsAFileWhoseTextIsTooShort)
     const TemporaryTree tree({"results/run_P5.dat", "results/run_P55.dat"});
 
     EXPECT_EQ(run(tree, {"-s", "_P", "--unmatched", "results"}),
-              prints("path,marker,reason\r\nrun_P5.dat,_P,\"one character, which is no value here; "
-                     "--suggest finds templates, and -t reads by them\"\r\n"));
+              prints("path,marker,reason\nrun_P5.dat,_P,\"one character, which is no value here; "
+                     "--suggest finds templates, and -t reads by them\"\n"));
 }
 
 TEST(CasetableUnmatched, ListsAFileInWhichTheNextMarkerIsFoundInsideOne)
@@ -36,15 +36,15 @@ TEST(CasetableUnmatched, ListsAFileInWhichTheNextMarkerIsFoundInsideOne)
     const TemporaryTree tree({"results/HPPC_5.csv"});
 
     EXPECT_EQ(run(tree, {"-s", "HPPC_", "-s", "_", "--unmatched", "results"}).output,
-              "path,marker,reason\r\nHPPC_5.csv,HPPC_,\"'_' is found inside it; --suggest finds "
-              "templates, and -t reads by them\"\r\n");
+              "path,marker,reason\nHPPC_5.csv,HPPC_,\"'_' is found inside it; --suggest finds "
+              "templates, and -t reads by them\"\n");
 }
 
 TEST(CasetableUnmatched, IsEmptyWhenAllFilesMatch)
 {
     const TemporaryTree tree({"results/T1/file"});
 
-    EXPECT_EQ(run(tree, {"-n", "T", "--unmatched", "results"}), prints("path,marker,reason\r\n"));
+    EXPECT_EQ(run(tree, {"-n", "T", "--unmatched", "results"}), prints("path,marker,reason\n"));
 }
 
 TEST(CasetableUnmatched, ListsAllFilesWhenNoneMatches)
@@ -52,7 +52,7 @@ TEST(CasetableUnmatched, ListsAllFilesWhenNoneMatches)
     const TemporaryTree tree({"results/a\nb", "results/c"});
 
     EXPECT_EQ(run(tree, {"-n", "T", "--unmatched", "results"}),
-              ends(1, "path,marker,reason\r\n\"a\nb\",T,not found\r\nc,T,not found\r\n",
+              ends(1, "path,marker,reason\n\"a\nb\",T,not found\nc,T,not found\n",
                    "no file matched: marker 'T' failed for 2 files"));
 }
 

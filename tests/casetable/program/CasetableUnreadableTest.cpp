@@ -50,7 +50,7 @@ TEST_F(CasetableUnreadable, FolderIsLeftOutWithAWarningWhenKeptGoing)
         tree_.setMode("results/a/closed", mode);
         EXPECT_EQ(
             runAsOrdinaryUser({"-n", "T", "--keep-going", "results"}),
-            prints("case,T\r\n0,1\r\n1,2\r\n", "warning: results/a/closed: Permission denied"));
+            prints("case,T,files\n0,1,1\n1,2,1\n", "warning: results/a/closed: Permission denied"));
     }
 }
 
@@ -81,7 +81,7 @@ TEST_F(CasetableUnreadable, FoldersAreLeftOutInSilenceWhenQuiet)
 
     for (const char* quiet : {"-q", "--quiet"})
         EXPECT_EQ(runAsOrdinaryUser({"-n", "T", "--keep-going", quiet, "results"}),
-                  prints("case,T\r\n0,1\r\n"));
+                  prints("case,T,files\n0,1,1\n"));
 }
 
 TEST_F(CasetableUnreadable, FolderBehindALinkIsTreatedAlike)
@@ -95,7 +95,7 @@ TEST_F(CasetableUnreadable, FolderBehindALinkIsTreatedAlike)
               fails(3, "The specified path: results/link is not readable. "
                        "--keep-going leaves such folders out."));
     EXPECT_EQ(runAsOrdinaryUser({"-n", "T", "-L", "--keep-going", "results"}),
-              prints("case,T\r\n0,1\r\n", "warning: results/link: Permission denied"));
+              prints("case,T,files\n0,1,1\n", "warning: results/link: Permission denied"));
 }
 
 TEST_F(CasetableUnreadable, FolderIsNamedInOneLineWhateverItsName)
@@ -108,8 +108,9 @@ TEST_F(CasetableUnreadable, FolderIsNamedInOneLineWhateverItsName)
     EXPECT_EQ(runAsOrdinaryUser({"-n", "T", "results"}),
               fails(3, "The specified path: results/a\\nb\\x1b\xef\xbf\xbd is not "
                        "readable. --keep-going leaves such folders out."));
-    EXPECT_EQ(runAsOrdinaryUser({"-n", "T", "--keep-going", "results"}),
-              prints("case,T\r\n0,1\r\n", "warning: results/a\\nb\\x1b\\xff: Permission denied"));
+    EXPECT_EQ(
+        runAsOrdinaryUser({"-n", "T", "--keep-going", "results"}),
+        prints("case,T,files\n0,1,1\n", "warning: results/a\\nb\\x1b\\xff: Permission denied"));
 }
 
 TEST_F(CasetableUnreadable, RootIsAnErrorThatNamesIt)
@@ -140,9 +141,8 @@ TEST_F(CasetableUnreadable, TargetOfALinkIsWarnedOf)
     tree_.setMode("closed", 0);
     tree_.link("results/T1/link", "../../closed/file");
 
-    EXPECT_EQ(
-        runAsOrdinaryUser({"-n", "T", "--files", "results"}),
-        prints("path,case,T\r\nT1/file,0,1\r\n", "warning: results/T1/link: Permission denied"));
+    EXPECT_EQ(runAsOrdinaryUser({"-n", "T", "--files", "results"}),
+              prints("path,case,T\nT1/file,0,1\n", "warning: results/T1/link: Permission denied"));
 }
 
 TEST_F(CasetableUnreadable, FilesAreListedLikeOthers)
@@ -151,7 +151,7 @@ TEST_F(CasetableUnreadable, FilesAreListedLikeOthers)
     tree_.setMode("results/T1/file", 0);
 
     EXPECT_EQ(runAsOrdinaryUser({"-n", "T", "--files", "results"}),
-              prints("path,case,T\r\nT1/file,0,1\r\n"));
+              prints("path,case,T\nT1/file,0,1\n"));
 }
 
 TEST_F(CasetableUnreadable, FoldersAmongLoopsOfLinksAreWarnedOfOnEveryWayToThem)
@@ -174,9 +174,9 @@ TEST_F(CasetableUnreadable, FoldersAmongLoopsOfLinksAreWarnedOfOnEveryWayToThem)
         const Outcome outcome = runAsOrdinaryUser(arguments);
 
         EXPECT_EQ(outcome.exitCode, 0) << outcome;
-        EXPECT_EQ(outcome.output, std::string("path,case,fi\r\na/file,0,le\r\na/to b/file,0,le\r\n"
-                                              "b/file,0,le\r\nb/to a/file,0,le\r\n") +
-                                      (mayBeEntered ? "into file,0,le\r\n" : ""));
+        EXPECT_EQ(outcome.output, std::string("path,case,fi\na/file,0,le\na/to b/file,0,le\n"
+                                              "b/file,0,le\nb/to a/file,0,le\n") +
+                                      (mayBeEntered ? "into file,0,le\n" : ""));
         std::multiset<std::string> warnings;
         std::istringstream lines(outcome.errors);
         for (std::string line; std::getline(lines, line);)
@@ -203,7 +203,7 @@ TEST_F(CasetableUnreadable, FolderInALoopOfLinksStopsTheWalkUnlessItKeepsGoing)
               fails(3, "The specified path: results/b/to c is not readable. "
                        "--keep-going leaves such folders out."));
     EXPECT_EQ(runAsOrdinaryUser({"-n", "T", "-L", "--keep-going", "-q", "results"}),
-              prints("case,T\r\n0,1\r\n"));
+              prints("case,T,files\n0,1,2\n"));
 }
 
 } // namespace tests

@@ -131,7 +131,7 @@ TEST(CasetableUsage, RefusesALongNameWithOneDash)
     const TemporaryTree tree;
     tree.file("results/-files1/uggest2");
     EXPECT_EQ(run(tree, {"-n", "-files", "-nuggest", "results"}).output,
-              "case,-files,uggest\r\n0,1,2\r\n");
+              "case,-files,uggest,files\n0,1,2,1\n");
 }
 
 TEST(CasetableUsage, RefusesAFlagWithAValue)
@@ -143,7 +143,7 @@ TEST(CasetableUsage, RefusesAFlagWithAValue)
 
     const TemporaryTree tree;
     tree.file("results/--quiet=1");
-    EXPECT_EQ(run(tree, {"-n", "--quiet=", "results"}).output, "case,--quiet=\r\n0,1\r\n");
+    EXPECT_EQ(run(tree, {"-n", "--quiet=", "results"}).output, "case,--quiet=,files\n0,1,1\n");
 }
 
 TEST(CasetableUsage, RefusesAnEmptyRoot)

@@ -38,15 +38,18 @@ TEST(CasetableVtt, HoldsCasesWithNumbersAsDoubles)
               Columns({{"case", "integers", {"0", "1"}},
                        {"wing_", "texts", {"", "a\n\xff"}},
                        {"T", "doubles", {"-0.20000000000000001", "1.5"}},
-                       {"log", "texts", {"", "\"wing_a\n\xff/T1.5/a.log\""}}}));
+                       {"log", "texts", {"", "wing_a\n\xff/T1.5/a.log"}},
+                       {"log files", "integers", {"0", "1"}},
+                       {"files", "integers", {"1", "1"}}}));
 }
 
-TEST(CasetableVtt, HoldsAColumnWithANullAsTexts)
+TEST(CasetableVtt, HoldsNaNWhereANumberDoesNotConvert)
 {
     const TemporaryTree tree({"results/T1/file", "results/T1D+07/file"});
 
-    EXPECT_EQ(imported(tree, {"-n", "T"}),
-              Columns({{"case", "integers", {"0", "1"}}, {"T", "texts", {"1", "NULL"}}}));
+    EXPECT_EQ(imported(tree, {"-n", "T"}), Columns({{"case", "integers", {"0", "1"}},
+                                                    {"T", "doubles", {"1", "nan"}},
+                                                    {"files", "integers", {"1", "1"}}}));
 }
 
 TEST(CasetableVtt, HoldsFilesAndUnmatchedFiles)
@@ -68,7 +71,10 @@ TEST(CasetableVtt, IsATableWithoutRowsWithoutCases)
 
     EXPECT_EQ(imported(tree, {"-n", "T", "-s", "M"},
                        fails(1, "no file matched: there is no file below results")),
-              Columns({{"case", "integers", {}}, {"T", "doubles", {}}, {"M", "texts", {}}}));
+              Columns({{"case", "integers", {}},
+                       {"T", "doubles", {}},
+                       {"M", "texts", {}},
+                       {"files", "integers", {}}}));
 }
 
 TEST(CasetableVtt, GoesToStandardOutputToo)
@@ -78,8 +84,9 @@ TEST(CasetableVtt, GoesToStandardOutputToo)
     tree.file("out", outcome.output);
 
     EXPECT_EQ(outcome.exitCode, 0) << outcome;
-    EXPECT_EQ(readVtt(tree.path("out")),
-              Columns({{"case", "integers", {"0"}}, {"T", "doubles", {"1"}}}));
+    EXPECT_EQ(readVtt(tree.path("out")), Columns({{"case", "integers", {"0"}},
+                                                  {"T", "doubles", {"1"}},
+                                                  {"files", "integers", {"1"}}}));
 }
 
 TEST(CasetableVtt, IntoAFileThatMayNotGrowLeavesTheEarlierOne)

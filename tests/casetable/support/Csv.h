@@ -9,13 +9,10 @@ namespace tests {
 
 using Record = std::vector<std::string>;
 
-/// Reads CSV as RFC 4180 defines it and nothing wider: every record ends in CR LF, a quote stands
+/// Reads CSV as RFC 4180 defines it, but with LF at line ends, and nothing wider: a quote stands
 /// only around a field or doubled within one, and CR, LF and commas only within quotes. Throws
 /// std::runtime_error for anything else.
 std::vector<Record> parseCsv(const std::string& bytes);
-
-/// One record without a line ending.
-Record parseCsvRecord(const std::string& bytes);
 
 } // namespace tests
 } // namespace casetable

@@ -39,7 +39,7 @@ struct Setting {
 
 /// What came of a run. A test states it whole, so that nothing is printed unseen:
 ///
-///     EXPECT_EQ(run(tree, {"-n", "T", "results"}), prints("case,T\r\n0,1\r\n"));
+///     EXPECT_EQ(run(tree, {"-n", "T", "results"}), prints("case,T,files\n0,1,1\n"));
 struct Outcome {
     int exitCode = -1; ///< -1 when a signal ended the program.
     int signal = 0;

@@ -78,7 +78,7 @@ std::string digits(double value)
     return text;
 }
 
-const Column::Kind index = Column::Kind::Index;
+const Column::Kind index = Column::Kind::Count;
 const Column::Kind number = Column::Kind::NumberValue;
 const Column::Kind text = Column::Kind::StringValue;
 
@@ -161,10 +161,12 @@ TEST(VttWriter, KeepsIndicesAsIntegersNumbersAsDoublesAndTextsAsTexts)
                                       {"path", "texts", {"3", "b"}}}));
 }
 
-TEST(VttWriter, KeepsANumberColumnAsTextsWhenOneCellDoesNotConvert)
+TEST(VttWriter, HasNaNForNoValueAndForWhatIsNotFinite)
 {
-    EXPECT_EQ(writtenAndRead({{"T", number, {"1", "NULL", "2"}}}),
-              std::vector<VttColumn>({{"T", "texts", {"1", "NULL", "2"}}}));
+    EXPECT_EQ(writtenAndRead({{"T", number, {"1", "", "2", "inf", "-nan"}}}),
+              std::vector<VttColumn>({{"T", "doubles", {"1", "nan", "2", "nan", "nan"}}}));
+    EXPECT_EQ(writtenAndRead({{"T", number, {""}}}),
+              std::vector<VttColumn>({{"T", "doubles", {"nan"}}}));
 }
 
 TEST(VttWriter, KeepsEveryBitOfADouble)
@@ -246,16 +248,12 @@ TEST(VttWriter, KeepsAnyByteInANameWellFormed)
         EXPECT_EQ(columns[byte - 1].cells, Texts({std::to_string(byte)}));
 }
 
-TEST(VttWriter, WritesTheFilesUnderATagAsARecord)
+TEST(VttWriter, WritesTheFirstFileUnderATagAndTheirNumber)
 {
-    Report report = reportOf({{"case", index, {"0"}}}, 1);
-    report.tags = {"log", "none"};
-    report.row = [](std::size_t) { return Row{{"0"}, {{"plain", "a,b", "a\"b", "a\nb\xff"}, {}}}; };
-
-    EXPECT_EQ(writtenAndRead(report),
-              std::vector<VttColumn>({{"case", "integers", {"0"}},
-                                      {"log", "texts", {"plain,\"a,b\",\"a\"\"b\",\"a\nb\xff\""}},
-                                      {"none", "texts", {""}}}));
+    EXPECT_EQ(writtenAndRead({{"log", Column::Kind::AuxPath, {"a,\"\nb\xff", ""}},
+                              {"log files", Column::Kind::AuxCount, {"4", "0"}}}),
+              std::vector<VttColumn>(
+                  {{"log", "texts", {"a,\"\nb\xff", ""}}, {"log files", "integers", {"4", "0"}}}));
 }
 
 TEST(VttWriter, NeverLeavesOutAPartWhereMemoryRunsOut)
