@@ -34,7 +34,6 @@ struct Doubtful {
 struct Values {
     Doubtful endEarly;
     Doubtful negative; // With a word in front of the sign.
-    Doubtful notConverting;
 };
 
 bool endsEarly(const std::string& path, const std::vector<MetadataInfo>& infos, std::size_t k,
@@ -65,13 +64,9 @@ void count(const std::string& path, const std::vector<MetadataInfo>& infos,
     for (std::size_t k = 0; k < infos.size(); ++k) {
         if (endsEarly(path, infos, k, patterns[k].valueType))
             values[k].endEarly.count(path, infos[k]);
-        if (patterns[k].valueType != MetadataPattern::NumberValue)
-            continue;
-        if (hasSignBehindWord(path, infos[k]))
+        if (patterns[k].valueType == MetadataPattern::NumberValue &&
+            hasSignBehindWord(path, infos[k]))
             values[k].negative.count(path, infos[k]);
-        double number = 0;
-        if (!reading::convertsToNumber(infos[k].value, number))
-            values[k].notConverting.count(path, infos[k]);
     }
 }
 
@@ -103,9 +98,6 @@ std::vector<std::string> remarks(const MetadataFileCrawler& importer,
         if (of.negative.files > 0 && of.negative.files == files.size())
             lines.push_back("the '-' behind " + name + " is taken for a sign " +
                             inFiles(of.negative) + otherReading);
-        if (of.notConverting.files > 0 && of.notConverting.files == files.size())
-            lines.push_back("no value of " + name + " converts to a number " +
-                            inFiles(of.notConverting) + otherReading);
     }
     return lines;
 }

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <vector>
 
+#include "casetable/explaining/NumberRemarks.h"
 #include "casetable/explaining/Remarks.h"
 #include "casetable/explaining/TemplateFailure.h"
 #include "casetable/explaining/TemplateRemarks.h"
@@ -92,6 +93,8 @@ ExitCode summarize(const Import& import, const Reading& reading, const Source& s
     for (const std::string& remark : reading.templates()
                                          ? remarks(import.importer(), *reading.templates())
                                          : remarks(import.importer(), reading.patterns()))
+        console.remark(remark);
+    for (const std::string& remark : numberRemarks(import.importer(), import.table()))
         console.remark(remark);
     const std::string why = lacksSome ? whySomeFailed(import, reading, source) : "";
     if (!why.empty())

@@ -59,15 +59,6 @@ TEST(Remarks, TellOfSignsThatMayBeSeparatorsWhereAllNumbersHaveThem)
     EXPECT_EQ(remarksOn({"T_-1/a", "T_-2/a"}, {{"T_", number}}), Texts());
 }
 
-TEST(Remarks, TellOfNumberColumnsInWhichNoValueConverts)
-{
-    EXPECT_EQ(remarksOn({"h1d5/a", "h2D5/a"}, {{"h", number}}),
-              Texts({"no value of 'h' converts to a number in 2 files, as in h1d5/a, which gives "
-                     "'1d5'" +
-                     otherwise}));
-    EXPECT_EQ(remarksOn({"h1d5/a", "h2/a"}, {{"h", number}}), Texts());
-}
-
 TEST(Remarks, AreSilentWhereValuesEndAsUsual)
 {
     EXPECT_EQ(remarksOn({"wingA.b/Mach0.80/run_7_x.vtu.gz", "wingAB/Mach1./run_8,a.b"},

@@ -169,6 +169,37 @@ TEST(CasetableRemark, MentionsUnmatchedFilesOnlyWhereThereAreSomeThatAreNotListe
               prints("case,T,files\n0,1,1\n", "cases: 1, from 1 of 1 files"));
 }
 
+TEST(CasetableRemark, CountsTheCellsOfANumberColumnThatAreNoNumber)
+{
+    const TemporaryTree tree(
+        {"results/T1D5/a", "results/T1D5/b", "results/T1d7/a", "results/T2/a"});
+    const Setting setting = withErrors(tree, Stream::Terminal);
+
+    EXPECT_EQ(run({"-n", "T", "results"}, setting).errors,
+              "casetable: cases: 3, from 4 of 4 files\n"
+              "casetable: 2 cells of 'T' are no number, as in T1D5/a, which gives '1D5'\n");
+    EXPECT_EQ(run({"-t", "T{T:number,.*}/*", "-t", "x{x}", "results"}, setting).errors,
+              "casetable: cases: 3, from 4 of 4 files\n"
+              "casetable: the template x{x} reads no file\n"
+              "casetable: 2 cells of 'T' are no number, as in T1D5/a, which gives '1D5'\n");
+    EXPECT_EQ(run({"-t", "T[1D{T:number}]*/*", "results"}, setting).errors,
+              "casetable: cases: 2, from 4 of 4 files\n")
+        << "a part that is left out";
+}
+
+TEST(CasetableRemark, TellsOfCasesThatDifferOnlyInHowNumbersAreWritten)
+{
+    const TemporaryTree tree({"results/T5/P_x", "results/T5.0/P_x", "results/T5e0/P_x",
+                              "results/T5/P_y", "results/T6.0/P_y", "results/T6/P_z"});
+    const Setting setting = withErrors(tree, Stream::Terminal);
+    const std::string cases = "casetable: cases: 6, from 6 of 6 files\n";
+
+    EXPECT_EQ(run({"-t", "T{T:number}/P_{P}", "results"}, setting).errors,
+              cases + "casetable: 2 cases differ from another only in how numbers are written, as "
+                      "'T' in T5.0/P_x, which gives '5.0', and in T5/P_x, which gives '5'\n");
+    EXPECT_EQ(run({"-t", "T{T}/P_{P}", "results"}, setting).errors, cases) << "texts";
+}
+
 TEST(CasetableRemark, TellsOfValuesThatAreCutAndWhyFilesMayNotMatch)
 {
     const TemporaryTree tree({"results/P1.5bar_T1,5", "results/p1_T1"});

@@ -1,0 +1,137 @@
+#include "casetable/explaining/NumberRemarks.h"
+
+#include <cstddef>
+#include <unordered_map>
+#include <utility>
+
+#include "casetable/importing/CaseTable.h"
+#include "crawler/private/PathReading.h"
+#include "host/AuxFileInfoInterface.h"
+
+namespace casetable {
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+// The first file of each case.
+Texts firstFiles(const MetadataFileCrawler& importer, const CaseTable& table)
+{
+    Texts paths(table.caseCount());
+    for (const auto& file : importer.identifiedAuxFiles()) {
+        std::string& path = paths[file->caseIndex()];
+        if (path.empty())
+            path = file->filePath();
+    }
+    return paths;
+}
+
+bool isNumberColumn(const CaseTable& table, std::size_t column)
+{
+    return table.patterns[column].valueType == MetadataPattern::NumberValue;
+}
+
+const std::string& cellAt(const CaseTable& table, std::size_t row, std::size_t column)
+{
+    return table.cells[row * table.patterns.size() + column];
+}
+
+void remarkOnCellsWithoutNumber(const MetadataFileCrawler& importer, const CaseTable& table,
+                                std::size_t column, const Texts& files, Texts& lines)
+{
+    std::size_t count = 0;
+    std::string example;
+    for (std::size_t row = 0; row < table.caseCount(); ++row) {
+        if (!cellAt(table, row, column).empty())
+            continue;
+        const std::string value = importer.metadataInfoList(files[row])[column].value;
+        if (!value.empty() && ++count == 1)
+            example = files[row] + ", which gives '" + value + "'";
+    }
+    if (count > 0)
+        lines.push_back(std::to_string(count) + (count == 1 ? " cell" : " cells") + " of '" +
+                        table.patterns[column].pattern + (count == 1 ? "' is" : "' are") +
+                        " no number, as in " + example);
+}
+
+// A text that is the same for equal numbers.
+std::string sameForEqualNumbers(const std::string& cell)
+{
+    double number = 0;
+    reading::convertsToNumber(cell, number);
+    number += 0.0; // Makes 0 of -0.
+    return std::string(reinterpret_cast<const char*>(&number), sizeof number);
+}
+
+// A text that is the same for cases whose texts and numbers are equal.
+std::string keyOf(const CaseTable& table, std::size_t row)
+{
+    std::string key;
+    for (std::size_t column = 0; column < table.patterns.size(); ++column) {
+        const std::string& cell = cellAt(table, row, column);
+        const bool isNumber = isNumberColumn(table, column) && !cell.empty();
+        const std::string part = isNumber ? sameForEqualNumbers(cell) : cell;
+        key += std::to_string(part.size()) + ':' + part;
+    }
+    return key;
+}
+
+// Whether numbers of the column are written in more than one way. Where none are, no cases need to
+// be compared, which would take memory for each.
+bool hasEqualNumbersWrittenDifferently(const CaseTable& table, std::size_t column)
+{
+    std::unordered_map<std::string, const std::string*> firstOf;
+    for (std::size_t row = 0; row < table.caseCount(); ++row) {
+        const std::string& cell = cellAt(table, row, column);
+        if (cell.empty())
+            continue;
+        const auto found = firstOf.emplace(sameForEqualNumbers(cell), &cell).first;
+        if (*found->second != cell)
+            return true;
+    }
+    return false;
+}
+
+void remarkOnEqualCases(const CaseTable& table, const Texts& files, Texts& lines)
+{
+    std::size_t count = 0;
+    std::pair<std::size_t, std::size_t> example;
+    std::unordered_map<std::string, std::size_t> firstOf;
+    for (std::size_t row = 0; row < table.caseCount(); ++row) {
+        const auto [found, isNew] = firstOf.emplace(keyOf(table, row), row);
+        if (!isNew && ++count == 1)
+            example = {found->second, row};
+    }
+    if (count == 0)
+        return;
+    std::size_t column = 0;
+    while (cellAt(table, example.first, column) == cellAt(table, example.second, column))
+        ++column;
+    lines.push_back(std::to_string(count) + (count == 1 ? " case differs" : " cases differ") +
+                    " from another only in how numbers are written, as '" +
+                    table.patterns[column].pattern + "' in " + files[example.first] +
+                    ", which gives '" + cellAt(table, example.first, column) + "', and in " +
+                    files[example.second] + ", which gives '" +
+                    cellAt(table, example.second, column) + "'");
+}
+
+} // namespace
+
+std::vector<std::string> numberRemarks(const MetadataFileCrawler& importer, const CaseTable& table)
+{
+    Texts lines;
+    const Texts files = firstFiles(importer, table);
+    bool mayHaveEqualCases = false;
+    for (std::size_t column = 0; column < table.patterns.size(); ++column) {
+        if (!isNumberColumn(table, column))
+            continue;
+        remarkOnCellsWithoutNumber(importer, table, column, files, lines);
+        if (!mayHaveEqualCases)
+            mayHaveEqualCases = hasEqualNumbersWrittenDifferently(table, column);
+    }
+    if (mayHaveEqualCases)
+        remarkOnEqualCases(table, files, lines);
+    return lines;
+}
+
+} // namespace casetable
