@@ -10,7 +10,9 @@
 #include "casetable/explaining/TemplateFailure.h"
 #include "casetable/explaining/Unmatched.h"
 #include "casetable/importing/Import.h"
+#include "casetable/importing/Missing.h"
 #include "casetable/importing/Report.h"
+#include "casetable/importing/Sorting.h"
 #include "casetable/listing/Listing.h"
 #include "casetable/options/Options.h"
 #include "casetable/suggesting/Suggest.h"
@@ -49,6 +51,8 @@ Report makeReport(const Options& options, const Import& import)
         return options.reading.templates()
                    ? unmatchedReport(import.importer(), *options.reading.templates())
                    : unmatchedReport(import.importer(), options.reading.patterns());
+    case Rows::Missing:
+        return missingReport(import.table(), options.missingColumns);
     case Rows::Cases:
         break;
     }
@@ -63,12 +67,17 @@ ExitCode importTable(const Options& options, Listing& listing, Output& output, C
         spareMatchedFile(*options.output, options.source.root,
                          [&import](const std::string& path) { return import.isMatched(path); });
     const Format& format = options.format != nullptr ? *options.format : formatFor(output);
-    format.write(makeReport(options, import), output);
+    const Report report = sorted(makeReport(options, import), options.sortKeys);
+    format.write(report, output);
     output.commit();
     if (options.output && options.format == nullptr && !output.isTerminal())
         remarkOnEnding(*options.output, console);
-    return summarize(import, options.reading, options.source, listing.hiddenLeftOut(),
-                     options.rows == Rows::Unmatched, console);
+    const ExitCode code =
+        summarize(import, options.reading, options.source, listing.hiddenLeftOut(),
+                  options.rows == Rows::Unmatched, console);
+    if (options.rows == Rows::Missing && code == ExitCode::Cases)
+        remarkOnMissing(report, console);
+    return code;
 }
 
 ExitCode run(const Options& options, Console& console)

@@ -10,6 +10,7 @@
 #include "casetable/explaining/Unmatched.h"
 #include "casetable/importing/Import.h"
 #include "casetable/importing/Reading.h"
+#include "casetable/importing/Report.h"
 #include "casetable/listing/ReadList.h"
 #include "casetable/listing/Source.h"
 #include "casetable/system/Console.h"
@@ -100,6 +101,12 @@ ExitCode summarize(const Import& import, const Reading& reading, const Source& s
     if (!why.empty())
         console.remark(why);
     return ExitCode::Cases;
+}
+
+void remarkOnMissing(const Report& report, Console& console)
+{
+    console.remark("missing: " + std::to_string(report.rowCount) + " of " +
+                   std::to_string(report.combinations) + " combinations");
 }
 
 } // namespace casetable

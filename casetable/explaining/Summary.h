@@ -11,6 +11,7 @@ namespace casetable {
 class Console;
 class Import;
 class Reading;
+struct Report;
 struct Source;
 
 /// Half a sentence which says that the source has no files, and which of the options that leave
@@ -33,6 +34,10 @@ void remarkOnEnding(const std::string& output, Console& console);
 /// Returns Cases if there are cases, whatever the output lists, and otherwise NoCases.
 ExitCode summarize(const Import& import, const Reading& reading, const Source& source,
                    std::size_t hiddenLeftOut, bool showsUnmatched, Console& console);
+
+/// Remarks on `console` how many rows `report`, a report of missing combinations, has, and of how
+/// many combinations.
+void remarkOnMissing(const Report& report, Console& console);
 
 } // namespace casetable
 

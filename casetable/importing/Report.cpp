@@ -46,7 +46,7 @@ void take(std::string& name, std::set<std::string>& taken)
 
 } // namespace
 
-Content contentOf(const Column& column, const std::string& cell)
+Content contentOf(const Column& column, std::string_view cell)
 {
     if (cell.empty())
         return Content::Nothing;
