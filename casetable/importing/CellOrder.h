@@ -19,7 +19,8 @@ void appendNaturalKey(std::string_view text, std::string& key);
 /// The order of the cells of one column: numbers by their value as a double, texts in natural
 /// order, and where their keys are the same, by bytes. So only texts that are the same are equal.
 struct CellRanks {
-    /// Stands for the rank of a cell that holds no value. A number that is "nan" is none either.
+    /// Stands for the rank of a cell without a value, or with a number such as "nan" that has no
+    /// place among others.
     static constexpr auto none = static_cast<std::size_t>(-1);
 
     std::vector<std::size_t> ofCells; ///< The rank of each cell, from 0. Equal cells share one.
