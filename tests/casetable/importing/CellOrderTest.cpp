@@ -181,9 +181,9 @@ TEST(CellOrder, RanksManyTextsAsThePlainRule)
 TEST(CellOrder, TakesNumbersByValueAndEqualOnesAsOne)
 {
     const CellRanks ranks =
-        rank(numbers, {"10", "5.0", "-1", "5", "1e1", "+5", "1e400", "0", "-0"});
+        rank(numbers, {"10", "5.0", "-1", "5", "1e1", "+5", "1e30", "0", "-0", "nan", "x"});
 
-    EXPECT_EQ(ranks.ofCells, Indices({3, 2, 0, 2, 3, 2, 4, 1, 1}));
+    EXPECT_EQ(ranks.ofCells, Indices({3, 2, 0, 2, 3, 2, 4, 1, 1, none, none}));
     EXPECT_EQ(ranks.firsts, Indices({2, 7, 1, 0, 6}));
 }
 
