@@ -288,7 +288,7 @@ private:
 
     void takeFormat(const std::string& name)
     {
-        static const std::set<std::string> names = {"table", "csv", "tsv", "json", "vtt"};
+        static const std::set<std::string> names = {"table", "csv", "tsv", "json", "jsonl", "vtt"};
         format_ = true;
         formatName = name == "auto" ? "" : name;
         if (name != "auto" && names.count(name) == 0)
@@ -297,11 +297,9 @@ private:
 
     void guessFormat(const std::string& file)
     {
-        static const std::map<std::string, std::string> names = {{".csv", "csv"},
-                                                                 {".tsv", "tsv"},
-                                                                 {".json", "json"},
-                                                                 {".vtt", "vtt"},
-                                                                 {".txt", "table"}};
+        static const std::map<std::string, std::string> names = {
+            {".csv", "csv"},      {".tsv", "tsv"}, {".json", "json"}, {".jsonl", "jsonl"},
+            {".ndjson", "jsonl"}, {".vtt", "vtt"}, {".txt", "table"}};
         for (const auto& [ending, name] : names) {
             bool ends = file.size() >= ending.size();
             for (std::size_t i = 0; ends && i < ending.size(); ++i) {
