@@ -280,6 +280,10 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
         options.source.selection.hidden = true;
     if (options.format == nullptr && options.output)
         options.format = formatOfEnding(*options.output);
+    if (options.format != nullptr && options.format->isDatabase() && !options.output)
+        failUsage(std::string("--format ") + options.format->name +
+                  ": there is no --output; a database cannot go to standard output");
+    options.words = words;
     return options;
 }
 
