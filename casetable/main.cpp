@@ -1,7 +1,10 @@
+#include <ctime>
 #include <exception>
 #include <new>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "casetable/explaining/Explain.h"
 #include "casetable/explaining/ExplainTemplate.h"
@@ -14,6 +17,7 @@
 #include "casetable/importing/Report.h"
 #include "casetable/importing/Sorting.h"
 #include "casetable/listing/Listing.h"
+#include "casetable/listing/ReadList.h"
 #include "casetable/options/Options.h"
 #include "casetable/suggesting/Suggest.h"
 #include "casetable/system/Console.h"
@@ -22,6 +26,8 @@
 #include "casetable/system/Output.h"
 #include "casetable/system/OutputGuards.h"
 #include "casetable/system/Printable.h"
+#include "casetable/system/ShellWords.h"
+#include "casetable/writing/SqliteWriter.h"
 
 namespace casetable {
 
@@ -42,21 +48,54 @@ ExitCode explainPath(const Options& options, Output& output)
     return explanation.isMatched && leftOut.empty() ? ExitCode::Cases : ExitCode::NoCases;
 }
 
+Report makeUnmatchedReport(const Reading& reading, const Import& import)
+{
+    return reading.templates() ? unmatchedReport(import.importer(), *reading.templates())
+                               : unmatchedReport(import.importer(), reading.patterns());
+}
+
 Report makeReport(const Options& options, const Import& import)
 {
     switch (options.rows) {
     case Rows::Files:
         return fileReport(import.table(), import.importer().identifiedAuxFiles());
     case Rows::Unmatched:
-        return options.reading.templates()
-                   ? unmatchedReport(import.importer(), *options.reading.templates())
-                   : unmatchedReport(import.importer(), options.reading.patterns());
+        return makeUnmatchedReport(options.reading, import);
     case Rows::Missing:
         return missingReport(import.table(), options.missingColumns);
     case Rows::Cases:
         break;
     }
     return caseReport(import.table());
+}
+
+// The time by ISO 8601, in UTC.
+std::string now()
+{
+    const std::time_t seconds = std::time(nullptr);
+    std::tm parts = {};
+    char text[32];
+    ::gmtime_r(&seconds, &parts);
+    return {text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts)};
+}
+
+Database makeDatabase(const Options& options, const Import& import)
+{
+    const Source& source = options.source;
+    Database database;
+    database.cases = caseReport(import.table());
+    database.files = import.importer().identifiedAuxFiles();
+    if (options.rows == Rows::Unmatched)
+        database.unmatched = makeUnmatchedReport(options.reading, import);
+    std::string commandLine = "casetable";
+    for (const std::string& word : options.words)
+        commandLine += ' ' + shellWord(word);
+    database.about = {{"program", "casetable"},
+                      {"version", CASETABLE_VERSION},
+                      {"command line", commandLine},
+                      {"root", source.list ? listName(*source.list) : source.root},
+                      {"time", now()}};
+    return database;
 }
 
 ExitCode importTable(const Options& options, Listing& listing, Output& output, Console& console)
@@ -67,8 +106,13 @@ ExitCode importTable(const Options& options, Listing& listing, Output& output, C
         spareMatchedFile(*options.output, options.source.root,
                          [&import](const std::string& path) { return import.isMatched(path); });
     const Format& format = options.format != nullptr ? *options.format : formatFor(output);
-    const Report report = sorted(makeReport(options, import), options.sortKeys);
-    format.write(report, output);
+    Report report;
+    if (format.isDatabase()) {
+        writeDatabase(makeDatabase(options, import), output);
+    } else {
+        report = sorted(makeReport(options, import), options.sortKeys);
+        format.write(report, output);
+    }
     output.commit();
     if (options.output && options.format == nullptr && !output.isTerminal())
         remarkOnEnding(*options.output, console);
@@ -91,6 +135,8 @@ ExitCode run(const Options& options, Console& console)
 
     if (options.source.list && options.output)
         spareList(*options.output, *options.source.list);
+    if (options.mode == Mode::Table && options.format != nullptr && options.format->isDatabase())
+        checkDatabase(caseColumns(options.reading.patterns(), {}), output);
     Listing listing(options.source, console);
     if (options.mode == Mode::Suggest)
         return suggest(options, listing, output, console);

@@ -238,6 +238,21 @@ void refuseContradictions(const CommandLine& line, OptionGroup group)
     }
 }
 
+// Refuses what a database cannot be asked for, if the format is one: it is a file, whose rows have
+// no order, of cases.
+void refuseWithDatabase(const Options& options)
+{
+    if (options.format == nullptr || !options.format->isDatabase())
+        return;
+    const std::string format = std::string("--format ") + options.format->name;
+    if (!options.output)
+        failUsage(format + ": there is no --output; a database cannot go to standard output");
+    if (!options.sortKeys.empty())
+        failUsage("--sort and " + format + " exclude each other");
+    if (options.rows == Rows::Missing)
+        failUsage("--missing and " + format + " exclude each other");
+}
+
 // Prints what --help or --version asked for.
 void print(const std::string& text)
 {
@@ -293,6 +308,8 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
         options.source.selection.hidden = true;
     if (options.format == nullptr && options.output)
         options.format = formatOfEnding(*options.output);
+    refuseWithDatabase(options);
+    options.words = words;
     return options;
 }
 

@@ -39,6 +39,8 @@ struct Options {
     std::vector<SortKey> sortKeys;           ///< The columns are those of the table.
     std::string explained; ///< In Mode::Explain: the path, relative to `source.root`; not empty.
     bool quiet = false;
+    /// The command line as it was typed, without the program's name.
+    std::vector<std::string> words;
 };
 
 /// Reads the command line, of which `argv` holds `argc` arguments, the program's name first. Reads

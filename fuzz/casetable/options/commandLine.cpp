@@ -91,6 +91,8 @@ public:
             options.source.selection.hidden = true;
         if (formatName.empty() && options.output)
             guessFormat(*options.output);
+        if (formatName == "sqlite" && !options.output)
+            throw WrongUsage();
         if (suggest_) {
             options.mode = casetable::Mode::Suggest;
             if (!markers_.empty() || !templates_.empty() || !options.identifiers.empty() ||
@@ -288,7 +290,8 @@ private:
 
     void takeFormat(const std::string& name)
     {
-        static const std::set<std::string> names = {"table", "csv", "tsv", "json", "jsonl", "vtt"};
+        static const std::set<std::string> names = {"table", "csv", "tsv",   "json",
+                                                    "jsonl", "vtt", "sqlite"};
         format_ = true;
         formatName = name == "auto" ? "" : name;
         if (name != "auto" && names.count(name) == 0)
@@ -298,8 +301,9 @@ private:
     void guessFormat(const std::string& file)
     {
         static const std::map<std::string, std::string> names = {
-            {".csv", "csv"},      {".tsv", "tsv"}, {".json", "json"}, {".jsonl", "jsonl"},
-            {".ndjson", "jsonl"}, {".vtt", "vtt"}, {".txt", "table"}};
+            {".csv", "csv"},     {".tsv", "tsv"},       {".json", "json"},
+            {".jsonl", "jsonl"}, {".ndjson", "jsonl"},  {".vtt", "vtt"},
+            {".db", "sqlite"},   {".sqlite", "sqlite"}, {".txt", "table"}};
         for (const auto& [ending, name] : names) {
             bool ends = file.size() >= ending.size();
             for (std::size_t i = 0; ends && i < ending.size(); ++i) {

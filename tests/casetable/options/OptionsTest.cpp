@@ -101,6 +101,8 @@ public:
             options.format = &formats()[below(formats().size())];
         else if (options.output)
             options.format = formatOfEnding(*options.output);
+        if (options.format != nullptr && options.format->isDatabase() && !options.output)
+            options.output = text() + "x";
         if (options.mode == Mode::Suggest)
             return options;
 
@@ -328,6 +330,31 @@ TEST(Options, GuessTheFormatFromTheEndingOfTheOutput)
         EXPECT_EQ(parse({"-n", "T", "-f", "json", "-o", row.output, "root"})->format,
                   formatNamed("json"));
     }
+}
+
+TEST(Options, TakeADatabaseOnlyWithAFile)
+{
+    EXPECT_EQ(parse({"-n", "T", "-o", "a.db", "root"})->format, formatNamed("sqlite"));
+    EXPECT_EQ(parse({"-n", "T", "-f", "sqlite", "-o", "a", "root"})->format, formatNamed("sqlite"));
+    for (const std::vector<const char*>& arguments :
+         {std::vector<const char*>{"-n", "T", "-f", "sqlite", "root"},
+          std::vector<const char*>{"-n", "T", "-f", "sqlite", "-o", "-", "root"},
+          std::vector<const char*>{"-n", "T", "-o", "a.db", "-f", "sqlite", "-o-", "root"}}) {
+        try {
+            parse(arguments);
+            ADD_FAILURE() << "no failure";
+        } catch (const Failure& failure) {
+            EXPECT_EQ(failure.code, ExitCode::WrongUsage);
+            EXPECT_STREQ(failure.what(), "--format sqlite: there is no --output; a database "
+                                         "cannot go to standard output");
+        }
+    }
+}
+
+TEST(Options, KeepTheWordsAsTheyWereTyped)
+{
+    EXPECT_EQ(parse({"-nT", "--output=a b", "-o", "x", "root"})->words,
+              std::vector<std::string>({"-nT", "--output=a b", "-o", "x", "root"}));
 }
 
 TEST(Options, TakeAPathToExplainWithAndWithoutRoot)
