@@ -7,7 +7,6 @@
 #include "casetable/explaining/ExplainTemplate.h"
 #include "casetable/explaining/LeftOut.h"
 #include "casetable/explaining/Summary.h"
-#include "casetable/explaining/TemplateFailure.h"
 #include "casetable/explaining/Unmatched.h"
 #include "casetable/importing/Import.h"
 #include "casetable/importing/Report.h"
@@ -27,11 +26,9 @@ namespace {
 
 ExitCode explainPath(const Options& options, Output& output)
 {
-    const Reading& reading = options.reading;
     const bool inColour = output.showsColours();
-    const Explanation explanation = reading.templates()
-                                        ? explain(options.explained, *reading.templates(), inColour)
-                                        : explain(options.explained, reading.patterns(), inColour);
+    const Explanation explanation = options.reading.visit(
+        [&](const auto& by) { return explain(options.explained, by, inColour); });
     output.write(explanation.text);
     const std::string leftOut = whyLeftOut(options.source.selection, options.explained);
     if (!leftOut.empty())
@@ -46,9 +43,7 @@ Report makeReport(const Options& options, const Import& import)
     case Rows::Files:
         return fileReport(import.table(), import.importer().identifiedAuxFiles());
     case Rows::Unmatched:
-        return options.reading.templates()
-                   ? unmatchedReport(import.importer(), *options.reading.templates())
-                   : unmatchedReport(import.importer(), options.reading.patterns());
+        return unmatchedReport(import.importer(), options.reading);
     case Rows::Cases:
         break;
     }

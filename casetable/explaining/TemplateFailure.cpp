@@ -4,8 +4,6 @@
 #include <optional>
 #include <utility>
 
-#include "casetable/explaining/Unmatched.h"
-
 namespace casetable {
 
 namespace {
@@ -60,24 +58,20 @@ std::string failureReason(const TemplateFailure& failure, const std::string& pat
                            : failed + " does not fit behind '" + fitting + "'";
 }
 
-Report unmatchedReport(const MetadataFileCrawler& importer, const TemplateList& templates)
+UnmatchedRows unmatchedRows(const TemplateList& templates)
 {
-    Report report;
-    report.rowsName = "unmatched";
-    report.columns = {{"path", Column::Kind::Text},
-                      {"template", Column::Kind::Text},
-                      {"reason", Column::Kind::Text}};
-    std::vector<std::string> paths = unmatchedPaths(importer);
-    report.rowCount = paths.size();
+    UnmatchedRows rows;
+    rows.columns = {{"path", Column::Kind::Text},
+                    {"template", Column::Kind::Text},
+                    {"reason", Column::Kind::Text}};
     const auto failures = std::make_shared<TemplateFailures>(templates);
-    report.row = [paths = std::move(paths), failures](std::size_t index) {
-        const std::string& path = paths[index];
+    rows.row = [failures](const std::string& path) {
         const TemplateFailure failure = failures->furthest(path);
         Row row;
         row.cells = {path, failure.pathTemplate->text(), failureReason(failure, path)};
         return row;
     };
-    return report;
+    return rows;
 }
 
 std::string failureSummary(const MetadataFileCrawler& importer, const TemplateList& templates)

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "casetable/importing/Report.h"
+#include "casetable/explaining/Unmatched.h"
 #include "casetable/templates/Matcher.h"
 #include "casetable/templates/TemplateList.h"
 #include "crawler/MetadataFileCrawler.h"
@@ -38,10 +38,9 @@ private:
 /// ends. All bytes are as they stand in the template and the path.
 std::string failureReason(const TemplateFailure& failure, const std::string& path);
 
-/// A report with a row for each file of the importer that no template fits: the path, the template
-/// that comes furthest in it, and why that one failed. The templates must outlive the
-/// report; making a row throws MatchError.
-Report unmatchedReport(const MetadataFileCrawler& importer, const TemplateList& templates);
+/// The path, the template that comes furthest in it, and why that one failed. The templates must
+/// outlive the rows; making a row throws MatchError.
+UnmatchedRows unmatchedRows(const TemplateList& templates);
 
 /// One line that says how many files no template fits, and, for one example of them, why, as far as
 /// the engine can tell; empty where there are none. The example is the file of which a template

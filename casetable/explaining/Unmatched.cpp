@@ -8,6 +8,8 @@
 #include <string_view>
 #include <utility>
 
+#include "casetable/explaining/TemplateFailure.h"
+#include "casetable/importing/Reading.h"
 #include "crawler/private/PathReading.h"
 #include "host/AuxFileInfoInterface.h"
 
@@ -17,44 +19,38 @@ const std::string otherReading = "; --suggest finds templates, and -t reads by t
 
 namespace {
 
-using Reason = UnmatchedFile::Reason;
-
-// The importer reads no value from a path in which a marker is not found, and does not tell which
-// marker that was.
-UnmatchedFile unmatchedFile(const MetadataFileCrawler& importer,
-                            const std::vector<MetadataPattern>& patterns, const std::string& path)
-{
-    const std::vector<std::size_t> positions = reading::markerPositions(path, patterns);
-    if (positions.size() < patterns.size())
-        return {path, positions.size(), Reason::NotFound};
-    const std::size_t k = importer.metadataInfoList(path).size();
-    const std::size_t markerEnd = positions[k] + patterns[k].pattern.size();
-    const bool isLast = k + 1 == patterns.size();
-    const std::size_t end = isLast ? path.size() : positions[k + 1];
-    if (end < markerEnd)
-        return {path, k, Reason::NextInside};
-    const std::string_view segment =
-        std::string_view(path).substr(positions[k], end - positions[k]);
-    const bool isOne = patterns[k].valueType != MetadataPattern::NumberValue &&
-                       reading::lengthWithoutExtensions(segment) == patterns[k].pattern.size() + 1;
-    return {path, k, isOne ? Reason::OneCharacter : Reason::NoValue};
-}
+using Reason = MarkerFailure::Reason;
 
 // As --unmatched says it.
-std::string reasonText(const UnmatchedFile& file, const std::vector<MetadataPattern>& patterns)
+std::string reasonText(const MarkerFailure& failure, const std::vector<MetadataPattern>& patterns)
 {
-    switch (file.reason) {
+    switch (failure.reason) {
     case Reason::NotFound:
         return "not found";
     case Reason::OneCharacter:
         return "one character, which is no value here" + otherReading;
     case Reason::NextInside:
-        return "'" + patterns[file.metadataIndex + 1].pattern + "' is found inside it" +
+        return "'" + patterns[failure.metadataIndex + 1].pattern + "' is found inside it" +
                otherReading;
     case Reason::NoValue:
         break;
     }
     return "no value";
+}
+
+// A file that belongs to no case.
+struct UnmatchedFile {
+    std::string path;
+    MarkerFailure failure;
+};
+
+std::vector<UnmatchedFile> unmatchedFiles(const MetadataFileCrawler& importer,
+                                          const std::vector<MetadataPattern>& patterns)
+{
+    std::vector<UnmatchedFile> unmatched;
+    for (const std::string& path : unmatchedPaths(importer))
+        unmatched.push_back({path, markerFailure(path, patterns)});
+    return unmatched;
 }
 
 // The ending of a path's last component; empty where it has none.
@@ -79,11 +75,12 @@ std::vector<UnmatchedFile> tellingFiles(const MetadataFileCrawler& importer,
                     files.end());
     };
     keepOnly([&](const UnmatchedFile& file) {
-        return file.metadataIndex == metadataIndex &&
+        return file.failure.metadataIndex == metadataIndex &&
                (kinds.empty() || kinds.count(std::string(endingOf(file.path))) > 0);
     });
     const auto hasLostValue = [](const UnmatchedFile& file) {
-        return file.reason == Reason::OneCharacter || file.reason == Reason::NextInside;
+        return file.failure.reason == Reason::OneCharacter ||
+               file.failure.reason == Reason::NextInside;
     };
     if (std::any_of(files.begin(), files.end(), hasLostValue))
         keepOnly(hasLostValue);
@@ -96,7 +93,7 @@ std::vector<std::size_t> failureCounts(const std::vector<UnmatchedFile>& files,
 {
     std::vector<std::size_t> counts(markerCount, 0);
     for (const UnmatchedFile& file : files)
-        ++counts[file.metadataIndex];
+        ++counts[file.failure.metadataIndex];
     return counts;
 }
 
@@ -125,23 +122,44 @@ bool standsInOtherCase(const std::string& path, const MetadataPattern& pattern)
 std::string whyNoValue(const std::vector<UnmatchedFile>& files, const UnmatchedFile& example,
                        const std::vector<MetadataPattern>& patterns)
 {
-    const std::string name = "'" + patterns[example.metadataIndex].pattern + "'";
+    const std::string name = "'" + patterns[example.failure.metadataIndex].pattern + "'";
     const auto count =
         std::count_if(files.begin(), files.end(), [&example](const UnmatchedFile& file) {
-            return file.reason == example.reason;
+            return file.failure.reason == example.failure.reason;
         });
     const std::string inFiles = " in " + std::to_string(count) + (count == 1 ? " file" : " files") +
                                 ", as in " + example.path;
-    if (example.reason == Reason::OneCharacter)
+    if (example.failure.reason == Reason::OneCharacter)
         return "one character stands behind " + name + inFiles + ", which is no value there" +
                otherReading;
-    if (example.reason == Reason::NextInside)
-        return "'" + patterns[example.metadataIndex + 1].pattern + "' is found inside " + name +
-               inFiles + otherReading;
+    if (example.failure.reason == Reason::NextInside)
+        return "'" + patterns[example.failure.metadataIndex + 1].pattern + "' is found inside " +
+               name + inFiles + otherReading;
     return name + " has no value in " + example.path + ", and --explain tells why";
 }
 
 } // namespace
+
+MarkerFailure markerFailure(const std::string& path, const std::vector<MetadataPattern>& patterns)
+{
+    std::vector<std::size_t> positions = reading::markerPositions(path, patterns);
+    if (positions.size() < patterns.size())
+        return {positions.size(), Reason::NotFound};
+    positions.push_back(path.size());
+    const auto segment = [&](std::size_t k) {
+        return std::string_view(path).substr(positions[k], positions[k + 1] - positions[k]);
+    };
+    std::size_t k = 0;
+    while (k + 1 < patterns.size() &&
+           reading::scanValue(segment(k), patterns[k]) != reading::noValue)
+        ++k;
+    const std::size_t markerLength = patterns[k].pattern.size();
+    if (segment(k).size() < markerLength)
+        return {k, Reason::NextInside};
+    const bool isOne = patterns[k].valueType != MetadataPattern::NumberValue &&
+                       reading::lengthWithoutExtensions(segment(k)) == markerLength + 1;
+    return {k, isOne ? Reason::OneCharacter : Reason::NoValue};
+}
 
 std::vector<std::string> unmatchedPaths(const MetadataFileCrawler& importer)
 {
@@ -157,30 +175,31 @@ std::vector<std::string> unmatchedPaths(const MetadataFileCrawler& importer)
     return paths;
 }
 
-std::vector<UnmatchedFile> unmatchedFiles(const MetadataFileCrawler& importer,
-                                          const std::vector<MetadataPattern>& patterns)
+UnmatchedRows unmatchedRows(const std::vector<MetadataPattern>& patterns)
 {
-    std::vector<UnmatchedFile> unmatched;
-    for (const std::string& path : unmatchedPaths(importer))
-        unmatched.push_back(unmatchedFile(importer, patterns, path));
-    return unmatched;
+    UnmatchedRows rows;
+    rows.columns = {{"path", Column::Kind::Text},
+                    {"marker", Column::Kind::Text},
+                    {"reason", Column::Kind::Text}};
+    rows.row = [&patterns](const std::string& path) {
+        const MarkerFailure failure = markerFailure(path, patterns);
+        Row row;
+        row.cells = {path, patterns[failure.metadataIndex].pattern, reasonText(failure, patterns)};
+        return row;
+    };
+    return rows;
 }
 
-Report unmatchedReport(const MetadataFileCrawler& importer,
-                       const std::vector<MetadataPattern>& patterns)
+Report unmatchedReport(const MetadataFileCrawler& importer, const Reading& reading)
 {
+    UnmatchedRows rows = reading.visit([](const auto& by) { return unmatchedRows(by); });
+    std::vector<std::string> paths = unmatchedPaths(importer);
     Report report;
     report.rowsName = "unmatched";
-    report.columns = {{"path", Column::Kind::Text},
-                      {"marker", Column::Kind::Text},
-                      {"reason", Column::Kind::Text}};
-    std::vector<UnmatchedFile> files = unmatchedFiles(importer, patterns);
-    report.rowCount = files.size();
-    report.row = [files = std::move(files), &patterns](std::size_t index) {
-        const UnmatchedFile& file = files[index];
-        Row row;
-        row.cells = {file.path, patterns[file.metadataIndex].pattern, reasonText(file, patterns)};
-        return row;
+    report.columns = std::move(rows.columns);
+    report.rowCount = paths.size();
+    report.row = [paths = std::move(paths), row = std::move(rows.row)](std::size_t index) {
+        return row(paths[index]);
     };
     return report;
 }
@@ -217,7 +236,7 @@ std::string likelyReason(const MetadataFileCrawler& importer,
     const std::string name = "'" + marker + "'";
     const std::vector<UnmatchedFile> telling = tellingFiles(importer, files, k);
     for (const UnmatchedFile& file : telling) {
-        if (file.reason != Reason::NotFound)
+        if (file.failure.reason != Reason::NotFound)
             continue;
         const std::size_t position = file.path.find(marker);
         if (position != std::string::npos &&
@@ -230,8 +249,9 @@ std::string likelyReason(const MetadataFileCrawler& importer,
             return name + " is written with other letters, large or small, in " + file.path;
     }
     const auto withoutValue =
-        std::find_if(telling.begin(), telling.end(),
-                     [](const UnmatchedFile& file) { return file.reason != Reason::NotFound; });
+        std::find_if(telling.begin(), telling.end(), [](const UnmatchedFile& file) {
+            return file.failure.reason != Reason::NotFound;
+        });
     if (withoutValue != telling.end())
         return whyNoValue(telling, *withoutValue, patterns);
     if (importer.hasCases())

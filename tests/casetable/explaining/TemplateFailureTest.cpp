@@ -86,7 +86,7 @@ TEST(UnmatchedByTemplates, IsARowForEachFileWithTheTemplateThatCameFurthest)
     const Reading reading{TemplateList({"a{x:digits}.dat", "b{y}/z"})};
     const Importing importing({"b1/y", "a1.dat", "a1.txt", "", "b1/z", "a\n"}, reading);
 
-    const Report report = unmatchedReport(importing.importer, *reading.templates());
+    const Report report = unmatchedReport(importing.importer, reading);
 
     EXPECT_EQ(report.rowsName, "unmatched");
     EXPECT_EQ(uniqueHeader(report.columns), Texts({"path", "template", "reason"}));
