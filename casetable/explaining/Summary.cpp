@@ -13,6 +13,7 @@
 #include "casetable/listing/ReadList.h"
 #include "casetable/listing/Source.h"
 #include "casetable/system/Console.h"
+#include "host/AuxFileInfoInterface.h"
 
 namespace casetable {
 
@@ -31,6 +32,18 @@ std::string whySomeFailed(const Import& import, const Reading& reading, const So
 {
     return reading.templates() ? failureSummary(import.importer(), *reading.templates())
                                : likelyReason(import.importer(), reading.patterns(), source.root);
+}
+
+// The first file of each case.
+std::vector<std::string> firstFiles(const Import& import)
+{
+    std::vector<std::string> paths(import.table().caseCount());
+    std::size_t next = 0; // Cases are numbered in the order of their first files.
+    for (const auto& file : import.importer().identifiedAuxFiles()) {
+        if (file->caseIndex() == next)
+            paths[next++] = file->filePath();
+    }
+    return paths;
 }
 
 void remarkOnGlobs(const Selection& selection, Console& console)
@@ -94,7 +107,8 @@ ExitCode summarize(const Import& import, const Reading& reading, const Source& s
                                          ? remarks(import.importer(), *reading.templates())
                                          : remarks(import.importer(), reading.patterns()))
         console.remark(remark);
-    for (const std::string& remark : numberRemarks(import.importer(), import.table()))
+    for (const std::string& remark :
+         numberRemarks(import.table(), firstFiles(import), import.importer()))
         console.remark(remark);
     const std::string why = lacksSome ? whySomeFailed(import, reading, source) : "";
     if (!why.empty())
