@@ -10,7 +10,6 @@
 #include "casetable/explaining/ExplainTemplate.h"
 #include "casetable/explaining/LeftOut.h"
 #include "casetable/explaining/Summary.h"
-#include "casetable/explaining/TemplateFailure.h"
 #include "casetable/explaining/Unmatched.h"
 #include "casetable/importing/Import.h"
 #include "casetable/importing/Missing.h"
@@ -35,11 +34,9 @@ namespace {
 
 ExitCode explainPath(const Options& options, Output& output)
 {
-    const Reading& reading = options.reading;
     const bool inColour = output.showsColours();
-    const Explanation explanation = reading.templates()
-                                        ? explain(options.explained, *reading.templates(), inColour)
-                                        : explain(options.explained, reading.patterns(), inColour);
+    const Explanation explanation = options.reading.visit(
+        [&](const auto& by) { return explain(options.explained, by, inColour); });
     output.write(explanation.text);
     const std::string leftOut = whyLeftOut(options.source.selection, options.explained);
     if (!leftOut.empty())
@@ -48,19 +45,13 @@ ExitCode explainPath(const Options& options, Output& output)
     return explanation.isMatched && leftOut.empty() ? ExitCode::Cases : ExitCode::NoCases;
 }
 
-Report makeUnmatchedReport(const Reading& reading, const Import& import)
-{
-    return reading.templates() ? unmatchedReport(import.importer(), *reading.templates())
-                               : unmatchedReport(import.importer(), reading.patterns());
-}
-
 Report makeReport(const Options& options, const Import& import)
 {
     switch (options.rows) {
     case Rows::Files:
         return fileReport(import.table(), import.importer().identifiedAuxFiles());
     case Rows::Unmatched:
-        return makeUnmatchedReport(options.reading, import);
+        return unmatchedReport(import.importer(), options.reading);
     case Rows::Missing:
         return missingReport(import.table(), options.missingColumns);
     case Rows::Cases:
@@ -86,7 +77,7 @@ Database makeDatabase(const Options& options, const Import& import)
     database.cases = caseReport(import.table());
     database.files = import.importer().identifiedAuxFiles();
     if (options.rows == Rows::Unmatched)
-        database.unmatched = makeUnmatchedReport(options.reading, import);
+        database.unmatched = unmatchedReport(import.importer(), options.reading);
     std::string commandLine = "casetable";
     for (const std::string& word : options.words)
         commandLine += ' ' + shellWord(word);
@@ -116,9 +107,10 @@ ExitCode importTable(const Options& options, Listing& listing, Output& output, C
     output.commit();
     if (options.output && options.format == nullptr && !output.isTerminal())
         remarkOnEnding(*options.output, console);
-    const ExitCode code =
-        summarize(import, options.reading, options.source, listing.hiddenLeftOut(),
-                  options.rows == Rows::Unmatched, console);
+    const bool showsUnmatched = options.rows == Rows::Unmatched;
+    const ExitCode code = summarize(
+        countFiles(import, options.reading, listing.hiddenLeftOut(), showsUnmatched, console),
+        options.source, showsUnmatched, console);
     if (options.rows == Rows::Missing && code == ExitCode::Cases)
         remarkOnMissing(report, console);
     return code;
