@@ -91,7 +91,7 @@ public:
             options.source.selection.hidden = true;
         if (formatName.empty() && options.output)
             guessFormat(*options.output);
-        if (formatName == "sqlite" && !options.output)
+        if (formatName == "sqlite" && (!options.output || !missing_.empty() || !sort_.empty()))
             throw WrongUsage();
         if (suggest_) {
             options.mode = casetable::Mode::Suggest;
