@@ -82,7 +82,10 @@ public:
     {
         static const Texts numbers = {"5",   "5.0", "+5",   "05",  "-5",   "0",  "-0", ".5",
                                       "1e1", "10",  "1e-3", "NaN", "1e30", "-2", "",   "inf"};
-        return numbers[below(numbers.size())];
+        // Others are so close to each other that it counts how they are rounded.
+        return below(2) == 0 ? numbers[below(numbers.size())]
+                             : "0.1000000000000000" + std::to_string(50 + below(40)) +
+                                   (below(2) == 0 ? "" : "e+" + std::to_string(below(30)));
     }
 
     std::size_t below(std::size_t end) { return generator_() % end; }
