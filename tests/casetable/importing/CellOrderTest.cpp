@@ -31,7 +31,7 @@ CellRanks rank(const Column& column, const Texts& cells)
 
 // A restatement: the pieces of a text, each a byte and, where that is '0', a number without zeros
 // in front.
-std::vector<std::pair<int, std::string>> pieces(std::string text)
+std::vector<std::pair<int, std::string>> pieces(const std::string& text)
 {
     std::vector<std::pair<int, std::string>> found;
     bool isInNumber = false;
