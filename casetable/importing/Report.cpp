@@ -106,9 +106,11 @@ Report fileReport(const CaseTable& table,
     report.rowsName = "files";
     report.columns = fileColumns(table.patterns, table.tags);
     report.rowCount = files.size();
-    report.row = [&table, files = std::move(files), tagOf = tagsByPath(table)](std::size_t index) {
+    report.row = [&table, columnCount = report.columns.size(), files = std::move(files),
+                  tagOf = tagsByPath(table)](std::size_t index) {
         const AuxFileInfoInterface& file = *files[index];
         Row row;
+        row.cells.reserve(columnCount);
         row.cells.push_back(file.filePath());
         row.cells.push_back(std::to_string(file.caseIndex()));
         table.appendCells(file.caseIndex(), row.cells);
