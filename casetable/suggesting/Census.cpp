@@ -1,23 +1,34 @@
 #include "casetable/suggesting/Census.h"
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
 #include <map>
 #include <set>
 #include <string>
+#include <tuple>
 #include <utility>
 
 #include "casetable/templates/Matcher.h"
+#include "crawler/private/PathReading.h"
 
 namespace casetable {
 
 namespace {
 
-using Paths = std::vector<DividedPath>;
 using Words = std::set<std::string_view>;
 
-// No name that people read has more; what is left is one part.
-const std::size_t maxParts = 16;
+// A part of a path. All are pieces of the path.
+struct PathPart {
+    std::string_view separator; // in front of it
+    std::string_view key;       // "sub-" of "sub-01", else empty
+    std::string_view text;      // "01"
+    Kinds kind;
+};
+using PathParts = std::vector<PathPart>;
+
+// No path that people read has more; what is left is one part.
+const std::size_t maxParts = 64;
 // No system has longer ones; a list may.
 const std::size_t maxPathSize = 4096;
 
@@ -34,11 +45,11 @@ std::string anyOf(const Words& words, const std::string& orElse)
     return "(?:" + alternatives + orElse + ")";
 }
 
-// What stands first in a name, in the language of templates: a column for each kind.
-std::string firstPart(const Words& signedWords, const Words& keys)
+// Reads what stands first in what is left of a path: a column for each kind.
+Matcher makeReader(const Words& signedWords, const Words& keys)
 {
     const std::string begin = "(?<![A-Za-z0-9])";
-    const std::string end = "(?![^-_=,.@+ ])";
+    const std::string end = "(?![^-_=,.@+ /])";
     const std::string clock = R"((?:[01]\d|2[0-3])[-:]?[0-5]\d[-:]?[0-5]\d)";
     const std::string date =
         R"((?:(?:19|20)\d\d(?:(?:0[1-9]|1[0-2])(?:[0-2]\d|3[01])|-(?:0[1-9]|1[0-2])(?:-[0-3]\d)?))"
@@ -47,49 +58,72 @@ std::string firstPart(const Words& signedWords, const Words& keys)
     const std::string uuid = "[0-9A-Fa-f]{8}(?:-[0-9A-Fa-f]{4}){4}[0-9A-Fa-f]{8}" + end;
     const std::string sign = anyOf(signedWords, "") + "-(?=[0-9])";
     // A "-" behind another separator and before a digit is a sign.
-    return "{separator,[-_=,.@+ ]*[_=,.@+ ](?=-[0-9])|[-_=,.@+ ]*}"
-           "[{key,(?<![-=A-Za-z0-9])(?:" +
-           anyOf(keys, "(?!)") + "-|[A-Za-z]+=)(?=[^-_=,.@+ ])}]" + "[{fixed," + begin + date +
-           end + "|" + uuid + "|" + begin + R"(\d+(?:\.\d+){3,})" + end +
-           "}[{between,[-_. ]}{time," + clock + end + "}]][{number," + begin + "-?" + number + end +
-           "}]" + "[{word," + begin + "(?:[A-Za-z]+[0-9]+?(?=" + uuid + ")|(?:" + sign +
-           ")?(?:" + number + "|[A-Za-z])+" + end + ")}][{other," + begin +
-           "[^-_=,.@+ ]+}]{rest,(?s:.*)}";
+    return Matcher(Template(
+        "{separator,[-_=,.@+ /]*[_=,.@+ /](?=-[0-9])|[-_=,.@+ /]*}[{key,(?<![-=A-Za-z0-9])(?:" +
+        anyOf(keys, "(?!)") + "-|[A-Za-z]+=)(?=[^-_=,.@+ /])}][{fixed," + begin + date + end + "|" +
+        uuid + "|" + begin + R"(\d+(?:\.\d+){3,})" + end + "}[{between,[-_. ]}{time," + clock +
+        end + "}]][{number," + begin + "-?" + number + end + "}][{word," + begin +
+        "(?:[A-Za-z]+[0-9]+?(?=" + uuid + ")|(?:" + sign + ")?(?:" + number + "|[A-Za-z])+" + end +
+        ")}][{other," + begin + "[^-_=,.@+ /]+}]{rest,(?s:.*)}"));
 }
 
-std::string_view endingOf(std::string_view name)
+// The ending of each path, with its point; it may be empty. Letters with digits are one where
+// there are at most two of them, as ".f04" and ".f06": others count something.
+std::vector<std::string_view> endingsOf(const std::vector<std::string_view>& paths)
 {
-    // A digit at most, as in ".mp4": "f003" is a value.
-    thread_local Matcher matcher(Template(
-        R"({stem,(?s:.+?)}{ending,\.[A-Za-z]{1,8}\d?(?:\.(?:gz|bz2|xz|zst|zip|md5|sha\d+))?)"
-        R"(|\.[0-9]?[A-Za-z]{1,8}\d?|})"));
-    return !name.empty() && matcher.match(name) ? name.substr(matcher.columns()[1].begin)
-                                                : std::string_view();
+    Matcher matcher(Template(R"({stem,(?s:(?:.*/)?[^/]+?)}{ending,\.[A-Za-z]{1,8}\d{0,2})"
+                             R"((?:\.(?:gz|bz2|xz|zst|zip|md5|sha\d+))?|\.[0-9][A-Za-z]{1,8}|})"));
+    std::vector<std::string_view> endings;
+    const auto letters = [](std::string_view ending) {
+        return ending.substr(0, ending.find_last_not_of("0123456789") + 1);
+    };
+    std::map<std::string_view, Words> families;
+    for (const std::string_view path : paths) {
+        endings.push_back(matcher.match(path) ? path.substr(matcher.columns()[1].begin)
+                                              : std::string_view());
+        families[letters(endings.back())].insert(endings.back());
+    }
+    for (std::string_view& ending : endings)
+        if (reading::isDigit(ending.empty() ? '.' : ending.back()) &&
+            families[letters(ending)].size() > 2)
+            ending = {};
+    return endings;
 }
 
-using Again = std::vector<std::pair<std::size_t, std::string_view>>;
-
-// The parts of a name. Texts of `again`, components by their places, are one part each.
-std::vector<NamePart> divideName(std::string_view name, Matcher& firstPart, const Again& again)
+// The parts of a path without its ending. The name of a folder is one part where it comes again
+// behind it: "MPI-ESM/tas_MPI-ESM_r1.nc".
+PathParts divide(std::string_view path, Matcher& reader, bool findsAgain)
 {
     static const std::vector<Kinds> kinds = {fixedKind, 0, 0, numberKind, mixedKind, otherKind};
-    std::vector<NamePart> parts;
+    PathParts parts;
     const auto take = [&](std::size_t length) {
-        const std::string_view text = name.substr(0, length);
-        name.remove_prefix(text.size());
+        const std::string_view text = path.substr(0, length);
+        path.remove_prefix(text.size());
         return text;
     };
+    std::vector<std::string_view> folders;
+    const char* folder = path.data();
+    std::size_t opening = 0;
     do {
-        firstPart.match(name);
-        const std::vector<Span>& spans = firstPart.columns();
-        NamePart part{take(spans[0].length), {}, {}, emptyKind};
+        reader.match(path);
+        const std::vector<Span>& spans = reader.columns();
+        PathPart part{take(spans[0].length), {}, {}, emptyKind};
+        if (part.separator.find('/') != std::string_view::npos) {
+            const std::string_view name(folder,
+                                        static_cast<std::size_t>(part.separator.data() - folder));
+            if (findsAgain && name.size() > 1 && !parts.empty() && parts[opening].key.empty() &&
+                std::any_of(name.begin(), name.end(), isLetter))
+                folders.push_back(name);
+            folder = path.data();
+            opening = parts.size();
+        }
         std::size_t length = 0;
-        for (const auto& [place, text] : again)
-            if (text.size() >= length && name.substr(0, text.size()) == text &&
-                (name.size() == text.size() ||
-                 name.find_first_of("_-=,.@+ ", text.size()) == text.size())) {
-                length = text.size();
-                part.kind = againKind << place;
+        for (const std::string_view name : folders)
+            if (name.size() > length && path.substr(0, name.size()) == name &&
+                (path.size() == name.size() ||
+                 path.find_first_of("_-=,.@+ /", name.size()) == name.size())) {
+                length = name.size();
+                part.kind = againKind;
             }
         if (length == 0)
             part.key = take(spans[1].length);
@@ -98,8 +132,8 @@ std::vector<NamePart> divideName(std::string_view name, Matcher& firstPart, cons
                 length = spans[2 + i].length;
                 part.kind = kinds[i];
             }
-        if (parts.size() + 1 >= maxParts && length < name.size()) {
-            length = name.size();
+        if (parts.size() + 1 >= maxParts && length < path.size()) {
+            length = path.size();
             part.kind = otherKind;
         }
         part.text = take(length);
@@ -110,63 +144,32 @@ std::vector<NamePart> divideName(std::string_view name, Matcher& firstPart, cons
             const std::string_view separator = take(spans[3].length);
             parts.push_back({separator, {}, take(spans[4].length), fixedKind});
         }
-    } while (!name.empty());
+    } while (!path.empty());
     return parts;
-}
-
-DividedPath componentsOf(std::string_view path)
-{
-    DividedPath divided;
-    for (std::size_t begin = 0; begin <= path.size();) {
-        const std::size_t end = std::min(path.find('/', begin), path.size());
-        divided.components.push_back(path.substr(begin, end - begin));
-        begin = end + 1;
-    }
-    divided.ending = endingOf(divided.components.back());
-    divided.components.back().remove_suffix(divided.ending.size());
-    divided.parts.resize(divided.components.size());
-    return divided;
-}
-
-// A folder's name of letters or of several parts is one part where it comes again behind it:
-// "MPI-ESM/tas_MPI-ESM_r1.nc".
-void divide(Paths& paths, Matcher& firstPart, bool findsAgain)
-{
-    for (DividedPath& path : paths) {
-        Again again;
-        for (std::size_t i = 0; i < path.parts.size(); ++i) {
-            std::vector<NamePart>& parts = path.parts[i];
-            parts = divideName(path.components[i], firstPart, again);
-            const bool isWord = parts.front().key.empty() && path.components[i].size() > 1 &&
-                                (parts.front().kind & (letterKind | mixedKind)) != 0;
-            if (findsAgain && i < maxAgain && (parts.size() > 1 || isWord))
-                again.emplace_back(i, path.components[i]);
-        }
-    }
 }
 
 // In "sub-01_task-rest_bold", few words stand before a "-", and mostly several in a path: they are
 // keys. Others, "Peck-solid", are not. Words that stand before a number with a "-" and also without
 // are signed: "AoA-2.5" and "AoA2.5".
-Matcher readerOf(const Paths& paths)
+Matcher readerOf(const std::vector<PathParts>& paths)
 {
     Words joined;
     Words behindMinus;
     std::map<std::string_view, std::pair<std::size_t, std::size_t>> counts;
-    for (const DividedPath& path : paths) {
+    for (const PathParts& parts : paths) {
         Words words;
-        for (const std::vector<NamePart>& parts : path.parts)
-            for (std::size_t i = 0; i < parts.size(); ++i) {
-                const NamePart& part = parts[i];
+        for (std::size_t i = 0; i < parts.size(); ++i) {
+            const PathPart& part = parts[i];
+            if (part.kind == mixedKind)
                 for (const std::string_view run : runsOf(part.text))
-                    joined.insert(part.kind == mixedKind ? run : std::string_view());
-                if (part.kind != letterKind || i + 1 == parts.size() || part.separator == "-" ||
-                    parts[i + 1].separator != "-" || parts[i + 1].kind == emptyKind)
-                    continue;
-                words.insert(part.text);
-                if (isDigit(parts[i + 1].text.front()))
-                    behindMinus.insert(part.text);
-            }
+                    joined.insert(run);
+            if (part.kind != letterKind || i + 1 == parts.size() || part.separator == "-" ||
+                parts[i + 1].separator != "-" || parts[i + 1].kind == emptyKind)
+                continue;
+            words.insert(part.text);
+            if (reading::isDigit(parts[i + 1].text.front()))
+                behindMinus.insert(part.text);
+        }
         for (const std::string_view word : words) {
             ++counts[word].first;
             counts[word].second += words.size() > 1 ? 1 : 0;
@@ -185,37 +188,10 @@ Matcher readerOf(const Paths& paths)
         if (isKey)
             keys.insert(word);
     }
-    return Matcher(Template(firstPart(signedWords, ofOthers * 4 <= ofKeys ? keys : Words())));
-}
-
-std::string signatureOf(const DividedPath& path)
-{
-    std::string signature(1, path.ending.empty() ? '-' : '.');
-    for (const std::vector<NamePart>& parts : path.parts) {
-        for (const NamePart& part : parts)
-            signature.append(part.separator)
-                .append(1, '\0')
-                .append(part.key.empty() ? std::to_string(part.kind) : std::string(part.key))
-                .append(1, '\0');
-        signature += '/';
-    }
-    return signature;
-}
-
-std::uint64_t hashOf(std::string_view path)
-{
-    std::uint64_t hash = 14695981039346656037U; // FNV-1a, the same on all machines
-    for (const char byte : path)
-        hash = (hash ^ static_cast<unsigned char>(byte)) * 1099511628211U;
-    return hash ^ (hash >> 29U);
+    return makeReader(signedWords, ofOthers * 4 <= ofKeys ? keys : Words());
 }
 
 } // namespace
-
-bool isDigit(char byte)
-{
-    return '0' <= byte && byte <= '9';
-}
 
 bool isLetter(char byte)
 {
@@ -244,39 +220,60 @@ std::vector<std::string_view> runsOf(std::string_view text)
 std::vector<std::string_view> samplePaths(const std::vector<std::string_view>& paths,
                                           std::size_t count)
 {
-    std::vector<std::pair<std::uint64_t, std::string_view>> hashed;
+    std::vector<std::pair<std::size_t, std::string_view>> hashed;
     hashed.reserve(paths.size());
     for (const std::string_view path : paths)
         if (path.size() <= maxPathSize)
-            hashed.emplace_back(hashOf(path), path);
+            hashed.emplace_back(std::hash<std::string_view>()(path), path);
     if (hashed.size() > count) {
         std::nth_element(hashed.begin(), hashed.begin() + static_cast<std::ptrdiff_t>(count),
                          hashed.end());
         hashed.resize(count);
     }
-    std::vector<std::string_view> sample(hashed.size());
-    std::transform(hashed.begin(), hashed.end(), sample.begin(),
-                   [](const auto& entry) { return entry.second; });
+    std::vector<std::string_view> sample;
+    for (const auto& entry : hashed)
+        sample.push_back(entry.second);
     std::sort(sample.begin(), sample.end());
     return sample;
 }
 
-std::vector<PathClass> takeCensus(const std::vector<std::string_view>& paths)
+std::vector<Shape> takeCensus(const std::vector<std::string_view>& paths)
 {
-    Paths divided;
-    std::transform(paths.begin(), paths.end(), std::back_inserter(divided), componentsOf);
-    Matcher plainReader{Template(firstPart({}, {}))};
-    divide(divided, plainReader, false);
-    Matcher reader = readerOf(divided);
-    divide(divided, reader, true);
-    std::map<std::string, PathClass> classes;
-    for (DividedPath& path : divided)
-        classes[signatureOf(path)].push_back(std::move(path));
-    std::vector<PathClass> largestFirst(classes.size());
-    std::transform(classes.begin(), classes.end(), largestFirst.begin(),
-                   [](auto& entry) { return std::move(entry.second); });
+    const std::vector<std::string_view> endings = endingsOf(paths);
+    std::vector<PathParts> divided(paths.size());
+    const auto divideAll = [&](Matcher reader, bool findsAgain) {
+        for (std::size_t i = 0; i < paths.size(); ++i)
+            divided[i] =
+                divide(paths[i].substr(0, paths[i].size() - endings[i].size()), reader, findsAgain);
+    };
+    divideAll(makeReader({}, {}), false);
+    divideAll(readerOf(divided), true);
+
+    using Signature = std::vector<std::tuple<std::string_view, std::string_view, Kinds>>;
+    std::map<std::pair<bool, Signature>, Shape> shapes;
+    for (std::size_t i = 0; i < paths.size(); ++i) {
+        Signature signature;
+        for (const PathPart& part : divided[i])
+            signature.emplace_back(part.separator, part.key, part.key.empty() ? part.kind : 0);
+        Shape& shape = shapes[{endings[i].empty(), std::move(signature)}];
+        shape.endings.add(endings[i]);
+        shape.slots.resize(divided[i].size());
+        for (std::size_t k = 0; k < shape.slots.size(); ++k) {
+            const PathPart& part = divided[i][k];
+            ShapeSlot& slot = shape.slots[k];
+            slot.separator = part.separator;
+            slot.key = part.key;
+            slot.kinds |= part.kind;
+            slot.values.add(part.text);
+        }
+    }
+    std::vector<Shape> largestFirst;
+    for (auto& entry : shapes) {
+        entry.second.countNames();
+        largestFirst.push_back(std::move(entry.second));
+    }
     std::stable_sort(largestFirst.begin(), largestFirst.end(),
-                     [](const PathClass& a, const PathClass& b) { return a.size() > b.size(); });
+                     [](const Shape& a, const Shape& b) { return a.paths() > b.paths(); });
     return largestFirst;
 }
 

@@ -10,6 +10,7 @@
 #include "casetable/suggesting/Census.h"
 #include "casetable/suggesting/Shape.h"
 #include "casetable/templates/Matcher.h"
+#include "crawler/private/PathReading.h"
 
 // One example through all steps:
 //
@@ -61,7 +62,7 @@ bool areAll(const ShapeTexts& texts, bool (*isKind)(char))
 
 bool isLetterOrDigit(char byte)
 {
-    return isLetter(byte) || isDigit(byte);
+    return isLetter(byte) || reading::isDigit(byte);
 }
 
 // The type that fits all values, with its ":". A run is a piece of a part: nothing but its kind or
@@ -72,7 +73,7 @@ std::string typeOf(const ShapeTexts& values, Kinds kinds, bool isRun)
     const bool haveOneLength =
         std::all_of(values.distinct.begin(), values.distinct.end(),
                     [&](std::string_view value) { return value.size() == length; });
-    if (areAll(values, isDigit))
+    if (areAll(values, reading::isDigit))
         return ":digits";
     if (kinds == numberKind)
         return ":number";
@@ -92,105 +93,145 @@ std::vector<ShapeSlot> divideRuns(const ShapeSlot& slot)
         if (value.data() != nullptr && texts.size() != runs.size())
             return {};
         for (std::size_t i = 0; i < runs.size(); ++i) {
-            runs[i].kinds |= texts.empty()               ? 0
-                             : isLetter(texts[i].back()) ? letterKind
-                                                         : numberKind;
-            runs[i].values.add(texts.empty() ? std::string_view() : texts[i]);
+            const std::string_view text = texts.empty() ? std::string_view() : texts[i];
+            runs[i].values.add(text);
+            if (!text.empty())
+                runs[i].kinds |= isLetter(text.back()) ? letterKind : numberKind;
         }
     }
-    const bool haveSameTurns = std::all_of(runs.begin(), runs.end(), [](const ShapeSlot& run) {
-        return run.kinds == letterKind || run.kinds == numberKind;
+    const bool haveSameTurns = std::none_of(runs.begin(), runs.end(), [](const ShapeSlot& run) {
+        return run.kinds == (letterKind | numberKind);
     });
     return haveSameTurns ? runs : std::vector<ShapeSlot>();
 }
 
-// Whether each name has an ending of its own, and comes again in many folders: they are the files
-// of one run, "flow.vtu" and "forces.dat".
-bool areListed(const Shape& shape)
+// Whether each name has an ending of its own, most are words, and they come again in many folders:
+// they are the files of one run, "flow.vtu" and "forces.dat".
+bool areListed(const Shape& shape, const ShapeTexts& stems)
 {
-    const ShapeTexts& stems = shape.components.back().texts;
-    return shape.endings.size() > 1 && shape.names.size() == stems.distinct.size() &&
-           shape.paths >= 3 * shape.names.size() &&
-           std::all_of(stems.distinct.begin(), stems.distinct.end(), [](std::string_view stem) {
-               return std::none_of(stem.begin(), stem.end(), isDigit);
-           });
+    std::set<std::string_view> names;
+    for (std::size_t i = 0; i < shape.paths(); ++i)
+        names.insert({stems.all[i].data(), stems.all[i].size() + shape.endings.all[i].size()});
+    const auto words = std::count_if(stems.distinct.begin(), stems.distinct.end(), [](auto stem) {
+        return std::none_of(stem.begin(), stem.end(), reading::isDigit);
+    });
+    return !shape.endings.isConstant() && names.size() == stems.distinct.size() &&
+           shape.paths() >= 3 * names.size() && static_cast<std::size_t>(words) * 2 > names.size();
+}
+
+// A column, or the name of a folder, and what stands for it where it comes again: "{sub}".
+struct Known {
+    std::string text;
+    ShapeTexts values;
+    std::string type = {};
+    bool isCode = false;   // no word
+    bool isInName = false; // of the file
+};
+
+// What of `known` has these values wherever there are any.
+const Known* findKnown(const std::vector<Known>& known, const ShapeTexts& values)
+{
+    const auto isSame = [](std::string_view a, std::string_view b) {
+        return a.data() == nullptr || (a == b && b.data() != nullptr);
+    };
+    const auto found = std::find_if(known.begin(), known.end(), [&](const Known& candidate) {
+        return std::equal(values.all.begin(), values.all.end(), candidate.values.all.begin(),
+                          isSame);
+    });
+    return found != known.end() ? &*found : nullptr;
 }
 
 // Writes the template of a shape.
 class Writer {
 public:
-    // `areNumbers` tells of the names in other templates, which are numbers in all or in none.
-    Writer(const Shape& shape, std::map<std::string, bool>& areNumbers) : areNumbers_(areNumbers)
+    // `areNumbers` tells of the names in all templates, which are numbers in all or in none.
+    Writer(const Shape& shape, std::map<std::string, bool>& areNumbers)
+        : shape_(shape), areNumbers_(areNumbers)
     {
-        for (const ShapeComponent& component : shape.components) {
-            const bool isFile = &component == &shape.components.back();
-            place_ = isFile ? "name" : "dir" + std::to_string(written_.size() + 1);
-            isWhole_ = component.slots.size() == 1 &&
-                       (!isFile || (shape.endings.size() == 1 && !shape.endings.count({})));
-            again_.clear();
-            add(component.isOptional ? "[" : "");
-            if (isFile && areListed(shape)) {
-                add("*");
+        for (std::size_t begin = 0; begin < shape.slots.size();) {
+            const std::size_t end = shape.endOfComponent(begin);
+            const ShapeTexts names = shape.stretch(begin, end);
+            const std::size_t size = text_.size() + separatorOf(begin).size();
+            isFile_ = end == shape.slots.size();
+            if (isFile_ && areListed(shape, names)) {
+                text_ += separatorOf(begin) + "*";
                 return;
             }
-            write(component);
-            written_.push_back(again_ + (component.isOptional ? "]" : ""));
-            add(isFile ? "" : component.isOptional ? "/]" : "/");
+            place_ = isFile_ ? "name" : "dir" + std::to_string(folders_.size() + 1);
+            isWhole_ =
+                begin + 1 == end &&
+                (!isFile_ || (shape.endings.isConstant() && shape.endings.distinct.count({}) == 0));
+            for (; begin < end; ++begin)
+                write(begin);
+            folders_.push_back({text_.substr(size), names});
         }
-        add(shape.endings.size() > 1 ? ".*" : escaped(*shape.endings.begin()));
+        text_ += shape.endings.isConstant() ? escaped(shape.endings.all.front()) : ".*";
     }
 
-    const std::string& text() const { return text_; }
+    // A column has its type where it stands first.
+    std::string text() const
+    {
+        std::string text = text_;
+        for (const Known& column : columns_)
+            text.insert(text.find(column.text) + column.text.size() - 1, column.type);
+        return text;
+    }
 
     // Whether more than chance made the names of so many paths alike: numbers, the same file in
     // many folders, or that they are a good share of all.
-    bool isRegular(std::size_t paths, std::size_t all) const
+    bool isRegular(std::size_t all) const
     {
-        return !columns_.empty() && (hasNumbers_ || !hasNames_ ||
-                                     (paths >= 10 && paths * (hasFolders_ ? 20 : 2) >= all));
+        std::size_t codes = 0;
+        std::size_t inNames = 0;
+        for (const Known& column : columns_) {
+            codes += column.isCode ? 1 : 0;
+            inNames += column.isInName ? 1 : 0;
+        }
+        const bool hasFolders = inNames < columns_.size();
+        return codes > 0 || (hasFolders && inNames == 0) ||
+               (inNames > 0 && shape_.paths() >= 10 &&
+                shape_.paths() * (hasFolders ? 20 : 2) >= all);
     }
 
 private:
-    struct NamedColumn {
-        std::string name;
-        ShapeTexts values;
-    };
-
-    void add(const std::string& text)
+    // A first part that may be missing has the separator of the next behind it.
+    bool isLeading(std::size_t index) const
     {
-        text_ += text;
-        again_ += text;
+        return shape_.slots[index].isOptional && shape_.opens(index);
     }
 
-    void write(const ShapeComponent& component)
+    std::string separatorOf(std::size_t index) const
     {
-        // A first part that may be missing has the separator behind it.
-        const bool isFirstOptional = component.slots.front().isOptional;
-        std::string word;
-        for (std::size_t i = 0; i < component.slots.size(); ++i) {
-            const ShapeSlot& slot = component.slots[i];
-            add(slot.isOptional ? "[" : "");
-            add(i == 1 && isFirstOptional ? "" : escaped(slot.separator));
-            add(escaped(slot.key));
-            if (!slot.key.empty())
-                word = slot.key.substr(0, slot.key.size() - 1);
-            write(slot, word, slot.isOptional || component.isOptional);
-            const bool isWord = slot.values.isConstant() && slot.kinds == letterKind;
-            word = isWord && !slot.isOptional ? *slot.values.distinct.begin() : "";
-            add(i == 0 && isFirstOptional ? escaped(component.slots[1].separator) : "");
-            add(slot.isOptional ? "]" : "");
+        return index > 0 && isLeading(index - 1) ? "" : escaped(shape_.slots[index].separator);
+    }
+
+    void write(std::size_t index)
+    {
+        const ShapeSlot& slot = shape_.slots[index];
+        std::string word = std::string(slot.key.substr(0, slot.key.size() - 1));
+        if (!shape_.opens(index) && slot.key.empty()) {
+            const ShapeSlot& before = shape_.slots[index - 1];
+            if (before.values.isConstant() && before.kinds == letterKind && !before.isOptional)
+                word = *before.values.distinct.begin();
         }
+        const std::string separator = separatorOf(index);
+        text_ += isLeading(index) ? separator + "[" : slot.isOptional ? "[" + separator : separator;
+        text_ += escaped(slot.key);
+        write(slot, word);
+        text_ += isLeading(index) ? escaped(shape_.slots[index + 1].separator) : "";
+        text_ += slot.isOptional ? "]" : "";
     }
 
     // `word` is what stands in front.
-    void write(const ShapeSlot& slot, std::string word, bool isOptional)
+    void write(const ShapeSlot& slot, std::string word)
     {
         const std::string_view sample = *slot.values.distinct.begin();
-        for (std::size_t i = 0; i < written_.size() && i < maxAgain; ++i)
-            if (slot.kinds == againKind << i)
-                return add(written_[i]);
-        if (slot.values.isConstant() && !isOptional)
-            return add(escaped(sample));
+        const Known* const folder =
+            slot.kinds == againKind ? findKnown(folders_, slot.values) : nullptr;
+        if (folder != nullptr || (slot.values.isConstant() && !slot.isOptional)) {
+            text_ += folder != nullptr ? folder->text : escaped(sample);
+            return;
+        }
         if (slot.kinds == fixedKind) {
             const bool isTime = sample.size() == 6 || sample.find_first_of("-:") == 2;
             const bool isDate = sample.substr(0, 2) == "19" || sample.substr(0, 2) == "20";
@@ -198,14 +239,14 @@ private:
         }
         const bool isDivided = slot.kinds < fixedKind && slot.kinds != numberKind;
         const std::vector<ShapeSlot> runs = isDivided ? divideRuns(slot) : std::vector<ShapeSlot>();
-        if (runs.size() < 2 || find(slot.values) != nullptr || !isCode(slot, runs))
+        if (runs.size() < 2 || findColumn(slot.values) != nullptr || !isCode(slot, runs))
             return addColumn(word, typeOf(slot.values, slot.kinds, false), slot.values);
         for (std::size_t i = 0; i < runs.size(); ++i) {
             const std::string text(*runs[i].values.distinct.begin());
             const bool isLast = i + 1 == runs.size();
             const bool isLetters = runs[i].kinds == letterKind;
-            if (runs[i].values.isConstant() && (isLetters || !isOptional)) {
-                add(text);
+            if (runs[i].values.isConstant() && (isLetters || !slot.isOptional)) {
+                text_ += text;
                 word = isLetters ? text : "";
                 continue;
             }
@@ -227,33 +268,26 @@ private:
                             first * runs[1].values.distinct.size() <= 2 * all;
         return isGrid || std::all_of(runs.begin(), runs.end(), [&](const ShapeSlot& run) {
                    return run.kinds == numberKind || run.values.isConstant() ||
-                          find(run.values) != nullptr ||
+                          findColumn(run.values) != nullptr ||
                           (&run == &runs.back() && slot.kinds == letterKind);
                });
     }
 
-    // The column that has these values wherever there are any. Few may be the same by chance.
-    const NamedColumn* find(const ShapeTexts& values) const
+    // The column that always has these values. Few may be the same by chance.
+    const Known* findColumn(const ShapeTexts& values) const
     {
         const std::size_t distinct = values.distinct.size();
         const bool isKnown = distinct > 2 || (distinct == 2 && values.all.size() >= 10);
-        const auto column =
-            std::find_if(columns_.begin(), columns_.end(), [&](const NamedColumn& candidate) {
-                return isKnown && std::equal(values.all.begin(), values.all.end(),
-                                             candidate.values.all.begin(),
-                                             [](std::string_view a, std::string_view b) {
-                                                 return a.data() == nullptr ||
-                                                        (a == b && b.data() != nullptr);
-                                             });
-            });
-        return column != columns_.end() ? &*column : nullptr;
+        return isKnown ? findKnown(columns_, values) : nullptr;
     }
 
     // The name is unique in the template and none of the table's own.
     void addColumn(const std::string& word, const std::string& type, const ShapeTexts& values)
     {
-        if (const NamedColumn* const known = find(values))
-            return add("{" + known->name + "}");
+        if (const Known* const known = findColumn(values)) {
+            text_ += known->text;
+            return;
+        }
         const std::string base = word.empty() ? place_ : word;
         const bool isNumber = type == ":number";
         std::string name = base;
@@ -262,37 +296,33 @@ private:
              ++i)
             name = base + "_" + std::to_string(i);
         used_.insert(name);
-        columns_.push_back({name, values});
         // A whole component needs no type: "/" or the ending ends it.
-        text_ += "{" + name + (type == ":word" && isWhole_ ? "" : type) + "}";
-        again_ += "{" + name + "}";
-        hasNumbers_ = hasNumbers_ || (!type.empty() && type != ":word");
-        (place_ == "name" ? hasNames_ : hasFolders_) = true;
+        const bool isWord = type == ":word";
+        columns_.push_back({"{" + name + "}", values, isWord && isWhole_ ? "" : type,
+                            !isWord && !type.empty(), isFile_});
+        text_ += columns_.back().text;
     }
 
+    const Shape& shape_;
     std::map<std::string, bool>& areNumbers_;
     std::set<std::string> used_ = {"case", "path", "files"};
-    std::vector<NamedColumn> columns_;
-    std::vector<std::string> written_; // of each component, where it comes again
-    std::string text_;
-    std::string again_;
+    std::vector<Known> columns_;
+    std::vector<Known> folders_;
+    std::string text_; // columns without their types
     std::string place_;
-    bool isWhole_ = false;
-    bool hasNumbers_ = false;
-    bool hasFolders_ = false;
-    bool hasNames_ = false;
+    bool isFile_ = false;  // whether the component is the file's name,
+    bool isWhole_ = false; // and has one slot
 };
 
 // The classes, each merged with the one that it makes least vague; the largest first.
-std::vector<Shape> shapesOf(const std::vector<PathClass>& classes)
+std::vector<Shape> shapesOf(const std::vector<Shape>& classes)
 {
     std::vector<Shape> shapes;
     for (std::size_t i = 0; i < std::min(classes.size(), maxClasses); ++i) {
-        const Shape shape(classes[i]);
         std::optional<MergedShape> best;
         std::size_t place = 0;
         for (std::size_t k = 0; k < shapes.size(); ++k) {
-            std::optional<MergedShape> merged = mergeShapes(shapes[k], shape);
+            std::optional<MergedShape> merged = mergeShapes(shapes[k], classes[i]);
             if (!merged || (best && best->cost <= merged->cost))
                 continue;
             best = std::move(merged);
@@ -301,10 +331,10 @@ std::vector<Shape> shapesOf(const std::vector<PathClass>& classes)
         if (best)
             shapes[place] = std::move(best->shape);
         else if (shapes.size() < maxShapes)
-            shapes.push_back(shape);
+            shapes.push_back(classes[i]);
     }
     std::stable_sort(shapes.begin(), shapes.end(),
-                     [](const Shape& a, const Shape& b) { return a.paths > b.paths; });
+                     [](const Shape& a, const Shape& b) { return a.paths() > b.paths(); });
     return shapes;
 }
 
@@ -333,18 +363,17 @@ std::vector<std::string> suggestTemplates(const std::vector<std::string_view>& p
     std::map<std::string, bool> areNumbers;
     std::vector<std::string> templates;
     for (const Shape& shape : shapesOf(takeCensus(left))) {
-        if (templates.size() == maxTemplates || left.size() * 50 < all || shape.paths < least)
+        if (templates.size() == maxTemplates || left.size() * 50 < all || shape.paths() < least)
             break;
-        std::map<std::string, bool> areNumbersThen = areNumbers;
-        const Writer writer(shape, areNumbersThen);
-        if (!writer.isRegular(shape.paths, all))
+        const Writer writer(shape, areNumbers);
+        if (!writer.isRegular(all))
             continue;
-        std::vector<std::string_view> unread = unreadBy(writer.text(), left);
+        const std::string text = writer.text();
+        std::vector<std::string_view> unread = unreadBy(text, left);
         if (left.size() - unread.size() < least)
             continue;
         left = std::move(unread);
-        templates.push_back(writer.text());
-        areNumbers = std::move(areNumbersThen);
+        templates.push_back(text);
     }
     return templates;
 }
