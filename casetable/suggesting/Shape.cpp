@@ -13,7 +13,7 @@ const double never = std::numeric_limits<double>::infinity();
 
 bool isFree(const ShapeSlot& slot)
 {
-    return slot.kinds == freeKind;
+    return (slot.kinds & freeKind) != 0;
 }
 
 bool isCode(const ShapeSlot& slot)
@@ -25,25 +25,36 @@ bool isCode(const ShapeSlot& slot)
 double costOfMatch(const ShapeSlot& a, const ShapeSlot& b)
 {
     const Kinds differences = a.kinds ^ b.kinds;
-    if (a.key != b.key || isFree(a) || isFree(b) || (differences & emptyKind) != 0)
+    if (a.key != b.key || (differences & emptyKind) != 0)
         return never;
     if (isCode(a) && isCode(b))
         return 0;
-    // Beside a free column, words had better be in it.
+    if (isFree(a) || isFree(b))
+        return isCode(a) || isCode(b) ? 0.2 : 0.02;
     return (differences & b.kinds) == 0 ? 0.02 : 0.6;
 }
 
-// The slot gets optional. Without a key it must have been seen in several names, else it is only a
-// part of them: "-b16" of "vit-b16".
-double costOfGap(const ShapeSlot& slot)
+// Whether the slot may be missing in some paths. Without a key it must have been seen in several
+// names, else it is only a part of them: "-b16" of "vit-b16".
+bool isOwn(const ShapeSlot& slot)
 {
+    const std::size_t least =
+        slot.values.isConstant() ? 2 : 3 * (isCode(slot) ? 1 : slot.values.distinct.size());
+    return slot.isOptional || !slot.key.empty() || (!isFree(slot) && slot.names >= least);
+}
+
+// The slot gets optional. Beside what is free in the other shape, before `place`, it is taken up.
+double costOfGap(const ShapeSlot& slot, const Shape& other, std::size_t place)
+{
+    const bool isTakenUp = (place > 0 && isFree(other.slots[place - 1])) ||
+                           (place < other.slots.size() && isFree(other.slots[place]));
     if (slot.isOptional)
         return 0;
     if (!slot.key.empty())
         return 0.3;
-    const std::size_t least =
-        slot.values.isConstant() ? 2 : 3 * (isCode(slot) ? 1 : slot.values.distinct.size());
-    return isFree(slot) || slot.names < least ? never : isCode(slot) ? 0.5 : 0.7;
+    if (isTakenUp)
+        return isCode(slot) ? 0.1 : 0.02;
+    return !isOwn(slot) ? 0.9 : isCode(slot) ? 0.5 : 0.7;
 }
 
 // A part of an alignment: so many slots of both stand side by side.
@@ -52,12 +63,10 @@ struct Step {
     double matches = 0;  // as are the places that agree. Constant text counts half.
     std::size_t takenA = 0;
     std::size_t takenB = 0;
-    bool isFree = false;
 };
 
 // Lays the slots of both side by side in the cheapest way, which comes of a table of what is left
-// of both. What differs too much in a component becomes one free column, words rather than numbers
-// and keys.
+// of both.
 std::vector<Step> align(const Shape& shapeA, const Shape& shapeB)
 {
     const std::vector<ShapeSlot>& a = shapeA.slots;
@@ -70,10 +79,10 @@ std::vector<Step> align(const Shape& shapeA, const Shape& shapeB)
     for (std::size_t i = a.size() + 1; i-- > 0;)
         for (std::size_t j = b.size() + 1; j-- > 0;) {
             const auto offer = [&](double cost, double matches, std::size_t takenA,
-                                   std::size_t takenB, bool isFree) {
+                                   std::size_t takenB) {
                 const Step& next = at(i + takenA, j + takenB);
                 if (cost + next.cost < at(i, j).cost)
-                    at(i, j) = {cost + next.cost, matches + next.matches, takenA, takenB, isFree};
+                    at(i, j) = {cost + next.cost, matches + next.matches, takenA, takenB};
             };
             // Of folders, only one that is but a key and a value may be missing.
             const auto mayMiss = [](const Shape& shape, std::size_t k) {
@@ -82,33 +91,23 @@ std::vector<Step> align(const Shape& shapeA, const Shape& shapeB)
                                             k + 1 < shape.slots.size() && shape.opens(k + 1)));
             };
             if (mayMiss(shapeA, i))
-                offer(costOfGap(a[i]), 0, 1, 0, false);
+                offer(costOfGap(a[i], shapeB, j), 0, 1, 0);
             if (mayMiss(shapeB, j))
-                offer(costOfGap(b[j]), 0, 0, 1, false);
+                offer(costOfGap(b[j], shapeA, i), 0, 0, 1);
             if (i == a.size() || j == b.size() || (i == 0) != (j == 0) ||
                 a[i].separator != b[j].separator)
                 continue;
             const bool isSameText =
                 a[i].values.isConstant() && a[i].values.distinct == b[j].values.distinct;
-            offer(costOfMatch(a[i], b[j]), isSameText ? 0.5 : 1, 1, 1, false);
+            offer(costOfMatch(a[i], b[j]), isSameText || isFree(a[i]) || isFree(b[j]) ? 0.5 : 1, 1,
+                  1);
             const std::size_t endA = shapeA.endOfComponent(i);
             const std::size_t endB = shapeB.endOfComponent(j);
             // The first part of a name that one of them lacks.
             if (shapeA.opens(i) && i + 1 < endA)
-                offer(costOfGap(a[i]) + costOfMatch(a[i + 1], b[j]), 1, 2, 1, false);
+                offer(costOfGap(a[i], shapeB, j) + costOfMatch(a[i + 1], b[j]), 1, 2, 1);
             if (shapeB.opens(j) && j + 1 < endB)
-                offer(costOfGap(b[j]) + costOfMatch(a[i], b[j + 1]), 1, 1, 2, false);
-            // As many are left behind it in both.
-            for (std::size_t left = std::min(endA - i, endB - j); left-- > 0;) {
-                const std::size_t takenA = endA - left - i;
-                const std::size_t takenB = endB - left - j;
-                const auto codes = std::count_if(&a[i], &a[i] + takenA, isCode) +
-                                   std::count_if(&b[j], &b[j] + takenB, isCode);
-                const bool isFreeAlready = std::any_of(&a[i], &a[i] + takenA, isFree) ||
-                                           std::any_of(&b[j], &b[j] + takenB, isFree);
-                offer((isFreeAlready ? 0 : 1.2) + 0.1 * static_cast<double>(codes), 0.5, takenA,
-                      takenB, true);
-            }
+                offer(costOfGap(b[j], shapeA, i) + costOfMatch(a[i], b[j + 1]), 1, 1, 2);
             // One name of a folder is as good as another.
             if (shapeA.opens(i) && endA < a.size() && endB < b.size() &&
                 (a[i].names == 1 || b[j].names == 1))
@@ -139,33 +138,29 @@ ShapeSlot join(const ShapeSlot* a, std::size_t pathsA, const ShapeSlot* b, std::
         slot.key = part->key;
         slot.kinds |= part->kinds;
     }
+    if ((a == nullptr || b == nullptr) && !isOwn(a == nullptr ? *b : *a))
+        slot.kinds = freeKind;
     return slot;
 }
 
-// The slots from `begin` on as one free column.
-ShapeSlot freeSlot(const Shape& shape, std::size_t begin, std::size_t size)
-{
-    return {shape.slots[begin].separator, {}, freeKind, false, shape.stretch(begin, begin + size)};
-}
-
-// An optional part beside a free one, and a word beside words, belong to it.
+// Makes one free column of what differs too much: a part that only some names have and that is no
+// value of its own, with its neighbour.
 void widenFree(Shape& shape)
 {
-    const auto isLoose = [&](std::size_t i) {
-        return shape.slots[i].isOptional && shape.slots[i].key.empty();
-    };
-    const auto isWords = [&](std::size_t i) {
-        const ShapeSlot& slot = shape.slots[i];
-        return slot.key.empty() && slot.kinds == letterKind &&
-               (slot.isOptional || !slot.values.isConstant());
+    const auto isWord = [](const ShapeSlot& slot) {
+        return slot.kinds == letterKind && (slot.isOptional || !slot.values.isConstant());
     };
     for (std::size_t i = 0; i + 1 < shape.slots.size();) {
-        const bool isBeside = (isFree(shape.slots[i]) && isLoose(i + 1)) ||
-                              (shape.opens(i) && isLoose(i) && isFree(shape.slots[i + 1])) ||
-                              (isWords(i) && isWords(i + 1) && (isLoose(i) || isLoose(i + 1)));
-        if (isBeside && !shape.opens(i + 1)) {
-            shape.slots[i] = freeSlot(shape, i, 2);
+        const ShapeSlot& a = shape.slots[i];
+        const ShapeSlot& b = shape.slots[i + 1];
+        const bool isBeside = !shape.opens(i + 1) && a.key.empty() && b.key.empty() &&
+                              (a.isOptional || b.isOptional) &&
+                              (isFree(a) || isFree(b) || (isWord(a) && isWord(b)));
+        if (isBeside) {
+            shape.slots[i] = {
+                a.separator, {}, freeKind, a.isOptional && b.isOptional, shape.stretch(i, i + 2)};
             shape.slots.erase(shape.slots.begin() + static_cast<std::ptrdiff_t>(i) + 1);
+            i = 0;
         } else {
             ++i;
         }
@@ -241,20 +236,14 @@ std::optional<MergedShape> mergeShapes(const Shape& shape, const Shape& other)
         merged.slots.push_back(join(a, shape.paths(), b, other.paths()));
     };
     for (const Step& step : steps) {
-        if (step.isFree) {
-            const ShapeSlot a = freeSlot(shape, i, step.takenA);
-            const ShapeSlot b = freeSlot(other, j, step.takenB);
+        if (step.takenA != step.takenB)
+            add(step.takenA > step.takenB ? &shape.slots[i] : nullptr,
+                step.takenB > step.takenA ? &other.slots[j] : nullptr);
+        if (step.takenA > 0 && step.takenB > 0) {
+            const ShapeSlot& a = shape.slots[i + step.takenA - 1];
+            const ShapeSlot& b = other.slots[j + step.takenB - 1];
             add(&a, &b);
-        } else {
-            if (step.takenA != step.takenB)
-                add(step.takenA > step.takenB ? &shape.slots[i] : nullptr,
-                    step.takenB > step.takenA ? &other.slots[j] : nullptr);
-            if (step.takenA > 0 && step.takenB > 0) {
-                const ShapeSlot& a = shape.slots[i + step.takenA - 1];
-                const ShapeSlot& b = other.slots[j + step.takenB - 1];
-                add(&a, &b);
-                merged.slots.back().separator = step.takenA > 1 ? a.separator : b.separator;
-            }
+            merged.slots.back().separator = step.takenA > 1 ? a.separator : b.separator;
         }
         i += step.takenA;
         j += step.takenB;
