@@ -80,22 +80,23 @@ std::vector<std::string_view> endingsOf(const std::vector<std::string_view>& pat
     std::map<std::string_view, Words> families;
     for (const std::string_view path : paths) {
         endings.push_back(matcher.match(path) ? path.substr(matcher.columns()[1].begin)
-                                              : std::string_view());
+                                              : path.substr(path.size()));
         families[letters(endings.back())].insert(endings.back());
     }
     for (std::string_view& ending : endings)
         if (reading::isDigit(ending.empty() ? '.' : ending.back()) &&
             families[letters(ending)].size() > 2)
-            ending = {};
+            ending.remove_prefix(ending.size());
     return endings;
 }
 
-// The parts of a path without its ending. The name of a folder is one part where it comes again
-// behind it: "MPI-ESM/tas_MPI-ESM_r1.nc".
-PathParts divide(std::string_view path, Matcher& reader, bool findsAgain)
+// The parts of a path, and its ending. The name of a folder is one part where it comes again behind
+// it: "MPI-ESM/tas_MPI-ESM_r1.nc".
+PathParts divide(std::string_view path, std::string_view ending, Matcher& reader, bool findsAgain)
 {
     static const std::vector<Kinds> kinds = {fixedKind, 0, 0, numberKind, mixedKind, otherKind};
     PathParts parts;
+    path.remove_suffix(ending.size());
     const auto take = [&](std::size_t length) {
         const std::string_view text = path.substr(0, length);
         path.remove_prefix(text.size());
@@ -145,6 +146,7 @@ PathParts divide(std::string_view path, Matcher& reader, bool findsAgain)
             parts.push_back({separator, {}, take(spans[4].length), fixedKind});
         }
     } while (!path.empty());
+    parts.push_back({{}, {}, ending, ending.empty() ? endingKind | emptyKind : endingKind});
     return parts;
 }
 
@@ -243,28 +245,24 @@ std::vector<Shape> takeCensus(const std::vector<std::string_view>& paths)
     std::vector<PathParts> divided(paths.size());
     const auto divideAll = [&](Matcher reader, bool findsAgain) {
         for (std::size_t i = 0; i < paths.size(); ++i)
-            divided[i] =
-                divide(paths[i].substr(0, paths[i].size() - endings[i].size()), reader, findsAgain);
+            divided[i] = divide(paths[i], endings[i], reader, findsAgain);
     };
     divideAll(makeReader({}, {}), false);
     divideAll(readerOf(divided), true);
 
     using Signature = std::vector<std::tuple<std::string_view, std::string_view, Kinds>>;
-    std::map<std::pair<bool, Signature>, Shape> shapes;
-    for (std::size_t i = 0; i < paths.size(); ++i) {
+    std::map<Signature, Shape> shapes;
+    for (const PathParts& parts : divided) {
         Signature signature;
-        for (const PathPart& part : divided[i])
+        for (const PathPart& part : parts)
             signature.emplace_back(part.separator, part.key, part.key.empty() ? part.kind : 0);
-        Shape& shape = shapes[{endings[i].empty(), std::move(signature)}];
-        shape.endings.add(endings[i]);
-        shape.slots.resize(divided[i].size());
-        for (std::size_t k = 0; k < shape.slots.size(); ++k) {
-            const PathPart& part = divided[i][k];
-            ShapeSlot& slot = shape.slots[k];
-            slot.separator = part.separator;
-            slot.key = part.key;
-            slot.kinds |= part.kind;
-            slot.values.add(part.text);
+        std::vector<ShapeSlot>& slots = shapes[signature].slots;
+        slots.resize(parts.size());
+        for (std::size_t i = 0; i < parts.size(); ++i) {
+            slots[i].separator = parts[i].separator;
+            slots[i].key = parts[i].key;
+            slots[i].kinds |= parts[i].kind;
+            slots[i].values.add(parts[i].text);
         }
     }
     std::vector<Shape> largestFirst;

@@ -18,14 +18,14 @@ bool isFree(const ShapeSlot& slot)
 
 bool isCode(const ShapeSlot& slot)
 {
-    return !slot.key.empty() || (slot.kinds & ~(numberKind | fixedKind)) == 0;
+    return !slot.key.empty() || (slot.kinds & ~(numberKind | fixedKind | endingKind)) == 0;
 }
 
 // Both are values of one column.
 double costOfMatch(const ShapeSlot& a, const ShapeSlot& b)
 {
     const Kinds differences = a.kinds ^ b.kinds;
-    if (a.key != b.key || (differences & emptyKind) != 0)
+    if (a.key != b.key || (differences & (emptyKind | endingKind)) != 0)
         return never;
     if (isCode(a) && isCode(b))
         return 0;
@@ -57,18 +57,30 @@ double costOfGap(const ShapeSlot& slot, const Shape& other, std::size_t place)
     return !isOwn(slot) ? 0.9 : isCode(slot) ? 0.5 : 0.7;
 }
 
-// A part of an alignment: so many slots of both stand side by side.
-struct Step {
-    double cost = never; // Of this step and those behind it,
-    double matches = 0;  // as are the places that agree. Constant text counts half.
-    std::size_t takenA = 0;
-    std::size_t takenB = 0;
+// Of folders, only one that is but a key and a value may be missing.
+bool mayMiss(const Shape& shape, std::size_t index)
+{
+    return index + 1 < shape.slots.size() &&
+           (!shape.opens(index) ||
+            (index > 0 && !shape.slots[index].key.empty() && shape.opens(index + 1)));
+}
+
+// The slots of two shapes side by side. Either may be missing.
+struct Alignment {
+    double cost;
+    double matches; // Places that agree. Constant text and free columns count half.
+    std::vector<std::pair<const ShapeSlot*, const ShapeSlot*>> slots;
 };
 
-// Lays the slots of both side by side in the cheapest way, which comes of a table of what is left
-// of both.
-std::vector<Step> align(const Shape& shapeA, const Shape& shapeB)
+// The cheapest alignment, which comes of a table of what is left of both shapes.
+Alignment align(const Shape& shapeA, const Shape& shapeB)
 {
+    struct Step {
+        double cost = never;
+        double matches = 0;
+        std::size_t takenA = 0;
+        std::size_t takenB = 0;
+    };
     const std::vector<ShapeSlot>& a = shapeA.slots;
     const std::vector<ShapeSlot>& b = shapeB.slots;
     std::vector<Step> table((a.size() + 1) * (b.size() + 1));
@@ -84,12 +96,6 @@ std::vector<Step> align(const Shape& shapeA, const Shape& shapeB)
                 if (cost + next.cost < at(i, j).cost)
                     at(i, j) = {cost + next.cost, matches + next.matches, takenA, takenB};
             };
-            // Of folders, only one that is but a key and a value may be missing.
-            const auto mayMiss = [](const Shape& shape, std::size_t k) {
-                return k < shape.slots.size() &&
-                       (!shape.opens(k) || (k > 0 && !shape.slots[k].key.empty() &&
-                                            k + 1 < shape.slots.size() && shape.opens(k + 1)));
-            };
             if (mayMiss(shapeA, i))
                 offer(costOfGap(a[i], shapeB, j), 0, 1, 0);
             if (mayMiss(shapeB, j))
@@ -97,10 +103,11 @@ std::vector<Step> align(const Shape& shapeA, const Shape& shapeB)
             if (i == a.size() || j == b.size() || (i == 0) != (j == 0) ||
                 a[i].separator != b[j].separator)
                 continue;
-            const bool isSameText =
+            const bool isText =
                 a[i].values.isConstant() && a[i].values.distinct == b[j].values.distinct;
-            offer(costOfMatch(a[i], b[j]), isSameText || isFree(a[i]) || isFree(b[j]) ? 0.5 : 1, 1,
-                  1);
+            const bool isHalf = isText || isFree(a[i]) || isFree(b[j]);
+            const bool isEnding = i + 1 == a.size();
+            offer(costOfMatch(a[i], b[j]), isEnding ? 0 : isHalf ? 0.5 : 1, 1, 1);
             const std::size_t endA = shapeA.endOfComponent(i);
             const std::size_t endB = shapeB.endOfComponent(j);
             // The first part of a name that one of them lacks.
@@ -113,33 +120,37 @@ std::vector<Step> align(const Shape& shapeA, const Shape& shapeB)
                 (a[i].names == 1 || b[j].names == 1))
                 at(i, j).cost = std::min(at(i, j).cost, at(endA, endB).cost + 0.36);
         }
-    std::vector<Step> steps;
-    std::size_t i = 0;
-    std::size_t j = 0;
-    do {
-        steps.push_back(at(i, j));
-        i += steps.back().takenA;
-        j += steps.back().takenB;
-    } while (steps.back().takenA + steps.back().takenB > 0);
-    return steps;
+    Alignment alignment{at(0, 0).cost, at(0, 0).matches, {}};
+    for (std::size_t i = 0, j = 0; at(i, j).takenA + at(i, j).takenB > 0;) {
+        const Step& step = at(i, j);
+        if (step.takenA != step.takenB)
+            alignment.slots.emplace_back(step.takenA > step.takenB ? &a[i] : nullptr,
+                                         step.takenB > step.takenA ? &b[j] : nullptr);
+        i += step.takenA;
+        j += step.takenB;
+        if (step.takenA > 0 && step.takenB > 0)
+            alignment.slots.emplace_back(&a[i - 1], &b[j - 1]);
+    }
+    return alignment;
 }
 
-// A slot of both shapes. Where one lacks it, its paths have nothing there.
-ShapeSlot join(const ShapeSlot* a, std::size_t pathsA, const ShapeSlot* b, std::size_t pathsB)
+// What a shape of so many paths has for a slot of another that it lacks.
+ShapeSlot missing(const ShapeSlot& slot, std::size_t paths)
 {
-    ShapeSlot slot;
-    for (const auto& [part, paths] : {std::pair(a, pathsA), std::pair(b, pathsB)}) {
-        for (std::size_t path = 0; path < paths; ++path)
-            slot.values.add(part != nullptr ? part->values.all[path] : std::string_view());
-        slot.isOptional = slot.isOptional || part == nullptr || part->isOptional;
-        if (part == nullptr)
-            continue;
-        slot.separator = part->separator;
-        slot.key = part->key;
-        slot.kinds |= part->kinds;
-    }
-    if ((a == nullptr || b == nullptr) && !isOwn(a == nullptr ? *b : *a))
-        slot.kinds = freeKind;
+    ShapeSlot none{slot.separator, slot.key, isOwn(slot) ? slot.kinds : freeKind, true, {}};
+    none.values.all.resize(paths);
+    return none;
+}
+
+ShapeSlot join(ShapeSlot slot, const ShapeSlot& other)
+{
+    // Where a first part is missing, the separator behind it.
+    if (slot.separator.empty() || slot.separator.find('/') != std::string_view::npos)
+        slot.separator = other.separator;
+    slot.kinds |= other.kinds;
+    slot.isOptional = slot.isOptional || other.isOptional;
+    for (const std::string_view value : other.values.all)
+        slot.values.add(value);
     return slot;
 }
 
@@ -154,16 +165,16 @@ void widenFree(Shape& shape)
         const ShapeSlot& a = shape.slots[i];
         const ShapeSlot& b = shape.slots[i + 1];
         const bool isBeside = !shape.opens(i + 1) && a.key.empty() && b.key.empty() &&
-                              (a.isOptional || b.isOptional) &&
+                              (b.kinds & endingKind) == 0 && (a.isOptional || b.isOptional) &&
                               (isFree(a) || isFree(b) || (isWord(a) && isWord(b)));
-        if (isBeside) {
-            shape.slots[i] = {
-                a.separator, {}, freeKind, a.isOptional && b.isOptional, shape.stretch(i, i + 2)};
-            shape.slots.erase(shape.slots.begin() + static_cast<std::ptrdiff_t>(i) + 1);
-            i = 0;
-        } else {
+        if (!isBeside) {
             ++i;
+            continue;
         }
+        shape.slots[i] = {
+            a.separator, {}, freeKind, a.isOptional && b.isOptional, shape.stretch(i, i + 2)};
+        shape.slots.erase(shape.slots.begin() + static_cast<std::ptrdiff_t>(i) + 1);
+        i = 0; // What stands in front may belong to it, too.
     }
 }
 
@@ -219,43 +230,25 @@ void Shape::countNames()
 
 std::optional<MergedShape> mergeShapes(const Shape& shape, const Shape& other)
 {
-    if (shape.endings.distinct.count({}) != other.endings.distinct.count({}))
-        return std::nullopt;
-    const std::vector<Step> steps = align(shape, other);
-    const double cost = steps.front().cost;
+    const Alignment alignment = align(shape, other);
     // A few files are not worth a vaguer template.
     const bool areFew = other.paths() * (other.paths() < 3 ? 4 : 50) < shape.paths();
-    if (cost > 0.31 * steps.front().matches || (cost > 0.15 && areFew))
+    if (alignment.cost > 0.31 * alignment.matches || (alignment.cost > 0.15 && areFew))
         return std::nullopt;
-    Shape merged{{}, shape.endings};
-    for (const std::string_view ending : other.endings.all)
-        merged.endings.add(ending);
-    std::size_t i = 0;
-    std::size_t j = 0;
-    const auto add = [&](const ShapeSlot* a, const ShapeSlot* b) {
-        merged.slots.push_back(join(a, shape.paths(), b, other.paths()));
-    };
-    for (const Step& step : steps) {
-        if (step.takenA != step.takenB)
-            add(step.takenA > step.takenB ? &shape.slots[i] : nullptr,
-                step.takenB > step.takenA ? &other.slots[j] : nullptr);
-        if (step.takenA > 0 && step.takenB > 0) {
-            const ShapeSlot& a = shape.slots[i + step.takenA - 1];
-            const ShapeSlot& b = other.slots[j + step.takenB - 1];
-            add(&a, &b);
-            merged.slots.back().separator = step.takenA > 1 ? a.separator : b.separator;
-        }
-        i += step.takenA;
-        j += step.takenB;
-    }
-    widenFree(merged);
-    merged.countNames();
+    MergedShape merged{{}, alignment.cost};
+    std::vector<ShapeSlot>& slots = merged.shape.slots;
+    for (const auto& [a, b] : alignment.slots)
+        slots.push_back(a == nullptr   ? join(missing(*b, shape.paths()), *b)
+                        : b == nullptr ? join(*a, missing(*a, other.paths()))
+                                       : join(*a, *b));
+    widenFree(merged.shape);
+    merged.shape.countNames();
     // A first part that may be missing is told from the next by the separator behind it.
-    for (std::size_t k = 0; k + 1 < merged.slots.size(); ++k)
-        if (merged.opens(k) && !merged.opens(k + 1) && merged.slots[k].isOptional &&
-            merged.slots[k + 1].isOptional)
+    for (std::size_t i = 0; i + 1 < slots.size(); ++i)
+        if (merged.shape.opens(i) && !merged.shape.opens(i + 1) && slots[i].isOptional &&
+            slots[i + 1].isOptional)
             return std::nullopt;
-    return MergedShape{std::move(merged), cost};
+    return merged;
 }
 
 } // namespace casetable

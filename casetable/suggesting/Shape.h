@@ -11,14 +11,15 @@ namespace casetable {
 
 /// What the bytes of a part are; the kinds of several parts are or-ed.
 using Kinds = unsigned;
-const Kinds numberKind = 1; ///< "007", "0.85", "1e-3"
-const Kinds letterKind = 2; ///< "rest"
-const Kinds mixedKind = 4;  ///< letters and numbers in turn: "run12", "r2c3"
-const Kinds otherKind = 8;  ///< other bytes too: "(1)"
-const Kinds fixedKind = 16; ///< "2024-05-01", "123000" behind a date, or a UUID
-const Kinds emptyKind = 32; ///< behind the "_" of "x_"
-const Kinds againKind = 64; ///< the name of a folder further ahead
-const Kinds freeKind = 128; ///< any number of parts
+const Kinds numberKind = 1;   ///< "007", "0.85", "1e-3"
+const Kinds letterKind = 2;   ///< "rest"
+const Kinds mixedKind = 4;    ///< letters and numbers in turn: "run12", "r2c3"
+const Kinds otherKind = 8;    ///< other bytes too: "(1)"
+const Kinds fixedKind = 16;   ///< "2024-05-01", "123000" behind a date, or a UUID
+const Kinds emptyKind = 32;   ///< behind the "_" of "x_"
+const Kinds againKind = 64;   ///< the name of a folder further ahead
+const Kinds freeKind = 128;   ///< any number of parts
+const Kinds endingKind = 256; ///< ".csv", ".fastq.gz"; with emptyKind, none
 
 /// What stands at a place, in each path of a shape; without data where a path does not have it.
 struct ShapeTexts {
@@ -39,12 +40,11 @@ struct ShapeSlot {
     std::size_t names = 0; ///< How many different names the component has in which it is.
 };
 
-/// What paths have in common that are alike.
+/// What paths have in common that are alike. The last slot is the ending.
 struct Shape {
     std::vector<ShapeSlot> slots;
-    ShapeTexts endings; ///< With their point: ".csv", ".fastq.gz"; may be empty.
 
-    std::size_t paths() const { return endings.all.size(); }
+    std::size_t paths() const { return slots.front().values.all.size(); }
 
     /// Whether a component begins with the slot at `index`.
     bool opens(std::size_t index) const;

@@ -106,17 +106,15 @@ std::vector<ShapeSlot> divideRuns(const ShapeSlot& slot)
 }
 
 // Whether each name has an ending of its own, most are words, and they come again in many folders:
-// they are the files of one run, "flow.vtu" and "forces.dat".
-bool areListed(const Shape& shape, const ShapeTexts& stems)
+// they are the files of one run, "flow.vtu" and "forces.dat". `stems` are without their endings.
+bool areListed(const ShapeTexts& names, const ShapeTexts& stems, const ShapeTexts& endings)
 {
-    std::set<std::string_view> names;
-    for (std::size_t i = 0; i < shape.paths(); ++i)
-        names.insert({stems.all[i].data(), stems.all[i].size() + shape.endings.all[i].size()});
     const auto words = std::count_if(stems.distinct.begin(), stems.distinct.end(), [](auto stem) {
         return std::none_of(stem.begin(), stem.end(), reading::isDigit);
     });
-    return !shape.endings.isConstant() && names.size() == stems.distinct.size() &&
-           shape.paths() >= 3 * names.size() && static_cast<std::size_t>(words) * 2 > names.size();
+    const std::size_t size = names.distinct.size();
+    return !endings.isConstant() && stems.distinct.size() == size && names.all.size() >= 3 * size &&
+           static_cast<std::size_t>(words) * 2 > size;
 }
 
 // A column, or the name of a folder, and what stands for it where it comes again: "{sub}".
@@ -148,24 +146,24 @@ public:
     Writer(const Shape& shape, std::map<std::string, bool>& areNumbers)
         : shape_(shape), areNumbers_(areNumbers)
     {
+        const ShapeTexts& endings = shape.slots.back().values;
         for (std::size_t begin = 0; begin < shape.slots.size();) {
             const std::size_t end = shape.endOfComponent(begin);
             const ShapeTexts names = shape.stretch(begin, end);
             const std::size_t size = text_.size() + separatorOf(begin).size();
             isFile_ = end == shape.slots.size();
-            if (isFile_ && areListed(shape, names)) {
+            if (isFile_ && areListed(names, shape.stretch(begin, end - 1), endings)) {
                 text_ += separatorOf(begin) + "*";
                 return;
             }
             place_ = isFile_ ? "name" : "dir" + std::to_string(folders_.size() + 1);
-            isWhole_ =
-                begin + 1 == end &&
-                (!isFile_ || (shape.endings.isConstant() && shape.endings.distinct.count({}) == 0));
+            isWhole_ = isFile_ ? begin + 2 == end && endings.isConstant() &&
+                                     endings.distinct.count({}) == 0
+                               : begin + 1 == end;
             for (; begin < end; ++begin)
                 write(begin);
             folders_.push_back({text_.substr(size), names});
         }
-        text_ += shape.endings.isConstant() ? escaped(shape.endings.all.front()) : ".*";
     }
 
     // A column has its type where it stands first.
@@ -230,6 +228,10 @@ private:
             slot.kinds == againKind ? findKnown(folders_, slot.values) : nullptr;
         if (folder != nullptr || (slot.values.isConstant() && !slot.isOptional)) {
             text_ += folder != nullptr ? folder->text : escaped(sample);
+            return;
+        }
+        if (slot.kinds == endingKind) {
+            text_ += ".*";
             return;
         }
         if (slot.kinds == fixedKind) {
