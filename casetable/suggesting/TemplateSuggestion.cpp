@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <functional>
 #include <iterator>
 #include <map>
 #include <optional>
@@ -53,45 +54,35 @@ std::string escaped(std::string_view text)
     return result;
 }
 
-bool areAll(const ShapeTexts& texts, bool (*isKind)(char))
-{
-    return std::all_of(texts.distinct.begin(), texts.distinct.end(), [&](std::string_view text) {
-        return !text.empty() && std::all_of(text.begin(), text.end(), isKind);
-    });
-}
-
-bool isLetterOrDigit(char byte)
-{
-    return isLetter(byte) || reading::isDigit(byte);
-}
-
-// The type that fits all values, with its ":". A run is a piece of a part: nothing but its kind or
-// its length ends it.
+// The first type that fits all values. A run is a piece of a part: nothing but its kind or its
+// length ends it.
 std::string typeOf(const ShapeTexts& values, Kinds kinds, bool isRun)
 {
-    const std::size_t length = values.distinct.begin()->size();
-    const bool haveOneLength =
-        std::all_of(values.distinct.begin(), values.distinct.end(),
-                    [&](std::string_view value) { return value.size() == length; });
-    if (areAll(values, reading::isDigit))
-        return ":digits";
-    if (kinds == numberKind)
-        return ":number";
-    if (kinds == fixedKind && haveOneLength)
-        return ":text" + std::to_string(length);
-    if (isRun)
-        return haveOneLength ? ":word" + std::to_string(length) : ",[A-Za-z]+";
-    return areAll(values, isLetterOrDigit) ? ":word" : "";
+    const std::string length = std::to_string(values.distinct.begin()->size());
+    const std::vector<std::string> types = {":digits", ":number",
+                                            isRun                ? ":word" + length
+                                            : kinds == fixedKind ? ":text" + length
+                                                                 : ":word",
+                                            isRun ? ",[A-Za-z]+" : ""};
+    const auto fits = [&](const std::string& type) {
+        Matcher matcher(Template("{value" + type + "}"));
+        return std::all_of(values.distinct.begin(), values.distinct.end(),
+                           [&](std::string_view value) { return matcher.match(value); });
+    };
+    const auto type = std::find_if(types.begin(), types.end(), fits);
+    return type != types.end() ? *type : "";
 }
 
-// Letters and numbers in turn, where all values have the same turns; otherwise nothing.
+// Letters and numbers in turn, where all values have the same turns, and columns of these tell more
+// than one of the slot: all letters are the same, but for the last of "wingA", or are the rows of a
+// grid, "B03". Otherwise the slot.
 std::vector<ShapeSlot> divideRuns(const ShapeSlot& slot)
 {
     std::vector<ShapeSlot> runs(runsOf(*slot.values.distinct.begin()).size());
     for (const std::string_view value : slot.values.all) {
         const std::vector<std::string_view> texts = runsOf(value);
         if (value.data() != nullptr && texts.size() != runs.size())
-            return {};
+            return {slot};
         for (std::size_t i = 0; i < runs.size(); ++i) {
             const std::string_view text = texts.empty() ? std::string_view() : texts[i];
             runs[i].values.add(text);
@@ -99,10 +90,18 @@ std::vector<ShapeSlot> divideRuns(const ShapeSlot& slot)
                 runs[i].kinds |= isLetter(text.back()) ? letterKind : numberKind;
         }
     }
-    const bool haveSameTurns = std::none_of(runs.begin(), runs.end(), [](const ShapeSlot& run) {
-        return run.kinds == (letterKind | numberKind);
+    if (runs.empty())
+        return {slot};
+    const std::size_t all = slot.values.distinct.size();
+    const std::size_t first = runs.front().values.distinct.size();
+    const bool isGrid = runs.size() == 2 && runs[0].kinds == letterKind && all >= 2 * first &&
+                        runs[1].kinds == numberKind &&
+                        first * runs[1].values.distinct.size() <= 2 * all;
+    const bool isCode = std::all_of(runs.begin(), runs.end(), [&](const ShapeSlot& run) {
+        return run.kinds == numberKind || (run.kinds == letterKind && run.values.isConstant()) ||
+               (&run == &runs.back() && slot.kinds == letterKind);
     });
-    return haveSameTurns ? runs : std::vector<ShapeSlot>();
+    return isGrid || isCode ? runs : std::vector<ShapeSlot>{slot};
 }
 
 // Whether each name has an ending of its own, most are words, and they come again in many folders:
@@ -179,16 +178,14 @@ public:
     // many folders, or that they are a good share of all.
     bool isRegular(std::size_t all) const
     {
-        std::size_t codes = 0;
-        std::size_t inNames = 0;
-        for (const Known& column : columns_) {
-            codes += column.isCode ? 1 : 0;
-            inNames += column.isInName ? 1 : 0;
-        }
-        const bool hasFolders = inNames < columns_.size();
-        return codes > 0 || (hasFolders && inNames == 0) ||
-               (inNames > 0 && shape_.paths() >= 10 &&
-                shape_.paths() * (hasFolders ? 20 : 2) >= all);
+        const auto count = [&](bool Known::*isSo) {
+            return static_cast<std::size_t>(
+                std::count_if(columns_.begin(), columns_.end(), std::mem_fn(isSo)));
+        };
+        const std::size_t inName = count(&Known::isInName);
+        const std::size_t share = inName < columns_.size() ? 20 : 2;
+        return count(&Known::isCode) > 0 || inName < std::min<std::size_t>(columns_.size(), 1) ||
+               (inName > 0 && shape_.paths() >= 10 && shape_.paths() * share >= all);
     }
 
 private:
@@ -206,73 +203,54 @@ private:
     void write(std::size_t index)
     {
         const ShapeSlot& slot = shape_.slots[index];
-        std::string word = std::string(slot.key.substr(0, slot.key.size() - 1));
-        if (!shape_.opens(index) && slot.key.empty()) {
-            const ShapeSlot& before = shape_.slots[index - 1];
-            if (before.values.isConstant() && before.kinds == letterKind && !before.isOptional)
-                word = *before.values.distinct.begin();
-        }
         const std::string separator = separatorOf(index);
         text_ += isLeading(index) ? separator + "[" : slot.isOptional ? "[" + separator : separator;
         text_ += escaped(slot.key);
-        write(slot, word);
-        text_ += isLeading(index) ? escaped(shape_.slots[index + 1].separator) : "";
-        text_ += slot.isOptional ? "]" : "";
+        if (!slot.key.empty())
+            word_ = slot.key.substr(0, slot.key.size() - 1);
+        else if (shape_.opens(index))
+            word_.clear();
+        writeValues(slot);
+        if (!slot.isOptional)
+            return;
+        text_ += (isLeading(index) ? escaped(shape_.slots[index + 1].separator) : "") + "]";
+        word_.clear();
     }
 
-    // `word` is what stands in front.
-    void write(const ShapeSlot& slot, std::string word)
+    void writeValues(const ShapeSlot& slot)
     {
         const std::string_view sample = *slot.values.distinct.begin();
         const Known* const folder =
             slot.kinds == againKind ? findKnown(folders_, slot.values) : nullptr;
-        if (folder != nullptr || (slot.values.isConstant() && !slot.isOptional)) {
-            text_ += folder != nullptr ? folder->text : escaped(sample);
-            return;
-        }
-        if (slot.kinds == endingKind) {
-            text_ += ".*";
+        if (folder != nullptr || (slot.kinds == endingKind && !slot.values.isConstant())) {
+            text_ += folder != nullptr ? folder->text : ".*";
+            word_.clear();
             return;
         }
         if (slot.kinds == fixedKind) {
             const bool isTime = sample.size() == 6 || sample.find_first_of("-:") == 2;
             const bool isDate = sample.substr(0, 2) == "19" || sample.substr(0, 2) == "20";
-            word = isTime ? "time" : isDate && sample.size() < 30 ? "date" : "id";
+            word_ = isTime ? "time" : isDate && sample.size() < 30 ? "date" : "id";
         }
-        const bool isDivided = slot.kinds < fixedKind && slot.kinds != numberKind;
-        const std::vector<ShapeSlot> runs = isDivided ? divideRuns(slot) : std::vector<ShapeSlot>();
-        if (runs.size() < 2 || findColumn(slot.values) != nullptr || !isCode(slot, runs))
-            return addColumn(word, typeOf(slot.values, slot.kinds, false), slot.values);
+        const bool isDivided = slot.kinds < fixedKind && findColumn(slot.values) == nullptr;
+        const std::vector<ShapeSlot> runs =
+            isDivided ? divideRuns(slot) : std::vector<ShapeSlot>{slot};
         for (std::size_t i = 0; i < runs.size(); ++i) {
             const std::string text(*runs[i].values.distinct.begin());
-            const bool isLast = i + 1 == runs.size();
             const bool isLetters = runs[i].kinds == letterKind;
-            if (runs[i].values.isConstant() && (isLetters || !slot.isOptional)) {
-                text_ += text;
-                word = isLetters ? text : "";
+            const bool isLast = i + 1 == runs.size();
+            if (runs[i].values.isConstant() &&
+                (!slot.isOptional || (isLetters && runs.size() > 1))) {
+                text_ += escaped(text);
+                word_ = isLetters ? text : "";
                 continue;
             }
-            if (word.empty() && !isLast && runs[i + 1].values.isConstant())
-                word = *runs[i + 1].values.distinct.begin(); // "20K": the unit
-            const bool isRun = !isLast || slot.kinds != letterKind;
-            addColumn(word, typeOf(runs[i].values, runs[i].kinds, isRun), runs[i].values);
-            word.clear();
+            if (word_.empty() && !isLast && runs[i + 1].values.isConstant())
+                word_ = *runs[i + 1].values.distinct.begin(); // "20K": the unit
+            const bool isRun = !isLast || (runs.size() > 1 && slot.kinds != letterKind);
+            addColumn(typeOf(runs[i].values, runs[i].kinds, isRun), runs[i].values);
+            word_.clear();
         }
-    }
-
-    // Whether columns of the runs tell more than one of the slot: all letters are the same or
-    // known, but for the last of "wingA", or are the rows of a grid, "B03".
-    bool isCode(const ShapeSlot& slot, const std::vector<ShapeSlot>& runs) const
-    {
-        const std::size_t all = slot.values.distinct.size();
-        const std::size_t first = runs[0].values.distinct.size();
-        const bool isGrid = runs.size() == 2 && runs[0].kinds == letterKind && all >= 2 * first &&
-                            first * runs[1].values.distinct.size() <= 2 * all;
-        return isGrid || std::all_of(runs.begin(), runs.end(), [&](const ShapeSlot& run) {
-                   return run.kinds == numberKind || run.values.isConstant() ||
-                          findColumn(run.values) != nullptr ||
-                          (&run == &runs.back() && slot.kinds == letterKind);
-               });
     }
 
     // The column that always has these values. Few may be the same by chance.
@@ -284,13 +262,13 @@ private:
     }
 
     // The name is unique in the template and none of the table's own.
-    void addColumn(const std::string& word, const std::string& type, const ShapeTexts& values)
+    void addColumn(const std::string& type, const ShapeTexts& values)
     {
         if (const Known* const known = findColumn(values)) {
             text_ += known->text;
             return;
         }
-        const std::string base = word.empty() ? place_ : word;
+        const std::string base = word_.empty() ? place_ : word_;
         const bool isNumber = type == ":number";
         std::string name = base;
         for (int i = 2;
@@ -310,8 +288,9 @@ private:
     std::set<std::string> used_ = {"case", "path", "files"};
     std::vector<Known> columns_;
     std::vector<Known> folders_;
-    std::string text_; // columns without their types
-    std::string place_;
+    std::string text_;     // columns without their types
+    std::string place_;    // names columns
+    std::string word_;     // what stands in front, before all
     bool isFile_ = false;  // whether the component is the file's name,
     bool isWhole_ = false; // and has one slot
 };
