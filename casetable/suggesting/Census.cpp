@@ -52,7 +52,8 @@ Matcher makeReader(const Words& signedWords, const Words& keys)
     const std::string end = "(?![^-_=,.@+ /])";
     const std::string clock = R"((?:[01]\d|2[0-3])[-:]?[0-5]\d[-:]?[0-5]\d)";
     const std::string date =
-        R"((?:(?:19|20)\d\d(?:(?:0[1-9]|1[0-2])(?:[0-2]\d|3[01])|-(?:0[1-9]|1[0-2])(?:-[0-3]\d)?))"
+        R"((?:(?:19|20)\d\d(?:(?:0[1-9]|1[0-2])(?:[0-2]\d|3[01])|-(?:0[1-9]|1[0-2])(?:-[0-3]\d)?)"
+        R"(|_(?:0[1-9]|1[0-2])_[0-3]\d))"
         "(?:T" +
         clock + "Z?)?)";
     const std::string uuid = "[0-9A-Fa-f]{8}(?:-[0-9A-Fa-f]{4}){4}[0-9A-Fa-f]{8}" + end;

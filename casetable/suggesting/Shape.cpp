@@ -31,7 +31,10 @@ double costOfMatch(const ShapeSlot& a, const ShapeSlot& b)
         return 0;
     if (isFree(a) || isFree(b))
         return isCode(a) || isCode(b) ? 0.2 : 0.02;
-    return (differences & b.kinds) == 0 ? 0.02 : 0.6;
+    const bool haveCommon =
+        std::any_of(b.values.distinct.begin(), b.values.distinct.end(),
+                    [&](std::string_view text) { return a.values.distinct.count(text) > 0; });
+    return haveCommon ? 0.02 : (differences & b.kinds) == 0 ? 0.06 : 0.6;
 }
 
 // Whether the slot may be missing in some paths. Without a key it must have been seen in several
@@ -43,11 +46,14 @@ bool isOwn(const ShapeSlot& slot)
     return slot.isOptional || !slot.key.empty() || (!isFree(slot) && slot.names >= least);
 }
 
-// The slot gets optional. Beside what is free in the other shape, before `place`, it is taken up.
-double costOfGap(const ShapeSlot& slot, const Shape& other, std::size_t place)
+// The slot at `index` gets optional. If it would stand beside a free one of the other shape, before
+// or behind `place`, it is taken up.
+double costOfGap(const Shape& shape, std::size_t index, const Shape& other, std::size_t place)
 {
-    const bool isTakenUp = (place > 0 && isFree(other.slots[place - 1])) ||
-                           (place < other.slots.size() && isFree(other.slots[place]));
+    const ShapeSlot& slot = shape.slots[index];
+    const bool isTakenUp = (place > 0 && isFree(other.slots[place - 1]) && !shape.opens(index)) ||
+                           (place < other.slots.size() && isFree(other.slots[place]) &&
+                            other.opens(place) == shape.opens(index));
     if (slot.isOptional)
         return 0;
     if (!slot.key.empty())
@@ -97,9 +103,9 @@ Alignment align(const Shape& shapeA, const Shape& shapeB)
                     at(i, j) = {cost + next.cost, matches + next.matches, takenA, takenB};
             };
             if (mayMiss(shapeA, i))
-                offer(costOfGap(a[i], shapeB, j), 0, 1, 0);
+                offer(costOfGap(shapeA, i, shapeB, j), 0, 1, 0);
             if (mayMiss(shapeB, j))
-                offer(costOfGap(b[j], shapeA, i), 0, 0, 1);
+                offer(costOfGap(shapeB, j, shapeA, i), 0, 0, 1);
             if (i == a.size() || j == b.size() || (i == 0) != (j == 0) ||
                 a[i].separator != b[j].separator)
                 continue;
@@ -112,9 +118,9 @@ Alignment align(const Shape& shapeA, const Shape& shapeB)
             const std::size_t endB = shapeB.endOfComponent(j);
             // The first part of a name that one of them lacks.
             if (shapeA.opens(i) && i + 1 < endA)
-                offer(costOfGap(a[i], shapeB, j) + costOfMatch(a[i + 1], b[j]), 1, 2, 1);
+                offer(costOfGap(shapeA, i, shapeB, j) + costOfMatch(a[i + 1], b[j]), 1, 2, 1);
             if (shapeB.opens(j) && j + 1 < endB)
-                offer(costOfGap(b[j], shapeA, i) + costOfMatch(a[i], b[j + 1]), 1, 1, 2);
+                offer(costOfGap(shapeB, j, shapeA, i) + costOfMatch(a[i], b[j + 1]), 1, 1, 2);
             // One name of a folder is as good as another.
             if (shapeA.opens(i) && endA < a.size() && endB < b.size() &&
                 (a[i].names == 1 || b[j].names == 1))
@@ -137,7 +143,8 @@ Alignment align(const Shape& shapeA, const Shape& shapeB)
 // What a shape of so many paths has for a slot of another that it lacks.
 ShapeSlot missing(const ShapeSlot& slot, std::size_t paths)
 {
-    ShapeSlot none{slot.separator, slot.key, isOwn(slot) ? slot.kinds : freeKind, true, {}};
+    ShapeSlot none{
+        slot.separator, slot.key, isOwn(slot) ? slot.kinds : slot.kinds | freeKind, true, {}};
     none.values.all.resize(paths);
     return none;
 }
@@ -155,26 +162,30 @@ ShapeSlot join(ShapeSlot slot, const ShapeSlot& other)
 }
 
 // Makes one free column of what differs too much: a part that only some names have and that is no
-// value of its own, with its neighbour.
+// value of its own, with a neighbour, if it can be of the same kind.
 void widenFree(Shape& shape)
 {
     const auto isWord = [](const ShapeSlot& slot) {
         return slot.kinds == letterKind && (slot.isOptional || !slot.values.isConstant());
     };
-    for (std::size_t i = 0; i + 1 < shape.slots.size();) {
-        const ShapeSlot& a = shape.slots[i];
-        const ShapeSlot& b = shape.slots[i + 1];
-        const bool isBeside = !shape.opens(i + 1) && a.key.empty() && b.key.empty() &&
-                              (b.kinds & endingKind) == 0 && (a.isOptional || b.isOptional) &&
-                              (isFree(a) || isFree(b) || (isWord(a) && isWord(b)));
-        if (!isBeside) {
-            ++i;
-            continue;
+    const auto widen = [&](bool ofOneKind) {
+        for (std::size_t i = 0; i + 1 < shape.slots.size(); ++i) {
+            const ShapeSlot& a = shape.slots[i];
+            const ShapeSlot& b = shape.slots[i + 1];
+            const Kinds kinds = a.kinds | b.kinds | freeKind;
+            if (shape.opens(i + 1) || !a.key.empty() || !b.key.empty() ||
+                (kinds & endingKind) != 0 || (!a.isOptional && !b.isOptional) ||
+                (!isFree(a) && !isFree(b) && (!isWord(a) || !isWord(b))) ||
+                (ofOneKind && (a.kinds | freeKind) != (b.kinds | freeKind)))
+                continue;
+            shape.slots[i] = {
+                a.separator, {}, kinds, a.isOptional && b.isOptional, shape.stretch(i, i + 2)};
+            shape.slots.erase(shape.slots.begin() + static_cast<std::ptrdiff_t>(i) + 1);
+            return true;
         }
-        shape.slots[i] = {
-            a.separator, {}, freeKind, a.isOptional && b.isOptional, shape.stretch(i, i + 2)};
-        shape.slots.erase(shape.slots.begin() + static_cast<std::ptrdiff_t>(i) + 1);
-        i = 0; // What stands in front may belong to it, too.
+        return false;
+    };
+    while (widen(true) || widen(false)) {
     }
 }
 

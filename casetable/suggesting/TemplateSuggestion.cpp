@@ -104,16 +104,12 @@ std::vector<ShapeSlot> divideRuns(const ShapeSlot& slot)
     return isGrid || isCode ? runs : std::vector<ShapeSlot>{slot};
 }
 
-// Whether each name has an ending of its own, most are words, and they come again in many folders:
-// they are the files of one run, "flow.vtu" and "forces.dat". `stems` are without their endings.
+// Whether each name has an ending of its own, and they come again in many folders: they are the
+// files of one run, "flow.vtu" and "forces.dat". `stems` are without their endings.
 bool areListed(const ShapeTexts& names, const ShapeTexts& stems, const ShapeTexts& endings)
 {
-    const auto words = std::count_if(stems.distinct.begin(), stems.distinct.end(), [](auto stem) {
-        return std::none_of(stem.begin(), stem.end(), reading::isDigit);
-    });
-    const std::size_t size = names.distinct.size();
-    return !endings.isConstant() && stems.distinct.size() == size && names.all.size() >= 3 * size &&
-           static_cast<std::size_t>(words) * 2 > size;
+    return !endings.isConstant() && stems.distinct.size() == names.distinct.size() &&
+           names.all.size() >= 3 * names.distinct.size();
 }
 
 // A column, or the name of a folder, and what stands for it where it comes again: "{sub}".
@@ -251,6 +247,8 @@ private:
             addColumn(typeOf(runs[i].values, runs[i].kinds, isRun), runs[i].values);
             word_.clear();
         }
+        if (runs.size() > 1)
+            word_.clear(); // "mm" of "5mm_left" does not name what is left
     }
 
     // The column that always has these values. Few may be the same by chance.
