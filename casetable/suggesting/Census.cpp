@@ -1,8 +1,6 @@
 #include "casetable/suggesting/Census.h"
 
 #include <algorithm>
-#include <functional>
-#include <iterator>
 #include <map>
 #include <set>
 #include <string>
@@ -10,7 +8,6 @@
 #include <utility>
 
 #include "casetable/templates/Matcher.h"
-#include "crawler/private/PathReading.h"
 
 namespace casetable {
 
@@ -27,10 +24,9 @@ struct PathPart {
 };
 using PathParts = std::vector<PathPart>;
 
+const std::size_t maxShapes = 300;
 // No path that people read has more; what is left is one part.
 const std::size_t maxParts = 64;
-// No system has longer ones; a list may.
-const std::size_t maxPathSize = 4096;
 
 // "0.85", "6.5e6", "1e-3", "007"; no point in "20200101.000000", "01.5" and the like.
 const std::string number =
@@ -51,21 +47,27 @@ Matcher makeReader(const Words& signedWords, const Words& keys)
     const std::string begin = "(?<![A-Za-z0-9])";
     const std::string end = "(?![^-_=,.@+ /])";
     const std::string clock = R"((?:[01]\d|2[0-3])[-:]?[0-5]\d[-:]?[0-5]\d)";
-    const std::string date =
-        R"((?:(?:19|20)\d\d(?:(?:0[1-9]|1[0-2])(?:[0-2]\d|3[01])|-(?:0[1-9]|1[0-2])(?:-[0-3]\d)?)"
-        R"(|_(?:0[1-9]|1[0-2])_[0-3]\d))"
-        "(?:T" +
-        clock + "Z?)?)";
-    const std::string uuid = "[0-9A-Fa-f]{8}(?:-[0-9A-Fa-f]{4}){4}[0-9A-Fa-f]{8}" + end;
+    const std::string month = "(?:0[1-9]|1[0-2])";
+    const std::string date = R"((?:19|20)\d\d(?:)" + month + R"((?:[0-2]\d|3[01])|-)" + month +
+                             R"((?:-[0-3]\d)?|_)" + month + R"(_[0-3]\d)(?:T)" + clock + "Z?)?";
+    const std::string uuid = "[0-9A-Fa-f]{8}(?:-[0-9A-Fa-f]{4}){4}[0-9A-Fa-f]{8}";
     const std::string sign = anyOf(signedWords, "") + "-(?=[0-9])";
     // A "-" behind another separator and before a digit is a sign.
-    return Matcher(Template(
-        "{separator,[-_=,.@+ /]*[_=,.@+ /](?=-[0-9])|[-_=,.@+ /]*}[{key,(?<![-=A-Za-z0-9])(?:" +
-        anyOf(keys, "(?!)") + "-|[A-Za-z]+=)(?=[^-_=,.@+ /])}][{fixed," + begin + date + end + "|" +
-        uuid + "|" + begin + R"(\d+(?:\.\d+){3,})" + end + "}[{between,[-_. ]}{time," + clock +
-        end + "}]][{number," + begin + "-?" + number + end + "}][{word," + begin +
-        "(?:[A-Za-z]+[0-9]+?(?=" + uuid + ")|(?:" + sign + ")?(?:" + number + "|[A-Za-z])+" + end +
-        ")}][{other," + begin + "[^-_=,.@+ /]+}]{rest,(?s:.*)}"));
+    return Matcher(Template("{separator,[-_=,.@+ /]*[_=,.@+ /](?=-[0-9])|[-_=,.@+ /]*}"
+                            "[{key,(?<![-=A-Za-z0-9])(?:" +
+                            anyOf(keys, "(?!)") +
+                            "-|[A-Za-z]+=)(?=[^-_=,.@+ /])}]"
+                            "[{fixed," +
+                            begin + "(?:" + date + R"(|\d\d[-:]\d\d[-:]\d\d|\d+(?:\.\d+){3,}))" +
+                            end + "|" + uuid + end + "}][{number," + begin + "-?" + number + end +
+                            "}]"
+                            "[{letters," +
+                            begin + "(?!" + sign + ")[A-Za-z]+" + end +
+                            "}]"
+                            "[{mixed," +
+                            begin + "(?:[A-Za-z]+[0-9]+?(?=" + uuid + end + ")|(?:" + sign +
+                            ")?(?:" + number + "|[A-Za-z])+" + end + ")}][{other," + begin +
+                            "[^-_=,.@+ /]+}]{rest,(?s:.*)}"));
 }
 
 // The ending of each path, with its point; it may be empty. Letters with digits are one where
@@ -85,8 +87,7 @@ std::vector<std::string_view> endingsOf(const std::vector<std::string_view>& pat
         families[letters(endings.back())].insert(endings.back());
     }
     for (std::string_view& ending : endings)
-        if (reading::isDigit(ending.empty() ? '.' : ending.back()) &&
-            families[letters(ending)].size() > 2)
+        if (letters(ending) != ending && families[letters(ending)].size() > 2)
             ending.remove_prefix(ending.size());
     return endings;
 }
@@ -95,7 +96,8 @@ std::vector<std::string_view> endingsOf(const std::vector<std::string_view>& pat
 // it: "MPI-ESM/tas_MPI-ESM_r1.nc".
 PathParts divide(std::string_view path, std::string_view ending, Matcher& reader, bool findsAgain)
 {
-    static const std::vector<Kinds> kinds = {fixedKind, 0, 0, numberKind, mixedKind, otherKind};
+    static const std::vector<Kinds> kinds = {fixedKind, numberKind, letterKind, mixedKind,
+                                             otherKind};
     PathParts parts;
     path.remove_suffix(ending.size());
     const auto take = [&](std::size_t length) {
@@ -114,7 +116,7 @@ PathParts divide(std::string_view path, std::string_view ending, Matcher& reader
             const std::string_view name(folder,
                                         static_cast<std::size_t>(part.separator.data() - folder));
             if (findsAgain && name.size() > 1 && !parts.empty() && parts[opening].key.empty() &&
-                std::any_of(name.begin(), name.end(), isLetter))
+                name.find_first_not_of("0123456789-_.") != std::string_view::npos)
                 folders.push_back(name);
             folder = path.data();
             opening = parts.size();
@@ -130,7 +132,7 @@ PathParts divide(std::string_view path, std::string_view ending, Matcher& reader
         if (length == 0)
             part.key = take(spans[1].length);
         for (std::size_t i = 0; i < kinds.size() && length == 0; ++i)
-            if (kinds[i] != 0 && spans[2 + i].length > 0) {
+            if (spans[2 + i].length > 0) {
                 length = spans[2 + i].length;
                 part.kind = kinds[i];
             }
@@ -139,67 +141,53 @@ PathParts divide(std::string_view path, std::string_view ending, Matcher& reader
             part.kind = otherKind;
         }
         part.text = take(length);
-        if (part.kind == mixedKind && std::all_of(part.text.begin(), part.text.end(), isLetter))
-            part.kind = letterKind;
         parts.push_back(part);
-        if (part.kind == fixedKind && spans[4].length > 0) {
-            const std::string_view separator = take(spans[3].length);
-            parts.push_back({separator, {}, take(spans[4].length), fixedKind});
-        }
     } while (!path.empty());
     parts.push_back({{}, {}, ending, ending.empty() ? endingKind | emptyKind : endingKind});
     return parts;
 }
 
-// In "sub-01_task-rest_bold", few words stand before a "-", and mostly several in a path: they are
-// keys. Others, "Peck-solid", are not. Words that stand before a number with a "-" and also without
+// In "sub-01_task-rest_bold", several words of a path stand before a "-": they are keys. Otherwise,
+// as in "Peck-solid", they are not. Words that stand before a number with a "-" and also without
 // are signed: "AoA-2.5" and "AoA2.5".
 Matcher readerOf(const std::vector<PathParts>& paths)
 {
     Words joined;
-    Words behindMinus;
-    std::map<std::string_view, std::pair<std::size_t, std::size_t>> counts;
+    Words signedWords;
+    std::map<std::string_view, std::size_t> counts;
+    std::size_t single = 0;
+    std::size_t several = 0;
     for (const PathParts& parts : paths) {
         Words words;
-        for (std::size_t i = 0; i < parts.size(); ++i) {
+        for (std::size_t i = 0; i + 1 < parts.size(); ++i) {
             const PathPart& part = parts[i];
             if (part.kind == mixedKind)
                 for (const std::string_view run : runsOf(part.text))
                     joined.insert(run);
-            if (part.kind != letterKind || i + 1 == parts.size() || part.separator == "-" ||
-                parts[i + 1].separator != "-" || parts[i + 1].kind == emptyKind)
-                continue;
-            words.insert(part.text);
-            if (reading::isDigit(parts[i + 1].text.front()))
-                behindMinus.insert(part.text);
+            if (part.kind == letterKind && part.separator != "-" && parts[i + 1].separator == "-" &&
+                parts[i + 1].kind != emptyKind) {
+                words.insert(part.text);
+                if (parts[i + 1].kind == numberKind)
+                    signedWords.insert(part.text);
+            }
         }
-        for (const std::string_view word : words) {
-            ++counts[word].first;
-            counts[word].second += words.size() > 1 ? 1 : 0;
-        }
+        single += words.size() == 1 ? 1 : 0;
+        several += words.size() > 1 ? 1 : 0;
+        for (const std::string_view word : words)
+            ++counts[word];
     }
-    Words signedWords;
-    std::set_intersection(joined.begin(), joined.end(), behindMinus.begin(), behindMinus.end(),
-                          std::inserter(signedWords, signedWords.end()));
     Words keys;
-    std::size_t ofOthers = 0;
-    std::size_t ofKeys = 0;
     for (const auto& [word, count] : counts) {
-        const bool isKey = count.first >= 3 && count.first * 200 >= paths.size() &&
-                           count.second * 2 >= count.first && signedWords.count(word) == 0;
-        (isKey ? ofKeys : ofOthers) += count.first;
-        if (isKey)
+        if (joined.count(word) == 0)
+            signedWords.erase(word);
+        if (several > single && count >= 3 && count * 200 >= paths.size() &&
+            signedWords.count(word) == 0)
             keys.insert(word);
     }
-    return makeReader(signedWords, ofOthers * 4 <= ofKeys ? keys : Words());
+    return makeReader(signedWords, keys);
 }
 
 } // namespace
-
-bool isLetter(char byte)
-{
-    return ('a' <= byte && byte <= 'z') || ('A' <= byte && byte <= 'Z');
-}
 
 std::vector<std::string_view> runsOf(std::string_view text)
 {
@@ -218,26 +206,6 @@ std::vector<std::string_view> runsOf(std::string_view text)
         }
     }
     return runs;
-}
-
-std::vector<std::string_view> samplePaths(const std::vector<std::string_view>& paths,
-                                          std::size_t count)
-{
-    std::vector<std::pair<std::size_t, std::string_view>> hashed;
-    hashed.reserve(paths.size());
-    for (const std::string_view path : paths)
-        if (path.size() <= maxPathSize)
-            hashed.emplace_back(std::hash<std::string_view>()(path), path);
-    if (hashed.size() > count) {
-        std::nth_element(hashed.begin(), hashed.begin() + static_cast<std::ptrdiff_t>(count),
-                         hashed.end());
-        hashed.resize(count);
-    }
-    std::vector<std::string_view> sample;
-    for (const auto& entry : hashed)
-        sample.push_back(entry.second);
-    std::sort(sample.begin(), sample.end());
-    return sample;
 }
 
 std::vector<Shape> takeCensus(const std::vector<std::string_view>& paths)
@@ -273,6 +241,7 @@ std::vector<Shape> takeCensus(const std::vector<std::string_view>& paths)
     }
     std::stable_sort(largestFirst.begin(), largestFirst.end(),
                      [](const Shape& a, const Shape& b) { return a.paths() > b.paths(); });
+    largestFirst.resize(std::min(largestFirst.size(), maxShapes));
     return largestFirst;
 }
 

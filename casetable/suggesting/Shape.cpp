@@ -9,6 +9,7 @@ namespace casetable {
 namespace {
 
 // Costs say how much vaguer a template gets. They are weighed against the places that agree.
+const std::size_t maxShapes = 64;
 const double never = std::numeric_limits<double>::infinity();
 
 bool isFree(const ShapeSlot& slot)
@@ -189,6 +190,19 @@ void widenFree(Shape& shape)
     }
 }
 
+// The shape of the paths of both.
+Shape joinAll(const Alignment& alignment, std::size_t pathsA, std::size_t pathsB)
+{
+    Shape shape;
+    for (const auto& [a, b] : alignment.slots)
+        shape.slots.push_back(a == nullptr   ? join(missing(*b, pathsA), *b)
+                              : b == nullptr ? join(*a, missing(*a, pathsB))
+                                             : join(*a, *b));
+    widenFree(shape);
+    shape.countNames();
+    return shape;
+}
+
 } // namespace
 
 void ShapeTexts::add(std::string_view text)
@@ -239,26 +253,29 @@ void Shape::countNames()
     }
 }
 
-std::optional<MergedShape> mergeShapes(const Shape& shape, const Shape& other)
+std::vector<Shape> mergeShapes(const std::vector<Shape>& shapes)
 {
-    const Alignment alignment = align(shape, other);
-    // A few files are not worth a vaguer template.
-    const bool areFew = other.paths() * (other.paths() < 3 ? 4 : 50) < shape.paths();
-    if (alignment.cost > 0.31 * alignment.matches || (alignment.cost > 0.15 && areFew))
-        return std::nullopt;
-    MergedShape merged{{}, alignment.cost};
-    std::vector<ShapeSlot>& slots = merged.shape.slots;
-    for (const auto& [a, b] : alignment.slots)
-        slots.push_back(a == nullptr   ? join(missing(*b, shape.paths()), *b)
-                        : b == nullptr ? join(*a, missing(*a, other.paths()))
-                                       : join(*a, *b));
-    widenFree(merged.shape);
-    merged.shape.countNames();
-    // A first part that may be missing is told from the next by the separator behind it.
-    for (std::size_t i = 0; i + 1 < slots.size(); ++i)
-        if (merged.shape.opens(i) && !merged.shape.opens(i + 1) && slots[i].isOptional &&
-            slots[i + 1].isOptional)
-            return std::nullopt;
+    std::vector<Shape> merged;
+    for (const Shape& shape : shapes) {
+        Alignment best{never, 0, {}};
+        Shape* other = nullptr;
+        for (Shape& candidate : merged) {
+            Alignment alignment = align(candidate, shape);
+            // A few files are not worth a vaguer template.
+            const bool areFew = shape.paths() * (shape.paths() < 3 ? 4 : 50) < candidate.paths();
+            if (alignment.cost < best.cost && alignment.cost <= 0.31 * alignment.matches &&
+                (alignment.cost <= 0.15 || !areFew)) {
+                best = std::move(alignment);
+                other = &candidate;
+            }
+        }
+        if (other != nullptr)
+            *other = joinAll(best, other->paths(), shape.paths());
+        else if (merged.size() < maxShapes)
+            merged.push_back(shape);
+    }
+    std::stable_sort(merged.begin(), merged.end(),
+                     [](const Shape& a, const Shape& b) { return a.paths() > b.paths(); });
     return merged;
 }
 

@@ -2,7 +2,6 @@
 #define CASETABLE_SUGGESTING_SHAPE_H
 
 #include <cstddef>
-#include <optional>
 #include <string_view>
 #include <unordered_set>
 #include <vector>
@@ -59,14 +58,9 @@ struct Shape {
     void countNames();
 };
 
-/// A shape of the paths of both, and how much vaguer it is.
-struct MergedShape {
-    Shape shape;
-    double cost;
-};
-
-/// None where they are two kinds of files.
-std::optional<MergedShape> mergeShapes(const Shape& shape, const Shape& other);
+/// Merges each shape with the one before it that this makes least vague, as far as they are of one
+/// kind of files; the shape of the most paths first.
+std::vector<Shape> mergeShapes(const std::vector<Shape>& shapes);
 
 } // namespace casetable
 

@@ -5,7 +5,6 @@
 #include <functional>
 #include <iterator>
 #include <map>
-#include <optional>
 #include <set>
 
 #include "casetable/suggesting/Census.h"
@@ -39,8 +38,8 @@ namespace casetable {
 namespace {
 
 const std::size_t sampleSize = 2000;
-const std::size_t maxClasses = 300;
-const std::size_t maxShapes = 64;
+// No system has longer paths; a list may.
+const std::size_t maxPathSize = 4096;
 const std::size_t maxTemplates = 8;
 
 std::string escaped(std::string_view text)
@@ -87,7 +86,7 @@ std::vector<ShapeSlot> divideRuns(const ShapeSlot& slot)
             const std::string_view text = texts.empty() ? std::string_view() : texts[i];
             runs[i].values.add(text);
             if (!text.empty())
-                runs[i].kinds |= isLetter(text.back()) ? letterKind : numberKind;
+                runs[i].kinds |= reading::isDigit(text.back()) ? numberKind : letterKind;
         }
     }
     if (runs.empty())
@@ -117,8 +116,6 @@ struct Known {
     std::string text;
     ShapeTexts values;
     std::string type = {};
-    bool isCode = false;   // no word
-    bool isInName = false; // of the file
 };
 
 // What of `known` has these values wherever there are any.
@@ -146,15 +143,20 @@ public:
             const std::size_t end = shape.endOfComponent(begin);
             const ShapeTexts names = shape.stretch(begin, end);
             const std::size_t size = text_.size() + separatorOf(begin).size();
-            isFile_ = end == shape.slots.size();
-            if (isFile_ && areListed(names, shape.stretch(begin, end - 1), endings)) {
+            const bool isFile = end == shape.slots.size();
+            if (!isFile)
+                place_ = "dir" + std::to_string(folders_.size() + 1);
+            else {
+                place_ = "name";
+                inFolders_ = columns_.size();
+            }
+            if (isFile && areListed(names, shape.stretch(begin, end - 1), endings)) {
                 text_ += separatorOf(begin) + "*";
                 return;
             }
-            place_ = isFile_ ? "name" : "dir" + std::to_string(folders_.size() + 1);
-            isWhole_ = isFile_ ? begin + 2 == end && endings.isConstant() &&
-                                     endings.distinct.count({}) == 0
-                               : begin + 1 == end;
+            isWhole_ =
+                isFile ? begin + 2 == end && endings.isConstant() && endings.distinct.count({}) == 0
+                       : begin + 1 == end;
             for (; begin < end; ++begin)
                 write(begin);
             folders_.push_back({text_.substr(size), names});
@@ -174,14 +176,14 @@ public:
     // many folders, or that they are a good share of all.
     bool isRegular(std::size_t all) const
     {
-        const auto count = [&](bool Known::*isSo) {
-            return static_cast<std::size_t>(
-                std::count_if(columns_.begin(), columns_.end(), std::mem_fn(isSo)));
-        };
-        const std::size_t inName = count(&Known::isInName);
-        const std::size_t share = inName < columns_.size() ? 20 : 2;
-        return count(&Known::isCode) > 0 || inName < std::min<std::size_t>(columns_.size(), 1) ||
-               (inName > 0 && shape_.paths() >= 10 && shape_.paths() * share >= all);
+        const bool hasCodes =
+            std::any_of(columns_.begin(), columns_.end(), [](const Known& column) {
+                return !column.type.empty() && column.type != ":word";
+            });
+        const bool isNamed = columns_.size() > inFolders_;
+        return hasCodes || (inFolders_ > 0 && !isNamed) ||
+               (isNamed && shape_.paths() >= 10 &&
+                shape_.paths() * (inFolders_ > 0 ? 20 : 2) >= all);
     }
 
 private:
@@ -206,6 +208,9 @@ private:
             word_ = slot.key.substr(0, slot.key.size() - 1);
         else if (shape_.opens(index))
             word_.clear();
+        const bool isBehindDate = index > 0 && shape_.slots[index - 1].kinds == fixedKind;
+        if (isBehindDate && slot.kinds == numberKind && slot.values.distinct.begin()->size() == 6)
+            word_ = "time";
         writeValues(slot);
         if (!slot.isOptional)
             return;
@@ -224,7 +229,7 @@ private:
             return;
         }
         if (slot.kinds == fixedKind) {
-            const bool isTime = sample.size() == 6 || sample.find_first_of("-:") == 2;
+            const bool isTime = sample.find_first_of("-:") == 2;
             const bool isDate = sample.substr(0, 2) == "19" || sample.substr(0, 2) == "20";
             word_ = isTime ? "time" : isDate && sample.size() < 30 ? "date" : "id";
         }
@@ -276,8 +281,7 @@ private:
         used_.insert(name);
         // A whole component needs no type: "/" or the ending ends it.
         const bool isWord = type == ":word";
-        columns_.push_back({"{" + name + "}", values, isWord && isWhole_ ? "" : type,
-                            !isWord && !type.empty(), isFile_});
+        columns_.push_back({"{" + name + "}", values, isWord && isWhole_ ? "" : type});
         text_ += columns_.back().text;
     }
 
@@ -286,35 +290,31 @@ private:
     std::set<std::string> used_ = {"case", "path", "files"};
     std::vector<Known> columns_;
     std::vector<Known> folders_;
-    std::string text_;     // columns without their types
-    std::string place_;    // names columns
-    std::string word_;     // what stands in front, before all
-    bool isFile_ = false;  // whether the component is the file's name,
-    bool isWhole_ = false; // and has one slot
+    std::string text_;          // columns without their types
+    std::string place_;         // names columns
+    std::string word_;          // what stands in front, before all
+    bool isWhole_ = false;      // whether the component has one slot
+    std::size_t inFolders_ = 0; // columns in the names of folders
 };
 
-// The classes, each merged with the one that it makes least vague; the largest first.
-std::vector<Shape> shapesOf(const std::vector<Shape>& classes)
+// So many of the paths that a system can have: the same ones in whatever order they are given, and
+// spread over all of them.
+std::vector<std::string_view> samplePaths(std::vector<std::string_view> paths)
 {
-    std::vector<Shape> shapes;
-    for (std::size_t i = 0; i < std::min(classes.size(), maxClasses); ++i) {
-        std::optional<MergedShape> best;
-        std::size_t place = 0;
-        for (std::size_t k = 0; k < shapes.size(); ++k) {
-            std::optional<MergedShape> merged = mergeShapes(shapes[k], classes[i]);
-            if (!merged || (best && best->cost <= merged->cost))
-                continue;
-            best = std::move(merged);
-            place = k;
-        }
-        if (best)
-            shapes[place] = std::move(best->shape);
-        else if (shapes.size() < maxShapes)
-            shapes.push_back(classes[i]);
+    paths.erase(std::remove_if(paths.begin(), paths.end(),
+                               [](std::string_view path) { return path.size() > maxPathSize; }),
+                paths.end());
+    if (paths.size() > sampleSize) {
+        const auto hashed = [](std::string_view path) {
+            return std::pair(std::hash<std::string_view>()(path), path);
+        };
+        std::nth_element(
+            paths.begin(), paths.begin() + sampleSize, paths.end(),
+            [&](std::string_view a, std::string_view b) { return hashed(a) < hashed(b); });
+        paths.resize(sampleSize);
     }
-    std::stable_sort(shapes.begin(), shapes.end(),
-                     [](const Shape& a, const Shape& b) { return a.paths() > b.paths(); });
-    return shapes;
+    std::sort(paths.begin(), paths.end());
+    return paths;
 }
 
 // All, where the template is too large, or too vague for one of them.
@@ -336,12 +336,12 @@ try {
 
 std::vector<std::string> suggestTemplates(const std::vector<std::string_view>& paths)
 {
-    std::vector<std::string_view> left = samplePaths(paths, sampleSize);
+    std::vector<std::string_view> left = samplePaths(paths);
     const std::size_t all = left.size();
     const std::size_t least = std::max<std::size_t>(all < 20 ? 2 : 3, (all + 99) / 100);
     std::map<std::string, bool> areNumbers;
     std::vector<std::string> templates;
-    for (const Shape& shape : shapesOf(takeCensus(left))) {
+    for (const Shape& shape : mergeShapes(takeCensus(left))) {
         if (templates.size() == maxTemplates || left.size() * 50 < all || shape.paths() < least)
             break;
         const Writer writer(shape, areNumbers);
