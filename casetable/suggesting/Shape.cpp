@@ -163,7 +163,8 @@ ShapeSlot join(ShapeSlot slot, const ShapeSlot& other)
 }
 
 // Makes one free column of what differs too much: a part that only some names have and that is no
-// value of its own, with a neighbour, if it can be of the same kind.
+// value of its own, with a neighbour, if it can be of the same kind. A first part that may be
+// missing is told from the next by the separator behind it, so that one may not be missing, too.
 void widenFree(Shape& shape)
 {
     const auto isWord = [](const ShapeSlot& slot) {
@@ -176,7 +177,8 @@ void widenFree(Shape& shape)
             const Kinds kinds = a.kinds | b.kinds | freeKind;
             if (shape.opens(i + 1) || !a.key.empty() || !b.key.empty() ||
                 (kinds & endingKind) != 0 || (!a.isOptional && !b.isOptional) ||
-                (!isFree(a) && !isFree(b) && (!isWord(a) || !isWord(b))) ||
+                (!isFree(a) && !isFree(b) && (!isWord(a) || !isWord(b)) &&
+                 (!shape.opens(i) || !a.isOptional || !b.isOptional)) ||
                 (ofOneKind && (a.kinds | freeKind) != (b.kinds | freeKind)))
                 continue;
             shape.slots[i] = {
@@ -186,8 +188,8 @@ void widenFree(Shape& shape)
         }
         return false;
     };
-    while (widen(true) || widen(false)) {
-    }
+    while (widen(true) || widen(false))
+        continue;
 }
 
 // The shape of the paths of both.

@@ -81,7 +81,8 @@ std::string sample(const std::set<std::string>& values)
     return text + (first.size() < values.size() ? ", ..." : "");
 }
 
-void writeColumns(const CaseTable& table, Output& output)
+// A row for each column, of its name, type, number of values, and sample.
+std::vector<Row> columnRows(const CaseTable& table)
 {
     std::vector<Row> rows;
     for (std::size_t column = 0; column < table.patterns.size(); ++column) {
@@ -94,14 +95,7 @@ void writeColumns(const CaseTable& table, Output& output)
                          std::to_string(values.size()), sample(values)},
                         {}});
     }
-    Report report;
-    report.columns = {{"column", Column::Kind::Text},
-                      {"type", Column::Kind::Text},
-                      {"values", Column::Kind::Index},
-                      {"sample", Column::Kind::Text}};
-    report.rowCount = rows.size();
-    report.row = [&rows](std::size_t index) { return rows[index]; };
-    writeTable(report, output);
+    return rows;
 }
 
 std::string counted(std::size_t count, const std::string& one, const std::string& many)
@@ -185,11 +179,19 @@ ExitCode suggest(const Options& options, Listing& listing, Output& output, Conso
     const TemplateList list(templates);
     const Import import(std::move(crawler), Reading(list), {});
     const Files files = import.importer().identifiedAuxFiles();
+    const std::vector<Row> rows = columnRows(import.table());
+    Report report;
+    report.columns = {{"column", Column::Kind::Text},
+                      {"type", Column::Kind::Text},
+                      {"values", Column::Kind::Index},
+                      {"sample", Column::Kind::Text}};
+    report.rowCount = rows.size();
+    report.row = [&rows](std::size_t index) { return rows[index]; };
     const std::string counts =
         templateLines(list, files) + countLine(import, files.size()) + mixedLine(files);
     catchInterrupts();
     output.write(commandLine(options, templates) + "\n\n");
-    writeColumns(import.table(), output);
+    writeTable(report, output);
     output.write('\n' + counts);
     output.commit();
     return ExitCode::Cases;

@@ -18,9 +18,9 @@
 //     sub-01/func/sub-01_run-1_bold.nii.gz      sub-02/func/sub-02_run-1_bold.nii.gz
 //     sub-03/func/sub-03_run-1_bold.json        README
 //
-// 1. Each component is divided: "sub" "-01", "func", "sub" "-01" "_run" "-1" "_bold". "sub"
-//    and "run" stand in front of a "-" all over, so they are keys: "sub-01" is one part.
-// 2. takeCensus() puts paths with parts of the same kinds between the same separators in a class:
+// 1. Each path is divided: "sub-01", "/anat", "/sub-01", "_T1w", and the ending. "sub" and "run"
+//    stand in front of a "-" all over, so they are keys: "sub-01" is one part.
+// 2. takeCensus() puts paths with parts of the same kinds between the same separators into a shape:
 //    the two with T1w, the three with a run, and README.
 // 3. mergeShapes() lays the first two side by side. "anat" and "func" are values of one place, as
 //    are "T1w" and "bold"; "_run-1" has no counterpart and gets optional. README is too different.
@@ -41,17 +41,6 @@ const std::size_t sampleSize = 2000;
 // No system has longer paths; a list may.
 const std::size_t maxPathSize = 4096;
 const std::size_t maxTemplates = 8;
-
-std::string escaped(std::string_view text)
-{
-    std::string result;
-    for (const char byte : text) {
-        if (std::string_view("\\*?[]{}").find(byte) != std::string_view::npos)
-            result += '\\';
-        result += byte;
-    }
-    return result;
-}
 
 // The first type that fits all values. A run is a piece of a part: nothing but its kind or its
 // length ends it.
