@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "casetable/templates/Matcher.h"
+#include "crawler/private/PathReading.h"
 
 namespace casetable {
 
@@ -149,10 +150,11 @@ PathParts divide(std::string_view path, std::string_view ending, Matcher& reader
 
 // In "sub-01_task-rest_bold", several words of a path stand before a "-": they are keys. Otherwise,
 // as in "Peck-solid", they are not. Words that stand before a number with a "-" and also without
-// are signed: "AoA-2.5" and "AoA2.5".
+// are signed: "AoA-2.5" and "AoA2.5", but not "LC-01" and "LC01".
 Matcher readerOf(const std::vector<PathParts>& paths)
 {
     Words joined;
+    Words padded;
     Words signedWords;
     std::map<std::string_view, std::size_t> counts;
     std::size_t single = 0;
@@ -167,8 +169,12 @@ Matcher readerOf(const std::vector<PathParts>& paths)
             if (part.kind == letterKind && part.separator != "-" && parts[i + 1].separator == "-" &&
                 parts[i + 1].kind != emptyKind) {
                 words.insert(part.text);
+                const std::string_view value = parts[i + 1].text;
                 if (parts[i + 1].kind == numberKind)
-                    signedWords.insert(part.text);
+                    (value.size() > 1 && value.substr(0, 1) == "0" && reading::isDigit(value[1])
+                         ? padded
+                         : signedWords)
+                        .insert(part.text);
             }
         }
         single += words.size() == 1 ? 1 : 0;
@@ -178,7 +184,7 @@ Matcher readerOf(const std::vector<PathParts>& paths)
     }
     Words keys;
     for (const auto& [word, count] : counts) {
-        if (joined.count(word) == 0)
+        if (joined.count(word) == 0 || padded.count(word) > 0)
             signedWords.erase(word);
         if (several > single && count >= 3 && count * 200 >= paths.size() &&
             signedWords.count(word) == 0)

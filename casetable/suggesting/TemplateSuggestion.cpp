@@ -92,12 +92,16 @@ std::vector<ShapeSlot> divideRuns(const ShapeSlot& slot)
     return isGrid || isCode ? runs : std::vector<ShapeSlot>{slot};
 }
 
-// Whether each name has an ending of its own, and they come again in many folders: they are the
-// files of one run, "flow.vtu" and "forces.dat". `stems` are without their endings.
+// Whether the names are those of the files of one run, "flow.vtu" and "forces.dat": most are words,
+// each has an ending of its own, and they come again in many folders. `stems` are without endings.
 bool areListed(const ShapeTexts& names, const ShapeTexts& stems, const ShapeTexts& endings)
 {
-    return !endings.isConstant() && stems.distinct.size() == names.distinct.size() &&
-           names.all.size() >= 3 * names.distinct.size();
+    const auto words = std::count_if(stems.distinct.begin(), stems.distinct.end(), [](auto stem) {
+        return std::none_of(stem.begin(), stem.end(), reading::isDigit);
+    });
+    const std::size_t size = names.distinct.size();
+    return !endings.isConstant() && stems.distinct.size() == size && names.all.size() >= 3 * size &&
+           static_cast<std::size_t>(words) * 2 > size;
 }
 
 // A column, or the name of a folder, and what stands for it where it comes again: "{sub}".

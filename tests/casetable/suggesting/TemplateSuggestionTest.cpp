@@ -82,6 +82,7 @@ TEST(TemplateSuggestion, NamesColumnsByWhatStandsInFrontElseByTheirPlace)
          {"Mach{Mach:number}/AoA{AoA:number}/flow.vtu"}},
         {{"runs/lr={0.1|0.01},bs={16|32}/log.txt"}, {"runs/lr={lr:number},bs={bs:digits}/log.txt"}},
         {{"run_{01|02|03}/out.csv"}, {"run_{run:digits}/out.csv"}},
+        {{"LC-{01|02|12}/a/LC{01|02|12}.csv"}, {"LC-{LC:digits}/a/LC{LC_2:digits}.csv"}},
         {{"{left|right}/{a|b|c}/x_{1|2}.csv"}, {"{dir1}/{dir2}/x_{x:digits}.csv"}},
         {{"wing{A|B|C}/{1|2}.dat"}, {"wing{wing}/{name:digits}.dat"}},
         {{"{20|200}K/{5|10}mm.dat"}, {"{K:digits}K/{mm:digits}mm.dat"}},
@@ -160,6 +161,8 @@ TEST(TemplateSuggestion, LeavesOpenWhichFileOfARunAndWhichEndingItIs)
     expectSuggestions({
         {{"run_{1|2|3}/{flow.vtu|forces.dat}"}, {"run_{run:digits}/*"}},
         {{"run_{1|2|3}/{flow.vtu|forces.dat|probe_01.csv}"}, {"run_{run:digits}/*"}},
+        {{"run_{1|2|3}/{ckpt_000.pt|ckpt_100.pt|metrics.json}"},
+         {"run_{run:digits}/ckpt_{ckpt:digits}.pt", "run_{run:digits}/metrics.json"}},
         {{"run_{1|2|3}.{nc|nc.md5}"}, {"run_{run:digits}.*"}},
         {{"{wing|tail}_lc{001|002}.{op2|f06}"}, {"{name:word}_lc{lc:digits}.*"}},
         {{"x_{1|2}.t{1|2|3}"}, {"x_{x:digits}.t{t:digits}"}},
