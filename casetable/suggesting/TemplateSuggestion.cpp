@@ -93,7 +93,7 @@ std::vector<ShapeSlot> divideRuns(const ShapeSlot& slot)
 }
 
 // Whether the names are those of the files of one run, "flow.vtu" and "forces.dat": most are words,
-// each has an ending of its own, and they come again in many folders. `stems` are without endings.
+// each has but one ending, and they come again in many folders. `stems` are without endings.
 bool areListed(const ShapeTexts& names, const ShapeTexts& stems, const ShapeTexts& endings)
 {
     const auto words = std::count_if(stems.distinct.begin(), stems.distinct.end(), [](auto stem) {
@@ -137,12 +137,8 @@ public:
             const ShapeTexts names = shape.stretch(begin, end);
             const std::size_t size = text_.size() + separatorOf(begin).size();
             const bool isFile = end == shape.slots.size();
-            if (!isFile)
-                place_ = "dir" + std::to_string(folders_.size() + 1);
-            else {
-                place_ = "name";
-                inFolders_ = columns_.size();
-            }
+            place_ = isFile ? "name" : "dir" + std::to_string(folders_.size() + 1);
+            inFolders_ = isFile ? columns_.size() : 0;
             if (isFile && areListed(names, shape.stretch(begin, end - 1), endings)) {
                 text_ += separatorOf(begin) + "*";
                 return;
