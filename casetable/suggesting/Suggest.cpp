@@ -1,6 +1,7 @@
 #include "casetable/suggesting/Suggest.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <functional>
 #include <list>
@@ -55,13 +56,14 @@ std::string commandLine(const Options& options, const Texts& templates)
     return root.empty() ? line : line + (root.front() == '-' ? " -- " : " ") + shellWord(root);
 }
 
-// Numbers by value and before all else.
+// Nothing, then numbers by value, then all else.
 bool standsBefore(const std::string& left, const std::string& right)
 {
     const auto rank = [](const std::string& text) {
         double value = 0;
-        const bool isNumber = reading::convertsToNumber(text, value) && value == value;
-        return std::make_tuple(!isNumber, isNumber ? value : 0, std::string_view(text));
+        const bool isNumber = reading::convertsToNumber(text, value) && !std::isnan(value);
+        return std::make_tuple(!text.empty(), !isNumber, isNumber ? value : 0,
+                               std::string_view(text));
     };
     return rank(left) < rank(right);
 }
