@@ -62,8 +62,10 @@ ExitCode importTable(const Options& options, Listing& listing, Output& output, C
     output.commit();
     if (options.output && options.format == nullptr && !output.isTerminal())
         remarkOnEnding(*options.output, console);
-    return summarize(import, options.reading, options.source, listing.hiddenLeftOut(),
-                     options.rows == Rows::Unmatched, console);
+    const bool showsUnmatched = options.rows == Rows::Unmatched;
+    return summarize(
+        countFiles(import, options.reading, listing.hiddenLeftOut(), showsUnmatched, console),
+        options.source, showsUnmatched, console);
 }
 
 ExitCode run(const Options& options, Console& console)

@@ -50,16 +50,6 @@ UnmatchedRows unmatchedRows(const std::vector<MetadataPattern>& patterns);
 /// The reading is that of the importer and must outlive the report.
 Report unmatchedReport(const MetadataFileCrawler& importer, const Reading& reading);
 
-/// One line that says for how many of these files each marker was the first that failed, the
-/// highest number first; empty where there are none.
-std::string failureSummary(const MetadataFileCrawler& importer,
-                           const std::vector<MetadataPattern>& patterns);
-
-/// One line with a likely reason why the marker that failureSummary() names first failed; empty
-/// where none is likely. `root` is the root folder as the user named it.
-std::string likelyReason(const MetadataFileCrawler& importer,
-                         const std::vector<MetadataPattern>& patterns, const std::string& root);
-
 } // namespace casetable
 
 #endif

@@ -31,7 +31,10 @@ std::string reasonOf(const std::string& text, const std::string& path)
 std::string summaryOf(const Texts& templates, const Texts& files)
 {
     const Reading reading{TemplateList(templates)};
-    return failureSummary(Importing(files, reading).importer, *reading.templates());
+    UnfittedFiles unfitted(*reading.templates());
+    for (const std::string& path : unmatchedPaths(Importing(files, reading).importer))
+        unfitted.count(path);
+    return unfitted.summary();
 }
 
 // The engine gives up on that path.

@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include "casetable/explaining/MarkerFailures.h"
 #include "host/AuxFileInfoInterface.h"
 #include "tests/casetable/support/Importing.h"
 #include "tests/crawler/PlainMatching.h"
@@ -59,6 +60,18 @@ Reason reasonWhereFound(const std::string& path, const Patterns& patterns, std::
                    stripped.size() == patterns[k].pattern.size() + 1
                ? Reason::OneCharacter
                : Reason::NoValue;
+}
+
+// What is counted of an import of these files.
+MarkerFailures failuresOf(const std::vector<std::string>& files, const Patterns& patterns)
+{
+    const Importing importing(files, patterns);
+    MarkerFailures failures(patterns);
+    for (const auto& file : importing.importer.identifiedAuxFiles())
+        failures.countMatched(file->filePath());
+    for (const std::string& path : unmatchedPaths(importing.importer))
+        failures.countUnmatched(path);
+    return failures;
 }
 
 class RandomText {
@@ -180,9 +193,8 @@ TEST(Unmatched, IsSummedUpPerMarkerMostFirst)
     const Patterns patterns = {{"T", MetadataPattern::NumberValue},
                                {"P", MetadataPattern::NumberValue},
                                {"Q", MetadataPattern::NumberValue}};
-    const Importing importing({"a", "T1", "T1P", "T1x", "T1PQ"}, patterns);
 
-    EXPECT_EQ(failureSummary(importing.importer, patterns),
+    EXPECT_EQ(failuresOf({"a", "T1", "T1P", "T1x", "T1PQ"}, patterns).summary(),
               "marker 'P' failed for 3 files, 'T' failed for 1 file, 'Q' failed for 1 file");
 }
 
@@ -190,7 +202,7 @@ TEST(Unmatched, HasALikelyReasonWhereAMarkerStandsInNoPathAsItShould)
 {
     const auto number = MetadataPattern::NumberValue;
     const auto reason = [](const std::vector<std::string>& files, const Patterns& patterns) {
-        return likelyReason(Importing(files, patterns).importer, patterns, "Runs/[a]");
+        return failuresOf(files, patterns).likelyReason("Runs/[a]");
     };
 
     EXPECT_EQ(reason({"x", "P1/T2"}, {{"T", number}, {"P", number}}), "");
@@ -224,7 +236,7 @@ TEST(Unmatched, TakesASingleLetterForAMarkerWithOtherLettersWhereANumberFollows)
 {
     const Patterns patterns = {{"t", MetadataPattern::NumberValue}};
     const auto reason = [&](const std::string& file) {
-        return likelyReason(Importing({file}, patterns).importer, patterns, "runs");
+        return failuresOf({file}, patterns).likelyReason("runs");
     };
 
     for (const std::string file : {"a/T5", "a/T-5", "a/T+5", "a/T.5", "a/T-.5", "a/T+.5", "Tx/T5"})
@@ -237,7 +249,7 @@ TEST(Unmatched, HasALikelyReasonAlsoBesideFilesThatMatch)
 {
     const Patterns patterns = {{"Temp", MetadataPattern::NumberValue}};
     const auto reason = [&](const std::vector<std::string>& files) {
-        return likelyReason(Importing(files, patterns).importer, patterns, "Temp");
+        return failuresOf(files, patterns).likelyReason("Temp");
     };
 
     EXPECT_EQ(reason({"Temp1", "a", "temp2"}),
@@ -250,7 +262,7 @@ TEST(Unmatched, TellsWhereMarkersLoseValuesAndInHowManyFiles)
     const auto number = MetadataPattern::NumberValue;
     const auto text = MetadataPattern::StringValue;
     const auto reason = [](const std::vector<std::string>& files, const Patterns& patterns) {
-        return likelyReason(Importing(files, patterns).importer, patterns, "results");
+        return failuresOf(files, patterns).likelyReason("results");
     };
     const std::string otherwise = "; --suggest finds templates, and -t reads by them";
 
@@ -269,7 +281,7 @@ TEST(Unmatched, HasNoLikelyReasonWhereNothingIsAlike)
 {
     const auto number = MetadataPattern::NumberValue;
     const auto reason = [](const std::vector<std::string>& files, const Patterns& patterns) {
-        return likelyReason(Importing(files, patterns).importer, patterns, "results");
+        return failuresOf(files, patterns).likelyReason("results");
     };
 
     EXPECT_EQ(reason({"x", "y"}, {{"P", number}}), "");
