@@ -300,6 +300,7 @@ std::vector<std::string_view> samplePaths(const std::vector<std::string_view>& p
         hashed.resize(sampleSize);
     }
     std::vector<std::string_view> sample;
+    sample.reserve(hashed.size());
     for (const auto& entry : hashed)
         sample.push_back(entry.second);
     std::sort(sample.begin(), sample.end());
