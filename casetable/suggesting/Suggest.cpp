@@ -135,6 +135,7 @@ std::string mixedLine(const Files& files)
         return std::to_string(file.caseIndex()) + path.substr(path.rfind('/') + 1) + '/';
     };
     std::unordered_map<std::size_t, const AuxFileInfoInterface*> seen;
+    seen.reserve(files.size());
     for (const auto& file : files) {
         const std::string name = nameInCase(*file);
         const auto [place, isNew] = seen.emplace(std::hash<std::string>()(name), file.get());

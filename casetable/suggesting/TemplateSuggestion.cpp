@@ -288,22 +288,23 @@ private:
 
 // So many of the paths that a system can have: the same ones in whatever order they are given, and
 // spread over all of them.
-std::vector<std::string_view> samplePaths(std::vector<std::string_view> paths)
+std::vector<std::string_view> samplePaths(const std::vector<std::string_view>& paths)
 {
-    paths.erase(std::remove_if(paths.begin(), paths.end(),
-                               [](std::string_view path) { return path.size() > maxPathSize; }),
-                paths.end());
-    if (paths.size() > sampleSize) {
-        const auto hashed = [](std::string_view path) {
-            return std::pair(std::hash<std::string_view>()(path), path);
-        };
-        std::nth_element(
-            paths.begin(), paths.begin() + sampleSize, paths.end(),
-            [&](std::string_view a, std::string_view b) { return hashed(a) < hashed(b); });
-        paths.resize(sampleSize);
+    std::vector<std::pair<std::size_t, std::string_view>> hashed;
+    hashed.reserve(paths.size());
+    for (const std::string_view path : paths)
+        if (path.size() <= maxPathSize)
+            hashed.emplace_back(std::hash<std::string_view>()(path), path);
+    if (hashed.size() > sampleSize) {
+        std::nth_element(hashed.begin(), hashed.begin() + sampleSize, hashed.end());
+        hashed.resize(sampleSize);
     }
-    std::sort(paths.begin(), paths.end());
-    return paths;
+    std::vector<std::string_view> sample;
+    sample.reserve(hashed.size());
+    for (const auto& entry : hashed)
+        sample.push_back(entry.second);
+    std::sort(sample.begin(), sample.end());
+    return sample;
 }
 
 // All, where the template is too large, or too vague for one of them.
