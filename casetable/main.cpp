@@ -52,8 +52,7 @@ Report makeReport(const Options& options, const Import& import)
         return fileReport(import.table(), import.importer().identifiedAuxFiles());
     case Rows::Unmatched:
         return unmatchedReport(import.importer(), options.reading);
-    case Rows::Missing:
-        return missingReport(import.table(), options.missingColumns);
+    case Rows::Missing: // importTable() has it already.
     case Rows::Cases:
         break;
     }
@@ -97,13 +96,15 @@ ExitCode importTable(const Options& options, Listing& listing, Output& output, C
         spareMatchedFile(*options.output, options.source.root,
                          [&import](const std::string& path) { return import.isMatched(path); });
     const Format& format = options.format != nullptr ? *options.format : formatFor(output);
-    Report report;
-    if (format.isDatabase()) {
+    std::optional<Missing> missing;
+    if (options.rows == Rows::Missing)
+        missing = findMissing(import.table(), options.missingColumns);
+    if (format.isDatabase())
         writeDatabase(makeDatabase(options, import), output);
-    } else {
-        report = sorted(makeReport(options, import), options.sortKeys);
-        format.write(report, output);
-    }
+    else
+        format.write(
+            sorted(missing ? missing->report : makeReport(options, import), options.sortKeys),
+            output);
     output.commit();
     if (options.output && options.format == nullptr && !output.isTerminal())
         remarkOnEnding(*options.output, console);
@@ -111,8 +112,8 @@ ExitCode importTable(const Options& options, Listing& listing, Output& output, C
     const ExitCode code = summarize(
         countFiles(import, options.reading, listing.hiddenLeftOut(), showsUnmatched, console),
         options.source, showsUnmatched, console);
-    if (options.rows == Rows::Missing && code == ExitCode::Cases)
-        remarkOnMissing(report, console);
+    if (missing && code == ExitCode::Cases)
+        remarkOnMissing(*missing, console);
     return code;
 }
 
@@ -126,7 +127,7 @@ ExitCode run(const Options& options, Console& console)
         return explainPath(options, output);
 
     if (options.source.list && options.output)
-        spareList(*options.output, *options.source.list);
+        spareInput(*options.output, *options.source.list, "the list itself");
     if (options.mode == Mode::Table && options.format != nullptr && options.format->isDatabase())
         checkDatabase(caseColumns(options.reading.patterns(), {}), output);
     Listing listing(options.source, console);

@@ -15,7 +15,7 @@ class Console;
 class Import;
 class Reading;
 struct CaseTable;
-struct Report;
+struct Missing;
 struct Source;
 
 /// Half a sentence which says that the source has no files, and which of the options that leave
@@ -55,9 +55,9 @@ CountedImport countFiles(const Import& import, const Reading& reading, std::size
 ExitCode summarize(const CountedImport& import, const Source& source, bool showsUnmatched,
                    Console& console);
 
-/// Remarks on `console` how many rows `report`, a report of missing combinations, has, and of how
-/// many combinations.
-void remarkOnMissing(const Report& report, Console& console);
+/// Remarks on `console` how many combinations are missing, of how many, and how many cases take no
+/// part in that.
+void remarkOnMissing(const Missing& missing, Console& console);
 
 } // namespace casetable
 
