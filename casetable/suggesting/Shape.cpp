@@ -30,37 +30,31 @@ double costOfMatch(const ShapeSlot& a, const ShapeSlot& b)
         return never;
     if (isCode(a) && isCode(b))
         return 0;
-    if (isFree(a) || isFree(b))
-        return isCode(a) || isCode(b) ? 0.2 : 0.02;
     const bool haveCommon =
         std::any_of(b.values.distinct.begin(), b.values.distinct.end(),
                     [&](std::string_view text) { return a.values.distinct.count(text) > 0; });
-    return haveCommon ? 0.02 : (differences & b.kinds) == 0 ? 0.06 : 0.6;
+    return haveCommon || isFree(a) || isFree(b) ? 0.02 : differences == 0 ? 0.06 : 0.6;
 }
 
 // Whether the slot may be missing in some paths. Without a key it must have been seen in several
 // names, else it is only a part of them: "-b16" of "vit-b16".
 bool isOwn(const ShapeSlot& slot)
 {
-    const std::size_t least =
-        slot.values.isConstant() ? 2 : 3 * (isCode(slot) ? 1 : slot.values.distinct.size());
-    return slot.isOptional || !slot.key.empty() || (!isFree(slot) && slot.names >= least);
+    return slot.isOptional || !slot.key.empty() ||
+           slot.names >= (slot.values.isConstant()
+                              ? 2
+                              : 3 * (isCode(slot) ? 1 : slot.values.distinct.size()));
 }
 
-// The slot at `index` gets optional. If it would stand beside a free one of the other shape, before
-// or behind `place`, it is taken up.
+// The slot at `index` gets optional. If it would stand behind a free one of the other shape, before
+// `place`, it is taken up.
 double costOfGap(const Shape& shape, std::size_t index, const Shape& other, std::size_t place)
 {
     const ShapeSlot& slot = shape.slots[index];
-    const bool isTakenUp = (place > 0 && isFree(other.slots[place - 1]) && !shape.opens(index)) ||
-                           (place < other.slots.size() && isFree(other.slots[place]) &&
-                            other.opens(place) == shape.opens(index));
-    if (slot.isOptional)
-        return 0;
-    if (!slot.key.empty())
-        return 0.3;
-    if (isTakenUp)
-        return isCode(slot) ? 0.1 : 0.02;
+    if (slot.isOptional || !slot.key.empty())
+        return slot.isOptional ? 0 : 0.3;
+    if (place > 0 && isFree(other.slots[place - 1]) && !shape.opens(index))
+        return 0.02;
     return !isOwn(slot) ? 0.9 : isCode(slot) ? 0.5 : 0.7;
 }
 
@@ -68,14 +62,13 @@ double costOfGap(const Shape& shape, std::size_t index, const Shape& other, std:
 bool mayMiss(const Shape& shape, std::size_t index)
 {
     return index + 1 < shape.slots.size() &&
-           (!shape.opens(index) ||
-            (index > 0 && !shape.slots[index].key.empty() && shape.opens(index + 1)));
+           (!shape.opens(index) || (!shape.slots[index].key.empty() && shape.opens(index + 1)));
 }
 
 // The slots of two shapes side by side. Either may be missing.
 struct Alignment {
     double cost;
-    double matches; // Places that agree. Constant text and free columns count half.
+    double matches; // Places that agree; the same text counts half.
     std::vector<std::pair<const ShapeSlot*, const ShapeSlot*>> slots;
 };
 
@@ -112,19 +105,16 @@ Alignment align(const Shape& shapeA, const Shape& shapeB)
                 continue;
             const bool isText =
                 a[i].values.isConstant() && a[i].values.distinct == b[j].values.distinct;
-            const bool isHalf = isText || isFree(a[i]) || isFree(b[j]);
-            const bool isEnding = i + 1 == a.size();
-            offer(costOfMatch(a[i], b[j]), isEnding ? 0 : isHalf ? 0.5 : 1, 1, 1);
+            offer(costOfMatch(a[i], b[j]), i + 1 == a.size() ? 0 : isText ? 0.5 : 1, 1, 1);
             const std::size_t endA = shapeA.endOfComponent(i);
             const std::size_t endB = shapeB.endOfComponent(j);
-            // The first part of a name that one of them lacks.
-            if (shapeA.opens(i) && i + 1 < endA)
+            // The first part of a name, or of all, that one of them lacks.
+            if (shapeA.opens(i) && (i + 1 < endA || (i == 0 && mayMiss(shapeA, i))))
                 offer(costOfGap(shapeA, i, shapeB, j) + costOfMatch(a[i + 1], b[j]), 1, 2, 1);
-            if (shapeB.opens(j) && j + 1 < endB)
+            if (shapeB.opens(j) && (j + 1 < endB || (j == 0 && mayMiss(shapeB, j))))
                 offer(costOfGap(shapeB, j, shapeA, i) + costOfMatch(a[i], b[j + 1]), 1, 1, 2);
             // One name of a folder is as good as another.
-            if (shapeA.opens(i) && endA < a.size() && endB < b.size() &&
-                (a[i].names == 1 || b[j].names == 1))
+            if (shapeA.opens(i) && endA < a.size() && endB < b.size())
                 at(i, j).cost = std::min(at(i, j).cost, at(endA, endB).cost + 0.36);
         }
     Alignment alignment{at(0, 0).cost, at(0, 0).matches, {}};
@@ -153,7 +143,8 @@ ShapeSlot missing(const ShapeSlot& slot, std::size_t paths)
 ShapeSlot join(ShapeSlot slot, const ShapeSlot& other)
 {
     // Where a first part is missing, the separator behind it.
-    if (slot.separator.empty() || slot.separator.find('/') != std::string_view::npos)
+    if (slot.separator.empty() ||
+        (!other.separator.empty() && slot.separator.find('/') != std::string_view::npos))
         slot.separator = other.separator;
     slot.kinds |= other.kinds;
     slot.isOptional = slot.isOptional || other.isOptional;
@@ -167,9 +158,7 @@ ShapeSlot join(ShapeSlot slot, const ShapeSlot& other)
 // missing is told from the next by the separator behind it, so that one may not be missing, too.
 void widenFree(Shape& shape)
 {
-    const auto isWord = [](const ShapeSlot& slot) {
-        return slot.kinds == letterKind && (slot.isOptional || !slot.values.isConstant());
-    };
+    const auto isWord = [](const ShapeSlot& slot) { return slot.kinds == letterKind; };
     const auto widen = [&](bool ofOneKind) {
         for (std::size_t i = 0; i + 1 < shape.slots.size(); ++i) {
             const ShapeSlot& a = shape.slots[i];
@@ -266,7 +255,7 @@ std::vector<Shape> mergeShapes(const std::vector<Shape>& shapes)
             // A few files are not worth a vaguer template.
             const bool areFew = shape.paths() * (shape.paths() < 3 ? 4 : 50) < candidate.paths();
             if (alignment.cost < best.cost && alignment.cost <= 0.31 * alignment.matches &&
-                (alignment.cost <= 0.15 || !areFew)) {
+                !areFew) {
                 best = std::move(alignment);
                 other = &candidate;
             }

@@ -92,8 +92,8 @@ std::vector<ShapeSlot> divideRuns(const ShapeSlot& slot)
     return isGrid || isCode ? runs : std::vector<ShapeSlot>{slot};
 }
 
-// Whether the names are those of the files of one run, "flow.vtu" and "forces.dat": most are words,
-// each has but one ending, and they come again in many folders. `stems` are without endings.
+// Whether the names are those of the files of one run, "flow.vtu" and "forces.dat": each has but
+// one ending, and they come again in many folders. `stems` are without endings.
 bool areListed(const ShapeTexts& names, const ShapeTexts& stems, const ShapeTexts& endings)
 {
     const auto words = std::count_if(stems.distinct.begin(), stems.distinct.end(), [](auto stem) {
@@ -212,8 +212,8 @@ private:
         const std::string_view sample = *slot.values.distinct.begin();
         const Known* const folder =
             slot.kinds == againKind ? findKnown(folders_, slot.values) : nullptr;
-        if (folder != nullptr || (slot.kinds == endingKind && !slot.values.isConstant())) {
-            text_ += folder != nullptr ? folder->text : ".*";
+        if (folder != nullptr) {
+            text_ += folder->text;
             word_.clear();
             return;
         }
@@ -222,7 +222,9 @@ private:
             const bool isDate = sample.substr(0, 2) == "19" || sample.substr(0, 2) == "20";
             word_ = isTime ? "time" : isDate && sample.size() < 30 ? "date" : "id";
         }
-        const bool isDivided = slot.kinds < fixedKind && findColumn(slot.values) == nullptr;
+        // Two endings are of one run, as "f04" and "f06" are; more with numbers count something.
+        const bool isDivided =
+            slot.kinds < fixedKind || (slot.kinds == endingKind && slot.values.distinct.size() > 2);
         const std::vector<ShapeSlot> runs =
             isDivided ? divideRuns(slot) : std::vector<ShapeSlot>{slot};
         for (std::size_t i = 0; i < runs.size(); ++i) {
@@ -237,8 +239,10 @@ private:
             }
             if (word_.empty() && !isLast && runs[i + 1].values.isConstant())
                 word_ = *runs[i + 1].values.distinct.begin(); // "20K": the unit
-            const bool isRun = !isLast || (runs.size() > 1 && slot.kinds != letterKind);
-            addColumn(typeOf(runs[i].values, runs[i].kinds, isRun), runs[i].values);
+            if (runs[i].kinds == endingKind)
+                text_ += "*";
+            else
+                addColumn(typeOf(runs[i].values, runs[i].kinds, !isLast), runs[i].values);
             word_.clear();
         }
         if (runs.size() > 1)
