@@ -24,8 +24,7 @@ struct PathPart {
 };
 using PathParts = std::vector<PathPart>;
 
-const std::size_t maxShapes = 300;
-// No path that people read has more; what is left is one part.
+// No path that people read has more; of others there will be no template.
 const std::size_t maxParts = 64;
 
 // "0.85", "6.5e6", "1e-3", "007"; no point in "20200101.000000", "01.5" and the like.
@@ -122,13 +121,9 @@ PathParts divide(std::string_view path, Matcher& reader, bool findsAgain)
                 length = spans[2 + i].length;
                 part.kind = kinds[i];
             }
-        if (parts.size() + 1 >= maxParts && length < path.size()) {
-            length = path.size();
-            part.kind = otherKind;
-        }
         part.text = take(length);
         parts.push_back(part);
-    } while (!path.empty());
+    } while (!path.empty() && parts.size() < maxParts);
     parts.push_back(ending);
     return parts;
 }
@@ -219,15 +214,10 @@ std::vector<Shape> takeCensus(const std::vector<std::string_view>& paths)
             slots[i].values.add(parts[i].text);
         }
     }
-    std::vector<Shape> largestFirst;
-    for (auto& entry : shapes) {
-        entry.second.countNames();
-        largestFirst.push_back(std::move(entry.second));
-    }
-    std::stable_sort(largestFirst.begin(), largestFirst.end(),
-                     [](const Shape& a, const Shape& b) { return a.paths() > b.paths(); });
-    largestFirst.resize(std::min(largestFirst.size(), maxShapes));
-    return largestFirst;
+    std::vector<Shape> all;
+    for (auto& entry : shapes)
+        all.push_back(std::move(entry.second));
+    return all;
 }
 
 } // namespace casetable

@@ -8,8 +8,10 @@ namespace casetable {
 
 namespace {
 
+// So many are laid beside so many: time grows with both.
+const std::size_t maxShapes = 300;
+const std::size_t maxMerged = 64;
 // Costs say how much vaguer a template gets. They are weighed against the places that agree.
-const std::size_t maxShapes = 64;
 const double never = std::numeric_limits<double>::infinity();
 
 bool isFree(const ShapeSlot& slot)
@@ -65,25 +67,24 @@ bool mayMiss(const Shape& shape, std::size_t index)
            (!shape.opens(index) || (!shape.slots[index].key.empty() && shape.opens(index + 1)));
 }
 
-// The slots of two shapes side by side. Either may be missing.
-struct Alignment {
-    double cost;
-    double matches; // Places that agree; the same text counts half.
-    std::vector<std::pair<const ShapeSlot*, const ShapeSlot*>> slots;
+// The cheapest way to lay what is left of two shapes side by side, and the slots of each that it
+// takes first: one of both; one of either, which the other lacks; or one and two, of which the
+// first is lacking.
+struct Step {
+    double cost = never;
+    double matches = 0; // Places that agree; the same text counts half.
+    std::size_t takenA = 0;
+    std::size_t takenB = 0;
 };
 
-// The cheapest alignment, which comes of a table of what is left of both shapes.
+// Steps for all that can be left: those of a slot of the first shape stand together.
+using Alignment = std::vector<Step>;
+
 Alignment align(const Shape& shapeA, const Shape& shapeB)
 {
-    struct Step {
-        double cost = never;
-        double matches = 0;
-        std::size_t takenA = 0;
-        std::size_t takenB = 0;
-    };
     const std::vector<ShapeSlot>& a = shapeA.slots;
     const std::vector<ShapeSlot>& b = shapeB.slots;
-    std::vector<Step> table((a.size() + 1) * (b.size() + 1));
+    Alignment table((a.size() + 1) * (b.size() + 1));
     const auto at = [&](std::size_t i, std::size_t j) -> Step& {
         return table[i * (b.size() + 1) + j];
     };
@@ -114,21 +115,10 @@ Alignment align(const Shape& shapeA, const Shape& shapeB)
             if (shapeB.opens(j) && (j + 1 < endB || (j == 0 && mayMiss(shapeB, j))))
                 offer(costOfGap(shapeB, j, shapeA, i) + costOfMatch(a[i], b[j + 1]), 1, 1, 2);
             // One name of a folder is as good as another.
-            if (shapeA.opens(i) && endA < a.size() && endB < b.size())
+            if (shapeA.opens(i) && endA < a.size() && endB < b.size() && at(i, j).takenA > 0)
                 at(i, j).cost = std::min(at(i, j).cost, at(endA, endB).cost + 0.36);
         }
-    Alignment alignment{at(0, 0).cost, at(0, 0).matches, {}};
-    for (std::size_t i = 0, j = 0; at(i, j).takenA + at(i, j).takenB > 0;) {
-        const Step& step = at(i, j);
-        if (step.takenA != step.takenB)
-            alignment.slots.emplace_back(step.takenA > step.takenB ? &a[i] : nullptr,
-                                         step.takenB > step.takenA ? &b[j] : nullptr);
-        i += step.takenA;
-        j += step.takenB;
-        if (step.takenA > 0 && step.takenB > 0)
-            alignment.slots.emplace_back(&a[i - 1], &b[j - 1]);
-    }
-    return alignment;
+    return table;
 }
 
 // What a shape of so many paths has for a slot of another that it lacks.
@@ -181,16 +171,40 @@ void widenFree(Shape& shape)
         continue;
 }
 
+// To be called when all slots have their values.
+void countNames(Shape& shape)
+{
+    for (std::size_t begin = 0; begin < shape.slots.size();) {
+        const std::size_t end = shape.endOfComponent(begin);
+        const std::size_t names = shape.stretch(begin, end).distinct.size();
+        for (; begin < end; ++begin)
+            shape.slots[begin].names = names;
+    }
+}
+
+void sortLargestFirst(std::vector<Shape>& shapes)
+{
+    std::stable_sort(shapes.begin(), shapes.end(),
+                     [](const Shape& a, const Shape& b) { return a.paths() > b.paths(); });
+}
+
 // The shape of the paths of both.
-Shape joinAll(const Alignment& alignment, std::size_t pathsA, std::size_t pathsB)
+Shape joinAll(const Alignment& alignment, const Shape& a, const Shape& b)
 {
     Shape shape;
-    for (const auto& [a, b] : alignment.slots)
-        shape.slots.push_back(a == nullptr   ? join(missing(*b, pathsA), *b)
-                              : b == nullptr ? join(*a, missing(*a, pathsB))
-                                             : join(*a, *b));
+    for (std::size_t i = 0, j = 0; i < a.slots.size() || j < b.slots.size();) {
+        const Step& step = alignment[i * (b.slots.size() + 1) + j];
+        if (step.takenA > step.takenB)
+            shape.slots.push_back(join(a.slots[i], missing(a.slots[i], b.paths())));
+        if (step.takenB > step.takenA)
+            shape.slots.push_back(join(missing(b.slots[j], a.paths()), b.slots[j]));
+        i += step.takenA;
+        j += step.takenB;
+        if (step.takenA > 0 && step.takenB > 0)
+            shape.slots.push_back(join(a.slots[i - 1], b.slots[j - 1]));
+    }
     widenFree(shape);
-    shape.countNames();
+    countNames(shape);
     return shape;
 }
 
@@ -234,39 +248,31 @@ ShapeTexts Shape::stretch(std::size_t begin, std::size_t end) const
     return texts;
 }
 
-void Shape::countNames()
+std::vector<Shape> mergeShapes(std::vector<Shape> shapes)
 {
-    for (std::size_t begin = 0; begin < slots.size();) {
-        const std::size_t end = endOfComponent(begin);
-        const std::size_t names = stretch(begin, end).distinct.size();
-        for (; begin < end; ++begin)
-            slots[begin].names = names;
-    }
-}
-
-std::vector<Shape> mergeShapes(const std::vector<Shape>& shapes)
-{
+    sortLargestFirst(shapes);
+    shapes.resize(std::min(shapes.size(), maxShapes));
     std::vector<Shape> merged;
-    for (const Shape& shape : shapes) {
-        Alignment best{never, 0, {}};
+    for (Shape& shape : shapes) {
+        countNames(shape);
+        Alignment best(1);
         Shape* other = nullptr;
         for (Shape& candidate : merged) {
             Alignment alignment = align(candidate, shape);
             // A few files are not worth a vaguer template.
             const bool areFew = shape.paths() * (shape.paths() < 3 ? 4 : 50) < candidate.paths();
-            if (alignment.cost < best.cost && alignment.cost <= 0.31 * alignment.matches &&
-                !areFew) {
+            if (alignment[0].cost < best[0].cost &&
+                alignment[0].cost <= 0.31 * alignment[0].matches && !areFew) {
                 best = std::move(alignment);
                 other = &candidate;
             }
         }
         if (other != nullptr)
-            *other = joinAll(best, other->paths(), shape.paths());
-        else if (merged.size() < maxShapes)
+            *other = joinAll(best, *other, shape);
+        else if (merged.size() < maxMerged)
             merged.push_back(shape);
     }
-    std::stable_sort(merged.begin(), merged.end(),
-                     [](const Shape& a, const Shape& b) { return a.paths() > b.paths(); });
+    sortLargestFirst(merged);
     return merged;
 }
 

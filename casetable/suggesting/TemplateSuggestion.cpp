@@ -47,18 +47,18 @@ const std::size_t maxTemplates = 8;
 std::string typeOf(const ShapeTexts& values, Kinds kinds, bool isRun)
 {
     const std::string length = std::to_string(values.distinct.begin()->size());
-    const std::vector<std::string> types = {":digits", ":number",
-                                            isRun                ? ":word" + length
-                                            : kinds == fixedKind ? ":text" + length
-                                                                 : ":word",
-                                            isRun ? ",[A-Za-z]+" : ""};
-    const auto fits = [&](const std::string& type) {
+    std::vector<std::string> types = {":digits", ":number", ":word"};
+    if (isRun)
+        types = {":digits", ":number", ":word" + length, ",[A-Za-z]+"};
+    else if (kinds == fixedKind)
+        types.back() = ":text" + length;
+    for (const std::string& type : types) {
         Matcher matcher(Template("{value" + type + "}"));
-        return std::all_of(values.distinct.begin(), values.distinct.end(),
-                           [&](std::string_view value) { return matcher.match(value); });
-    };
-    const auto type = std::find_if(types.begin(), types.end(), fits);
-    return type != types.end() ? *type : "";
+        if (std::all_of(values.distinct.begin(), values.distinct.end(),
+                        [&](std::string_view value) { return matcher.match(value); }))
+            return type;
+    }
+    return "";
 }
 
 // Letters and numbers in turn, where all values have the same turns, and columns of these tell more
@@ -117,11 +117,10 @@ const Known* findKnown(const std::vector<Known>& known, const ShapeTexts& values
     const auto isSame = [](std::string_view a, std::string_view b) {
         return a.data() == nullptr || (a == b && b.data() != nullptr);
     };
-    const auto found = std::find_if(known.begin(), known.end(), [&](const Known& candidate) {
-        return std::equal(values.all.begin(), values.all.end(), candidate.values.all.begin(),
-                          isSame);
-    });
-    return found != known.end() ? &*found : nullptr;
+    for (const Known& each : known)
+        if (std::equal(values.all.begin(), values.all.end(), each.values.all.begin(), isSame))
+            return &each;
+    return nullptr;
 }
 
 // Writes the template of a shape.
@@ -249,18 +248,15 @@ private:
             word_.clear(); // "mm" of "5mm_left" does not name what is left
     }
 
-    // The column that always has these values. Few may be the same by chance.
-    const Known* findColumn(const ShapeTexts& values) const
-    {
-        const std::size_t distinct = values.distinct.size();
-        const bool isKnown = distinct > 2 || (distinct == 2 && values.all.size() >= 10);
-        return isKnown ? findKnown(columns_, values) : nullptr;
-    }
-
     // The name is unique in the template and none of the table's own.
     void addColumn(const std::string& type, const ShapeTexts& values)
     {
-        if (const Known* const known = findColumn(values)) {
+        // Few values may be the same by chance.
+        const std::size_t distinct = values.distinct.size();
+        const Known* const known = distinct > 2 || (distinct == 2 && values.all.size() >= 10)
+                                       ? findKnown(columns_, values)
+                                       : nullptr;
+        if (known != nullptr) {
             text_ += known->text;
             return;
         }
