@@ -1,6 +1,5 @@
 #include "casetable/suggesting/Census.h"
 
-#include <algorithm>
 #include <map>
 #include <set>
 #include <string>

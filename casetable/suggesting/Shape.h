@@ -18,7 +18,7 @@ const Kinds fixedKind = 16;   ///< "2024-05-01", "123000" behind a date, or a UU
 const Kinds emptyKind = 32;   ///< behind the "_" of "x_"
 const Kinds againKind = 64;   ///< the name of a folder further ahead
 const Kinds freeKind = 128;   ///< any number of parts
-const Kinds endingKind = 256; ///< ".csv", ".fastq.gz"; with emptyKind, none
+const Kinds endingKind = 256; ///< "csv", "fastq.gz"; with emptyKind, none
 
 /// What stands at a place, in each path of a shape; without data where a path does not have it.
 struct ShapeTexts {
