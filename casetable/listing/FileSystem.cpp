@@ -24,10 +24,11 @@ using EntryPtr = boost::shared_ptr<FileInfoInterface const>;
 // An entry of a listing, or the root.
 class Entry : public FileInfoInterface {
 public:
-    // `parent` is null for the root, and `own` for a file. The parent and the bytes of the name
-    // must outlive the entry.
-    Entry(Folder* parent, std::string_view name, Kind kind, FolderPtr own)
-        : parent_(parent), name_(name), kind_(kind), own_(std::move(own))
+    // `parent` is null for the root, and `own` for a file. The parent, the tree and the bytes of
+    // the name must outlive the entry.
+    Entry(const std::shared_ptr<const Tree>& tree, Folder* parent, std::string_view name, Kind kind,
+          FolderPtr own)
+        : tree_(tree), parent_(parent), name_(name), kind_(kind), own_(std::move(own))
     {
     }
 
@@ -36,12 +37,13 @@ public:
     bool isReadable() const override
     {
         // Unreadable folders are left out then, so a folder that was listed is readable.
-        if (parent_ != nullptr && own_ && fileSystem().leaveOutUnreadable)
+        const bool isFolder = kind_ != Kind::File;
+        if (parent_ != nullptr && isFolder && fileSystem().leaveOutUnreadable)
             return true;
-        if (parent_ != nullptr && own_ && ahead() != nullptr && ahead()->await(*own_))
+        if (own_ && ahead() != nullptr && ahead()->await(*own_))
             return true;
-        return recorded(withReason([this] {
-            const int error = accessError(parent_, fileName(), own_ ? R_OK | X_OK : R_OK);
+        return recorded(withReason([this, isFolder] {
+            const int error = accessError(parent_, fileName(), isFolder ? R_OK | X_OK : R_OK);
             if (error != 0 && !meansUnreadable(error))
                 throwSystemError(error);
             return error == 0;
@@ -82,9 +84,8 @@ public:
     }
 
 private:
-    const std::shared_ptr<const Tree>& tree() const { return (own_ ? *own_ : *parent_).tree(); }
-    FileSystem& fileSystem() const { return *tree()->fileSystem; }
-    ReadAhead* ahead() const { return tree()->ahead.get(); }
+    FileSystem& fileSystem() const { return *tree_->fileSystem; }
+    ReadAhead* ahead() const { return tree_->ahead.get(); }
 
     // Returns the answer, and keeps it in FileSystem::refused if it ends a walk.
     bool recorded(bool answer) const
@@ -117,26 +118,27 @@ private:
         fileSystem().filesSeen += listing.files;
     }
 
+    const std::shared_ptr<const Tree>& tree_;
     Folder* const parent_;
     const std::string_view name_; // The whole path for the root.
     const Kind kind_;
-    const FolderPtr own_;
+    mutable FolderPtr own_; // Handed over when it is listed: from then on its entries keep it.
 };
 
 // The entries of a folder, which live as long as any of them is in use.
 struct Siblings {
-    Siblings(FolderPtr folder, std::unique_ptr<const FolderListing> listing)
-        : folder(std::move(folder)), listing(std::move(listing))
+    Siblings(FolderPtr parent, std::unique_ptr<FolderListing> parentsListing)
+        : folder(std::move(parent)), listing(std::move(parentsListing))
     {
-        entries.reserve(this->listing->entries.size());
-        auto own = this->listing->folders.begin();
-        for (const FolderListing::Entry& entry : this->listing->entries)
-            entries.emplace_back(this->folder.get(), this->listing->nameOf(entry), entry.kind,
-                                 entry.kind == Kind::File ? nullptr : *own++);
+        entries.reserve(listing->entries.size());
+        auto own = listing->folders.begin();
+        for (const FolderListing::Entry& entry : listing->entries)
+            entries.emplace_back(folder->tree(), folder.get(), listing->nameOf(entry), entry.kind,
+                                 entry.kind == Kind::File ? nullptr : std::move(*own++));
     }
 
     const FolderPtr folder;
-    const std::unique_ptr<const FolderListing> listing; // It has their names.
+    const std::unique_ptr<FolderListing> listing; // It has their names.
     std::vector<Entry> entries;
 };
 
@@ -144,7 +146,7 @@ std::vector<EntryPtr> Entry::listing() const
 {
     // What is no folder is opened like one, to learn the system's reason why not.
     const FolderPtr folder =
-        own_ && own_->claim() ? own_ : FolderPtr(new Folder(tree(), parent_, name_, kind_));
+        own_ ? std::move(own_) : FolderPtr(new Folder(tree_, parent_, name_, kind_));
     try {
         if (ahead() != nullptr)
             ahead()->finish(*folder);
@@ -164,10 +166,20 @@ std::vector<EntryPtr> Entry::listing() const
     return entries;
 }
 
+// What the root must have before it is an entry.
+struct RootParts {
+    const std::shared_ptr<const Tree> tree;
+    const std::string path;
+};
+
 // The root. The user names it and no listing tells its kind, so the system is asked.
-class Root : public Entry {
+class Root : private RootParts, public Entry {
 public:
-    explicit Root(const FolderPtr& folder) : Entry(nullptr, folder->name(), Kind::Folder, folder) {}
+    Root(std::shared_ptr<const Tree> tree, const std::string& path)
+        : RootParts{std::move(tree), path},
+          Entry(RootParts::tree, nullptr, RootParts::path, Kind::Folder, nullptr)
+    {
+    }
 
     bool isDirectory() const override { return hasType(S_IFDIR); }
     bool isFile() const override { return hasType(S_IFREG); }
@@ -187,7 +199,7 @@ boost::shared_ptr<FileInfoInterface const> fileSystemRoot(std::shared_ptr<FileSy
                                                           std::shared_ptr<ReadAhead> ahead)
 {
     const auto tree = std::make_shared<const Tree>(Tree{std::move(fileSystem), std::move(ahead)});
-    return boost::make_shared<Root>(FolderPtr(new Folder(tree, nullptr, path, Kind::Folder)));
+    return boost::make_shared<Root>(tree, path);
 }
 
 boost::shared_ptr<FileInfoInterface const> fileSystemRoot(FileSystem& fileSystem,

@@ -1,7 +1,6 @@
 #ifndef CASETABLE_LISTING_FOLDER_H
 #define CASETABLE_LISTING_FOLDER_H
 
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -69,10 +68,6 @@ public:
     /// Hands over what run() has found; null where it has not run.
     std::unique_ptr<FolderListing> takeListing() { return std::move(listing_); }
 
-    /// True for the first who asks. Nobody else may have the folder listed.
-    bool claim() { return !isClaimed_.exchange(true); }
-
-    const std::string& name() const { return name_; }
     const std::shared_ptr<const Tree>& tree() const { return tree_; }
 
     /// The path of an entry as users know it: it begins with the root's.
@@ -98,7 +93,6 @@ private:
     const Kind kind_;
     const bool isBelowLink_; // Then even a folder that is no link may be one of those above.
     const std::size_t level_;
-    std::atomic<bool> isClaimed_{false};
     Descriptor kept_;
     dev_t device_ = 0; // By this and its number the folder is recognised, where links are followed.
     ino_t number_ = 0;
