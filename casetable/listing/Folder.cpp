@@ -234,7 +234,8 @@ private:
     Judge judge_;
 };
 
-Folder::Folder(std::shared_ptr<const Tree> tree, FolderPtr parent, std::string_view name, Kind kind)
+Folder::Folder(std::shared_ptr<const Tree> tree, const FolderPtr& parent, std::string_view name,
+               Kind kind)
     : Job(parent), tree_(std::move(tree)), name_(name), kind_(kind),
       isBelowLink_(kind == Kind::FolderLink || (parent && parent->isBelowLink_)),
       level_(parent ? parent->level_ + 1 : 0)

@@ -55,7 +55,7 @@ struct Tree {
 class Folder : public ReadAhead::Job {
 public:
     /// `parent` is null for the root, whose `name` is its path.
-    Folder(std::shared_ptr<const Tree> tree, boost::intrusive_ptr<Folder> parent,
+    Folder(std::shared_ptr<const Tree> tree, const boost::intrusive_ptr<Folder>& parent,
            std::string_view name, Kind kind);
 
     /// Lists the folder, and returns its subfolders. Throws std::system_error when the system

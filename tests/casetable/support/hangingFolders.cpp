@@ -3,10 +3,10 @@
 
 #include <cstdarg>
 #include <cstring>
+#include <ctime>
 
 #include <fcntl.h>
 #include <sys/syscall.h>
-#include <time.h>
 #include <unistd.h>
 
 namespace {
@@ -24,8 +24,13 @@ int openSlowly(int folder, const char* name, int flags, mode_t mode)
 
 } // namespace
 
-extern "C" __attribute__((visibility("default"))) int openat(int folder, const char* name,
-                                                             int flags, ...)
+// The names under which the C library has what is called for a path with and without a mode.
+extern "C" __attribute__((visibility("default"))) int openAny(int folder, const char* name,
+                                                              int flags, ...) __asm__("openat");
+extern "C" __attribute__((visibility("default"))) int openChecked(int folder, const char* name,
+                                                                  int flags) __asm__("__openat_2");
+
+int openAny(int folder, const char* name, int flags, ...)
 {
     mode_t mode = 0;
     if ((flags & O_CREAT) != 0) {
@@ -37,9 +42,7 @@ extern "C" __attribute__((visibility("default"))) int openat(int folder, const c
     return openSlowly(folder, name, flags, mode);
 }
 
-// What a checking C library has for calls without a mode.
-extern "C" __attribute__((visibility("default"))) int __openat_2(int folder, const char* name,
-                                                                 int flags)
+int openChecked(int folder, const char* name, int flags)
 {
     return openSlowly(folder, name, flags, 0);
 }
