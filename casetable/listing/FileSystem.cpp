@@ -37,13 +37,12 @@ public:
     bool isReadable() const override
     {
         // Unreadable folders are left out then, so a folder that was listed is readable.
-        const bool isFolder = kind_ != Kind::File;
-        if (parent_ != nullptr && isFolder && fileSystem().leaveOutUnreadable)
+        if (parent_ != nullptr && isDirectory() && fileSystem().leaveOutUnreadable)
             return true;
         if (own_ && ahead() != nullptr && ahead()->await(*own_))
             return true;
-        return recorded(withReason([this, isFolder] {
-            const int error = accessError(parent_, fileName(), isFolder ? R_OK | X_OK : R_OK);
+        return recorded(withReason([this] {
+            const int error = accessError(parent_, fileName(), isDirectory() ? R_OK | X_OK : R_OK);
             if (error != 0 && !meansUnreadable(error))
                 throwSystemError(error);
             return error == 0;

@@ -136,13 +136,11 @@ void ReadAhead::finish(Job& job)
 void ReadAhead::close()
 {
     withdraw();
-    // What goes with them may take a while.
-    std::list<JobPtr> dropped;
     const std::lock_guard<std::mutex> lock(mutex_);
     for (std::list<JobPtr>* const jobs : {&queue_, &done_}) {
         while (!jobs->empty()) {
-            dropped.push_back(jobs->front());
-            forget(*jobs->front());
+            const JobPtr dropped = jobs->front();
+            forget(*dropped);
         }
     }
 }

@@ -18,8 +18,8 @@ struct FileSystem;
 ///
 /// Throws Failure with ExitCode::ImportFailed, the path and the reason when the walk fails or its
 /// thread cannot be started; any unexpected exception of the walk, such as std::bad_alloc; and
-/// Interrupted when a signal comes in. Threads that the system keeps waiting are then abandoned;
-/// what they use stays, but for what `fileSystem` refers to.
+/// Interrupted when a signal comes in. Threads that the system keeps waiting are then abandoned,
+/// with all that they own; what `fileSystem` refers to must stay until the program ends.
 std::unique_ptr<FolderCrawler> walk(const std::shared_ptr<FileSystem>& fileSystem,
                                     const std::string& path, Console& console);
 
