@@ -1,3 +1,4 @@
+#include <cstdlib>
 #include <ctime>
 #include <exception>
 #include <new>
@@ -153,6 +154,8 @@ int main(int argc, char** argv)
         console.error(failure.what(), failure.excerpt);
         return static_cast<int>(failure.code);
     } catch (const Interrupted& interrupted) {
+        if (interrupted.leavesThreads)
+            std::_Exit(128 + interrupted.signal);
         return 128 + interrupted.signal;
     } catch (const std::bad_alloc&) {
         console.error("not enough memory");

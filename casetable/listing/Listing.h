@@ -24,10 +24,10 @@ public:
     std::unique_ptr<FolderCrawler> takeCrawler();
 
     /// The number of entries that were left out only because they are hidden.
-    std::size_t hiddenLeftOut() const { return fileSystem_.hiddenLeftOut; }
+    std::size_t hiddenLeftOut() const { return fileSystem_->hiddenLeftOut; }
 
 private:
-    FileSystem fileSystem_;
+    const std::shared_ptr<FileSystem> fileSystem_;
     FileList list_;
     std::unique_ptr<FolderCrawler> crawler_;
 };

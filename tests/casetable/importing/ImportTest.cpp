@@ -1,5 +1,6 @@
 #include "casetable/importing/Import.h"
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -33,7 +34,7 @@ protected:
 
     const TemporaryTree tree_;
     Console console_;
-    FileSystem fileSystem_;
+    const std::shared_ptr<FileSystem> fileSystem_ = std::make_shared<FileSystem>();
 };
 
 } // namespace

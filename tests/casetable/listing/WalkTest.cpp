@@ -1,6 +1,7 @@
 #include "casetable/listing/Walk.h"
 
 #include <list>
+#include <memory>
 #include <new>
 #include <stdexcept>
 #include <string>
@@ -31,7 +32,7 @@ protected:
 
     const TemporaryTree tree_;
     Console console_;
-    FileSystem fileSystem_;
+    const std::shared_ptr<FileSystem> fileSystem_ = std::make_shared<FileSystem>();
 };
 
 } // namespace
@@ -42,7 +43,7 @@ TEST_F(Walk, GivesTheCrawlerWithItsResult)
 
     EXPECT_TRUE(crawler->isFinished());
     EXPECT_EQ(crawler->result().files, std::list<std::string>({"a/file", "b"}));
-    EXPECT_EQ(fileSystem_.filesSeen, 2u);
+    EXPECT_EQ(fileSystem_->filesSeen, 2u);
 }
 
 TEST_F(Walk, FailsWithThePathOfTheRoot)
@@ -64,12 +65,12 @@ TEST_F(Walk, HandsOnWhatNobodyExpectedOnItsThread)
     SKIP_UNLESS_ORDINARY_USER_IS_POSSIBLE();
     tree_.setMode("results/a", 0);
     asOrdinaryUser([this] {
-        fileSystem_.leaveOutUnreadable = true;
-        fileSystem_.warn = [](const std::string&) { throw std::bad_alloc(); };
+        fileSystem_->leaveOutUnreadable = true;
+        fileSystem_->warn = [](const std::string&) { throw std::bad_alloc(); };
         EXPECT_THROW(walk(fileSystem_, tree_.path("results"), console_), std::bad_alloc);
-        fileSystem_.warn = [](const std::string&) { throw std::length_error("length"); };
+        fileSystem_->warn = [](const std::string&) { throw std::length_error("length"); };
         EXPECT_THROW(walk(fileSystem_, tree_.path("results"), console_), std::length_error);
-        fileSystem_.warn = [](const std::string&) { throw 7; };
+        fileSystem_->warn = [](const std::string&) { throw 7; };
         EXPECT_THROW(walk(fileSystem_, tree_.path("results"), console_), int);
     });
 }
