@@ -1,10 +1,8 @@
 #include "casetable/suggesting/Census.h"
 
-#include <algorithm>
 #include <map>
 #include <set>
 #include <string>
-#include <tuple>
 #include <utility>
 
 #include "casetable/templates/Matcher.h"
@@ -25,8 +23,7 @@ struct PathPart {
 };
 using PathParts = std::vector<PathPart>;
 
-const std::size_t maxShapes = 300;
-// No path that people read has more; what is left is one part.
+// No path that people read has more; of others there will be no template.
 const std::size_t maxParts = 64;
 
 // "0.85", "6.5e6", "1e-3", "007"; no point in "20200101.000000", "01.5" and the like.
@@ -71,36 +68,22 @@ Matcher makeReader(const Words& signedWords, const Words& keys)
                             "[^-_=,.@+ /]+}]{rest,(?s:.*)}"));
 }
 
-// The ending of each path, with its point; it may be empty. Letters with digits are one where
-// there are at most two of them, as ".f04" and ".f06": others count something.
-std::vector<std::string_view> endingsOf(const std::vector<std::string_view>& paths)
+// The parts of a path, of which the last is its ending. The name of a folder is one part where it
+// comes again behind it: "MPI-ESM/tas_MPI-ESM_r1.nc".
+PathParts divide(std::string_view path, Matcher& reader, bool findsAgain)
 {
-    Matcher matcher(Template(R"({stem,(?s:(?:.*/)?[^/]+?)}{ending,\.[A-Za-z]{1,8}\d{0,2})"
-                             R"((?:\.(?:gz|bz2|xz|zst|zip|md5|sha\d+))?|\.[0-9][A-Za-z]{1,8}|})"));
-    std::vector<std::string_view> endings;
-    const auto letters = [](std::string_view ending) {
-        return ending.substr(0, ending.find_last_not_of("0123456789") + 1);
-    };
-    std::map<std::string_view, Words> families;
-    for (const std::string_view path : paths) {
-        endings.push_back(matcher.match(path) ? path.substr(matcher.columns()[1].begin)
-                                              : path.substr(path.size()));
-        families[letters(endings.back())].insert(endings.back());
-    }
-    for (std::string_view& ending : endings)
-        if (letters(ending) != ending && families[letters(ending)].size() > 2)
-            ending.remove_prefix(ending.size());
-    return endings;
-}
-
-// The parts of a path, and its ending. The name of a folder is one part where it comes again behind
-// it: "MPI-ESM/tas_MPI-ESM_r1.nc".
-PathParts divide(std::string_view path, std::string_view ending, Matcher& reader, bool findsAgain)
-{
+    thread_local Matcher endings(
+        Template(R"({stem,(?s:(?:.*/)?[^/]+?)}[.{ending,(?:[A-Za-z]{1,8}\d{0,2})"
+                 R"((?:\.(?:gz|bz2|xz|zst|zip|md5|sha\d+))?|[0-9][A-Za-z]{1,8})}])"));
     static const std::vector<Kinds> kinds = {fixedKind, numberKind, letterKind, mixedKind,
                                              otherKind};
     PathParts parts;
-    path.remove_suffix(ending.size());
+    PathPart ending{{}, {}, path.substr(path.size()), endingKind | emptyKind};
+    if (endings.match(path) && endings.columns()[1].length > 0) {
+        const std::size_t begin = endings.columns()[1].begin;
+        ending = {path.substr(begin - 1, 1), {}, path.substr(begin), endingKind};
+    }
+    path.remove_suffix(ending.separator.size() + ending.text.size());
     const auto take = [&](std::size_t length) {
         const std::string_view text = path.substr(0, length);
         path.remove_prefix(text.size());
@@ -116,7 +99,7 @@ PathParts divide(std::string_view path, std::string_view ending, Matcher& reader
         if (part.separator.find('/') != std::string_view::npos) {
             const std::string_view name(folder,
                                         static_cast<std::size_t>(part.separator.data() - folder));
-            if (findsAgain && name.size() > 1 && !parts.empty() && parts[opening].key.empty() &&
+            if (findsAgain && !parts.empty() && parts[opening].key.empty() &&
                 name.find_first_not_of("0123456789-_.") != std::string_view::npos)
                 folders.push_back(name);
             folder = path.data();
@@ -137,14 +120,10 @@ PathParts divide(std::string_view path, std::string_view ending, Matcher& reader
                 length = spans[2 + i].length;
                 part.kind = kinds[i];
             }
-        if (parts.size() + 1 >= maxParts && length < path.size()) {
-            length = path.size();
-            part.kind = otherKind;
-        }
         part.text = take(length);
         parts.push_back(part);
-    } while (!path.empty());
-    parts.push_back({{}, {}, ending, ending.empty() ? endingKind | emptyKind : endingKind});
+    } while (!path.empty() && parts.size() < maxParts);
+    parts.push_back(ending);
     return parts;
 }
 
@@ -155,26 +134,22 @@ Matcher readerOf(const std::vector<PathParts>& paths)
 {
     Words joined;
     Words padded;
-    Words signedWords;
     std::map<std::string_view, std::size_t> counts;
     std::size_t single = 0;
     std::size_t several = 0;
     for (const PathParts& parts : paths) {
         Words words;
         for (std::size_t i = 0; i + 1 < parts.size(); ++i) {
-            const PathPart& part = parts[i];
-            if (part.kind == mixedKind)
-                for (const std::string_view run : runsOf(part.text))
+            const std::string_view text = parts[i].text;
+            const std::string_view next = parts[i + 1].text;
+            if (parts[i].kind == mixedKind)
+                for (const std::string_view run : runsOf(text))
                     joined.insert(run);
-            if (part.kind == letterKind && part.separator != "-" && parts[i + 1].separator == "-" &&
-                parts[i + 1].kind != emptyKind) {
-                words.insert(part.text);
-                const std::string_view value = parts[i + 1].text;
-                if (parts[i + 1].kind == numberKind)
-                    (value.size() > 1 && value.substr(0, 1) == "0" && reading::isDigit(value[1])
-                         ? padded
-                         : signedWords)
-                        .insert(part.text);
+            if (parts[i].kind == letterKind && parts[i].separator != "-" &&
+                parts[i + 1].separator == "-") {
+                words.insert(text);
+                if (next.size() > 1 && next[0] == '0' && reading::isDigit(next[1]))
+                    padded.insert(text);
             }
         }
         single += words.size() == 1 ? 1 : 0;
@@ -182,14 +157,13 @@ Matcher readerOf(const std::vector<PathParts>& paths)
         for (const std::string_view word : words)
             ++counts[word];
     }
+    Words signedWords;
     Words keys;
-    for (const auto& [word, count] : counts) {
-        if (joined.count(word) == 0 || padded.count(word) > 0)
-            signedWords.erase(word);
-        if (several > single && count >= 3 && count * 200 >= paths.size() &&
-            signedWords.count(word) == 0)
+    for (const auto& [word, count] : counts)
+        if (joined.count(word) > 0 && padded.count(word) == 0)
+            signedWords.insert(word);
+        else if (several > single && count * 200 >= paths.size())
             keys.insert(word);
-    }
     return makeReader(signedWords, keys);
 }
 
@@ -216,21 +190,20 @@ std::vector<std::string_view> runsOf(std::string_view text)
 
 std::vector<Shape> takeCensus(const std::vector<std::string_view>& paths)
 {
-    const std::vector<std::string_view> endings = endingsOf(paths);
     std::vector<PathParts> divided(paths.size());
     const auto divideAll = [&](Matcher reader, bool findsAgain) {
         for (std::size_t i = 0; i < paths.size(); ++i)
-            divided[i] = divide(paths[i], endings[i], reader, findsAgain);
+            divided[i] = divide(paths[i], reader, findsAgain);
     };
     divideAll(makeReader({}, {}), false);
     divideAll(readerOf(divided), true);
 
-    using Signature = std::vector<std::tuple<std::string_view, std::string_view, Kinds>>;
-    std::map<Signature, Shape> shapes;
+    std::map<std::string, Shape> shapes;
     for (const PathParts& parts : divided) {
-        Signature signature;
+        std::string signature;
         for (const PathPart& part : parts)
-            signature.emplace_back(part.separator, part.key, part.key.empty() ? part.kind : 0);
+            signature.append(part.separator)
+                .append(part.key.empty() ? std::to_string(part.kind) : part.key);
         std::vector<ShapeSlot>& slots = shapes[signature].slots;
         slots.resize(parts.size());
         for (std::size_t i = 0; i < parts.size(); ++i) {
@@ -240,15 +213,10 @@ std::vector<Shape> takeCensus(const std::vector<std::string_view>& paths)
             slots[i].values.add(parts[i].text);
         }
     }
-    std::vector<Shape> largestFirst;
-    for (auto& entry : shapes) {
-        entry.second.countNames();
-        largestFirst.push_back(std::move(entry.second));
-    }
-    std::stable_sort(largestFirst.begin(), largestFirst.end(),
-                     [](const Shape& a, const Shape& b) { return a.paths() > b.paths(); });
-    largestFirst.resize(std::min(largestFirst.size(), maxShapes));
-    return largestFirst;
+    std::vector<Shape> all;
+    for (auto& entry : shapes)
+        all.push_back(std::move(entry.second));
+    return all;
 }
 
 } // namespace casetable

@@ -8,8 +8,10 @@ namespace casetable {
 
 namespace {
 
+// So many are laid beside so many: time grows with both.
+const std::size_t maxShapes = 300;
+const std::size_t maxMerged = 64;
 // Costs say how much vaguer a template gets. They are weighed against the places that agree.
-const std::size_t maxShapes = 64;
 const double never = std::numeric_limits<double>::infinity();
 
 bool isFree(const ShapeSlot& slot)
@@ -30,37 +32,31 @@ double costOfMatch(const ShapeSlot& a, const ShapeSlot& b)
         return never;
     if (isCode(a) && isCode(b))
         return 0;
-    if (isFree(a) || isFree(b))
-        return isCode(a) || isCode(b) ? 0.2 : 0.02;
     const bool haveCommon =
         std::any_of(b.values.distinct.begin(), b.values.distinct.end(),
                     [&](std::string_view text) { return a.values.distinct.count(text) > 0; });
-    return haveCommon ? 0.02 : (differences & b.kinds) == 0 ? 0.06 : 0.6;
+    return haveCommon || isFree(a) || isFree(b) ? 0.02 : differences == 0 ? 0.06 : 0.6;
 }
 
 // Whether the slot may be missing in some paths. Without a key it must have been seen in several
 // names, else it is only a part of them: "-b16" of "vit-b16".
 bool isOwn(const ShapeSlot& slot)
 {
-    const std::size_t least =
-        slot.values.isConstant() ? 2 : 3 * (isCode(slot) ? 1 : slot.values.distinct.size());
-    return slot.isOptional || !slot.key.empty() || (!isFree(slot) && slot.names >= least);
+    return slot.isOptional || !slot.key.empty() ||
+           slot.names >= (slot.values.isConstant()
+                              ? 2
+                              : 3 * (isCode(slot) ? 1 : slot.values.distinct.size()));
 }
 
-// The slot at `index` gets optional. If it would stand beside a free one of the other shape, before
-// or behind `place`, it is taken up.
+// The slot at `index` gets optional. If it would stand behind a free one of the other shape, before
+// `place`, it is taken up.
 double costOfGap(const Shape& shape, std::size_t index, const Shape& other, std::size_t place)
 {
     const ShapeSlot& slot = shape.slots[index];
-    const bool isTakenUp = (place > 0 && isFree(other.slots[place - 1]) && !shape.opens(index)) ||
-                           (place < other.slots.size() && isFree(other.slots[place]) &&
-                            other.opens(place) == shape.opens(index));
-    if (slot.isOptional)
-        return 0;
-    if (!slot.key.empty())
-        return 0.3;
-    if (isTakenUp)
-        return isCode(slot) ? 0.1 : 0.02;
+    if (slot.isOptional || !slot.key.empty())
+        return slot.isOptional ? 0 : 0.3;
+    if (place > 0 && isFree(other.slots[place - 1]) && !shape.opens(index))
+        return 0.02;
     return !isOwn(slot) ? 0.9 : isCode(slot) ? 0.5 : 0.7;
 }
 
@@ -68,29 +64,27 @@ double costOfGap(const Shape& shape, std::size_t index, const Shape& other, std:
 bool mayMiss(const Shape& shape, std::size_t index)
 {
     return index + 1 < shape.slots.size() &&
-           (!shape.opens(index) ||
-            (index > 0 && !shape.slots[index].key.empty() && shape.opens(index + 1)));
+           (!shape.opens(index) || (!shape.slots[index].key.empty() && shape.opens(index + 1)));
 }
 
-// The slots of two shapes side by side. Either may be missing.
-struct Alignment {
-    double cost;
-    double matches; // Places that agree. Constant text and free columns count half.
-    std::vector<std::pair<const ShapeSlot*, const ShapeSlot*>> slots;
+// The cheapest way to lay what is left of two shapes side by side, and the slots of each that it
+// takes first: one of both; one of either, which the other lacks; or one and two, of which the
+// first is lacking.
+struct Step {
+    double cost = never;
+    double matches = 0; // Places that agree; the same text counts half.
+    std::size_t takenA = 0;
+    std::size_t takenB = 0;
 };
 
-// The cheapest alignment, which comes of a table of what is left of both shapes.
+// Steps for all that can be left: those of a slot of the first shape stand together.
+using Alignment = std::vector<Step>;
+
 Alignment align(const Shape& shapeA, const Shape& shapeB)
 {
-    struct Step {
-        double cost = never;
-        double matches = 0;
-        std::size_t takenA = 0;
-        std::size_t takenB = 0;
-    };
     const std::vector<ShapeSlot>& a = shapeA.slots;
     const std::vector<ShapeSlot>& b = shapeB.slots;
-    std::vector<Step> table((a.size() + 1) * (b.size() + 1));
+    Alignment table((a.size() + 1) * (b.size() + 1));
     const auto at = [&](std::size_t i, std::size_t j) -> Step& {
         return table[i * (b.size() + 1) + j];
     };
@@ -112,33 +106,19 @@ Alignment align(const Shape& shapeA, const Shape& shapeB)
                 continue;
             const bool isText =
                 a[i].values.isConstant() && a[i].values.distinct == b[j].values.distinct;
-            const bool isHalf = isText || isFree(a[i]) || isFree(b[j]);
-            const bool isEnding = i + 1 == a.size();
-            offer(costOfMatch(a[i], b[j]), isEnding ? 0 : isHalf ? 0.5 : 1, 1, 1);
+            offer(costOfMatch(a[i], b[j]), i + 1 == a.size() ? 0 : isText ? 0.5 : 1, 1, 1);
             const std::size_t endA = shapeA.endOfComponent(i);
             const std::size_t endB = shapeB.endOfComponent(j);
-            // The first part of a name that one of them lacks.
-            if (shapeA.opens(i) && i + 1 < endA)
+            // The first part of a name, or of all, that one of them lacks.
+            if (shapeA.opens(i) && (i + 1 < endA || (i == 0 && mayMiss(shapeA, i))))
                 offer(costOfGap(shapeA, i, shapeB, j) + costOfMatch(a[i + 1], b[j]), 1, 2, 1);
-            if (shapeB.opens(j) && j + 1 < endB)
+            if (shapeB.opens(j) && (j + 1 < endB || (j == 0 && mayMiss(shapeB, j))))
                 offer(costOfGap(shapeB, j, shapeA, i) + costOfMatch(a[i], b[j + 1]), 1, 1, 2);
             // One name of a folder is as good as another.
-            if (shapeA.opens(i) && endA < a.size() && endB < b.size() &&
-                (a[i].names == 1 || b[j].names == 1))
+            if (shapeA.opens(i) && endA < a.size() && endB < b.size() && at(i, j).takenA > 0)
                 at(i, j).cost = std::min(at(i, j).cost, at(endA, endB).cost + 0.36);
         }
-    Alignment alignment{at(0, 0).cost, at(0, 0).matches, {}};
-    for (std::size_t i = 0, j = 0; at(i, j).takenA + at(i, j).takenB > 0;) {
-        const Step& step = at(i, j);
-        if (step.takenA != step.takenB)
-            alignment.slots.emplace_back(step.takenA > step.takenB ? &a[i] : nullptr,
-                                         step.takenB > step.takenA ? &b[j] : nullptr);
-        i += step.takenA;
-        j += step.takenB;
-        if (step.takenA > 0 && step.takenB > 0)
-            alignment.slots.emplace_back(&a[i - 1], &b[j - 1]);
-    }
-    return alignment;
+    return table;
 }
 
 // What a shape of so many paths has for a slot of another that it lacks.
@@ -153,7 +133,8 @@ ShapeSlot missing(const ShapeSlot& slot, std::size_t paths)
 ShapeSlot join(ShapeSlot slot, const ShapeSlot& other)
 {
     // Where a first part is missing, the separator behind it.
-    if (slot.separator.empty() || slot.separator.find('/') != std::string_view::npos)
+    if (slot.separator.empty() ||
+        (!other.separator.empty() && slot.separator.find('/') != std::string_view::npos))
         slot.separator = other.separator;
     slot.kinds |= other.kinds;
     slot.isOptional = slot.isOptional || other.isOptional;
@@ -167,9 +148,7 @@ ShapeSlot join(ShapeSlot slot, const ShapeSlot& other)
 // missing is told from the next by the separator behind it, so that one may not be missing, too.
 void widenFree(Shape& shape)
 {
-    const auto isWord = [](const ShapeSlot& slot) {
-        return slot.kinds == letterKind && (slot.isOptional || !slot.values.isConstant());
-    };
+    const auto isWord = [](const ShapeSlot& slot) { return slot.kinds == letterKind; };
     const auto widen = [&](bool ofOneKind) {
         for (std::size_t i = 0; i + 1 < shape.slots.size(); ++i) {
             const ShapeSlot& a = shape.slots[i];
@@ -192,16 +171,40 @@ void widenFree(Shape& shape)
         continue;
 }
 
+// To be called when all slots have their values.
+void countNames(Shape& shape)
+{
+    for (std::size_t begin = 0; begin < shape.slots.size();) {
+        const std::size_t end = shape.endOfComponent(begin);
+        const std::size_t names = shape.stretch(begin, end).distinct.size();
+        for (; begin < end; ++begin)
+            shape.slots[begin].names = names;
+    }
+}
+
+void sortLargestFirst(std::vector<Shape>& shapes)
+{
+    std::stable_sort(shapes.begin(), shapes.end(),
+                     [](const Shape& a, const Shape& b) { return a.paths() > b.paths(); });
+}
+
 // The shape of the paths of both.
-Shape joinAll(const Alignment& alignment, std::size_t pathsA, std::size_t pathsB)
+Shape joinAll(const Alignment& alignment, const Shape& a, const Shape& b)
 {
     Shape shape;
-    for (const auto& [a, b] : alignment.slots)
-        shape.slots.push_back(a == nullptr   ? join(missing(*b, pathsA), *b)
-                              : b == nullptr ? join(*a, missing(*a, pathsB))
-                                             : join(*a, *b));
+    for (std::size_t i = 0, j = 0; i < a.slots.size() || j < b.slots.size();) {
+        const Step& step = alignment[i * (b.slots.size() + 1) + j];
+        if (step.takenA > step.takenB)
+            shape.slots.push_back(join(a.slots[i], missing(a.slots[i], b.paths())));
+        if (step.takenB > step.takenA)
+            shape.slots.push_back(join(missing(b.slots[j], a.paths()), b.slots[j]));
+        i += step.takenA;
+        j += step.takenB;
+        if (step.takenA > 0 && step.takenB > 0)
+            shape.slots.push_back(join(a.slots[i - 1], b.slots[j - 1]));
+    }
     widenFree(shape);
-    shape.countNames();
+    countNames(shape);
     return shape;
 }
 
@@ -245,39 +248,31 @@ ShapeTexts Shape::stretch(std::size_t begin, std::size_t end) const
     return texts;
 }
 
-void Shape::countNames()
+std::vector<Shape> mergeShapes(std::vector<Shape> shapes)
 {
-    for (std::size_t begin = 0; begin < slots.size();) {
-        const std::size_t end = endOfComponent(begin);
-        const std::size_t names = stretch(begin, end).distinct.size();
-        for (; begin < end; ++begin)
-            slots[begin].names = names;
-    }
-}
-
-std::vector<Shape> mergeShapes(const std::vector<Shape>& shapes)
-{
+    sortLargestFirst(shapes);
+    shapes.resize(std::min(shapes.size(), maxShapes));
     std::vector<Shape> merged;
-    for (const Shape& shape : shapes) {
-        Alignment best{never, 0, {}};
+    for (Shape& shape : shapes) {
+        countNames(shape);
+        Alignment best(1);
         Shape* other = nullptr;
         for (Shape& candidate : merged) {
             Alignment alignment = align(candidate, shape);
             // A few files are not worth a vaguer template.
             const bool areFew = shape.paths() * (shape.paths() < 3 ? 4 : 50) < candidate.paths();
-            if (alignment.cost < best.cost && alignment.cost <= 0.31 * alignment.matches &&
-                (alignment.cost <= 0.15 || !areFew)) {
+            if (alignment[0].cost < best[0].cost &&
+                alignment[0].cost <= 0.31 * alignment[0].matches && !areFew) {
                 best = std::move(alignment);
                 other = &candidate;
             }
         }
         if (other != nullptr)
-            *other = joinAll(best, other->paths(), shape.paths());
-        else if (merged.size() < maxShapes)
+            *other = joinAll(best, *other, shape);
+        else if (merged.size() < maxMerged)
             merged.push_back(shape);
     }
-    std::stable_sort(merged.begin(), merged.end(),
-                     [](const Shape& a, const Shape& b) { return a.paths() > b.paths(); });
+    sortLargestFirst(merged);
     return merged;
 }
 

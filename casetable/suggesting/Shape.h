@@ -18,7 +18,7 @@ const Kinds fixedKind = 16;   ///< "2024-05-01", "123000" behind a date, or a UU
 const Kinds emptyKind = 32;   ///< behind the "_" of "x_"
 const Kinds againKind = 64;   ///< the name of a folder further ahead
 const Kinds freeKind = 128;   ///< any number of parts
-const Kinds endingKind = 256; ///< ".csv", ".fastq.gz"; with emptyKind, none
+const Kinds endingKind = 256; ///< "csv", "fastq.gz"; with emptyKind, none
 
 /// What stands at a place, in each path of a shape; without data where a path does not have it.
 struct ShapeTexts {
@@ -36,7 +36,7 @@ struct ShapeSlot {
     Kinds kinds = 0;
     bool isOptional = false;
     ShapeTexts values;
-    std::size_t names = 0; ///< How many different names the component has in which it is.
+    std::size_t names = 0; ///< Different ones of the component in which it is; for mergeShapes().
 };
 
 /// What paths have in common that are alike. The last slot is the ending.
@@ -53,14 +53,11 @@ struct Shape {
 
     /// What stands in each path from the slot at `begin` to that before `end`.
     ShapeTexts stretch(std::size_t begin, std::size_t end) const;
-
-    /// To be called when all slots have their values.
-    void countNames();
 };
 
 /// Merges each shape with the one before it that this makes least vague, as far as they are of one
-/// kind of files; the shape of the most paths first.
-std::vector<Shape> mergeShapes(const std::vector<Shape>& shapes);
+/// kind of files; the shape of the most paths first. Looks at the 300 of the most paths.
+std::vector<Shape> mergeShapes(std::vector<Shape> shapes);
 
 } // namespace casetable
 

@@ -47,18 +47,18 @@ const std::size_t maxTemplates = 8;
 std::string typeOf(const ShapeTexts& values, Kinds kinds, bool isRun)
 {
     const std::string length = std::to_string(values.distinct.begin()->size());
-    const std::vector<std::string> types = {":digits", ":number",
-                                            isRun                ? ":word" + length
-                                            : kinds == fixedKind ? ":text" + length
-                                                                 : ":word",
-                                            isRun ? ",[A-Za-z]+" : ""};
-    const auto fits = [&](const std::string& type) {
+    std::vector<std::string> types = {":digits", ":number", ":word"};
+    if (isRun)
+        types = {":digits", ":number", ":word" + length, ",[A-Za-z]+"};
+    else if (kinds == fixedKind)
+        types.back() = ":text" + length;
+    for (const std::string& type : types) {
         Matcher matcher(Template("{value" + type + "}"));
-        return std::all_of(values.distinct.begin(), values.distinct.end(),
-                           [&](std::string_view value) { return matcher.match(value); });
-    };
-    const auto type = std::find_if(types.begin(), types.end(), fits);
-    return type != types.end() ? *type : "";
+        if (std::all_of(values.distinct.begin(), values.distinct.end(),
+                        [&](std::string_view value) { return matcher.match(value); }))
+            return type;
+    }
+    return "";
 }
 
 // Letters and numbers in turn, where all values have the same turns, and columns of these tell more
@@ -92,8 +92,8 @@ std::vector<ShapeSlot> divideRuns(const ShapeSlot& slot)
     return isGrid || isCode ? runs : std::vector<ShapeSlot>{slot};
 }
 
-// Whether the names are those of the files of one run, "flow.vtu" and "forces.dat": most are words,
-// each has but one ending, and they come again in many folders. `stems` are without endings.
+// Whether the names are those of the files of one run, "flow.vtu" and "forces.dat": each has but
+// one ending, and they come again in many folders. `stems` are without endings.
 bool areListed(const ShapeTexts& names, const ShapeTexts& stems, const ShapeTexts& endings)
 {
     const auto words = std::count_if(stems.distinct.begin(), stems.distinct.end(), [](auto stem) {
@@ -117,11 +117,10 @@ const Known* findKnown(const std::vector<Known>& known, const ShapeTexts& values
     const auto isSame = [](std::string_view a, std::string_view b) {
         return a.data() == nullptr || (a == b && b.data() != nullptr);
     };
-    const auto found = std::find_if(known.begin(), known.end(), [&](const Known& candidate) {
-        return std::equal(values.all.begin(), values.all.end(), candidate.values.all.begin(),
-                          isSame);
-    });
-    return found != known.end() ? &*found : nullptr;
+    for (const Known& each : known)
+        if (std::equal(values.all.begin(), values.all.end(), each.values.all.begin(), isSame))
+            return &each;
+    return nullptr;
 }
 
 // Writes the template of a shape.
@@ -212,8 +211,8 @@ private:
         const std::string_view sample = *slot.values.distinct.begin();
         const Known* const folder =
             slot.kinds == againKind ? findKnown(folders_, slot.values) : nullptr;
-        if (folder != nullptr || (slot.kinds == endingKind && !slot.values.isConstant())) {
-            text_ += folder != nullptr ? folder->text : ".*";
+        if (folder != nullptr) {
+            text_ += folder->text;
             word_.clear();
             return;
         }
@@ -222,7 +221,9 @@ private:
             const bool isDate = sample.substr(0, 2) == "19" || sample.substr(0, 2) == "20";
             word_ = isTime ? "time" : isDate && sample.size() < 30 ? "date" : "id";
         }
-        const bool isDivided = slot.kinds < fixedKind && findColumn(slot.values) == nullptr;
+        // Two endings are of one run, as "f04" and "f06" are; more with numbers count something.
+        const bool isDivided =
+            slot.kinds < fixedKind || (slot.kinds == endingKind && slot.values.distinct.size() > 2);
         const std::vector<ShapeSlot> runs =
             isDivided ? divideRuns(slot) : std::vector<ShapeSlot>{slot};
         for (std::size_t i = 0; i < runs.size(); ++i) {
@@ -237,26 +238,25 @@ private:
             }
             if (word_.empty() && !isLast && runs[i + 1].values.isConstant())
                 word_ = *runs[i + 1].values.distinct.begin(); // "20K": the unit
-            const bool isRun = !isLast || (runs.size() > 1 && slot.kinds != letterKind);
-            addColumn(typeOf(runs[i].values, runs[i].kinds, isRun), runs[i].values);
+            if (runs[i].kinds == endingKind)
+                text_ += "*";
+            else
+                addColumn(typeOf(runs[i].values, runs[i].kinds, !isLast), runs[i].values);
             word_.clear();
         }
         if (runs.size() > 1)
             word_.clear(); // "mm" of "5mm_left" does not name what is left
     }
 
-    // The column that always has these values. Few may be the same by chance.
-    const Known* findColumn(const ShapeTexts& values) const
-    {
-        const std::size_t distinct = values.distinct.size();
-        const bool isKnown = distinct > 2 || (distinct == 2 && values.all.size() >= 10);
-        return isKnown ? findKnown(columns_, values) : nullptr;
-    }
-
     // The name is unique in the template and none of the table's own.
     void addColumn(const std::string& type, const ShapeTexts& values)
     {
-        if (const Known* const known = findColumn(values)) {
+        // Few values may be the same by chance.
+        const std::size_t distinct = values.distinct.size();
+        const Known* const known = distinct > 2 || (distinct == 2 && values.all.size() >= 10)
+                                       ? findKnown(columns_, values)
+                                       : nullptr;
+        if (known != nullptr) {
             text_ += known->text;
             return;
         }

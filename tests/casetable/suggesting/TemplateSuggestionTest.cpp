@@ -142,6 +142,8 @@ TEST(TemplateSuggestion, MakesPartsThatAreThereOnlySometimesOptional)
         {{"sub-{01|02|03}/ses-{1|2}/anat/sub-1_ses-1_T1w.nii",
           "sub-{04|05|06}/anat/sub-1_ses-1_T1w.nii"},
          {"sub-{sub:digits}/[ses-{ses:digits}/]anat/sub-1_ses-1_T1w.nii"}},
+        {{"batch-{1|2|3}/sub-{01|02}/run-{1|2}_bold.nii", "sub-{03|04}/run-{1|2}_bold.nii"},
+         {"[batch-{batch:digits}/]sub-{sub:digits}/run-{run:digits}_bold.nii"}},
     });
 }
 
