@@ -1,17 +1,22 @@
+#include <ctime>
 #include <exception>
 #include <new>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "casetable/explaining/Explain.h"
 #include "casetable/explaining/ExplainTemplate.h"
 #include "casetable/explaining/LeftOut.h"
 #include "casetable/explaining/Summary.h"
-#include "casetable/explaining/TemplateFailure.h"
 #include "casetable/explaining/Unmatched.h"
 #include "casetable/importing/Import.h"
+#include "casetable/importing/Missing.h"
 #include "casetable/importing/Report.h"
+#include "casetable/importing/Sorting.h"
 #include "casetable/listing/Listing.h"
+#include "casetable/listing/ReadList.h"
 #include "casetable/options/Options.h"
 #include "casetable/suggesting/Suggest.h"
 #include "casetable/system/Console.h"
@@ -20,6 +25,8 @@
 #include "casetable/system/Output.h"
 #include "casetable/system/OutputGuards.h"
 #include "casetable/system/Printable.h"
+#include "casetable/system/ShellWords.h"
+#include "casetable/writing/SqliteWriter.h"
 
 namespace casetable {
 
@@ -27,11 +34,9 @@ namespace {
 
 ExitCode explainPath(const Options& options, Output& output)
 {
-    const Reading& reading = options.reading;
     const bool inColour = output.showsColours();
-    const Explanation explanation = reading.templates()
-                                        ? explain(options.explained, *reading.templates(), inColour)
-                                        : explain(options.explained, reading.patterns(), inColour);
+    const Explanation explanation = options.reading.visit(
+        [&](const auto& by) { return explain(options.explained, by, inColour); });
     output.write(explanation.text);
     const std::string leftOut = whyLeftOut(options.source.selection, options.explained);
     if (!leftOut.empty())
@@ -46,13 +51,42 @@ Report makeReport(const Options& options, const Import& import)
     case Rows::Files:
         return fileReport(import.table(), import.importer().identifiedAuxFiles());
     case Rows::Unmatched:
-        return options.reading.templates()
-                   ? unmatchedReport(import.importer(), *options.reading.templates())
-                   : unmatchedReport(import.importer(), options.reading.patterns());
+        return unmatchedReport(import.importer(), options.reading);
+    case Rows::Missing:
+        return missingReport(import.table(), options.missingColumns);
     case Rows::Cases:
         break;
     }
     return caseReport(import.table());
+}
+
+// The time by ISO 8601, in UTC.
+std::string now()
+{
+    const std::time_t seconds = std::time(nullptr);
+    std::tm parts = {};
+    char text[32];
+    ::gmtime_r(&seconds, &parts);
+    return {text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts)};
+}
+
+Database makeDatabase(const Options& options, const Import& import)
+{
+    const Source& source = options.source;
+    Database database;
+    database.cases = caseReport(import.table());
+    database.files = import.importer().identifiedAuxFiles();
+    if (options.rows == Rows::Unmatched)
+        database.unmatched = unmatchedReport(import.importer(), options.reading);
+    std::string commandLine = "casetable";
+    for (const std::string& word : options.words)
+        commandLine += ' ' + shellWord(word);
+    database.about = {{"program", "casetable"},
+                      {"version", CASETABLE_VERSION},
+                      {"command line", commandLine},
+                      {"root", source.list ? listName(*source.list) : source.root},
+                      {"time", now()}};
+    return database;
 }
 
 ExitCode importTable(const Options& options, Listing& listing, Output& output, Console& console)
@@ -63,12 +97,23 @@ ExitCode importTable(const Options& options, Listing& listing, Output& output, C
         spareMatchedFile(*options.output, options.source.root,
                          [&import](const std::string& path) { return import.isMatched(path); });
     const Format& format = options.format != nullptr ? *options.format : formatFor(output);
-    format.write(makeReport(options, import), output);
+    Report report;
+    if (format.isDatabase()) {
+        writeDatabase(makeDatabase(options, import), output);
+    } else {
+        report = sorted(makeReport(options, import), options.sortKeys);
+        format.write(report, output);
+    }
     output.commit();
     if (options.output && options.format == nullptr && !output.isTerminal())
         remarkOnEnding(*options.output, console);
-    return summarize(import, options.reading, options.source, listing.hiddenLeftOut(),
-                     options.rows == Rows::Unmatched, console);
+    const bool showsUnmatched = options.rows == Rows::Unmatched;
+    const ExitCode code = summarize(
+        countFiles(import, options.reading, listing.hiddenLeftOut(), showsUnmatched, console),
+        options.source, showsUnmatched, console);
+    if (options.rows == Rows::Missing && code == ExitCode::Cases)
+        remarkOnMissing(report, console);
+    return code;
 }
 
 ExitCode run(const Options& options, Console& console)
@@ -82,6 +127,8 @@ ExitCode run(const Options& options, Console& console)
 
     if (options.source.list && options.output)
         spareList(*options.output, *options.source.list);
+    if (options.mode == Mode::Table && options.format != nullptr && options.format->isDatabase())
+        checkDatabase(caseColumns(options.reading.patterns(), {}), output);
     Listing listing(options.source, console);
     if (options.mode == Mode::Suggest)
         return suggest(options, listing, output, console);

@@ -58,8 +58,8 @@ set(CPACK_DEBIAN_PROGRAM_DESCRIPTION
     "turns folder trees of results into case tables
 Reads values out of the paths of a folder tree by the markers before them,
 groups files with equal values into numbered cases, and writes the table as
-CSV, TSV, JSON, XML or for people. It proposes markers, and tells how a path
-is read.")
+CSV, TSV, JSON, XML, for people or as an SQLite database. It proposes markers,
+and tells how a path is read.")
 
 # What every package says of itself.
 function(crawler_gzip from to)

@@ -1,14 +1,16 @@
 #include <algorithm>
+#include <cstddef>
+#include <cstring>
 #include <initializer_list>
 
 #include "host/AuxFileInfoInterface.h"
 
 namespace {
 
-bool endsWith(const std::string& text, const std::string& ending)
+bool endsWith(const std::string& text, const char* ending)
 {
-    return text.size() >= ending.size() &&
-           std::equal(ending.begin(), ending.end(), text.end() - static_cast<long>(ending.size()));
+    const std::size_t size = std::strlen(ending);
+    return text.size() >= size && text.compare(text.size() - size, size, ending, size) == 0;
 }
 
 bool endsWithOneOf(const std::string& text, std::initializer_list<const char*> endings)

@@ -6,25 +6,12 @@
 
 #include "casetable/importing/CaseTable.h"
 #include "crawler/private/PathReading.h"
-#include "host/AuxFileInfoInterface.h"
 
 namespace casetable {
 
 namespace {
 
 using Texts = std::vector<std::string>;
-
-// The first file of each case.
-Texts firstFiles(const MetadataFileCrawler& importer, const CaseTable& table)
-{
-    Texts paths(table.caseCount());
-    for (const auto& file : importer.identifiedAuxFiles()) {
-        std::string& path = paths[file->caseIndex()];
-        if (path.empty())
-            path = file->filePath();
-    }
-    return paths;
-}
 
 bool isNumberColumn(const CaseTable& table, std::size_t column)
 {
@@ -36,15 +23,15 @@ const std::string& cellAt(const CaseTable& table, std::size_t row, std::size_t c
     return table.cells[row * table.patterns.size() + column];
 }
 
-void remarkOnCellsWithoutNumber(const MetadataFileCrawler& importer, const CaseTable& table,
-                                std::size_t column, const Texts& files, Texts& lines)
+void remarkOnCellsWithoutNumber(const CaseTable& table, std::size_t column, const Texts& files,
+                                const MetadataInfoProviderInterface& values, Texts& lines)
 {
     std::size_t count = 0;
     std::string example;
     for (std::size_t row = 0; row < table.caseCount(); ++row) {
         if (!cellAt(table, row, column).empty())
             continue;
-        const std::string value = importer.metadataInfoList(files[row])[column].value;
+        const std::string value = values.metadataInfoList(files[row])[column].value;
         if (!value.empty() && ++count == 1)
             example = files[row] + ", which gives '" + value + "'";
     }
@@ -117,20 +104,21 @@ void remarkOnEqualCases(const CaseTable& table, const Texts& files, Texts& lines
 
 } // namespace
 
-std::vector<std::string> numberRemarks(const MetadataFileCrawler& importer, const CaseTable& table)
+std::vector<std::string> numberRemarks(const CaseTable& table,
+                                       const std::vector<std::string>& firstFiles,
+                                       const MetadataInfoProviderInterface& values)
 {
     Texts lines;
-    const Texts files = firstFiles(importer, table);
     bool mayHaveEqualCases = false;
     for (std::size_t column = 0; column < table.patterns.size(); ++column) {
         if (!isNumberColumn(table, column))
             continue;
-        remarkOnCellsWithoutNumber(importer, table, column, files, lines);
+        remarkOnCellsWithoutNumber(table, column, firstFiles, values, lines);
         if (!mayHaveEqualCases)
             mayHaveEqualCases = hasEqualNumbersWrittenDifferently(table, column);
     }
     if (mayHaveEqualCases)
-        remarkOnEqualCases(table, files, lines);
+        remarkOnEqualCases(table, firstFiles, lines);
     return lines;
 }
 

@@ -1,36 +1,24 @@
 #include "casetable/explaining/Summary.h"
 
 #include <filesystem>
-#include <vector>
+#include <numeric>
 
 #include "casetable/explaining/NumberRemarks.h"
-#include "casetable/explaining/Remarks.h"
-#include "casetable/explaining/TemplateFailure.h"
-#include "casetable/explaining/TemplateRemarks.h"
 #include "casetable/explaining/Unmatched.h"
 #include "casetable/importing/Import.h"
-#include "casetable/importing/Reading.h"
+#include "casetable/importing/Report.h"
 #include "casetable/listing/ReadList.h"
 #include "casetable/listing/Source.h"
 #include "casetable/system/Console.h"
+#include "host/AuxFileInfoInterface.h"
 
 namespace casetable {
 
 namespace {
 
-std::string whyNoneMatched(const Import& import, const Reading& reading, const Source& source)
+std::size_t matchedCount(const CaseTable& table)
 {
-    if (reading.templates())
-        return failureSummary(import.importer(), *reading.templates());
-    const std::string reason = likelyReason(import.importer(), reading.patterns(), source.root);
-    return failureSummary(import.importer(), reading.patterns()) +
-           (reason.empty() ? "" : "; " + reason);
-}
-
-std::string whySomeFailed(const Import& import, const Reading& reading, const Source& source)
-{
-    return reading.templates() ? failureSummary(import.importer(), *reading.templates())
-                               : likelyReason(import.importer(), reading.patterns(), source.root);
+    return std::accumulate(table.fileCounts.begin(), table.fileCounts.end(), std::size_t{0});
 }
 
 void remarkOnGlobs(const Selection& selection, Console& console)
@@ -70,36 +58,64 @@ void remarkOnEnding(const std::string& output, Console& console)
         console.remark(output + ": written as CSV, as no format goes by that ending");
 }
 
-ExitCode summarize(const Import& import, const Reading& reading, const Source& source,
-                   std::size_t hiddenLeftOut, bool showsUnmatched, Console& console)
+CountedImport countFiles(const Import& import, const Reading& reading, std::size_t hiddenLeftOut,
+                         bool showsUnmatched, const Console& console)
 {
-    const std::size_t files = import.importer().files().size();
-    if (!import.importer().hasCases()) {
-        const std::string why = files == 0 ? noFiles(source)
-                                           : whyNoneMatched(import, reading, source) +
-                                                 (showsUnmatched ? "" : "; --unmatched lists them");
-        console.error("no file matched: " + why + hiddenRemark(hiddenLeftOut));
+    const MetadataFileCrawler& importer = import.importer();
+    const bool hasCases = importer.hasCases();
+    CountedImport counted = {importer.files().size(), hiddenLeftOut, import.table(), {}, importer,
+                             Tally(reading)};
+    if (hasCases && console.showsRemarks()) {
+        for (const auto& file : importer.identifiedAuxFiles()) {
+            const std::string path = file->filePath();
+            // Cases are numbered in the order of their first files.
+            if (file->caseIndex() == counted.firstFiles.size())
+                counted.firstFiles.push_back(path);
+            counted.tally.countMatched(path, importer);
+        }
+    }
+    const bool tellsOfUnmatched = !hasCases || (console.showsRemarks() && !showsUnmatched);
+    if (tellsOfUnmatched && matchedCount(import.table()) < counted.files) {
+        for (const std::string& path : unmatchedPaths(importer))
+            counted.tally.countUnmatched(path);
+    }
+    return counted;
+}
+
+ExitCode summarize(const CountedImport& import, const Source& source, bool showsUnmatched,
+                   Console& console)
+{
+    const std::string hidden = hiddenRemark(import.hiddenLeftOut);
+    if (import.table.caseCount() == 0) {
+        const std::string why = import.files == 0
+                                    ? noFiles(source)
+                                    : import.tally.whyNoneMatched(source.root) +
+                                          (showsUnmatched ? "" : "; --unmatched lists them");
+        console.error("no file matched: " + why + hidden);
         return ExitCode::NoCases;
     }
     if (!console.showsRemarks())
-        return ExitCode::Cases; // What follows takes time and memory for each file.
-    const std::size_t matched = import.importer().identifiedAuxFiles().size();
-    const bool lacksSome = matched != files && !showsUnmatched;
-    console.remark("cases: " + std::to_string(import.table().caseCount()) + ", from " +
-                   std::to_string(matched) + " of " + std::to_string(files) + " files" +
-                   (lacksSome ? "; --unmatched lists the others" : "") +
-                   hiddenRemark(hiddenLeftOut));
+        return ExitCode::Cases; // What follows takes time for each case.
+    const std::size_t matched = matchedCount(import.table);
+    const bool lacksSome = matched != import.files && !showsUnmatched;
+    console.remark("cases: " + std::to_string(import.table.caseCount()) + ", from " +
+                   std::to_string(matched) + " of " + std::to_string(import.files) + " files" +
+                   (lacksSome ? "; --unmatched lists the others" : "") + hidden);
     remarkOnGlobs(source.selection, console);
-    for (const std::string& remark : reading.templates()
-                                         ? remarks(import.importer(), *reading.templates())
-                                         : remarks(import.importer(), reading.patterns()))
+    for (const std::string& remark : import.tally.remarks())
         console.remark(remark);
-    for (const std::string& remark : numberRemarks(import.importer(), import.table()))
+    for (const std::string& remark : numberRemarks(import.table, import.firstFiles, import.values))
         console.remark(remark);
-    const std::string why = lacksSome ? whySomeFailed(import, reading, source) : "";
+    const std::string why = lacksSome ? import.tally.whySomeFailed(source.root) : "";
     if (!why.empty())
         console.remark(why);
     return ExitCode::Cases;
+}
+
+void remarkOnMissing(const Report& report, Console& console)
+{
+    console.remark("missing: " + std::to_string(report.rowCount) + " of " +
+                   std::to_string(report.combinations) + " combinations");
 }
 
 } // namespace casetable

@@ -3,14 +3,19 @@
 
 #include <cstddef>
 #include <string>
+#include <vector>
 
+#include "casetable/explaining/Tally.h"
 #include "casetable/system/ExitCode.h"
+#include "crawler/MetadataInfoProviderInterface.h"
 
 namespace casetable {
 
 class Console;
 class Import;
 class Reading;
+struct CaseTable;
+struct Report;
 struct Source;
 
 /// Half a sentence which says that the source has no files, and which of the options that leave
@@ -25,14 +30,34 @@ std::string hiddenRemark(std::size_t hiddenLeftOut);
 /// format. Says nothing if the file has no ending.
 void remarkOnEnding(const std::string& output, Console& console);
 
-/// Tells on `console` how an import of `source` by `reading` went: an error if no file matched,
-/// with the likely reason; otherwise, as remarks, the counts and what may not have been meant.
-/// `hiddenLeftOut` is the number of hidden entries that were left out. `showsUnmatched` says that
-/// the output lists the unmatched files, so that they are not pointed to.
+/// A finished import, as far as its summary is about it.
+struct CountedImport {
+    std::size_t files;                   ///< All that took part, in a case or not.
+    std::size_t hiddenLeftOut;           ///< Hidden entries, which did not.
+    const CaseTable& table;              ///< The cases.
+    std::vector<std::string> firstFiles; ///< As numberRemarks() takes them, if it is to be asked.
+    const MetadataInfoProviderInterface& values; ///< Answers what was read from the first files.
+    Tally tally;                                 ///< Of those files that countFiles() counts.
+};
+
+/// Counts for summarize() the files of `import`, which was made by `reading`; both must outlive the
+/// answer. As that takes time, only the files of which something will be said on `console`: the
+/// matched ones if remarks are shown, and the others if they are not listed by the output, or if
+/// there are no cases.
+CountedImport countFiles(const Import& import, const Reading& reading, std::size_t hiddenLeftOut,
+                         bool showsUnmatched, const Console& console);
+
+/// Tells on `console` how an import of `source` went: an error if no file matched, with the likely
+/// reason; otherwise, as remarks, the counts and what may not have been meant. `showsUnmatched`
+/// says that the output lists the unmatched files, so that they are not pointed to.
 ///
 /// Returns Cases if there are cases, whatever the output lists, and otherwise NoCases.
-ExitCode summarize(const Import& import, const Reading& reading, const Source& source,
-                   std::size_t hiddenLeftOut, bool showsUnmatched, Console& console);
+ExitCode summarize(const CountedImport& import, const Source& source, bool showsUnmatched,
+                   Console& console);
+
+/// Remarks on `console` how many rows `report`, a report of missing combinations, has, and of how
+/// many combinations.
+void remarkOnMissing(const Report& report, Console& console);
 
 } // namespace casetable
 

@@ -1,16 +1,16 @@
 #include "casetable/explaining/TemplateFailure.h"
 
+#include <functional>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <utility>
-
-#include "casetable/explaining/Unmatched.h"
 
 namespace casetable {
 
 namespace {
 
-// Each path is tried with many beginnings of each template, so of many paths a sample will do.
+// Those with the least hashes are a fair sample, and the same one in whatever order files come.
 const std::size_t mostTried = 1000;
 
 // A lone wildcard reaches far, so what counts first is how much of the template fits.
@@ -60,46 +60,68 @@ std::string failureReason(const TemplateFailure& failure, const std::string& pat
                            : failed + " does not fit behind '" + fitting + "'";
 }
 
-Report unmatchedReport(const MetadataFileCrawler& importer, const TemplateList& templates)
+UnmatchedRows unmatchedRows(const TemplateList& templates)
 {
-    Report report;
-    report.rowsName = "unmatched";
-    report.columns = {{"path", Column::Kind::Text},
-                      {"template", Column::Kind::Text},
-                      {"reason", Column::Kind::Text}};
-    std::vector<std::string> paths = unmatchedPaths(importer);
-    report.rowCount = paths.size();
+    UnmatchedRows rows;
+    rows.columns = {{"path", Column::Kind::Text},
+                    {"template", Column::Kind::Text},
+                    {"reason", Column::Kind::Text}};
     const auto failures = std::make_shared<TemplateFailures>(templates);
-    report.row = [paths = std::move(paths), failures](std::size_t index) {
-        const std::string& path = paths[index];
+    rows.row = [failures](const std::string& path) {
         const TemplateFailure failure = failures->furthest(path);
         Row row;
         row.cells = {path, failure.pathTemplate->text(), failureReason(failure, path)};
         return row;
     };
-    return report;
+    return rows;
 }
 
-std::string failureSummary(const MetadataFileCrawler& importer, const TemplateList& templates)
+void UnfittedFiles::count(const std::string& path)
 {
-    const std::vector<std::string> paths = unmatchedPaths(importer);
-    if (paths.empty())
+    ++files_;
+    const std::size_t hash = std::hash<std::string>()(path);
+    if (sample_.size() < mostTried || hash <= sample_.rbegin()->first)
+        keep(hash, path);
+}
+
+void UnfittedFiles::merge(UnfittedFiles&& other)
+{
+    files_ += other.files_;
+    while (!other.sample_.empty()) {
+        auto entry = other.sample_.extract(other.sample_.begin());
+        keep(entry.value().first, std::move(entry.value().second));
+    }
+}
+
+std::string UnfittedFiles::summary() const
+{
+    if (files_ == 0)
         return "";
-    TemplateFailures failures(templates);
+    TemplateFailures failures(*templates_);
     std::optional<TemplateFailure> furthest;
     std::string example;
-    const std::size_t step = paths.size() / mostTried + 1;
-    for (std::size_t index = 0; index < paths.size(); index += step) {
-        std::optional<TemplateFailure> failure = furthestIfKnown(failures, paths[index]);
-        if (failure && (!furthest || failure->beginning.elements > furthest->beginning.elements)) {
+    for (const auto& [hash, path] : sample_) {
+        std::optional<TemplateFailure> failure = furthestIfKnown(failures, path);
+        if (!failure)
+            continue;
+        const std::size_t elements = failure->beginning.elements;
+        if (!furthest || elements > furthest->beginning.elements ||
+            (elements == furthest->beginning.elements && path < example)) {
             furthest = std::move(failure);
-            example = paths[index];
+            example = path;
         }
     }
-    return (templates.templates().size() == 1 ? "the template does not fit "
-                                              : "no template fits ") +
-           std::to_string(paths.size()) + (paths.size() == 1 ? " file" : " files") +
+    return (templates_->templates().size() == 1 ? "the template does not fit "
+                                                : "no template fits ") +
+           std::to_string(files_) + (files_ == 1 ? " file" : " files") +
            (furthest ? ", as " + example + ": " + failureReason(*furthest, example) : "");
+}
+
+void UnfittedFiles::keep(std::size_t hash, std::string path)
+{
+    sample_.emplace(hash, std::move(path));
+    if (sample_.size() > mostTried)
+        sample_.erase(std::prev(sample_.end()));
 }
 
 std::string elementText(const Template& pathTemplate, const TemplateElement& element)

@@ -2,13 +2,14 @@
 #define CASETABLE_EXPLAINING_TEMPLATEFAILURE_H
 
 #include <cstddef>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "casetable/importing/Report.h"
+#include "casetable/explaining/Unmatched.h"
 #include "casetable/templates/Matcher.h"
 #include "casetable/templates/TemplateList.h"
-#include "crawler/MetadataFileCrawler.h"
 
 namespace casetable {
 
@@ -38,15 +39,37 @@ private:
 /// ends. All bytes are as they stand in the template and the path.
 std::string failureReason(const TemplateFailure& failure, const std::string& path);
 
-/// A report with a row for each file of the importer that no template fits: the path, the template
-/// that comes furthest in it, and why that one failed. The templates must outlive the
-/// report; making a row throws MatchError.
-Report unmatchedReport(const MetadataFileCrawler& importer, const TemplateList& templates);
+/// The path, the template that comes furthest in it, and why that one failed. The templates must
+/// outlive the rows; making a row throws MatchError.
+UnmatchedRows unmatchedRows(const TemplateList& templates);
 
-/// One line that says how many files no template fits, and, for one example of them, why, as far as
-/// the engine can tell; empty where there are none. The example is the file of which a template
-/// fits the most elements; of many files, not all are tried.
-std::string failureSummary(const MetadataFileCrawler& importer, const TemplateList& templates);
+/// The files that no template fits: how many they are, and a sample of them. Each path is tried
+/// with many beginnings of each template to tell why it does not fit, so of many paths only a
+/// thousand are kept and tried. Used by one thread at a time.
+class UnfittedFiles {
+public:
+    /// The templates must outlive it.
+    explicit UnfittedFiles(const TemplateList& templates) : templates_(&templates) {}
+
+    /// Counts a file that no template fits. Each file is counted once, in any order.
+    void count(const std::string& path);
+
+    /// Counts also the files of `other`, which has the same templates and other files. In which
+    /// order files are counted and merged makes no difference.
+    void merge(UnfittedFiles&& other);
+
+    /// One line that says how many files no template fits, and, for one example of them, why, as
+    /// far as the engine can tell; empty where there are none. The example is, of the sample, the
+    /// file of which a template fits the most elements; of equal ones the least by bytes.
+    std::string summary() const;
+
+private:
+    void keep(std::size_t hash, std::string path);
+
+    const TemplateList* templates_;
+    std::size_t files_ = 0;
+    std::set<std::pair<std::size_t, std::string>> sample_; // Paths behind their hashes.
+};
 
 /// An element as it stands in its template.
 std::string elementText(const Template& pathTemplate, const TemplateElement& element);

@@ -4,10 +4,11 @@
 #include <cstddef>
 #include <iterator>
 #include <string_view>
+#include <utility>
 
+#include "casetable/explaining/CountedFiles.h"
 #include "casetable/explaining/TemplateFailure.h"
 #include "casetable/templates/Matcher.h"
-#include "host/AuxFileInfoInterface.h"
 
 namespace casetable {
 
@@ -18,9 +19,15 @@ using Kind = TemplateElement::Kind;
 // What became of an optional part in the files that its template reads.
 struct PartUse {
     bool isTaken = false;
-    std::size_t swallowing = 0; // Files in which another element holds the text it begins with.
-    std::string example;        // The first of these files.
-    std::string holder;         // The element that holds the text there.
+    CountedFiles swallowing; // In which another element holds the text it begins with.
+    std::string holder;      // The element that holds the text in the example.
+
+    void merge(PartUse&& other)
+    {
+        isTaken = isTaken || other.isTaken;
+        if (swallowing.merge(std::move(other.swallowing)))
+            holder = std::move(other.holder);
+    }
 };
 
 bool takesVariousBytes(const TemplateElement& element)
@@ -72,11 +79,12 @@ void append(const std::vector<TemplateElement>& elements, std::vector<Piece>& pi
     findNeighbours(siblings, pieces);
 }
 
+} // namespace
+
 // One template, and how the files that it reads use its optional parts.
-class TemplateUse {
+class TemplateRemarks::Use {
 public:
-    explicit TemplateUse(const Template& pathTemplate)
-        : template_(pathTemplate), matcher_(pathTemplate)
+    explicit Use(const Template& pathTemplate) : template_(&pathTemplate), matcher_(pathTemplate)
     {
         append(pathTemplate.elements(), pieces_);
         parts_.resize(pieces_.size());
@@ -107,23 +115,30 @@ public:
         return true;
     }
 
+    void merge(Use&& other)
+    {
+        files_ += other.files_;
+        for (std::size_t part = 0; part < parts_.size(); ++part)
+            parts_[part].merge(std::move(other.parts_[part]));
+    }
+
     void appendRemarks(std::vector<std::string>& lines) const
     {
         if (files_ == 0)
-            lines.push_back("the template " + template_.text() + " reads no file");
+            lines.push_back("the template " + template_->text() + " reads no file");
         for (std::size_t part = 0; part < pieces_.size() && files_ > 0; ++part) {
             if (pieces_[part].element->kind != Kind::Part)
                 continue;
             const PartUse& use = parts_[part];
-            const std::string text = elementText(template_, *pieces_[part].element);
+            const std::string text = elementText(*template_, *pieces_[part].element);
             if (!use.isTaken)
                 lines.push_back("no file takes the optional part " + text + hintAtSet(text));
-            if (use.swallowing > 0)
+            if (use.swallowing.count > 0)
                 lines.push_back("the optional part " + text + " is left out in " +
-                                std::to_string(use.swallowing) +
-                                (use.swallowing == 1 ? " file" : " files") + " in which " +
+                                std::to_string(use.swallowing.count) +
+                                (use.swallowing.count == 1 ? " file" : " files") + " in which " +
                                 use.holder + " beside it holds its beginning, as in " +
-                                use.example);
+                                use.swallowing.example);
         }
     }
 
@@ -140,10 +155,8 @@ private:
                 std::string_view::npos)
                 continue;
             PartUse& use = parts_[part];
-            if (++use.swallowing == 1) {
-                use.example = path;
-                use.holder = elementText(template_, *pieces_[other].element);
-            }
+            if (use.swallowing.add(path))
+                use.holder = elementText(*template_, *pieces_[other].element);
             return;
         }
     }
@@ -157,29 +170,41 @@ private:
         return readsLikeASet ? "; a set of bytes is written {name," + part + "}" : "";
     }
 
-    const Template& template_;
+    const Template* template_;
     Matcher matcher_;
     std::vector<Piece> pieces_;
     std::vector<PartUse> parts_; // One for each element; those of parts are used.
     std::size_t files_ = 0;
 };
 
-} // namespace
-
-std::vector<std::string> remarks(const MetadataFileCrawler& importer, const TemplateList& templates)
+TemplateRemarks::TemplateRemarks(const TemplateList& templates)
 {
-    std::vector<TemplateUse> uses;
     for (const Template& each : templates.templates())
-        uses.emplace_back(each);
-    for (const auto& file : importer.identifiedAuxFiles()) {
-        const std::string path = file->filePath();
-        for (TemplateUse& use : uses) {
-            if (use.count(path))
-                break;
-        }
+        uses_.emplace_back(each);
+}
+
+TemplateRemarks::TemplateRemarks(TemplateRemarks&& other) noexcept = default;
+TemplateRemarks& TemplateRemarks::operator=(TemplateRemarks&& other) noexcept = default;
+TemplateRemarks::~TemplateRemarks() = default;
+
+void TemplateRemarks::count(const std::string& path)
+{
+    for (Use& use : uses_) {
+        if (use.count(path))
+            return;
     }
+}
+
+void TemplateRemarks::merge(TemplateRemarks&& other)
+{
+    for (std::size_t index = 0; index < uses_.size(); ++index)
+        uses_[index].merge(std::move(other.uses_[index]));
+}
+
+std::vector<std::string> TemplateRemarks::lines() const
+{
     std::vector<std::string> lines;
-    for (const TemplateUse& use : uses)
+    for (const Use& use : uses_)
         use.appendRemarks(lines);
     return lines;
 }

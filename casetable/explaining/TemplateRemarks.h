@@ -5,17 +5,38 @@
 #include <vector>
 
 #include "casetable/templates/TemplateList.h"
-#include "crawler/MetadataFileCrawler.h"
 
 namespace casetable {
 
-/// Remarks on what the user of a finished import has probably not meant with the templates, one
-/// line each: a template that reads no file; an optional part that no file has; an optional part
-/// that is left out in files in which a wildcard or a column beside it holds the text that the part
-/// begins with. Reads every matched path again; where the engine gives up then, nothing is said of
-/// the template's parts.
-std::vector<std::string> remarks(const MetadataFileCrawler& importer,
-                                 const TemplateList& templates);
+/// Finds what the user has probably not meant with templates: a template that reads no file; an
+/// optional part that no file has; an optional part that is left out in files in which a wildcard
+/// or a column beside it holds the text that the part begins with.
+///
+/// Keeps some bytes for each element, however many files are counted. Used by one thread at a time.
+class TemplateRemarks {
+public:
+    /// The templates must outlive it.
+    explicit TemplateRemarks(const TemplateList& templates);
+    TemplateRemarks(TemplateRemarks&& other) noexcept;
+    TemplateRemarks& operator=(TemplateRemarks&& other) noexcept;
+    ~TemplateRemarks();
+
+    /// Reads a file that a template fits. Each file is counted once, in any order. Where the engine
+    /// gives up on the parts of the template, nothing will be said of these.
+    void count(const std::string& path);
+
+    /// Counts also the files of `other`, which has the same templates and other files. In which
+    /// order files are counted and merged makes no difference.
+    void merge(TemplateRemarks&& other);
+
+    /// The remarks, one line each. Where they are on files, with the number of these and the least
+    /// path by bytes.
+    std::vector<std::string> lines() const;
+
+private:
+    class Use;
+    std::vector<Use> uses_; // One for each template.
+};
 
 } // namespace casetable
 

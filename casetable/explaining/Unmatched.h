@@ -2,6 +2,7 @@
 #define CASETABLE_EXPLAINING_UNMATCHED_H
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -11,13 +12,13 @@
 
 namespace casetable {
 
+class Reading;
+
 /// What to put behind a sentence about values that markers lose.
 extern const std::string otherReading;
 
-/// A file that belongs to no case, and the reason.
-struct UnmatchedFile {
-    /// Relative to the root.
-    std::string path;
+/// Why markers do not match a path.
+struct MarkerFailure {
     /// The metadata index of the first marker that failed.
     std::size_t metadataIndex;
     enum class Reason {
@@ -29,28 +30,25 @@ struct UnmatchedFile {
     Reason reason;
 };
 
+/// Why `patterns`, which are not empty, do not match `path`. They must not match it.
+MarkerFailure markerFailure(const std::string& path, const std::vector<MetadataPattern>& patterns);
+
 /// The paths of the importer's crawl result that belong to no case, in ascending byte order.
 std::vector<std::string> unmatchedPaths(const MetadataFileCrawler& importer);
 
-/// The same files with the reasons. `patterns`, here and below, is the list last applied to the
-/// importer, and not empty.
-std::vector<UnmatchedFile> unmatchedFiles(const MetadataFileCrawler& importer,
-                                          const std::vector<MetadataPattern>& patterns);
+/// How files that belong to no case are shown, each by its path alone.
+struct UnmatchedRows {
+    std::vector<Column> columns;
+    std::function<Row(const std::string& path)> row; ///< Used by one thread at a time; may throw.
+};
 
-/// A report with a row for each of these files: the path, the first marker that failed, and the
-/// reason. `patterns` must outlive it.
-Report unmatchedReport(const MetadataFileCrawler& importer,
-                       const std::vector<MetadataPattern>& patterns);
+/// The path, the first marker that failed, and the reason. `patterns`, which are not empty, must
+/// outlive the rows.
+UnmatchedRows unmatchedRows(const std::vector<MetadataPattern>& patterns);
 
-/// One line that says for how many of these files each marker was the first that failed, the
-/// highest number first; empty where there are none.
-std::string failureSummary(const MetadataFileCrawler& importer,
-                           const std::vector<MetadataPattern>& patterns);
-
-/// One line with a likely reason why the marker that failureSummary() names first failed; empty
-/// where none is likely. `root` is the root folder as the user named it.
-std::string likelyReason(const MetadataFileCrawler& importer,
-                         const std::vector<MetadataPattern>& patterns, const std::string& root);
+/// A report with a row for each of unmatchedPaths(), as unmatchedRows() of the reading makes it.
+/// The reading is that of the importer and must outlive the report.
+Report unmatchedReport(const MetadataFileCrawler& importer, const Reading& reading);
 
 } // namespace casetable
 

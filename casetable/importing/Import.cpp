@@ -6,11 +6,12 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
-#include <utility>
 
 #include <boost/make_shared.hpp>
 
+#include <vtkAbstractArray.h>
 #include <vtkSmartPointer.h>
+#include <vtkStringArray.h>
 #include <vtkTable.h>
 #include <vtkVariant.h>
 
@@ -112,10 +113,13 @@ chooseAuxFiles(const MetadataFileCrawler& importer,
 
 // The text of a cell of the importer's table, which writes "NULL" for a number that does not
 // convert. No number is written so, and a text is never changed.
-std::string cellText(const MetadataPattern& pattern, std::string text)
+std::string cellText(vtkAbstractArray& column, std::size_t row)
 {
-    const bool isNoNumber = pattern.valueType == MetadataPattern::NumberValue && text == "NULL";
-    return isNoNumber ? std::string() : std::move(text);
+    const auto index = static_cast<vtkIdType>(row);
+    if (auto* const texts = vtkArrayDownCast<vtkStringArray>(&column))
+        return texts->GetValue(index);
+    std::string text = column.GetVariantValue(index).ToString();
+    return text == "NULL" ? std::string() : text;
 }
 
 CaseTable makeTable(const LoadContext& context, const MetadataFileCrawler& importer,
@@ -125,13 +129,12 @@ CaseTable makeTable(const LoadContext& context, const MetadataFileCrawler& impor
     CaseTable table;
     table.patterns = patterns;
     const auto rowCount = static_cast<std::size_t>(context.table->GetNumberOfRows());
-    table.cells.reserve(rowCount * patterns.size());
-    for (std::size_t row = 0; row < rowCount; ++row) {
-        for (std::size_t column = 0; column < patterns.size(); ++column)
-            table.cells.push_back(cellText(
-                patterns[column],
-                context.table->GetValue(static_cast<vtkIdType>(row), static_cast<vtkIdType>(column))
-                    .ToString()));
+    table.cells.resize(rowCount * patterns.size());
+    for (vtkIdType column = 0; column < context.table->GetNumberOfColumns(); ++column) {
+        vtkAbstractArray& cells = *context.table->GetColumn(column);
+        for (std::size_t row = 0; row < rowCount; ++row)
+            table.cells[row * patterns.size() + static_cast<std::size_t>(column)] =
+                cellText(cells, row);
     }
     table.fileCounts.resize(rowCount);
     for (const auto& file : importer.identifiedAuxFiles())

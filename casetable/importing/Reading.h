@@ -31,6 +31,13 @@ public:
     /// None where paths are read by markers.
     const std::optional<TemplateList>& templates() const { return templates_; }
 
+    /// What `visitor` returns for that by which paths are read: a const TemplateList&, or the
+    /// markers as a const std::vector<MetadataPattern>&.
+    template <class Visitor> auto visit(const Visitor& visitor) const
+    {
+        return templates_ ? visitor(*templates_) : visitor(patterns_);
+    }
+
     /// A new parser for an importer that is to read paths in this way.
     std::unique_ptr<CrawlerImporterParserInterface> makeParser() const;
 

@@ -46,7 +46,7 @@ void take(std::string& name, std::set<std::string>& taken)
 
 } // namespace
 
-Content contentOf(const Column& column, const std::string& cell)
+Content contentOf(const Column& column, std::string_view cell)
 {
     if (cell.empty())
         return Content::Nothing;
@@ -82,8 +82,9 @@ Report caseReport(const CaseTable& table)
     report.rowsName = "cases";
     report.columns = caseColumns(table.patterns, table.tags);
     report.rowCount = table.caseCount();
-    report.row = [&table](std::size_t index) {
+    report.row = [&table, columnCount = report.columns.size()](std::size_t index) {
         Row row;
+        row.cells.reserve(columnCount);
         row.cells.push_back(std::to_string(index));
         table.appendCells(index, row.cells);
         for (std::size_t tag = 0; tag < table.tags.size(); ++tag) {

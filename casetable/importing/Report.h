@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <boost/shared_ptr.hpp>
@@ -46,7 +47,7 @@ struct Column {
 enum class Content { Nothing, Number, Text };
 
 /// What `cell` holds, a cell of `column`. Every format goes by it.
-Content contentOf(const Column& column, const std::string& cell);
+Content contentOf(const Column& column, std::string_view cell);
 
 /// One row of the output. All texts are bytes, which need not be UTF-8.
 struct Row {
@@ -56,10 +57,11 @@ struct Row {
 
 /// What is written, whatever the format. What it was made from must outlive it.
 struct Report {
-    std::string rowsName; ///< What the rows stand for: "cases", "files" or "unmatched".
+    std::string rowsName; ///< What the rows stand for: "cases", "files", "unmatched" or "missing".
     std::vector<Column> columns;
     std::size_t rowCount = 0;
     std::function<Row(std::size_t)> row; ///< Makes the row at an index below rowCount; may throw.
+    std::size_t combinations = 0; ///< Of missingReport(): how many there are, missing or not.
 };
 
 /// The columns of caseReport(): "case", the values, the files under each tag, and "files".

@@ -65,8 +65,7 @@ std::string help()
             options += linesOf(option);
     }
     return "Groups the files below ROOT into cases by the values in their paths.\n"
-           "Usage: casetable [OPTIONS] ROOT\n\n"
-           "Positionals:\n" +
+           "Usage: casetable [OPTIONS] ROOT\n" +
            linesOf(optionOf(OptionId::Root)) + "\nOptions:\n" + options + footer;
 }
 

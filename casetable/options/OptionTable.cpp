@@ -28,7 +28,10 @@ std::string formatManual()
             endings += (endings.empty() ? "" : ", ") + ending + " for " + format.name;
     }
     return choice(names) + ".\n.B auto\ngoes by the ending of\n.I FILE\n(" + endings +
-           "); otherwise it is a table on a terminal and CSV elsewhere.\n";
+           "); otherwise it is a table on a terminal and CSV elsewhere.\n"
+           ".B sqlite\nis a database, with tables of the cases, of their files, with\n.B \\-\\-aux\n"
+           "of the files under each tag, with\n.B \\-\\-unmatched\nof the files in no case, and of "
+           "what the run was; it needs\n.B \\-\\-output\nand a regular file.\n";
 }
 
 std::vector<Option> makeTable()
@@ -182,7 +185,7 @@ read and how many cases they make. The counts are those of a real import; to fin
 sample of the paths is looked at.
 )",
          {Id::String, Id::Number, Id::Template, Id::Aux, Id::Format, Id::Files, Id::Unmatched,
-          Id::Explain}},
+          Id::Missing, Id::Sort, Id::Explain}},
 
         {Id::Files, Group::Output, '\0', "--files", "", once, none,
          "A row for each matched file instead of each case",
@@ -201,6 +204,42 @@ or, where all are found, the first without a value. With templates: each with th
 furthest in its path, and the element of it that failed.
 )",
          {Id::Files, Id::Aux}},
+
+        {Id::Missing,
+         Group::Output,
+         '\0',
+         "--missing",
+         "COLUMNS",
+         repeatable,
+         none,
+         "The combinations of these columns' values in no case",
+         R"(Each combination of the values of these columns that no case has, a row each, sorted by the columns.
+.I COLUMNS
+are the names of two or more columns of values, as the table's header shows them, divided by commas, or
+each with an option of its own. Numbers that are equal, as 5 and 5.0, are one value. A case that has no
+value in one of the columns takes no part. More than 100,000 rows are an error.
+)",
+         {Id::Files, Id::Unmatched, Id::Aux}},
+
+        {Id::Sort,
+         Group::Output,
+         '\0',
+         "--sort",
+         "COLUMNS",
+         repeatable,
+         none,
+         "Sort the rows by these columns; -COLUMN is descending",
+         R"(Sort the rows by
+.IR COLUMNS ,
+names as the table's header shows them, divided by commas: by the first, then by the next where that is
+equal. A
+.B \-
+in front of a name sorts in descending order. Numbers go by value; texts as people count, run2 before
+run10; no value comes last in either order. Rows that are equal stay in the order of their cases, whose
+numbers stay what they are. A name that holds commas or begins with a \- is given alone. May be given
+several times.
+)",
+         {Id::Unmatched}},
 
         {Id::Explain,
          Group::Markers,
@@ -222,7 +261,7 @@ is given and
 begins with it, that beginning is left off. Nothing need exist; the exit status is 1 if the path is
 not matched.
 )",
-         {Id::Aux, Id::Files, Id::Unmatched, Id::Format, Id::FromList}},
+         {Id::Aux, Id::Files, Id::Unmatched, Id::Missing, Id::Sort, Id::Format, Id::FromList}},
 
         {Id::KeepGoing, Group::Source, '\0', "--keep-going", "", once, none,
          "Leave unreadable folders out, with a warning each",

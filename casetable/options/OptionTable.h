@@ -26,6 +26,8 @@ enum class OptionId {
     Suggest,
     Files,
     Unmatched,
+    Missing,
+    Sort,
     Explain,
     KeepGoing,
     Follow,

@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include "casetable/importing/PlainTagValidator.h"
+#include "casetable/options/ColumnNames.h"
 #include "casetable/options/CommandLine.h"
 #include "casetable/options/Help.h"
 #include "casetable/options/Templates.h"
@@ -102,6 +103,7 @@ void take(Options& options, const Option& option, const std::string& value)
     case OptionId::String: // readingOf() takes these three together.
     case OptionId::Number:
     case OptionId::Template:
+    case OptionId::Sort: // takeColumns() takes this.
         break;
     case OptionId::Aux:
         options.identifiers.push_back(parseIdentifier(option, value));
@@ -138,6 +140,9 @@ void take(Options& options, const Option& option, const std::string& value)
     case OptionId::Unmatched:
         options.rows = Rows::Unmatched;
         break;
+    case OptionId::Missing: // takeColumns() takes its value.
+        options.rows = Rows::Missing;
+        break;
     case OptionId::Explain:
         options.mode = Mode::Explain;
         options.explained = value;
@@ -155,6 +160,13 @@ void take(Options& options, const Option& option, const std::string& value)
         options.source.root = value;
         break;
     }
+}
+
+// The columns that are named, once it is known which there are.
+void takeColumns(Options& options, const CommandLine& line)
+{
+    options.missingColumns = parseMissing(line.valuesOf(OptionId::Missing), options);
+    options.sortKeys = parseSort(line.valuesOf(OptionId::Sort), options);
 }
 
 // `path` without the slashes and the components "." that it begins with.
@@ -226,6 +238,21 @@ void refuseContradictions(const CommandLine& line, OptionGroup group)
     }
 }
 
+// Refuses what a database cannot be asked for, if the format is one: it is a file, whose rows have
+// no order, of cases.
+void refuseWithDatabase(const Options& options)
+{
+    if (options.format == nullptr || !options.format->isDatabase())
+        return;
+    const std::string format = std::string("--format ") + options.format->name;
+    if (!options.output)
+        failUsage(format + ": there is no --output; a database cannot go to standard output");
+    if (!options.sortKeys.empty())
+        failUsage("--sort and " + format + " exclude each other");
+    if (options.rows == Rows::Missing)
+        failUsage("--missing and " + format + " exclude each other");
+}
+
 // Prints what --help or --version asked for.
 void print(const std::string& text)
 {
@@ -269,6 +296,7 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
                   "find some with --suggest");
     refuseContradictions(line, OptionGroup::Output);
     refuseContradictions(line, OptionGroup::Markers);
+    takeColumns(options, line);
 
     if (options.mode == Mode::Explain) {
         options.explained = belowRoot(options.explained, options.source.root);
@@ -280,6 +308,8 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
         options.source.selection.hidden = true;
     if (options.format == nullptr && options.output)
         options.format = formatOfEnding(*options.output);
+    refuseWithDatabase(options);
+    options.words = words;
     return options;
 }
 
@@ -319,6 +349,10 @@ std::vector<std::string> arguments(const Options& options)
         add(OptionId::Aux, identifier.syntaxName + '=' + identifier.tag);
     addIf(OptionId::Files, options.rows == Rows::Files);
     addIf(OptionId::Unmatched, options.rows == Rows::Unmatched);
+    for (const std::string& value : missingValues(options))
+        add(OptionId::Missing, value);
+    for (const std::string& value : sortValues(options))
+        add(OptionId::Sort, value);
     if (options.output)
         add(OptionId::Output, *options.output);
     // The format that the ending stands for need not be asked for, and beside --explain must not

@@ -1,11 +1,13 @@
 #ifndef CASETABLE_OPTIONS_OPTIONS_H
 #define CASETABLE_OPTIONS_OPTIONS_H
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "casetable/importing/Reading.h"
+#include "casetable/importing/Sorting.h"
 #include "casetable/listing/Source.h"
 #include "casetable/writing/Formats.h"
 #include "crawler/AuxFileIdentifierValidator.h"
@@ -15,8 +17,9 @@ namespace casetable {
 /// What a run gives: a table, templates to make one, or how one path is read.
 enum class Mode { Table, Suggest, Explain };
 
-/// What the rows of a table stand for: cases, matched files, or files in no case.
-enum class Rows { Cases, Files, Unmatched };
+/// What the rows of a table stand for: cases, matched files, files in no case, or combinations of
+/// values that no case has.
+enum class Rows { Cases, Files, Unmatched, Missing };
 
 /// What the command line means, checked.
 struct Options {
@@ -32,8 +35,12 @@ struct Options {
     const Format* format = nullptr;
     std::optional<std::string> output; ///< The path of a file; none for standard output.
     Rows rows = Rows::Cases;
+    std::vector<std::size_t> missingColumns; ///< In Rows::Missing: two or more different patterns.
+    std::vector<SortKey> sortKeys;           ///< The columns are those of the table.
     std::string explained; ///< In Mode::Explain: the path, relative to `source.root`; not empty.
     bool quiet = false;
+    /// The command line as it was typed, without the program's name.
+    std::vector<std::string> words;
 };
 
 /// Reads the command line, of which `argv` holds `argc` arguments, the program's name first. Reads

@@ -11,7 +11,7 @@ enum class ExitCode {
     Cases = 0,        ///< There are cases, markers to suggest, or an explained path that matches.
     NoCases = 1,      ///< There are none.
     WrongUsage = 2,   ///< An option or argument cannot be used.
-    ImportFailed = 3, ///< The walk, the list, the matching or an identifier failed.
+    ImportFailed = 3, ///< The walk, the list, the matching, an identifier or --missing failed.
     OutputFailed = 4  ///< The output could not be written.
 };
 

@@ -144,6 +144,27 @@ bool Output::showsColours() const
     return coloursAreWanted() && isTerminal();
 }
 
+std::string Output::replacedFile() const
+{
+    struct stat status = {};
+    const bool isDirect = target_.empty() || inheritedDescriptor(target_) >= 0 ||
+                          (::stat(target_.c_str(), &status) == 0 && !isRegular(status));
+    return isDirect ? std::string() : target_;
+}
+
+std::string Output::temporaryFile()
+{
+    opened_ = openTemporary();
+    if (!opened_.isOpen())
+        fail(errno);
+    return temporary_;
+}
+
+void Output::fail(const std::string& reason) const
+{
+    throw Failure(ExitCode::OutputFailed, name_ + ": " + reason);
+}
+
 void Output::write(std::string_view bytes)
 {
     buffer_ += bytes;
@@ -170,13 +191,12 @@ void Output::commit()
 
 Descriptor Output::open()
 {
-    struct stat status = {};
     if (inheritedDescriptor(target_) >= 0)
         return Descriptor(::fcntl(inheritedDescriptor(target_), F_DUPFD_CLOEXEC, 0));
-    if (::stat(target_.c_str(), &status) == 0 && !isRegular(status))
-        return Descriptor(
-            retried([this] { return ::open(target_.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC); }));
-    return openTemporary();
+    if (!replacedFile().empty())
+        return openTemporary();
+    return Descriptor(
+        retried([this] { return ::open(target_.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC); }));
 }
 
 Descriptor Output::openTemporary()
@@ -233,7 +253,7 @@ void Output::flush()
 
 void Output::fail(int error) const
 {
-    throw Failure(ExitCode::OutputFailed, name_ + ": " + std::generic_category().message(error));
+    fail(std::generic_category().message(error));
 }
 
 } // namespace casetable

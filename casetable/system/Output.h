@@ -17,9 +17,9 @@ namespace casetable {
 /// not a regular file, such as a device or a pipe, is written to directly; so is an inherited
 /// descriptor that is named by /dev/stdout, /dev/stderr, /dev/fd/N or /proc/self/fd/N.
 ///
-/// The constructor, write() and commit() throw Failure with ExitCode::OutputFailed, the path and
-/// the reason when the system refuses; the latter two throw Interrupted when a signal came in. Used
-/// by one thread at a time.
+/// The constructor, write(), temporaryFile() and commit() throw Failure with
+/// ExitCode::OutputFailed, the path and the reason when the system refuses; write() and commit()
+/// throw Interrupted when a signal came in. Used by one thread at a time.
 class Output {
 public:
     /// Checks that the file at `path` can be written, without touching it. The path must not be
@@ -36,6 +36,18 @@ public:
 
     /// Whether the output goes to a terminal, and the user wants colours there.
     bool showsColours() const;
+
+    /// The path of the file that commit() puts in place, with links followed; empty where the
+    /// output goes to what is written to directly.
+    std::string replacedFile() const;
+
+    /// Makes the temporary file, empty, for a caller that fills it by its path instead of by
+    /// write(), and returns the path. replacedFile() must not be empty. By commit() the caller has
+    /// closed it.
+    std::string temporaryFile();
+
+    /// Throws Failure with ExitCode::OutputFailed, the path and `reason`.
+    [[noreturn]] void fail(const std::string& reason) const;
 
     /// Appends `bytes`, which may be kept in memory for a while.
     void write(std::string_view bytes);

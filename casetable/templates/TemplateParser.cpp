@@ -22,14 +22,14 @@ namespace {
 // wanted of few files, and quicker than to keep it of all.
 class File final : public AuxFileInfoInterface {
 public:
-    explicit File(const std::string& path) : path_(path), type_(auxFileType(path)) {}
+    explicit File(const std::string& path) : path_(path) {}
 
     std::string filePath() const override { return path_; }
     bool isMatched() const override { return isMatched_; }
     void setCaseIndex(std::size_t index) override { caseIndex_ = index; }
     std::size_t caseIndex() const override { return caseIndex_; }
     std::string label() const override { return std::string(); }
-    Type type() const override { return type_; }
+    Type type() const override { return auxFileType(path_); }
 
     const std::string& path() const { return path_; }
     void setMatched(bool isMatched) { isMatched_ = isMatched; }
@@ -37,7 +37,6 @@ public:
 private:
     const std::string path_;
     std::size_t caseIndex_ = 0;
-    const Type type_;
     bool isMatched_ = false;
 };
 

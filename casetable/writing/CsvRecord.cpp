@@ -4,31 +4,32 @@ namespace casetable {
 
 namespace {
 
-std::string field(const std::string& text)
+void appendField(const std::string& text, std::string& record)
 {
-    if (text.find_first_of(",\"\r\n") == std::string::npos)
-        return text;
-    std::string quoted = "\"";
+    if (text.find_first_of(",\"\r\n") == std::string::npos) {
+        record += text;
+        return;
+    }
+    record += '"';
     for (const char c : text) {
         if (c == '"')
-            quoted += '"';
-        quoted += c;
+            record += '"';
+        record += c;
     }
-    quoted += '"';
-    return quoted;
+    record += '"';
 }
 
 } // namespace
 
 std::string csvRecord(const std::vector<std::string>& texts)
 {
-    std::string joined;
+    std::string record;
     for (const std::string& text : texts) {
         if (&text != &texts.front())
-            joined += ',';
-        joined += field(text);
+            record += ',';
+        appendField(text, record);
     }
-    return joined;
+    return record;
 }
 
 } // namespace casetable

@@ -29,7 +29,8 @@ const std::vector<Format>& formats()
                                                 {"tsv", {".tsv"}, writeTsv},
                                                 {"json", {".json"}, writeJson},
                                                 {"jsonl", {".jsonl", ".ndjson"}, writeJsonLines},
-                                                {"vtt", {".vtt"}, writeVtt}};
+                                                {"vtt", {".vtt"}, writeVtt},
+                                                {"sqlite", {".db", ".sqlite"}, nullptr}};
     return formats;
 }
 

@@ -12,9 +12,15 @@ struct Report;
 
 /// A format in which reports are written.
 struct Format {
-    const char* name;                      ///< As --format takes it.
-    std::vector<const char*> endings;      ///< Of names of its files, in lower case, as ".csv".
-    void (*write)(const Report&, Output&); ///< Writes a report; the caller commits the output.
+    const char* name;                 ///< As --format takes it.
+    std::vector<const char*> endings; ///< Of names of its files, in lower case, as ".csv".
+
+    /// Writes a report; the caller commits the output. Null for a database, which takes a whole
+    /// import, by writeDatabase().
+    void (*write)(const Report&, Output&);
+
+    /// Whether it is a database, which can only go to a file.
+    bool isDatabase() const { return write == nullptr; }
 };
 
 /// All formats, each with a name and endings of its own. They last as long as the program.

@@ -91,28 +91,35 @@ public:
             options.source.selection.hidden = true;
         if (formatName.empty() && options.output)
             guessFormat(*options.output);
+        if (formatName == "sqlite" && !options.output)
+            throw WrongUsage();
         if (suggest_) {
             options.mode = casetable::Mode::Suggest;
             if (!markers_.empty() || !templates_.empty() || !options.identifiers.empty() ||
-                format_ || files_ || unmatched_ || explain_)
+                format_ || files_ || unmatched_ || explain_ || !missing_.empty() || !sort_.empty())
                 throw WrongUsage();
             return;
         }
         if (markers_.empty() == templates_.empty() || (files_ && unmatched_) ||
-            (unmatched_ && !options.identifiers.empty()))
+            (unmatched_ && (!options.identifiers.empty() || !sort_.empty())) ||
+            (!missing_.empty() && (files_ || unmatched_ || !options.identifiers.empty())))
             throw WrongUsage();
         if (explain_) {
             options.mode = casetable::Mode::Explain;
-            if (files_ || unmatched_ || format_ || listed || !options.identifiers.empty())
+            if (files_ || unmatched_ || format_ || listed || !options.identifiers.empty() ||
+                !missing_.empty() || !sort_.empty())
                 throw WrongUsage();
             leaveOutRoot(options.explained);
         }
         options.reading = templates_.empty()
                               ? casetable::Reading(markers_)
                               : casetable::Reading(casetable::TemplateList(templates_));
-        options.rows = files_       ? casetable::Rows::Files
-                       : unmatched_ ? casetable::Rows::Unmatched
-                                    : casetable::Rows::Cases;
+        options.rows = files_              ? casetable::Rows::Files
+                       : unmatched_        ? casetable::Rows::Unmatched
+                       : !missing_.empty() ? casetable::Rows::Missing
+                                           : casetable::Rows::Cases;
+        takeMissing();
+        takeKeys();
     }
 
     casetable::Options options = plainOptions(); // But for the format.
@@ -146,7 +153,7 @@ private:
             {"--format", 'f'},  {"--output", 'o'},    {"--follow", 'L'},     {"--quiet", 'q'},
             {"--files", 'F'},   {"--unmatched", 'U'}, {"--keep-going", 'K'}, {"--from-list", 'l'},
             {"--null", '0'},    {"--exclude", 'E'},   {"--hidden", 'H'},     {"--max-depth", 'd'},
-            {"--explain", 'X'}, {"--suggest", 'S'}};
+            {"--explain", 'X'}, {"--suggest", 'S'},   {"--missing", 'M'},    {"--sort", 'O'}};
         return letters;
     }
 
@@ -237,6 +244,12 @@ private:
         case 'S':
             suggest_ = true;
             break;
+        case 'M':
+            missing_.push_back(value());
+            break;
+        case 'O':
+            sort_.push_back(value());
+            break;
         case 'X':
             explain_ = true;
             options.explained = value();
@@ -277,7 +290,8 @@ private:
 
     void takeFormat(const std::string& name)
     {
-        static const std::set<std::string> names = {"table", "csv", "tsv", "json", "vtt"};
+        static const std::set<std::string> names = {"table", "csv", "tsv",   "json",
+                                                    "jsonl", "vtt", "sqlite"};
         format_ = true;
         formatName = name == "auto" ? "" : name;
         if (name != "auto" && names.count(name) == 0)
@@ -286,11 +300,10 @@ private:
 
     void guessFormat(const std::string& file)
     {
-        static const std::map<std::string, std::string> names = {{".csv", "csv"},
-                                                                 {".tsv", "tsv"},
-                                                                 {".json", "json"},
-                                                                 {".vtt", "vtt"},
-                                                                 {".txt", "table"}};
+        static const std::map<std::string, std::string> names = {
+            {".csv", "csv"},     {".tsv", "tsv"},       {".json", "json"},
+            {".jsonl", "jsonl"}, {".ndjson", "jsonl"},  {".vtt", "vtt"},
+            {".db", "sqlite"},   {".sqlite", "sqlite"}, {".txt", "table"}};
         for (const auto& [ending, name] : names) {
             bool ends = file.size() >= ending.size();
             for (std::size_t i = 0; ends && i < ending.size(); ++i) {
@@ -335,6 +348,95 @@ private:
             path = path.substr(whole[root.size()].first);
         else if (path[path.size() - 1] == '/')
             throw WrongUsage();
+    }
+
+    /// Enters a name, or one with "(2)", "(3)" and so on behind it if it is there already.
+    static void enter(fuzz::Texts& names, const std::string& name, const fuzz::Texts& others)
+    {
+        std::string unique = name;
+        for (int number = 2; std::count(names.begin(), names.end(), unique) != 0 ||
+                             std::count(others.begin(), others.end(), unique) != 0;
+             ++number)
+            unique = name + '(' + std::to_string(number) + ')';
+        names.push_back(unique);
+    }
+
+    /// The names of the columns of the table of cases or files.
+    fuzz::Texts columnNames() const
+    {
+        fuzz::Texts names = files_ ? fuzz::Texts{"path", "case"} : fuzz::Texts{"case"};
+        const bool hasTags = !options.identifiers.empty();
+        const fuzz::Texts behind = !files_   ? fuzz::Texts{"files"}
+                                   : hasTags ? fuzz::Texts{"tag"}
+                                             : fuzz::Texts{};
+        for (const MetadataPattern& pattern : options.reading.patterns())
+            enter(names, pattern.pattern, behind);
+        std::set<std::string> tags;
+        for (const AuxFileIdentifier& identifier : options.identifiers) {
+            if (files_ || !tags.insert(identifier.tag).second)
+                continue;
+            enter(names, identifier.tag, behind);
+            enter(names, identifier.tag + " files", behind);
+        }
+        names.insert(names.end(), behind.begin(), behind.end());
+        return names;
+    }
+
+    /// Reads a name, as a whole or one for each part between commas, and tells whether it can.
+    template <class Find> static void readNames(const std::string& text, const Find& find)
+    {
+        if (find(text))
+            return;
+        std::string rest = text + ',';
+        while (!rest.empty()) {
+            const std::size_t comma = rest.find(',');
+            if (!find(rest.substr(0, comma)))
+                throw WrongUsage();
+            rest.erase(0, comma + 1);
+        }
+    }
+
+    void takeMissing()
+    {
+        // "case" and "files" stand around the columns of values.
+        const fuzz::Texts names = missing_.empty() ? fuzz::Texts() : columnNames();
+        std::set<std::size_t> seen;
+        for (const std::string& text : missing_) {
+            readNames(text, [&](const std::string& name) {
+                for (std::size_t i = 1; i + 1 < names.size(); ++i) {
+                    if (names[i] != name)
+                        continue;
+                    if (!seen.insert(i).second)
+                        throw WrongUsage();
+                    options.missingColumns.push_back(i - 1);
+                    missingNames_.push_back(name);
+                    return true;
+                }
+                return false;
+            });
+        }
+        if (seen.size() == 1)
+            throw WrongUsage();
+    }
+
+    void takeKeys()
+    {
+        if (sort_.empty())
+            return;
+        const fuzz::Texts names = missing_.empty() ? columnNames() : missingNames_;
+        for (const std::string& text : sort_) {
+            readNames(text, [&](const std::string& name) {
+                for (const bool isDescending : {false, true}) {
+                    for (std::size_t i = 0; i < names.size(); ++i) {
+                        if ((isDescending ? '-' + names[i] : names[i]) != name)
+                            continue;
+                        options.sortKeys.push_back({i, isDescending});
+                        return true;
+                    }
+                }
+                return false;
+            });
+        }
     }
 
     void takeOutput(const std::string& file)
@@ -404,6 +506,9 @@ private:
     bool unmatched_ = false;
     bool suggest_ = false;
     bool explain_ = false;
+    fuzz::Texts missing_;
+    fuzz::Texts missingNames_; // Of the columns.
+    fuzz::Texts sort_;
 };
 
 std::string shown(const casetable::Options& options, const std::string& formatName)
@@ -423,6 +528,12 @@ std::string shown(const casetable::Options& options, const std::string& formatNa
             std::to_string(options.source.selection.maxDepth) + " exclude";
     for (const casetable::Glob& glob : options.source.selection.excluded)
         text += " " + fuzz::shown(glob.text());
+    text += " missing";
+    for (const std::size_t column : options.missingColumns)
+        text += " " + std::to_string(column);
+    text += " sort";
+    for (const casetable::SortKey& key : options.sortKeys)
+        text += (key.isDescending ? " -" : " ") + std::to_string(key.column);
     return text + " format " + formatName + " output " +
            (options.output ? fuzz::shown(*options.output) : "none") + " explain " +
            fuzz::shown(options.explained) + " rows " +

@@ -1,10 +1,11 @@
-#include "casetable/explaining/Remarks.h"
+#include "casetable/explaining/MarkerRemarks.h"
 
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "host/AuxFileInfoInterface.h"
 #include "tests/casetable/support/Importing.h"
 
 namespace casetable {
@@ -19,7 +20,11 @@ const auto text = MetadataPattern::StringValue;
 
 Texts remarksOn(const Texts& files, const std::vector<MetadataPattern>& patterns)
 {
-    return remarks(Importing(files, patterns).importer, patterns);
+    const Importing importing(files, patterns);
+    MarkerRemarks remarks(patterns);
+    for (const auto& file : importing.importer.identifiedAuxFiles())
+        remarks.count(file->filePath(), importing.importer.metadataInfoList(file->filePath()));
+    return remarks.lines();
 }
 
 const std::string otherwise = "; --suggest finds templates, and -t reads by them";

@@ -31,7 +31,10 @@ std::string reasonOf(const std::string& text, const std::string& path)
 std::string summaryOf(const Texts& templates, const Texts& files)
 {
     const Reading reading{TemplateList(templates)};
-    return failureSummary(Importing(files, reading).importer, *reading.templates());
+    UnfittedFiles unfitted(*reading.templates());
+    for (const std::string& path : unmatchedPaths(Importing(files, reading).importer))
+        unfitted.count(path);
+    return unfitted.summary();
 }
 
 // The engine gives up on that path.
@@ -86,7 +89,7 @@ TEST(UnmatchedByTemplates, IsARowForEachFileWithTheTemplateThatCameFurthest)
     const Reading reading{TemplateList({"a{x:digits}.dat", "b{y}/z"})};
     const Importing importing({"b1/y", "a1.dat", "a1.txt", "", "b1/z", "a\n"}, reading);
 
-    const Report report = unmatchedReport(importing.importer, *reading.templates());
+    const Report report = unmatchedReport(importing.importer, reading);
 
     EXPECT_EQ(report.rowsName, "unmatched");
     EXPECT_EQ(uniqueHeader(report.columns), Texts({"path", "template", "reason"}));

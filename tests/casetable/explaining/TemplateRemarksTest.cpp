@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "casetable/templates/Matcher.h"
+#include "host/AuxFileInfoInterface.h"
 #include "tests/casetable/support/Importing.h"
 
 namespace casetable {
@@ -19,7 +20,11 @@ using Texts = std::vector<std::string>;
 Texts remarksOn(const Texts& templates, const Texts& files)
 {
     const Reading reading{TemplateList(templates)};
-    return remarks(Importing(files, reading).importer, *reading.templates());
+    const Importing importing(files, reading);
+    TemplateRemarks remarks(*reading.templates());
+    for (const auto& file : importing.importer.identifiedAuxFiles())
+        remarks.count(file->filePath());
+    return remarks.lines();
 }
 
 } // namespace

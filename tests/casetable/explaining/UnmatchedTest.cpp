@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include "casetable/explaining/MarkerFailures.h"
 #include "host/AuxFileInfoInterface.h"
 #include "tests/casetable/support/Importing.h"
 #include "tests/crawler/PlainMatching.h"
@@ -21,7 +22,7 @@ namespace tests {
 namespace {
 
 using Patterns = std::vector<MetadataPattern>;
-using Reason = UnmatchedFile::Reason;
+using Reason = MarkerFailure::Reason;
 
 // The first marker that fails by the plain rules, and whether it was found; nothing for a match.
 // Throws as the matching does where a marker begins within the one before it and leaves that one no
@@ -59,6 +60,18 @@ Reason reasonWhereFound(const std::string& path, const Patterns& patterns, std::
                    stripped.size() == patterns[k].pattern.size() + 1
                ? Reason::OneCharacter
                : Reason::NoValue;
+}
+
+// What is counted of an import of these files.
+MarkerFailures failuresOf(const std::vector<std::string>& files, const Patterns& patterns)
+{
+    const Importing importing(files, patterns);
+    MarkerFailures failures(patterns);
+    for (const auto& file : importing.importer.identifiedAuxFiles())
+        failures.countMatched(file->filePath());
+    for (const std::string& path : unmatchedPaths(importing.importer))
+        failures.countUnmatched(path);
+    return failures;
 }
 
 class RandomText {
@@ -116,26 +129,23 @@ TEST(Unmatched, AgreesWithAPlainRestatementOfTheMatching)
         }
         const Importing importing({files.begin(), files.end()}, patterns);
 
-        std::vector<UnmatchedFile> expected;
+        std::vector<std::string> expectedPaths;
         for (const std::string& file : files) {
             if (const std::optional<Failed> failed = firstFailure(file, patterns)) {
                 const Reason reason = failed->markerFound
                                           ? reasonWhereFound(file, patterns, failed->metadataIndex)
                                           : Reason::NotFound;
-                expected.push_back({file, failed->metadataIndex, reason});
+                expectedPaths.push_back(file);
+                SCOPED_TRACE(testing::PrintToString(file));
+                const MarkerFailure failure = markerFailure(file, patterns);
+                ASSERT_EQ(failure.metadataIndex, failed->metadataIndex);
+                ASSERT_EQ(failure.reason, reason);
                 ++counts[reason];
             } else {
                 ++matching;
             }
         }
-        const std::vector<UnmatchedFile> unmatched = unmatchedFiles(importing.importer, patterns);
-        ASSERT_EQ(unmatched.size(), expected.size()) << "round " << round;
-        for (std::size_t i = 0; i < expected.size(); ++i) {
-            SCOPED_TRACE(testing::PrintToString(expected[i].path));
-            ASSERT_EQ(unmatched[i].path, expected[i].path);
-            ASSERT_EQ(unmatched[i].metadataIndex, expected[i].metadataIndex);
-            ASSERT_EQ(unmatched[i].reason, expected[i].reason);
-        }
+        ASSERT_EQ(unmatchedPaths(importing.importer), expectedPaths) << "round " << round;
     }
     EXPECT_GT(counts[Reason::NotFound], 500u);
     EXPECT_GT(counts[Reason::NoValue], 500u);
@@ -157,9 +167,8 @@ TEST(Unmatched, NeverListsAFileThatMatches)
         std::unique_ptr<Importing> importing;
         ASSERT_NO_THROW(importing = std::make_unique<Importing>(files, patterns));
 
-        std::set<std::string> listed;
-        for (const UnmatchedFile& file : unmatchedFiles(importing->importer, patterns))
-            listed.insert(file.path);
+        const std::vector<std::string> unmatched = unmatchedPaths(importing->importer);
+        std::set<std::string> listed(unmatched.begin(), unmatched.end());
         for (const auto& file : importing->importer.identifiedAuxFiles()) {
             ASSERT_EQ(listed.count(file->filePath()), 0u) << file->filePath();
             listed.insert(file->filePath());
@@ -175,11 +184,8 @@ TEST(Unmatched, ListsFilesInByteOrderOfPath)
     const Patterns patterns = {{"T", MetadataPattern::NumberValue}};
     const Importing importing({"b", "\xff", "a/b", "a", "Z", "a.b"}, patterns);
 
-    std::vector<std::string> paths;
-    for (const UnmatchedFile& file : unmatchedFiles(importing.importer, patterns))
-        paths.push_back(file.path);
-
-    EXPECT_EQ(paths, std::vector<std::string>({"Z", "a", "a.b", "a/b", "b", "\xff"}));
+    EXPECT_EQ(unmatchedPaths(importing.importer),
+              std::vector<std::string>({"Z", "a", "a.b", "a/b", "b", "\xff"}));
 }
 
 TEST(Unmatched, IsSummedUpPerMarkerMostFirst)
@@ -187,9 +193,8 @@ TEST(Unmatched, IsSummedUpPerMarkerMostFirst)
     const Patterns patterns = {{"T", MetadataPattern::NumberValue},
                                {"P", MetadataPattern::NumberValue},
                                {"Q", MetadataPattern::NumberValue}};
-    const Importing importing({"a", "T1", "T1P", "T1x", "T1PQ"}, patterns);
 
-    EXPECT_EQ(failureSummary(importing.importer, patterns),
+    EXPECT_EQ(failuresOf({"a", "T1", "T1P", "T1x", "T1PQ"}, patterns).summary(),
               "marker 'P' failed for 3 files, 'T' failed for 1 file, 'Q' failed for 1 file");
 }
 
@@ -197,7 +202,7 @@ TEST(Unmatched, HasALikelyReasonWhereAMarkerStandsInNoPathAsItShould)
 {
     const auto number = MetadataPattern::NumberValue;
     const auto reason = [](const std::vector<std::string>& files, const Patterns& patterns) {
-        return likelyReason(Importing(files, patterns).importer, patterns, "Runs/[a]");
+        return failuresOf(files, patterns).likelyReason("Runs/[a]");
     };
 
     EXPECT_EQ(reason({"x", "P1/T2"}, {{"T", number}, {"P", number}}), "");
@@ -231,7 +236,7 @@ TEST(Unmatched, TakesASingleLetterForAMarkerWithOtherLettersWhereANumberFollows)
 {
     const Patterns patterns = {{"t", MetadataPattern::NumberValue}};
     const auto reason = [&](const std::string& file) {
-        return likelyReason(Importing({file}, patterns).importer, patterns, "runs");
+        return failuresOf({file}, patterns).likelyReason("runs");
     };
 
     for (const std::string file : {"a/T5", "a/T-5", "a/T+5", "a/T.5", "a/T-.5", "a/T+.5", "Tx/T5"})
@@ -244,7 +249,7 @@ TEST(Unmatched, HasALikelyReasonAlsoBesideFilesThatMatch)
 {
     const Patterns patterns = {{"Temp", MetadataPattern::NumberValue}};
     const auto reason = [&](const std::vector<std::string>& files) {
-        return likelyReason(Importing(files, patterns).importer, patterns, "Temp");
+        return failuresOf(files, patterns).likelyReason("Temp");
     };
 
     EXPECT_EQ(reason({"Temp1", "a", "temp2"}),
@@ -257,7 +262,7 @@ TEST(Unmatched, TellsWhereMarkersLoseValuesAndInHowManyFiles)
     const auto number = MetadataPattern::NumberValue;
     const auto text = MetadataPattern::StringValue;
     const auto reason = [](const std::vector<std::string>& files, const Patterns& patterns) {
-        return likelyReason(Importing(files, patterns).importer, patterns, "results");
+        return failuresOf(files, patterns).likelyReason("results");
     };
     const std::string otherwise = "; --suggest finds templates, and -t reads by them";
 
@@ -276,7 +281,7 @@ TEST(Unmatched, HasNoLikelyReasonWhereNothingIsAlike)
 {
     const auto number = MetadataPattern::NumberValue;
     const auto reason = [](const std::vector<std::string>& files, const Patterns& patterns) {
-        return likelyReason(Importing(files, patterns).importer, patterns, "results");
+        return failuresOf(files, patterns).likelyReason("results");
     };
 
     EXPECT_EQ(reason({"x", "y"}, {{"P", number}}), "");

@@ -1,6 +1,8 @@
 #include "casetable/options/Options.h"
 
+#include <algorithm>
 #include <cstring>
+#include <numeric>
 #include <optional>
 #include <random>
 #include <string>
@@ -8,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include "casetable/importing/CaseTable.h"
+#include "casetable/importing/Report.h"
 #include "casetable/system/ExitCode.h"
 #include "tests/casetable/support/TemporaryTree.h"
 
@@ -59,6 +63,11 @@ std::vector<std::string> parts(const Options& options)
     }
     for (const AuxFileIdentifier& identifier : options.identifiers)
         texts.push_back("syntax " + identifier.syntaxName + " tag " + identifier.tag);
+    for (const std::size_t column : options.missingColumns)
+        texts.push_back("missing " + std::to_string(column));
+    for (const SortKey& key : options.sortKeys)
+        texts.push_back((key.isDescending ? "descending " : "ascending ") +
+                        std::to_string(key.column));
     return texts;
 }
 
@@ -92,6 +101,8 @@ public:
             options.format = &formats()[below(formats().size())];
         else if (options.output)
             options.format = formatOfEnding(*options.output);
+        if (options.format != nullptr && options.format->isDatabase() && !options.output)
+            options.output = text() + "x";
         if (options.mode == Mode::Suggest)
             return options;
 
@@ -100,9 +111,14 @@ public:
             options.explained = explained(source.root);
             return options;
         }
-        options.rows = static_cast<Rows>(below(3));
-        for (std::size_t k = below(3); k > 0 && options.rows != Rows::Unmatched; --k)
+        options.rows = static_cast<Rows>(below(4));
+        if (options.rows == Rows::Missing)
+            chooseMissing(options);
+        const bool hasTags = options.rows == Rows::Cases || options.rows == Rows::Files;
+        for (std::size_t k = below(3); k > 0 && hasTags; --k)
             options.identifiers.push_back({text(), "tag"});
+        if (options.rows != Rows::Unmatched)
+            chooseKeys(options);
         return options;
     }
 
@@ -117,6 +133,41 @@ private:
             markers.emplace_back(text(), oneOfTwo() ? MetadataPattern::NumberValue
                                                     : MetadataPattern::StringValue);
         return markers;
+    }
+
+    // All columns in a random order; without two of them, cases instead.
+    void chooseMissing(Options& options)
+    {
+        const std::size_t count = options.reading.patterns().size();
+        if (count < 2) {
+            options.rows = Rows::Cases;
+            return;
+        }
+        options.missingColumns.resize(count);
+        std::iota(options.missingColumns.begin(), options.missingColumns.end(), std::size_t{0});
+        std::shuffle(options.missingColumns.begin(), options.missingColumns.end(), generator_);
+    }
+
+    void chooseKeys(Options& options)
+    {
+        const std::vector<MetadataPattern>& patterns = options.reading.patterns();
+        const std::vector<std::string> tags = tagsOf(options.identifiers);
+        const std::vector<std::string> header =
+            uniqueHeader(options.rows == Rows::Files ? fileColumns(patterns, tags)
+                                                     : caseColumns(patterns, tags));
+        for (std::size_t k = below(4); k > 0; --k) {
+            const std::size_t column = below(header.size());
+            // In the table of cases, of which the missing have a part, "case" stands in front.
+            const bool isMissing = options.rows == Rows::Missing;
+            if (isMissing && column >= options.missingColumns.size())
+                continue;
+            const std::string& name =
+                header[isMissing ? options.missingColumns[column] + 1 : column];
+            // A column of the name with a dash in front takes the place of a descending one.
+            const bool isTaken =
+                std::find(header.begin(), header.end(), '-' + name) != header.end();
+            options.sortKeys.push_back({column, !isTaken && oneOfTwo()});
+        }
     }
 
     // With text of any bytes around a column, and often a beginning that might mean something else.
@@ -279,6 +330,31 @@ TEST(Options, GuessTheFormatFromTheEndingOfTheOutput)
         EXPECT_EQ(parse({"-n", "T", "-f", "json", "-o", row.output, "root"})->format,
                   formatNamed("json"));
     }
+}
+
+TEST(Options, TakeADatabaseOnlyWithAFile)
+{
+    EXPECT_EQ(parse({"-n", "T", "-o", "a.db", "root"})->format, formatNamed("sqlite"));
+    EXPECT_EQ(parse({"-n", "T", "-f", "sqlite", "-o", "a", "root"})->format, formatNamed("sqlite"));
+    for (const std::vector<const char*>& arguments :
+         {std::vector<const char*>{"-n", "T", "-f", "sqlite", "root"},
+          std::vector<const char*>{"-n", "T", "-f", "sqlite", "-o", "-", "root"},
+          std::vector<const char*>{"-n", "T", "-o", "a.db", "-f", "sqlite", "-o-", "root"}}) {
+        try {
+            parse(arguments);
+            ADD_FAILURE() << "no failure";
+        } catch (const Failure& failure) {
+            EXPECT_EQ(failure.code, ExitCode::WrongUsage);
+            EXPECT_STREQ(failure.what(), "--format sqlite: there is no --output; a database "
+                                         "cannot go to standard output");
+        }
+    }
+}
+
+TEST(Options, KeepTheWordsAsTheyWereTyped)
+{
+    EXPECT_EQ(parse({"-nT", "--output=a b", "-o", "x", "root"})->words,
+              std::vector<std::string>({"-nT", "--output=a b", "-o", "x", "root"}));
 }
 
 TEST(Options, TakeAPathToExplainWithAndWithoutRoot)

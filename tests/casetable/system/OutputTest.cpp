@@ -252,6 +252,56 @@ TEST(Output, ClosesWhatItOpens)
     close(reader);
 }
 
+TEST(Output, PutsATemporaryFileInPlaceThatTheCallerHasFilled)
+{
+    const TemporaryTree tree;
+    tree.file("file", "earlier");
+    tree.setMode("file", 0640);
+    tree.link("link", "file");
+    Output output(tree.path("link"));
+    EXPECT_EQ(output.replacedFile(), tree.path("file"));
+    const std::string temporary = output.temporaryFile();
+    EXPECT_EQ(temporary.compare(0, tree.path("").size(), tree.path("")), 0) << temporary;
+    tree.file(temporary.substr(tree.path("").size()), plenty);
+    EXPECT_EQ(tree.content("file"), "earlier");
+
+    output.commit();
+
+    EXPECT_EQ(tree.content("file"), plenty);
+    EXPECT_EQ(tree.mode("file"), 0640u);
+    EXPECT_EQ(tree.names("."), Names({"file", "link"}));
+}
+
+TEST(Output, RemovesATemporaryFileThatIsNotCommitted)
+{
+    const TemporaryTree tree;
+    const std::size_t before = openDescriptors();
+    {
+        Output output(tree.path("file"));
+        output.temporaryFile();
+        EXPECT_EQ(tree.names(".").size(), 1u);
+    }
+
+    EXPECT_EQ(tree.names("."), Names());
+    EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST(Output, ReplacesNoFileWhereItWritesDirectly)
+{
+    const TemporaryTree tree;
+    tree.pipe("pipe");
+    tree.file("file");
+    const int opened = open(tree.path("file").c_str(), O_WRONLY | O_CLOEXEC);
+
+    EXPECT_EQ(Output(std::nullopt).replacedFile(), "");
+    for (const std::string& path :
+         {tree.path("pipe"), std::string("/dev/null"), std::string("/dev/stdout"),
+          "/dev/fd/" + std::to_string(opened), "/proc/self/fd/" + std::to_string(opened)})
+        EXPECT_EQ(Output(path).replacedFile(), "") << path;
+    EXPECT_EQ(Output(tree.path("new")).replacedFile(), tree.path("new"));
+    close(opened);
+}
+
 TEST(Output, NamesThePathAndTheReasonWhenTheFolderGoesAwayMeanwhile)
 {
     const TemporaryTree tree;

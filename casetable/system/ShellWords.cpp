@@ -1,4 +1,4 @@
-#include "casetable/suggesting/ShellWords.h"
+#include "casetable/system/ShellWords.h"
 
 #include <algorithm>
 #include <cstdio>
