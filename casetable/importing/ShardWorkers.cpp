@@ -7,14 +7,8 @@
 namespace casetable {
 
 ShardWorkers::ShardWorkers(std::size_t jobs, std::function<void(const Shard& shard)> work)
-    : work_(std::move(work))
+    : work_(std::move(work)), jobs_(jobs)
 {
-    while (threads_.size() + 1 < jobs) {
-        std::unique_ptr<Thread> thread = Thread::start([this] { workOnAll(); });
-        if (!thread)
-            break;
-        threads_.push_back(std::move(thread));
-    }
 }
 
 ShardWorkers::~ShardWorkers()
@@ -25,6 +19,7 @@ ShardWorkers::~ShardWorkers()
         isComplete_ = true;
     }
     changed_.notify_all();
+    threads_.clear();
 }
 
 void ShardWorkers::give(Shard shard)
@@ -33,6 +28,13 @@ void ShardWorkers::give(Shard shard)
         const std::lock_guard<std::mutex> lock(mutex_);
         if (failure_)
             std::rethrow_exception(failure_);
+        if (waiting_.size() == threads_.size() && threads_.size() + 1 < jobs_) {
+            std::unique_ptr<Thread> thread = Thread::start([this] { workOnAll(); });
+            if (thread)
+                threads_.push_back(std::move(thread));
+            else
+                jobs_ = threads_.size() + 1;
+        }
         if (waiting_.size() < threads_.size()) {
             waiting_.push_back(std::move(shard));
             changed_.notify_one();

@@ -22,8 +22,8 @@ class Thread;
 /// enough to do, so never more of them wait than there are threads.
 class ShardWorkers {
 public:
-    /// Starts `jobs` - 1 threads, or as many as the system gives. `work` is called on all of them
-    /// at once, and on the caller's.
+    /// `work` is called on as many as `jobs` threads at once, fewer where the system has no more or
+    /// there is less to do.
     ShardWorkers(std::size_t jobs, std::function<void(const Shard& shard)> work);
 
     /// Waits for the shards that are being worked on. Others, that wait, are dropped.
@@ -42,6 +42,7 @@ private:
     void workOnAll();
 
     const std::function<void(const Shard& shard)> work_;
+    std::size_t jobs_;
     std::mutex mutex_;                // Guards
     std::condition_variable changed_; // what follows but the threads, and tells of changes.
     std::deque<Shard> waiting_;

@@ -1,7 +1,6 @@
 #ifndef CASETABLE_SYSTEM_OUTPUTGUARDS_H
 #define CASETABLE_SYSTEM_OUTPUTGUARDS_H
 
-#include <functional>
 #include <string>
 
 namespace casetable {
@@ -10,11 +9,13 @@ namespace casetable {
 /// that is read, at `list`. "-" stands for standard input, which no output replaces.
 void spareList(const std::string& output, const std::string& list);
 
-/// Throws Failure with ExitCode::OutputFailed if there is a file at `output` for which `isMatched`
-/// answers true: nobody wants a table in place of one of the files that it is about. `isMatched` is
-/// asked at most once, about the path relative to the folder `root`.
-void spareMatchedFile(const std::string& output, const std::string& root,
-                      const std::function<bool(const std::string& path)>& isMatched);
+/// The path of the file at `output` relative to the folder `root`, however both are named; empty
+/// where there is no such file or folder.
+std::string pathBelow(const std::string& root, const std::string& output);
+
+/// Throws Failure with ExitCode::OutputFailed if `isMatched` says that the file at `output` is in a
+/// case: nobody wants a table in place of one of the files that it is about.
+void spareMatchedFile(const std::string& output, bool isMatched);
 
 } // namespace casetable
 

@@ -26,6 +26,11 @@ private:
     const std::unique_ptr<Impl> impl_;
 };
 
+/// Runs `act` on such a thread, and calls `meanwhile` on this one about every twentieth of a second
+/// until it has ended. Throws what either threw, when `act` has ended, and Failure with
+/// ExitCode::ImportFailed where the system has no thread left.
+void runOnThread(const std::function<void()>& act, const std::function<void()>& meanwhile);
+
 } // namespace casetable
 
 #endif
