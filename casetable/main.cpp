@@ -165,10 +165,9 @@ ExitCode importTable(const Options& options, Listing& listing, Output& output, C
         remarkOnEnding(*options.output, console);
     const bool showsUnmatched = options.rows == Rows::Unmatched;
     const auto values = options.reading.makeValues();
-    const ExitCode code =
-        summarize({import.fileCount(), listing.hiddenLeftOut(), import.table(),
-                   import.firstFiles(), *values, std::move(tally)},
-                  options.source, showsUnmatched, console);
+    const ExitCode code = summarize({import.fileCount(), listing.hiddenLeftOut(), import.table(),
+                                     import.firstFiles(), *values, std::move(tally)},
+                                    options.source, showsUnmatched, console);
     if (options.rows == Rows::Missing && code == ExitCode::Cases)
         remarkOnMissing(report, console);
     return code;

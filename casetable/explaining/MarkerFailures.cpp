@@ -28,8 +28,11 @@ std::size_t indexOf(Reason reason)
 // The ending of a path's last component; empty where it has none.
 std::string_view endingOf(std::string_view path)
 {
-    const std::string_view name = path.substr(path.rfind('/') + 1);
-    return name.substr(std::min(name.rfind('.'), name.size()));
+    const auto last =
+        std::find_if(path.rbegin(), path.rend(), [](char c) { return c == '.' || c == '/'; });
+    if (last == path.rend() || *last == '/')
+        return {};
+    return path.substr(path.size() - 1 - static_cast<std::size_t>(last - path.rbegin()));
 }
 
 // With small ASCII letters. The program stays in the "C" locale, which knows no others.

@@ -30,9 +30,9 @@ void remarkOnEnding(const std::string& output, Console& console);
 
 /// A finished import, as far as its summary is about it.
 struct CountedImport {
-    std::size_t files;         ///< All that took part, in a case or not.
-    std::size_t hiddenLeftOut; ///< Hidden entries, which did not.
-    const CaseTable& table;    ///< The cases.
+    std::size_t files;                           ///< All that took part, in a case or not.
+    std::size_t hiddenLeftOut;                   ///< Hidden entries, which did not.
+    const CaseTable& table;                      ///< The cases.
     const std::vector<std::string>& firstFiles;  ///< As numberRemarks() takes them.
     const MetadataInfoProviderInterface& values; ///< Answers what was read from the first files.
     Tally tally; ///< Of the matched files if remarks are shown; of the others if the output

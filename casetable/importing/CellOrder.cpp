@@ -1,8 +1,10 @@
 #include "casetable/importing/CellOrder.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <limits>
+#include <system_error>
 #include <unordered_map>
 #include <utility>
 
@@ -31,6 +33,11 @@ template <class Key> struct Keyed {
 double numberIn(std::string_view text)
 {
     double number = 0;
+    // What this reads to its end converts to the same number, several times as fast.
+    const std::from_chars_result read =
+        std::from_chars(text.data(), text.data() + text.size(), number);
+    if (read.ec == std::errc() && read.ptr == text.data() + text.size())
+        return number;
     return reading::convertsToNumber(std::string(text), number)
                ? number
                : std::numeric_limits<double>::quiet_NaN();

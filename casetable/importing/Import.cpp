@@ -340,9 +340,8 @@ private:
 };
 
 Import::Import(Partial all, const boost::shared_ptr<FileInfoInterface const>& root,
-                           const Reading& reading,
-                           const std::vector<AuxFileIdentifier>& identifiers,
-                           const KeptFiles& keptFiles)
+               const Reading& reading, const std::vector<AuxFileIdentifier>& identifiers,
+               const KeptFiles& keptFiles)
     : fileCount_(all.fileCount), matchedCount_(all.matchedCount()),
       isWatchedMatched_(all.isWatchedMatched)
 {

@@ -28,8 +28,8 @@ public:
     /// Throws Failure with ExitCode::ImportFailed and the reason when the importer refuses the
     /// root, a path could not be matched, or an identifier selects nothing, in this order.
     Import(Partial all, const boost::shared_ptr<FileInfoInterface const>& root,
-                 const Reading& reading, const std::vector<AuxFileIdentifier>& identifiers,
-                 const KeptFiles& keptFiles);
+           const Reading& reading, const std::vector<AuxFileIdentifier>& identifiers,
+           const KeptFiles& keptFiles);
     ~Import();
     Import(const Import&) = delete;
     Import& operator=(const Import&) = delete;

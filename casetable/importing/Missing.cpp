@@ -144,6 +144,7 @@ Report missingReport(const CaseTable& table, const std::vector<std::size_t>& col
         failTooMany(report.columns, ranks);
 
     std::vector<Indices> firsts; // The case that shows each value of each column.
+    firsts.reserve(ranks.size());
     for (const CellRanks& column : ranks)
         firsts.push_back(column.firsts);
     report.rowCount = missing.size();

@@ -95,8 +95,7 @@ std::vector<std::size_t> parseMissing(const std::vector<std::string>& values,
                                       const Options& options)
 {
     const Texts names = valueNames(options);
-    const std::vector<std::size_t> columns =
-        parseNames(OptionId::Missing, values, names, columnNamed);
+    std::vector<std::size_t> columns = parseNames(OptionId::Missing, values, names, columnNamed);
     for (auto column = columns.begin(); column != columns.end(); ++column) {
         if (std::find(columns.begin(), column, *column) != column)
             failUsage("--missing '" + names[*column] + "': the column is given twice");

@@ -22,7 +22,6 @@ Examples:
   casetable --suggest results
   casetable -t 'wing{wing}/Mach{Mach:number}/**' results
   casetable -n Mach --aux '*.log=log' -o cases.json results
-
 )";
 
 // The lines of an option: its name, and beside it its help, broken between words.

@@ -28,10 +28,15 @@ std::string formatManual()
             endings += (endings.empty() ? "" : ", ") + ending + " for " + format.name;
     }
     return choice(names) + ".\n.B auto\ngoes by the ending of\n.I FILE\n(" + endings +
-           "); otherwise it is a table on a terminal and CSV elsewhere.\n"
-           ".B sqlite\nis a database, with tables of the cases, of their files, with\n.B \\-\\-aux\n"
-           "of the files under each tag, with\n.B \\-\\-unmatched\nof the files in no case, and of "
-           "what the run was; it needs\n.B \\-\\-output\nand a regular file.\n";
+           "); otherwise it is a table on a terminal and CSV elsewhere.\n" + R"(.B sqlite
+is a database with tables of the cases, of their files, with
+.B \-\-aux
+of the files under each tag, with
+.B \-\-unmatched
+of the files in no case, and of what the run was. It needs
+.BR \-\-output ,
+and there a regular file.
+)";
 }
 
 std::vector<Option> makeTable()
@@ -102,8 +107,7 @@ May be given several times; a file belongs to the first that selects it.
          "FORMAT",
          once,
          Completion::Words,
-         choice(formatWords()) +
-             "; auto goes by FILE, or is a table on a terminal and CSV elsewhere",
+         choice(formatWords()) + "; auto goes by FILE",
          formatManual(),
          {},
          {},

@@ -1,25 +1,33 @@
 #include "casetable/suggesting/Census.h"
 
 #include <algorithm>
-#include <iterator>
 #include <map>
 #include <set>
 #include <string>
+#include <tuple>
 #include <utility>
 
 #include "casetable/templates/Matcher.h"
+#include "crawler/private/PathReading.h"
 
 namespace casetable {
 
 namespace {
 
-using Paths = std::vector<DividedPath>;
 using Words = std::set<std::string_view>;
 
-// No name that people read has more; what is left is one part.
-const std::size_t maxParts = 16;
-// No system has longer ones; a list may.
-const std::size_t maxPathSize = 4096;
+// A part of a path. All are pieces of the path.
+struct PathPart {
+    std::string_view separator; // in front of it
+    std::string_view key;       // "sub-" of "sub-01", else empty
+    std::string_view text;      // "01"
+    Kinds kind;
+};
+using PathParts = std::vector<PathPart>;
+
+const std::size_t maxShapes = 300;
+// No path that people read has more; what is left is one part.
+const std::size_t maxParts = 64;
 
 // "0.85", "6.5e6", "1e-3", "007"; no point in "20200101.000000", "01.5" and the like.
 const std::string number =
@@ -34,193 +42,158 @@ std::string anyOf(const Words& words, const std::string& orElse)
     return "(?:" + alternatives + orElse + ")";
 }
 
-// What stands first in a name, in the language of templates: a column for each kind.
-std::string firstPart(const Words& signedWords, const Words& keys)
+// Reads what stands first in what is left of a path: a column for each kind.
+Matcher makeReader(const Words& signedWords, const Words& keys)
 {
     const std::string begin = "(?<![A-Za-z0-9])";
-    const std::string end = "(?![^-_=,.@+ ])";
+    const std::string end = "(?![^-_=,.@+ /])";
     const std::string clock = R"((?:[01]\d|2[0-3])[-:]?[0-5]\d[-:]?[0-5]\d)";
-    const std::string date =
-        R"((?:(?:19|20)\d\d(?:(?:0[1-9]|1[0-2])(?:[0-2]\d|3[01])|-(?:0[1-9]|1[0-2])(?:-[0-3]\d)?))"
-        "(?:T" +
-        clock + "Z?)?)";
-    const std::string uuid = "[0-9A-Fa-f]{8}(?:-[0-9A-Fa-f]{4}){4}[0-9A-Fa-f]{8}" + end;
+    const std::string month = "(?:0[1-9]|1[0-2])";
+    const std::string date = R"((?:19|20)\d\d(?:)" + month + R"((?:[0-2]\d|3[01])|-)" + month +
+                             R"((?:-[0-3]\d)?|_)" + month + R"(_[0-3]\d)(?:T)" + clock + "Z?)?";
+    const std::string uuid = "[0-9A-Fa-f]{8}(?:-[0-9A-Fa-f]{4}){4}[0-9A-Fa-f]{8}";
     const std::string sign = anyOf(signedWords, "") + "-(?=[0-9])";
     // A "-" behind another separator and before a digit is a sign.
-    return "{separator,[-_=,.@+ ]*[_=,.@+ ](?=-[0-9])|[-_=,.@+ ]*}"
-           "[{key,(?<![-=A-Za-z0-9])(?:" +
-           anyOf(keys, "(?!)") + "-|[A-Za-z]+=)(?=[^-_=,.@+ ])}]" + "[{fixed," + begin + date +
-           end + "|" + uuid + "|" + begin + R"(\d+(?:\.\d+){3,})" + end +
-           "}[{between,[-_. ]}{time," + clock + end + "}]][{number," + begin + "-?" + number + end +
-           "}]" + "[{word," + begin + "(?:[A-Za-z]+[0-9]+?(?=" + uuid + ")|(?:" + sign +
-           ")?(?:" + number + "|[A-Za-z])+" + end + ")}][{other," + begin +
-           "[^-_=,.@+ ]+}]{rest,(?s:.*)}";
+    return Matcher(Template("{separator,[-_=,.@+ /]*[_=,.@+ /](?=-[0-9])|[-_=,.@+ /]*}"
+                            "[{key,(?<![-=A-Za-z0-9])(?:" +
+                            anyOf(keys, "(?!)") +
+                            "-|[A-Za-z]+=)(?=[^-_=,.@+ /])}]"
+                            "[{fixed," +
+                            begin + "(?:" + date + R"(|\d\d[-:]\d\d[-:]\d\d|\d+(?:\.\d+){3,}))" +
+                            end + "|" + uuid + end + "}][{number," + begin + "-?" + number + end +
+                            "}]"
+                            "[{letters," +
+                            begin + "(?!" + sign + ")[A-Za-z]+" + end +
+                            "}]"
+                            "[{mixed," +
+                            begin + "(?:[A-Za-z]+[0-9]+?(?=" + uuid + end + ")|(?:" + sign +
+                            ")?(?:" + number + "|[A-Za-z])+" + end + ")}][{other," + begin +
+                            "[^-_=,.@+ /]+}]{rest,(?s:.*)}"));
 }
 
-std::string_view endingOf(std::string_view name)
+// The ending of each path, with its point; it may be empty. Letters with digits are one where
+// there are at most two of them, as ".f04" and ".f06": others count something.
+std::vector<std::string_view> endingsOf(const std::vector<std::string_view>& paths)
 {
-    // A digit at most, as in ".mp4": "f003" is a value.
-    thread_local Matcher matcher(Template(
-        R"({stem,(?s:.+?)}{ending,\.[A-Za-z]{1,8}\d?(?:\.(?:gz|bz2|xz|zst|zip|md5|sha\d+))?)"
-        R"(|\.[0-9]?[A-Za-z]{1,8}\d?|})"));
-    return !name.empty() && matcher.match(name) ? name.substr(matcher.columns()[1].begin)
-                                                : std::string_view();
+    Matcher matcher(Template(R"({stem,(?s:(?:.*/)?[^/]+?)}{ending,\.[A-Za-z]{1,8}\d{0,2})"
+                             R"((?:\.(?:gz|bz2|xz|zst|zip|md5|sha\d+))?|\.[0-9][A-Za-z]{1,8}|})"));
+    std::vector<std::string_view> endings;
+    const auto letters = [](std::string_view ending) {
+        return ending.substr(0, ending.find_last_not_of("0123456789") + 1);
+    };
+    std::map<std::string_view, Words> families;
+    for (const std::string_view path : paths) {
+        endings.push_back(matcher.match(path) ? path.substr(matcher.columns()[1].begin)
+                                              : path.substr(path.size()));
+        families[letters(endings.back())].insert(endings.back());
+    }
+    for (std::string_view& ending : endings)
+        if (letters(ending) != ending && families[letters(ending)].size() > 2)
+            ending.remove_prefix(ending.size());
+    return endings;
 }
 
-using Again = std::vector<std::pair<std::size_t, std::string_view>>;
-
-// The parts of a name. Texts of `again`, components by their places, are one part each.
-std::vector<NamePart> divideName(std::string_view name, Matcher& firstPart, const Again& again)
+// The parts of a path, and its ending. The name of a folder is one part where it comes again behind
+// it: "MPI-ESM/tas_MPI-ESM_r1.nc".
+PathParts divide(std::string_view path, std::string_view ending, Matcher& reader, bool findsAgain)
 {
-    static const std::vector<Kinds> kinds = {fixedKind, 0, 0, numberKind, mixedKind, otherKind};
-    std::vector<NamePart> parts;
+    static const std::vector<Kinds> kinds = {fixedKind, numberKind, letterKind, mixedKind,
+                                             otherKind};
+    PathParts parts;
+    path.remove_suffix(ending.size());
     const auto take = [&](std::size_t length) {
-        const std::string_view text = name.substr(0, length);
-        name.remove_prefix(text.size());
+        const std::string_view text = path.substr(0, length);
+        path.remove_prefix(text.size());
         return text;
     };
+    std::vector<std::string_view> folders;
+    const char* folder = path.data();
+    std::size_t opening = 0;
     do {
-        firstPart.match(name);
-        const std::vector<Span>& spans = firstPart.columns();
-        NamePart part{take(spans[0].length), {}, {}, emptyKind};
+        reader.match(path);
+        const std::vector<Span>& spans = reader.columns();
+        PathPart part{take(spans[0].length), {}, {}, emptyKind};
+        if (part.separator.find('/') != std::string_view::npos) {
+            const std::string_view name(folder,
+                                        static_cast<std::size_t>(part.separator.data() - folder));
+            if (findsAgain && name.size() > 1 && !parts.empty() && parts[opening].key.empty() &&
+                name.find_first_not_of("0123456789-_.") != std::string_view::npos)
+                folders.push_back(name);
+            folder = path.data();
+            opening = parts.size();
+        }
         std::size_t length = 0;
-        for (const auto& [place, text] : again)
-            if (text.size() >= length && name.substr(0, text.size()) == text &&
-                (name.size() == text.size() ||
-                 name.find_first_of("_-=,.@+ ", text.size()) == text.size())) {
-                length = text.size();
-                part.kind = againKind << place;
+        for (const std::string_view name : folders)
+            if (name.size() > length && path.substr(0, name.size()) == name &&
+                (path.size() == name.size() ||
+                 path.find_first_of("_-=,.@+ /", name.size()) == name.size())) {
+                length = name.size();
+                part.kind = againKind;
             }
         if (length == 0)
             part.key = take(spans[1].length);
         for (std::size_t i = 0; i < kinds.size() && length == 0; ++i)
-            if (kinds[i] != 0 && spans[2 + i].length > 0) {
+            if (spans[2 + i].length > 0) {
                 length = spans[2 + i].length;
                 part.kind = kinds[i];
             }
-        if (parts.size() + 1 >= maxParts && length < name.size()) {
-            length = name.size();
+        if (parts.size() + 1 >= maxParts && length < path.size()) {
+            length = path.size();
             part.kind = otherKind;
         }
         part.text = take(length);
-        if (part.kind == mixedKind && std::all_of(part.text.begin(), part.text.end(), isLetter))
-            part.kind = letterKind;
         parts.push_back(part);
-        if (part.kind == fixedKind && spans[4].length > 0) {
-            const std::string_view separator = take(spans[3].length);
-            parts.push_back({separator, {}, take(spans[4].length), fixedKind});
-        }
-    } while (!name.empty());
+    } while (!path.empty());
+    parts.push_back({{}, {}, ending, ending.empty() ? endingKind | emptyKind : endingKind});
     return parts;
 }
 
-DividedPath componentsOf(std::string_view path)
-{
-    DividedPath divided;
-    for (std::size_t begin = 0; begin <= path.size();) {
-        const std::size_t end = std::min(path.find('/', begin), path.size());
-        divided.components.push_back(path.substr(begin, end - begin));
-        begin = end + 1;
-    }
-    divided.ending = endingOf(divided.components.back());
-    divided.components.back().remove_suffix(divided.ending.size());
-    divided.parts.resize(divided.components.size());
-    return divided;
-}
-
-// A folder's name of letters or of several parts is one part where it comes again behind it:
-// "MPI-ESM/tas_MPI-ESM_r1.nc".
-void divide(Paths& paths, Matcher& firstPart, bool findsAgain)
-{
-    for (DividedPath& path : paths) {
-        Again again;
-        for (std::size_t i = 0; i < path.parts.size(); ++i) {
-            std::vector<NamePart>& parts = path.parts[i];
-            parts = divideName(path.components[i], firstPart, again);
-            const bool isWord = parts.front().key.empty() && path.components[i].size() > 1 &&
-                                (parts.front().kind & (letterKind | mixedKind)) != 0;
-            if (findsAgain && i < maxAgain && (parts.size() > 1 || isWord))
-                again.emplace_back(i, path.components[i]);
-        }
-    }
-}
-
-// In "sub-01_task-rest_bold", few words stand before a "-", and mostly several in a path: they are
-// keys. Others, "Peck-solid", are not. Words that stand before a number with a "-" and also without
-// are signed: "AoA-2.5" and "AoA2.5".
-Matcher readerOf(const Paths& paths)
+// In "sub-01_task-rest_bold", several words of a path stand before a "-": they are keys. Otherwise,
+// as in "Peck-solid", they are not. Words that stand before a number with a "-" and also without
+// are signed: "AoA-2.5" and "AoA2.5", but not "LC-01" and "LC01".
+Matcher readerOf(const std::vector<PathParts>& paths)
 {
     Words joined;
-    Words behindMinus;
-    std::map<std::string_view, std::pair<std::size_t, std::size_t>> counts;
-    for (const DividedPath& path : paths) {
-        Words words;
-        for (const std::vector<NamePart>& parts : path.parts)
-            for (std::size_t i = 0; i < parts.size(); ++i) {
-                const NamePart& part = parts[i];
-                for (const std::string_view run : runsOf(part.text))
-                    joined.insert(part.kind == mixedKind ? run : std::string_view());
-                if (part.kind != letterKind || i + 1 == parts.size() || part.separator == "-" ||
-                    parts[i + 1].separator != "-" || parts[i + 1].kind == emptyKind)
-                    continue;
-                words.insert(part.text);
-                if (isDigit(parts[i + 1].text.front()))
-                    behindMinus.insert(part.text);
-            }
-        for (const std::string_view word : words) {
-            ++counts[word].first;
-            counts[word].second += words.size() > 1 ? 1 : 0;
-        }
-    }
+    Words padded;
     Words signedWords;
-    std::set_intersection(joined.begin(), joined.end(), behindMinus.begin(), behindMinus.end(),
-                          std::inserter(signedWords, signedWords.end()));
+    std::map<std::string_view, std::size_t> counts;
+    std::size_t single = 0;
+    std::size_t several = 0;
+    for (const PathParts& parts : paths) {
+        Words words;
+        for (std::size_t i = 0; i + 1 < parts.size(); ++i) {
+            const PathPart& part = parts[i];
+            if (part.kind == mixedKind)
+                for (const std::string_view run : runsOf(part.text))
+                    joined.insert(run);
+            if (part.kind == letterKind && part.separator != "-" && parts[i + 1].separator == "-" &&
+                parts[i + 1].kind != emptyKind) {
+                words.insert(part.text);
+                const std::string_view value = parts[i + 1].text;
+                if (parts[i + 1].kind == numberKind)
+                    (value.size() > 1 && value.substr(0, 1) == "0" && reading::isDigit(value[1])
+                         ? padded
+                         : signedWords)
+                        .insert(part.text);
+            }
+        }
+        single += words.size() == 1 ? 1 : 0;
+        several += words.size() > 1 ? 1 : 0;
+        for (const std::string_view word : words)
+            ++counts[word];
+    }
     Words keys;
-    std::size_t ofOthers = 0;
-    std::size_t ofKeys = 0;
     for (const auto& [word, count] : counts) {
-        const bool isKey = count.first >= 3 && count.first * 200 >= paths.size() &&
-                           count.second * 2 >= count.first && signedWords.count(word) == 0;
-        (isKey ? ofKeys : ofOthers) += count.first;
-        if (isKey)
+        if (joined.count(word) == 0 || padded.count(word) > 0)
+            signedWords.erase(word);
+        if (several > single && count >= 3 && count * 200 >= paths.size() &&
+            signedWords.count(word) == 0)
             keys.insert(word);
     }
-    return Matcher(Template(firstPart(signedWords, ofOthers * 4 <= ofKeys ? keys : Words())));
-}
-
-std::string signatureOf(const DividedPath& path)
-{
-    std::string signature(1, path.ending.empty() ? '-' : '.');
-    for (const std::vector<NamePart>& parts : path.parts) {
-        for (const NamePart& part : parts)
-            signature.append(part.separator)
-                .append(1, '\0')
-                .append(part.key.empty() ? std::to_string(part.kind) : std::string(part.key))
-                .append(1, '\0');
-        signature += '/';
-    }
-    return signature;
-}
-
-std::uint64_t hashOf(std::string_view path)
-{
-    std::uint64_t hash = 14695981039346656037U; // FNV-1a, the same on all machines
-    for (const char byte : path)
-        hash = (hash ^ static_cast<unsigned char>(byte)) * 1099511628211U;
-    return hash ^ (hash >> 29U);
+    return makeReader(signedWords, keys);
 }
 
 } // namespace
-
-bool isDigit(char byte)
-{
-    return '0' <= byte && byte <= '9';
-}
-
-bool isLetter(char byte)
-{
-    return ('a' <= byte && byte <= 'z') || ('A' <= byte && byte <= 'Z');
-}
 
 std::vector<std::string_view> runsOf(std::string_view text)
 {
@@ -241,42 +214,40 @@ std::vector<std::string_view> runsOf(std::string_view text)
     return runs;
 }
 
-std::vector<std::string_view> samplePaths(const std::vector<std::string_view>& paths,
-                                          std::size_t count)
+std::vector<Shape> takeCensus(const std::vector<std::string_view>& paths)
 {
-    std::vector<std::pair<std::uint64_t, std::string_view>> hashed;
-    hashed.reserve(paths.size());
-    for (const std::string_view path : paths)
-        if (path.size() <= maxPathSize)
-            hashed.emplace_back(hashOf(path), path);
-    if (hashed.size() > count) {
-        std::nth_element(hashed.begin(), hashed.begin() + static_cast<std::ptrdiff_t>(count),
-                         hashed.end());
-        hashed.resize(count);
-    }
-    std::vector<std::string_view> sample(hashed.size());
-    std::transform(hashed.begin(), hashed.end(), sample.begin(),
-                   [](const auto& entry) { return entry.second; });
-    std::sort(sample.begin(), sample.end());
-    return sample;
-}
+    const std::vector<std::string_view> endings = endingsOf(paths);
+    std::vector<PathParts> divided(paths.size());
+    const auto divideAll = [&](Matcher reader, bool findsAgain) {
+        for (std::size_t i = 0; i < paths.size(); ++i)
+            divided[i] = divide(paths[i], endings[i], reader, findsAgain);
+    };
+    divideAll(makeReader({}, {}), false);
+    divideAll(readerOf(divided), true);
 
-std::vector<PathClass> takeCensus(const std::vector<std::string_view>& paths)
-{
-    Paths divided;
-    std::transform(paths.begin(), paths.end(), std::back_inserter(divided), componentsOf);
-    Matcher plainReader{Template(firstPart({}, {}))};
-    divide(divided, plainReader, false);
-    Matcher reader = readerOf(divided);
-    divide(divided, reader, true);
-    std::map<std::string, PathClass> classes;
-    for (DividedPath& path : divided)
-        classes[signatureOf(path)].push_back(std::move(path));
-    std::vector<PathClass> largestFirst(classes.size());
-    std::transform(classes.begin(), classes.end(), largestFirst.begin(),
-                   [](auto& entry) { return std::move(entry.second); });
+    using Signature = std::vector<std::tuple<std::string_view, std::string_view, Kinds>>;
+    std::map<Signature, Shape> shapes;
+    for (const PathParts& parts : divided) {
+        Signature signature;
+        for (const PathPart& part : parts)
+            signature.emplace_back(part.separator, part.key, part.key.empty() ? part.kind : 0);
+        std::vector<ShapeSlot>& slots = shapes[signature].slots;
+        slots.resize(parts.size());
+        for (std::size_t i = 0; i < parts.size(); ++i) {
+            slots[i].separator = parts[i].separator;
+            slots[i].key = parts[i].key;
+            slots[i].kinds |= parts[i].kind;
+            slots[i].values.add(parts[i].text);
+        }
+    }
+    std::vector<Shape> largestFirst;
+    for (auto& entry : shapes) {
+        entry.second.countNames();
+        largestFirst.push_back(std::move(entry.second));
+    }
     std::stable_sort(largestFirst.begin(), largestFirst.end(),
-                     [](const PathClass& a, const PathClass& b) { return a.size() > b.size(); });
+                     [](const Shape& a, const Shape& b) { return a.paths() > b.paths(); });
+    largestFirst.resize(std::min(largestFirst.size(), maxShapes));
     return largestFirst;
 }
 

@@ -9,219 +9,200 @@ namespace casetable {
 namespace {
 
 // Costs say how much vaguer a template gets. They are weighed against the places that agree.
-const Kinds codeKinds = numberKind | fixedKind;
+const std::size_t maxShapes = 64;
 const double never = std::numeric_limits<double>::infinity();
 
 bool isFree(const ShapeSlot& slot)
 {
-    return slot.kinds == freeKind;
+    return (slot.kinds & freeKind) != 0;
+}
+
+bool isCode(const ShapeSlot& slot)
+{
+    return !slot.key.empty() || (slot.kinds & ~(numberKind | fixedKind | endingKind)) == 0;
 }
 
 // Both are values of one column.
 double costOfMatch(const ShapeSlot& a, const ShapeSlot& b)
 {
     const Kinds differences = a.kinds ^ b.kinds;
-    if (a.key != b.key || isFree(a) || isFree(b) || (differences & emptyKind) != 0)
+    if (a.key != b.key || (differences & (emptyKind | endingKind)) != 0)
         return never;
-    if (!a.key.empty() || ((a.kinds | b.kinds) & ~codeKinds) == 0)
+    if (isCode(a) && isCode(b))
         return 0;
-    // Beside a free column, words had better be in it.
-    return (differences & b.kinds) == 0 ? 0.02 : 0.6;
+    if (isFree(a) || isFree(b))
+        return isCode(a) || isCode(b) ? 0.2 : 0.02;
+    const bool haveCommon =
+        std::any_of(b.values.distinct.begin(), b.values.distinct.end(),
+                    [&](std::string_view text) { return a.values.distinct.count(text) > 0; });
+    return haveCommon ? 0.02 : (differences & b.kinds) == 0 ? 0.06 : 0.6;
 }
 
-// The slot gets optional. Without a key it must have been seen in several names, else it is only a
-// part of them: "-b16" of "vit-b16".
-double costOfGap(const ShapeSlot& slot, const ShapeComponent& component)
+// Whether the slot may be missing in some paths. Without a key it must have been seen in several
+// names, else it is only a part of them: "-b16" of "vit-b16".
+bool isOwn(const ShapeSlot& slot)
 {
-    if (slot.isOptional || component.isOptional)
+    const std::size_t least =
+        slot.values.isConstant() ? 2 : 3 * (isCode(slot) ? 1 : slot.values.distinct.size());
+    return slot.isOptional || !slot.key.empty() || (!isFree(slot) && slot.names >= least);
+}
+
+// The slot at `index` gets optional. If it would stand beside a free one of the other shape, before
+// or behind `place`, it is taken up.
+double costOfGap(const Shape& shape, std::size_t index, const Shape& other, std::size_t place)
+{
+    const ShapeSlot& slot = shape.slots[index];
+    const bool isTakenUp = (place > 0 && isFree(other.slots[place - 1]) && !shape.opens(index)) ||
+                           (place < other.slots.size() && isFree(other.slots[place]) &&
+                            other.opens(place) == shape.opens(index));
+    if (slot.isOptional)
         return 0;
     if (!slot.key.empty())
         return 0.3;
-    const bool isNumber = (slot.kinds & ~codeKinds) == 0;
-    const std::size_t least =
-        slot.values.isConstant() ? 2 : 3 * (isNumber ? 1 : slot.values.distinct.size());
-    return isFree(slot) || component.texts.distinct.size() < least ? never : isNumber ? 0.5 : 0.7;
+    if (isTakenUp)
+        return isCode(slot) ? 0.1 : 0.02;
+    return !isOwn(slot) ? 0.9 : isCode(slot) ? 0.5 : 0.7;
 }
 
-// Adds what the values of all the slots say of each path, from the first's key on.
-void addStretch(ShapeTexts& texts, const ShapeSlot* begin, const ShapeSlot* end)
+// Of folders, only one that is but a key and a value may be missing.
+bool mayMiss(const Shape& shape, std::size_t index)
 {
-    for (std::size_t path = 0; path < begin->values.all.size(); ++path) {
-        const char* from = nullptr;
-        const char* to = nullptr;
-        for (const ShapeSlot* slot = begin; slot != end; ++slot) {
-            const std::string_view value = slot->values.all[path];
-            if (value.data() == nullptr)
-                continue;
-            from = from == nullptr ? value.data() - slot->key.size() : from;
-            to = value.data() + value.size();
-        }
-        texts.add({from, static_cast<std::size_t>(to - from)});
-    }
+    return index + 1 < shape.slots.size() &&
+           (!shape.opens(index) ||
+            (index > 0 && !shape.slots[index].key.empty() && shape.opens(index + 1)));
 }
 
-void addAll(ShapeTexts& texts, const std::vector<std::string_view>& more)
-{
-    for (const std::string_view text : more)
-        texts.add(text);
-}
-
-struct Weights {
+// The slots of two shapes side by side. Either may be missing.
+struct Alignment {
     double cost;
-    double matches; // Places that agree. Constant text counts half.
+    double matches; // Places that agree. Constant text and free columns count half.
+    std::vector<std::pair<const ShapeSlot*, const ShapeSlot*>> slots;
 };
 
-// Lays the slots of both side by side in the cheapest way, which comes of a table of the costs of
-// what is left of both. What differs too much becomes one free column, words rather than numbers
-// and keys. Adds the slots of both to `joined`, if given.
-Weights alignSlots(const ShapeComponent& a, const ShapeComponent& b, std::vector<ShapeSlot>* joined)
+// The cheapest alignment, which comes of a table of what is left of both shapes.
+Alignment align(const Shape& shapeA, const Shape& shapeB)
 {
     struct Step {
-        double cost;
-        std::size_t takenA;
-        std::size_t takenB;
-        bool isFree;
+        double cost = never;
+        double matches = 0;
+        std::size_t takenA = 0;
+        std::size_t takenB = 0;
     };
-    const std::size_t sizeA = a.slots.size();
-    const std::size_t sizeB = b.slots.size();
-    std::vector<Step> steps((sizeA + 1) * (sizeB + 1), {never, 0, 0, false});
+    const std::vector<ShapeSlot>& a = shapeA.slots;
+    const std::vector<ShapeSlot>& b = shapeB.slots;
+    std::vector<Step> table((a.size() + 1) * (b.size() + 1));
     const auto at = [&](std::size_t i, std::size_t j) -> Step& {
-        return steps[i * (sizeB + 1) + j];
+        return table[i * (b.size() + 1) + j];
     };
-    // A first part has no separator, though elsewhere others may stand in front of it.
-    const auto fit = [&](std::size_t i, std::size_t j) {
-        return (i == 0) == (j == 0) ? a.slots[i].separator == b.slots[j].separator
-                                    : (i == 0 ? a.slots[i] : b.slots[j]).separator.empty();
-    };
-    const bool isFreeAlready = std::any_of(a.slots.begin(), a.slots.end(), isFree) ||
-                               std::any_of(b.slots.begin(), b.slots.end(), isFree);
-    const auto countCodes = [](const std::vector<ShapeSlot>& slots, std::size_t i,
-                               std::size_t end) {
-        return std::count_if(&slots[i], &slots[i] + (end - i), [](const ShapeSlot& slot) {
-            return !slot.key.empty() || (slot.kinds & ~codeKinds) == 0;
-        });
-    };
-    at(sizeA, sizeB).cost = 0;
-    for (std::size_t i = sizeA + 1; i-- > 0;)
-        for (std::size_t j = sizeB + 1; j-- > 0;) {
-            const auto offer = [&](double cost, std::size_t takenA, std::size_t takenB,
-                                   bool isFree) {
-                cost += at(i + takenA, j + takenB).cost;
-                if (cost < at(i, j).cost)
-                    at(i, j) = {cost, takenA, takenB, isFree};
+    at(a.size(), b.size()).cost = 0;
+    for (std::size_t i = a.size() + 1; i-- > 0;)
+        for (std::size_t j = b.size() + 1; j-- > 0;) {
+            const auto offer = [&](double cost, double matches, std::size_t takenA,
+                                   std::size_t takenB) {
+                const Step& next = at(i + takenA, j + takenB);
+                if (cost + next.cost < at(i, j).cost)
+                    at(i, j) = {cost + next.cost, matches + next.matches, takenA, takenB};
             };
-            const bool doFit = i < sizeA && j < sizeB && fit(i, j);
-            if (doFit)
-                offer(costOfMatch(a.slots[i], b.slots[j]), 1, 1, false);
-            if (i < sizeA)
-                offer(costOfGap(a.slots[i], a), 1, 0, false);
-            if (j < sizeB)
-                offer(costOfGap(b.slots[j], b), 0, 1, false);
-            // As many are left behind it in both.
-            for (std::size_t left = 0; doFit && left < std::min(sizeA - i, sizeB - j); ++left)
-                offer((isFreeAlready ? 0 : 1.2) +
-                          0.1 * static_cast<double>(countCodes(a.slots, i, sizeA - left) +
-                                                    countCodes(b.slots, j, sizeB - left)),
-                      sizeA - left - i, sizeB - left - j, true);
+            if (mayMiss(shapeA, i))
+                offer(costOfGap(shapeA, i, shapeB, j), 0, 1, 0);
+            if (mayMiss(shapeB, j))
+                offer(costOfGap(shapeB, j, shapeA, i), 0, 0, 1);
+            if (i == a.size() || j == b.size() || (i == 0) != (j == 0) ||
+                a[i].separator != b[j].separator)
+                continue;
+            const bool isText =
+                a[i].values.isConstant() && a[i].values.distinct == b[j].values.distinct;
+            const bool isHalf = isText || isFree(a[i]) || isFree(b[j]);
+            const bool isEnding = i + 1 == a.size();
+            offer(costOfMatch(a[i], b[j]), isEnding ? 0 : isHalf ? 0.5 : 1, 1, 1);
+            const std::size_t endA = shapeA.endOfComponent(i);
+            const std::size_t endB = shapeB.endOfComponent(j);
+            // The first part of a name that one of them lacks.
+            if (shapeA.opens(i) && i + 1 < endA)
+                offer(costOfGap(shapeA, i, shapeB, j) + costOfMatch(a[i + 1], b[j]), 1, 2, 1);
+            if (shapeB.opens(j) && j + 1 < endB)
+                offer(costOfGap(shapeB, j, shapeA, i) + costOfMatch(a[i], b[j + 1]), 1, 1, 2);
+            // One name of a folder is as good as another.
+            if (shapeA.opens(i) && endA < a.size() && endB < b.size() &&
+                (a[i].names == 1 || b[j].names == 1))
+                at(i, j).cost = std::min(at(i, j).cost, at(endA, endB).cost + 0.36);
         }
-    Weights result{at(0, 0).cost, 0};
-    bool hasGapA = false;
-    bool hasGapB = false;
-    for (std::size_t i = 0, j = 0; result.cost < never && (i < sizeA || j < sizeB);) {
-        const Step step = at(i, j);
-        const ShapeSlot* const slotA = step.takenA > 0 ? &a.slots[i] : nullptr;
-        const ShapeSlot* const slotB = step.takenB > 0 ? &b.slots[j] : nullptr;
-        const bool isMatch = slotA != nullptr && slotB != nullptr;
-        const ShapeSlot& some = step.takenA > 0 ? a.slots[i] : b.slots[j];
-        if (slotA != nullptr && slotB != nullptr)
-            result.matches += step.isFree || (some.values.isConstant() &&
-                                              some.values.distinct == slotB->values.distinct)
-                                  ? 0.5
-                                  : 1;
-        else if (some.key.empty() && !some.isOptional)
-            (slotA != nullptr ? hasGapA : hasGapB) = true;
+    Alignment alignment{at(0, 0).cost, at(0, 0).matches, {}};
+    for (std::size_t i = 0, j = 0; at(i, j).takenA + at(i, j).takenB > 0;) {
+        const Step& step = at(i, j);
+        if (step.takenA != step.takenB)
+            alignment.slots.emplace_back(step.takenA > step.takenB ? &a[i] : nullptr,
+                                         step.takenB > step.takenA ? &b[j] : nullptr);
         i += step.takenA;
         j += step.takenB;
-        if (joined == nullptr)
-            continue;
-        joined->push_back({some.separator, some.key, some.kinds, some.isOptional || !isMatch, {}});
-        ShapeSlot& slot = joined->back();
-        if (step.isFree) {
-            slot = {some.separator, {}, freeKind, false, {}};
-            addStretch(slot.values, slotA, slotA + step.takenA);
-            addStretch(slot.values, slotB, slotB + step.takenB);
-            continue;
-        }
-        const std::vector<std::string_view> none((slotA == nullptr ? a : b).texts.all.size());
-        addAll(slot.values, slotA != nullptr ? slotA->values.all : none);
-        addAll(slot.values, slotB != nullptr ? slotB->values.all : none);
-        if (slotA != nullptr && slotB != nullptr) {
-            slot.kinds |= slotB->kinds;
-            slot.isOptional = slot.isOptional || slotB->isOptional;
-            slot.separator = slot.separator.empty() ? slotB->separator : slot.separator;
-        }
+        if (step.takenA > 0 && step.takenB > 0)
+            alignment.slots.emplace_back(&a[i - 1], &b[j - 1]);
     }
-    result.cost += hasGapA && hasGapB ? 0.5 : 0;
-    return result;
+    return alignment;
 }
 
-// An optional part beside a free one belongs to it.
-void widenFree(std::vector<ShapeSlot>& slots)
+// What a shape of so many paths has for a slot of another that it lacks.
+ShapeSlot missing(const ShapeSlot& slot, std::size_t paths)
 {
-    const auto isLoose = [](const ShapeSlot& slot) { return slot.isOptional && slot.key.empty(); };
-    for (std::size_t i = 0; i + 1 < slots.size();) {
-        const bool isJoined = (isFree(slots[i]) && isLoose(slots[i + 1])) ||
-                              (i == 0 && isLoose(slots[i]) && isFree(slots[i + 1]));
-        if (isJoined) {
-            ShapeSlot free{slots[i].separator, {}, freeKind, false, {}};
-            addStretch(free.values, &slots[i], &slots[i] + 2);
-            slots[i] = std::move(free);
-            slots.erase(slots.begin() + static_cast<std::ptrdiff_t>(i) + 1);
-        } else {
-            ++i;
-        }
-    }
+    ShapeSlot none{
+        slot.separator, slot.key, isOwn(slot) ? slot.kinds : slot.kinds | freeKind, true, {}};
+    none.values.all.resize(paths);
+    return none;
 }
 
-std::optional<MergedShape> mergeAligned(const Shape& shape, const Shape& other)
+ShapeSlot join(ShapeSlot slot, const ShapeSlot& other)
 {
-    Weights all{0, 0};
-    for (std::size_t i = 0; i < shape.components.size() && all.cost < never; ++i) {
-        const ShapeComponent& a = shape.components[i];
-        const ShapeComponent& b = other.components[i];
-        const Weights weights = alignSlots(a, b, nullptr);
-        // One name of a folder is as good as another.
-        const bool isFolder = i + 1 < shape.components.size() && weights.cost < never &&
-                              (a.texts.isConstant() || b.texts.isConstant());
-        all.cost += isFolder ? std::min(weights.cost, 0.36) : weights.cost;
-        all.matches += weights.matches;
-    }
-    // A few files are not worth a vaguer template.
-    const bool areFew = other.paths * (other.paths < 3 ? 4 : 50) < shape.paths;
-    if (all.cost > 0.31 * all.matches || (all.cost > 0.15 && areFew))
-        return std::nullopt;
-    MergedShape merged{shape, all.cost};
-    for (std::size_t i = 0; i < shape.components.size(); ++i) {
-        ShapeComponent& joined = merged.shape.components[i];
-        const ShapeComponent& b = other.components[i];
-        std::vector<ShapeSlot> slots;
-        alignSlots(shape.components[i], b, &slots);
-        widenFree(slots);
-        joined.slots = std::move(slots);
-        joined.isOptional = joined.isOptional || b.isOptional;
-        addAll(joined.texts, b.texts.all);
-        // A first part that may be missing is told from the next by the separator behind it.
-        const std::size_t size = joined.slots.size();
-        ShapeSlot& front = joined.slots.front();
-        front.isOptional = front.isOptional && !joined.isOptional;
-        if ((front.isOptional && (size == 1 || joined.slots[1].isOptional)) ||
-            (joined.isOptional && size > 1))
-            return std::nullopt;
-    }
-    merged.shape.endings.insert(other.endings.begin(), other.endings.end());
-    merged.shape.names.insert(other.names.begin(), other.names.end());
-    merged.shape.paths += other.paths;
-    return merged;
+    // Where a first part is missing, the separator behind it.
+    if (slot.separator.empty() || slot.separator.find('/') != std::string_view::npos)
+        slot.separator = other.separator;
+    slot.kinds |= other.kinds;
+    slot.isOptional = slot.isOptional || other.isOptional;
+    for (const std::string_view value : other.values.all)
+        slot.values.add(value);
+    return slot;
+}
+
+// Makes one free column of what differs too much: a part that only some names have and that is no
+// value of its own, with a neighbour, if it can be of the same kind. A first part that may be
+// missing is told from the next by the separator behind it, so that one may not be missing, too.
+void widenFree(Shape& shape)
+{
+    const auto isWord = [](const ShapeSlot& slot) {
+        return slot.kinds == letterKind && (slot.isOptional || !slot.values.isConstant());
+    };
+    const auto widen = [&](bool ofOneKind) {
+        for (std::size_t i = 0; i + 1 < shape.slots.size(); ++i) {
+            const ShapeSlot& a = shape.slots[i];
+            const ShapeSlot& b = shape.slots[i + 1];
+            const Kinds kinds = a.kinds | b.kinds | freeKind;
+            if (shape.opens(i + 1) || !a.key.empty() || !b.key.empty() ||
+                (kinds & endingKind) != 0 || (!a.isOptional && !b.isOptional) ||
+                (!isFree(a) && !isFree(b) && (!isWord(a) || !isWord(b)) &&
+                 (!shape.opens(i) || !a.isOptional || !b.isOptional)) ||
+                (ofOneKind && (a.kinds | freeKind) != (b.kinds | freeKind)))
+                continue;
+            shape.slots[i] = {
+                a.separator, {}, kinds, a.isOptional && b.isOptional, shape.stretch(i, i + 2)};
+            shape.slots.erase(shape.slots.begin() + static_cast<std::ptrdiff_t>(i) + 1);
+            return true;
+        }
+        return false;
+    };
+    while (widen(true) || widen(false))
+        continue;
+}
+
+// The shape of the paths of both.
+Shape joinAll(const Alignment& alignment, std::size_t pathsA, std::size_t pathsB)
+{
+    Shape shape;
+    for (const auto& [a, b] : alignment.slots)
+        shape.slots.push_back(a == nullptr   ? join(missing(*b, pathsA), *b)
+                              : b == nullptr ? join(*a, missing(*a, pathsB))
+                                             : join(*a, *b));
+    widenFree(shape);
+    shape.countNames();
+    return shape;
 }
 
 } // namespace
@@ -233,51 +214,71 @@ void ShapeTexts::add(std::string_view text)
         distinct.insert(text);
 }
 
-Shape::Shape(const PathClass& members) : paths(members.size())
+bool Shape::opens(std::size_t index) const
 {
-    for (const DividedPath& member : members) {
-        const std::string_view stem = member.components.back();
-        endings.insert(member.ending);
-        names.insert({stem.data(), stem.size() + member.ending.size()});
-    }
-    components.resize(members.front().parts.size());
-    for (std::size_t i = 0; i < components.size(); ++i) {
-        for (const NamePart& part : members.front().parts[i])
-            components[i].slots.push_back({part.separator, part.key, part.kind, false, {}});
-        for (const DividedPath& member : members) {
-            components[i].texts.add(member.components[i]);
-            for (std::size_t k = 0; k < components[i].slots.size(); ++k)
-                components[i].slots[k].values.add(member.parts[i][k].text);
+    return index == 0 || slots[index].separator.find('/') != std::string_view::npos;
+}
+
+std::size_t Shape::endOfComponent(std::size_t index) const
+{
+    do
+        ++index;
+    while (index < slots.size() && !opens(index));
+    return index;
+}
+
+ShapeTexts Shape::stretch(std::size_t begin, std::size_t end) const
+{
+    ShapeTexts texts;
+    for (std::size_t path = 0; path < paths(); ++path) {
+        const char* from = nullptr;
+        const char* to = nullptr;
+        for (std::size_t i = begin; i < end; ++i) {
+            const std::string_view value = slots[i].values.all[path];
+            if (value.data() == nullptr)
+                continue;
+            from = from == nullptr ? value.data() - slots[i].key.size() : from;
+            to = value.data() + value.size();
         }
+        texts.add({from, static_cast<std::size_t>(to - from)});
+    }
+    return texts;
+}
+
+void Shape::countNames()
+{
+    for (std::size_t begin = 0; begin < slots.size();) {
+        const std::size_t end = endOfComponent(begin);
+        const std::size_t names = stretch(begin, end).distinct.size();
+        for (; begin < end; ++begin)
+            slots[begin].names = names;
     }
 }
 
-std::optional<MergedShape> mergeShapes(const Shape& shape, const Shape& other)
+std::vector<Shape> mergeShapes(const std::vector<Shape>& shapes)
 {
-    const std::size_t size = shape.components.size();
-    const std::size_t otherSize = other.components.size();
-    if (size > otherSize + 1 || size + 1 < otherSize ||
-        shape.endings.count({}) != other.endings.count({}))
-        return std::nullopt;
-    if (size == otherSize)
-        return mergeAligned(shape, other);
-    // A folder that is but a key and a value may be missing in one of them.
-    std::optional<MergedShape> best;
-    const Shape& longer = size > otherSize ? shape : other;
-    for (std::size_t i = 0; i + 1 < longer.components.size(); ++i) {
-        const std::vector<ShapeSlot>& slots = longer.components[i].slots;
-        if (slots.size() != 1 || slots.front().key.empty())
-            continue;
-        Shape padded = size > otherSize ? other : shape;
-        ShapeComponent none{{}, true, {}};
-        none.texts.all.resize(padded.paths);
-        padded.components.insert(padded.components.begin() + static_cast<std::ptrdiff_t>(i), none);
-        std::optional<MergedShape> merged =
-            size > otherSize ? mergeAligned(shape, padded) : mergeAligned(padded, other);
-        if (merged && (!best || merged->cost < best->cost))
-            best = std::move(merged);
+    std::vector<Shape> merged;
+    for (const Shape& shape : shapes) {
+        Alignment best{never, 0, {}};
+        Shape* other = nullptr;
+        for (Shape& candidate : merged) {
+            Alignment alignment = align(candidate, shape);
+            // A few files are not worth a vaguer template.
+            const bool areFew = shape.paths() * (shape.paths() < 3 ? 4 : 50) < candidate.paths();
+            if (alignment.cost < best.cost && alignment.cost <= 0.31 * alignment.matches &&
+                (alignment.cost <= 0.15 || !areFew)) {
+                best = std::move(alignment);
+                other = &candidate;
+            }
+        }
+        if (other != nullptr)
+            *other = joinAll(best, other->paths(), shape.paths());
+        else if (merged.size() < maxShapes)
+            merged.push_back(shape);
     }
-    return best;
+    std::stable_sort(merged.begin(), merged.end(),
+                     [](const Shape& a, const Shape& b) { return a.paths() > b.paths(); });
+    return merged;
 }
 
 } // namespace casetable

@@ -1,18 +1,21 @@
 #include "casetable/suggesting/Suggest.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <functional>
 #include <mutex>
 #include <set>
 #include <string>
 #include <string_view>
-#include <unordered_set>
+#include <tuple>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "casetable/explaining/Summary.h"
 #include "casetable/importing/Import.h"
+#include "casetable/importing/Report.h"
 #include "casetable/importing/ShardImport.h"
 #include "casetable/importing/ShardWorkers.h"
 #include "casetable/listing/Listing.h"
@@ -24,9 +27,10 @@
 #include "casetable/system/Output.h"
 #include "casetable/system/Printable.h"
 #include "casetable/system/Processors.h"
-#include "casetable/system/Thread.h"
 #include "casetable/system/ShellWords.h"
+#include "casetable/system/Thread.h"
 #include "casetable/templates/Matcher.h"
+#include "casetable/writing/TableWriter.h"
 #include "crawler/private/PathReading.h"
 
 namespace casetable {
@@ -52,58 +56,48 @@ std::string commandLine(const Options& options, const Texts& templates)
     return root.empty() ? line : line + (root.front() == '-' ? " -- " : " ") + shellWord(root);
 }
 
-std::string cell(const std::string& bytes)
-{
-    const std::string text = printable(bytes);
-    const std::string_view beginning = fitting(text, cellWidth);
-    return beginning.size() == text.size() ? text : std::string(beginning) + "...";
-}
-
-// Numbers by value, all else by bytes.
+// Nothing, then numbers by value, then all else.
 bool standsBefore(const std::string& left, const std::string& right)
 {
-    double a = 0;
-    double b = 0;
-    if (reading::convertsToNumber(left, a) && reading::convertsToNumber(right, b) && a != b)
-        return a < b;
-    return left < right;
+    const auto rank = [](const std::string& text) {
+        double value = 0;
+        const bool isNumber = reading::convertsToNumber(text, value) && !std::isnan(value);
+        return std::make_tuple(!text.empty(), !isNumber, isNumber ? value : 0,
+                               std::string_view(text));
+    };
+    return rank(left) < rank(right);
 }
 
-// The first few values.
+// The first few values, cut where they are long.
 std::string sample(const std::set<std::string>& values)
 {
     Texts first(std::min(values.size(), sampleSize));
     std::partial_sort_copy(values.begin(), values.end(), first.begin(), first.end(), standsBefore);
     std::string text;
-    for (const std::string& value : first)
-        text += (text.empty() ? "" : ", ") + (value.empty() ? "''" : cell(value));
+    for (const std::string& value : first) {
+        const std::string shown = value.empty() ? "''" : printable(value);
+        const std::string_view cut = fitting(shown, cellWidth);
+        text += (text.empty() ? "" : ", ") + std::string(cut) +
+                (cut.size() < shown.size() ? "..." : "");
+    }
     return text + (first.size() < values.size() ? ", ..." : "");
 }
 
-// A line for each column, aligned.
-std::string columnLines(const CaseTable& table)
+// A row for each column, of its name, type, number of values, and sample.
+std::vector<Row> columnRows(const CaseTable& table)
 {
-    std::vector<Texts> rows = {{"column", "type", "values", "sample"}};
+    std::vector<Row> rows;
     for (std::size_t column = 0; column < table.patterns.size(); ++column) {
-        std::set<std::string> values;
-        for (std::size_t row = 0; row < table.caseCount(); ++row)
-            values.insert(table.cells[row * table.patterns.size() + column]);
         const MetadataPattern& pattern = table.patterns[column];
         const bool isNumber = pattern.valueType == MetadataPattern::NumberValue;
-        rows.push_back({pattern.pattern, isNumber ? "number" : "text",
-                        std::to_string(values.size()), sample(values)});
+        std::set<std::string> values;
+        for (std::size_t i = column; i < table.cells.size(); i += table.patterns.size())
+            values.insert(table.cells[i]);
+        rows.push_back({{pattern.pattern, isNumber ? "number" : "text",
+                         std::to_string(values.size()), sample(values)},
+                        {}});
     }
-    std::vector<std::size_t> widths(rows.front().size(), 0);
-    for (const Texts& row : rows) {
-        for (std::size_t i = 0; i < row.size(); ++i)
-            widths[i] = std::max(widths[i], displayWidth(row[i]));
-    }
-    std::string lines;
-    for (const Texts& row : rows)
-        lines += row[0] + std::string(widths[0] - row[0].size() + 2, ' ') + row[1] +
-                 std::string(widths[1] - row[1].size() + 2 + widths[2] - row[2].size(), ' ') +
-                 row[2] + "  " + row[3] + '\n';
-    return lines;
+    return rows;
 }
 
 std::string counted(std::size_t count, const std::string& one, const std::string& many)
@@ -132,28 +126,24 @@ std::string templateLines(const TemplateList& templates, const FileRows& files)
     return lines + '\n';
 }
 
-// A file's name with its case: what two files of different runs share where a column is missing.
-std::string nameInCase(const FileRow& file)
-{
-    return std::to_string(file.caseIndex) +
-           std::string(file.path.substr(file.path.rfind('/') + 1)) + '/';
-}
-
-// A line that names two such files; empty where there are none. Hashes spare the memory of names.
+// A line that names two files of one name in one case, as different runs have where a column is
+// missing; empty where there are none. Hashes spare the memory of names.
 std::string mixedLine(const FileRows& files)
 {
-    std::unordered_set<std::size_t> hashes;
-    for (std::size_t later = 0; later < files.count; ++later) {
-        const std::string name = nameInCase(files.file(later));
-        if (hashes.insert(std::hash<std::string>()(name)).second)
-            continue;
-        std::size_t earlier = 0;
-        while (earlier < later && nameInCase(files.file(earlier)) != name)
-            ++earlier;
-        if (earlier != later)
-            return "different runs may be one case: " +
-                   printable(files.file(earlier).path) + " and " +
-                   printable(files.file(later).path) + " are not told apart\n";
+    const auto nameInCase = [](const FileRow& file) {
+        return std::to_string(file.caseIndex) +
+               std::string(file.path.substr(file.path.rfind('/') + 1)) + '/';
+    };
+    std::unordered_map<std::size_t, std::size_t> seen;
+    seen.reserve(files.count);
+    for (std::size_t index = 0; index < files.count; ++index) {
+        const FileRow file = files.file(index);
+        const std::string name = nameInCase(file);
+        const auto [place, isNew] = seen.emplace(std::hash<std::string>()(name), index);
+        const FileRow other = files.file(place->second);
+        if (!isNew && nameInCase(other) == name)
+            return "different runs may be one case: " + printable(other.path) + " and " +
+                   printable(file.path) + " are not told apart\n";
     }
     return "";
 }
@@ -228,11 +218,19 @@ ExitCode suggest(const Options& options, Listing& listing, Output& output, Conso
     const Import import(importAll(std::move(shards), options, reading, kept), listing.root(),
                         reading, {}, kept);
     const FileRows files = import.matchedFiles();
-    const std::string text = commandLine(options, templates) + "\n\n" +
-                             columnLines(import.table()) + '\n' + templateLines(list, files) +
-                             countLine(import) + mixedLine(files);
+    const std::vector<Row> rows = columnRows(import.table());
+    Report report;
+    report.columns = {{"column", Column::Kind::Text},
+                      {"type", Column::Kind::Text},
+                      {"values", Column::Kind::Count},
+                      {"sample", Column::Kind::Text}};
+    report.rowCount = rows.size();
+    report.row = [&rows](std::size_t index) { return rows[index]; };
+    const std::string counts = templateLines(list, files) + countLine(import) + mixedLine(files);
     catchInterrupts();
-    output.write(text);
+    output.write(commandLine(options, templates) + "\n\n");
+    writeTable(report, output);
+    output.write('\n' + counts);
     output.commit();
     return ExitCode::Cases;
 }

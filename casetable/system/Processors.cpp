@@ -49,8 +49,7 @@ std::size_t processorsOf(const std::string& group, std::size_t most)
 std::size_t availableProcessors()
 {
     std::size_t count = processorsToRunOn();
-    for (std::string group = controlGroup(); !group.empty();
-         group.resize(group.find_last_of('/')))
+    for (std::string group = controlGroup(); !group.empty(); group.resize(group.find_last_of('/')))
         count = processorsOf(group == "/" ? "" : group, count);
     return count;
 }

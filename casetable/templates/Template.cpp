@@ -1,7 +1,6 @@
 #include "casetable/templates/Template.h"
 
 #include <algorithm>
-#include <string_view>
 #include <utility>
 
 #include "casetable/templates/Expression.h"
@@ -272,6 +271,17 @@ Template::Template(const std::string& text) : text_(text)
     } catch (const ExpressionError& error) {
         throw TemplateError(text_, 0, "the template is too large: " + std::string(error.what()));
     }
+}
+
+std::string escaped(std::string_view text)
+{
+    std::string result;
+    for (const char byte : text) {
+        if (special.find(byte) != std::string_view::npos)
+            result += '\\';
+        result += byte;
+    }
+    return result;
 }
 
 } // namespace casetable

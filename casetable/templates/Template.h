@@ -5,6 +5,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace casetable {
@@ -128,6 +129,9 @@ private:
     std::shared_ptr<const Expression> columnExpression_;
     std::shared_ptr<const Expression> elementExpression_;
 };
+
+/// `text` as a part of a template, in which it stands for itself.
+std::string escaped(std::string_view text);
 
 } // namespace casetable
 

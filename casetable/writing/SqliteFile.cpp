@@ -38,7 +38,7 @@ public:
     }
 
 private:
-    static int copyPath(sqlite3_vfs*, const char* path, int size, char* copy)
+    static int copyPath(sqlite3_vfs* /*files*/, const char* path, int size, char* copy)
     {
         const std::size_t bytes = std::strlen(path) + 1;
         if (bytes > static_cast<std::size_t>(size))

@@ -91,7 +91,7 @@ public:
             options.source.selection.hidden = true;
         if (formatName.empty() && options.output)
             guessFormat(*options.output);
-        if (formatName == "sqlite" && !options.output)
+        if (formatName == "sqlite" && (!options.output || !missing_.empty() || !sort_.empty()))
             throw WrongUsage();
         if (suggest_) {
             options.mode = casetable::Mode::Suggest;
@@ -544,8 +544,8 @@ std::string shown(const casetable::Options& options, const std::string& formatNa
            std::to_string(static_cast<int>(options.rows)) + " keepGoing " +
            std::to_string(options.source.keepGoing) + " follow " +
            std::to_string(options.source.follow) + " quiet " + std::to_string(options.quiet) +
-           " jobs " + std::to_string(options.jobs.value_or(0)) +
-           " mode " + std::to_string(static_cast<int>(options.mode));
+           " jobs " + std::to_string(options.jobs.value_or(0)) + " mode " +
+           std::to_string(static_cast<int>(options.mode));
 }
 
 /// What the program's own reading makes of the arguments.

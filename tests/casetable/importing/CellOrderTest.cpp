@@ -31,7 +31,7 @@ CellRanks rank(const Column& column, const Texts& cells)
 
 // A restatement: the pieces of a text, each a byte and, where that is '0', a number without zeros
 // in front.
-std::vector<std::pair<int, std::string>> pieces(std::string text)
+std::vector<std::pair<int, std::string>> pieces(const std::string& text)
 {
     std::vector<std::pair<int, std::string>> found;
     bool isInNumber = false;
@@ -82,7 +82,10 @@ public:
     {
         static const Texts numbers = {"5",   "5.0", "+5",   "05",  "-5",   "0",  "-0", ".5",
                                       "1e1", "10",  "1e-3", "NaN", "1e30", "-2", "",   "inf"};
-        return numbers[below(numbers.size())];
+        // Others are so close to each other that it counts how they are rounded.
+        return below(2) == 0 ? numbers[below(numbers.size())]
+                             : "0.1000000000000000" + std::to_string(50 + below(40)) +
+                                   (below(2) == 0 ? "" : "e+" + std::to_string(below(30)));
     }
 
     std::size_t below(std::size_t end) { return generator_() % end; }

@@ -155,7 +155,7 @@ Outcome mergedImport(const Texts& paths, std::size_t files, std::size_t jobs,
         kept.matched = true;
         kept.unmatched = true;
         const Import import(importedInShards(paths, files, jobs, reading, identifiers, kept),
-                                  shardRoot(none, "root"), reading, identifiers, kept);
+                            shardRoot(none, "root"), reading, identifiers, kept);
         outcome.takeTable(import.table());
         EXPECT_EQ(import.fileCount(), paths.size());
         EXPECT_EQ(import.matchedCount(), import.matchedFiles().count);
@@ -163,8 +163,8 @@ Outcome mergedImport(const Texts& paths, std::size_t files, std::size_t jobs,
         const FileRows matched = import.matchedFiles();
         for (std::size_t index = 0; index < matched.count; ++index) {
             const FileRow file = matched.file(index);
-            outcome.rows.push_back({std::string(file.path), std::to_string(file.caseIndex),
-                                    std::string(file.tag)});
+            outcome.rows.push_back(
+                {std::string(file.path), std::to_string(file.caseIndex), std::string(file.tag)});
         }
         const FileRows unmatched = import.unmatchedFiles();
         for (std::size_t index = 0; index < unmatched.count; ++index)
@@ -312,7 +312,7 @@ TEST(Import, TellsWhetherTheWatchedFileIsInACase)
         KeptFiles kept;
         kept.watched = watched;
         const Import import(importedInShards({"T1", "T2", "x"}, 1, 1, reading, {}, kept),
-                                  shardRoot(none, "root"), reading, {}, kept);
+                            shardRoot(none, "root"), reading, {}, kept);
         EXPECT_EQ(import.matchedFiles().count + import.unmatchedFiles().count, 0u);
         return import.isWatchedMatched();
     };

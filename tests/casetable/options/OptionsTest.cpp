@@ -115,12 +115,15 @@ public:
             return options;
         }
         options.rows = static_cast<Rows>(below(4));
+        const bool isDatabase = options.format != nullptr && options.format->isDatabase();
+        if (options.rows == Rows::Missing && isDatabase)
+            options.rows = Rows::Cases;
         if (options.rows == Rows::Missing)
             chooseMissing(options);
         const bool hasTags = options.rows == Rows::Cases || options.rows == Rows::Files;
         for (std::size_t k = below(3); k > 0 && hasTags; --k)
             options.identifiers.push_back({text(), "tag"});
-        if (options.rows != Rows::Unmatched)
+        if (options.rows != Rows::Unmatched && !isDatabase)
             chooseKeys(options);
         return options;
     }
@@ -332,6 +335,21 @@ TEST(Options, GuessTheFormatFromTheEndingOfTheOutput)
         EXPECT_EQ(parse({"-n", "T", "-o", row.output, "-f", "auto", "root"})->format, format);
         EXPECT_EQ(parse({"-n", "T", "-f", "json", "-o", row.output, "root"})->format,
                   formatNamed("json"));
+    }
+}
+
+TEST(Options, TakeADatabaseOnlyOfAllCasesInNoOrder)
+{
+    for (const auto& [option, value] :
+         {std::pair<const char*, const char*>{"--sort", "T"}, {"--missing", "T,P"}}) {
+        try {
+            parse({"-n", "T", "-n", "P", option, value, "-o", "a.db", "root"});
+            ADD_FAILURE() << "no failure";
+        } catch (const Failure& failure) {
+            EXPECT_EQ(failure.code, ExitCode::WrongUsage);
+            EXPECT_EQ(failure.what(),
+                      std::string(option) + " and --format sqlite exclude each other");
+        }
     }
 }
 
@@ -572,13 +590,16 @@ TEST(Options, ThatAreWrongAreRefusedInTheseWords)
         {{"-n", "T", "-a", "x=y", "-a", "=", "root"}, "--aux '=': the tag is empty"},
         {{"-n", "T", "-a", "x=a\nb", "root"}, "--aux 'x=a\nb': the tag holds a control character"},
         {{"-n", "T", "-f", "xml", "root"},
-         "--format 'xml': unknown format; choose auto, table, csv, tsv, json, jsonl or vtt"},
+         "--format 'xml': unknown format; choose auto, table, csv, tsv, json, jsonl, vtt or "
+         "sqlite"},
         {{"-n", "T", "-f", "", "root"},
-         "--format '': unknown format; choose auto, table, csv, tsv, json, jsonl or vtt"},
+         "--format '': unknown format; choose auto, table, csv, tsv, json, jsonl, vtt or sqlite"},
         {{"-n", "T", "-f", "CSV", "--what", "root"},
-         "--format 'CSV': unknown format; choose auto, table, csv, tsv, json, jsonl or vtt"},
+         "--format 'CSV': unknown format; choose auto, table, csv, tsv, json, jsonl, vtt or "
+         "sqlite"},
         {{"-f", "xml", "--help"},
-         "--format 'xml': unknown format; choose auto, table, csv, tsv, json, jsonl or vtt"},
+         "--format 'xml': unknown format; choose auto, table, csv, tsv, json, jsonl, vtt or "
+         "sqlite"},
         {{"-n", "T", "-o", "", "root"}, "--output: the file name is empty"},
         {{"-n", "T", "--from-list", ""}, "--from-list: the file name is empty"},
         {{"-n", "T", "-E", "", "root"}, "--exclude '': a component is empty"},
@@ -789,9 +810,9 @@ TEST(Options, TakeAnyNextArgumentAsTheValue)
                 parse({"-nT", option, value, "root"});
                 ADD_FAILURE() << option;
             } catch (const Failure& failure) {
-                EXPECT_EQ(failure.what(),
-                          "--format '" + std::string(value) +
-                              "': unknown format; choose auto, table, csv, tsv, json, jsonl or vtt");
+                EXPECT_EQ(failure.what(), "--format '" + std::string(value) +
+                                              "': unknown format; choose auto, table, csv, tsv, "
+                                              "json, jsonl, vtt or sqlite");
             }
         }
     }

@@ -227,6 +227,8 @@ TEST(CasetableHelp, FitsAScreenAndListsOptionsExitCodesAndExamples)
                                  "-H,--hidden",
                                  "-d,--max-depth N",
                                  "--unmatched",
+                                 "--missing COLUMNS",
+                                 "--sort COLUMNS",
                                  "--explain PATH",
                                  "--suggest",
                                  "--keep-going",

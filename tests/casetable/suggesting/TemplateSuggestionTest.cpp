@@ -82,9 +82,11 @@ TEST(TemplateSuggestion, NamesColumnsByWhatStandsInFrontElseByTheirPlace)
          {"Mach{Mach:number}/AoA{AoA:number}/flow.vtu"}},
         {{"runs/lr={0.1|0.01},bs={16|32}/log.txt"}, {"runs/lr={lr:number},bs={bs:digits}/log.txt"}},
         {{"run_{01|02|03}/out.csv"}, {"run_{run:digits}/out.csv"}},
+        {{"LC-{01|02|12}/a/LC{01|02|12}.csv"}, {"LC-{LC:digits}/a/LC{LC_2:digits}.csv"}},
         {{"{left|right}/{a|b|c}/x_{1|2}.csv"}, {"{dir1}/{dir2}/x_{x:digits}.csv"}},
         {{"wing{A|B|C}/{1|2}.dat"}, {"wing{wing}/{name:digits}.dat"}},
         {{"{20|200}K/{5|10}mm.dat"}, {"{K:digits}K/{mm:digits}mm.dat"}},
+        {{"{5|10}mm_{left|right}/{1|2}.dat"}, {"{mm:digits}mm_{dir1:word}/{name:digits}.dat"}},
     });
 }
 
@@ -110,6 +112,7 @@ TEST(TemplateSuggestion, KeepsNumbersDatesAndIdentifiersInOneColumn)
     expectSuggestions({
         {{"lr{0.1|0.001|1e-05}_s{1|2}.pt"}, {"lr{lr:number}_s{s:digits}.pt"}},
         {{"a_{2024-05-01|2024-05-02|2024-06-11}.csv"}, {"a_{date:text10}.csv"}},
+        {{"{2024_05_01|2024_05_02|2024_06_11}/a{1|2}.csv"}, {"{date:text10}/a{a:digits}.csv"}},
         {{"a_{20240501|20240502|20240611}_{123000|124500}.csv"},
          {"a_{date:digits}_{time:digits}.csv"}},
         {{"a_{20240501T101112|20240502T101112|20240611T001112}.csv"}, {"a_{date:text15}.csv"}},
@@ -132,6 +135,8 @@ TEST(TemplateSuggestion, MakesPartsThatAreThereOnlySometimesOptional)
         {{"sub-{01|02|03}_task-rest{|_run-1|_run-2}_bold.tsv", "sub-{01|02|03}_task-nap_bold.tsv"},
          {"sub-{sub:digits}_task-{task:word}[_run-{run:digits}]_bold.tsv"}},
         {{"a{1|2|3}_b{1|2}{|_01|_02}.wav"}, {"a{a:digits}_b{b:digits}[_{name:digits}].wav"}},
+        {{"{532|633|785}nm {P|Q}{5|10}{| acc10} spot{1|2}.txt"},
+         {"{nm:digits}nm {name:word1}{name_2:digits}[ acc{acc:digits}] spot{spot:digits}.txt"}},
         {{"m{1|2|3}/k{1|2}/{s1960-|s1970-|}r{1|2|3}i{1|2}.nc"},
          {"m{m:digits}/k{k:digits}/[s{s:digits}-]r{r:digits}i{i:digits}.nc"}},
         {{"sub-{01|02|03}/ses-{1|2}/anat/sub-1_ses-1_T1w.nii",
@@ -155,7 +160,12 @@ TEST(TemplateSuggestion, LeavesOpenWhichFileOfARunAndWhichEndingItIs)
 {
     expectSuggestions({
         {{"run_{1|2|3}/{flow.vtu|forces.dat}"}, {"run_{run:digits}/*"}},
+        {{"run_{1|2|3}/{flow.vtu|forces.dat|probe_01.csv}"}, {"run_{run:digits}/*"}},
+        {{"run_{1|2|3}/{ckpt_000.pt|ckpt_100.pt|metrics.json}"},
+         {"run_{run:digits}/ckpt_{ckpt:digits}.pt", "run_{run:digits}/metrics.json"}},
         {{"run_{1|2|3}.{nc|nc.md5}"}, {"run_{run:digits}.*"}},
+        {{"{wing|tail}_lc{001|002}.{op2|f06}"}, {"{name:word}_lc{lc:digits}.*"}},
+        {{"x_{1|2}.t{1|2|3}"}, {"x_{x:digits}.t{t:digits}"}},
         {{"t{1|2|3}/{left|right}.csv"}, {"t{t:digits}/{name}.csv"}},
     });
 }
@@ -164,6 +174,9 @@ TEST(TemplateSuggestion, PutsIntoOneColumnWhatIsDividedDifferently)
 {
     expectSuggestions({
         {{"{2m_temperature|rain|10m_wind_of_u}/y{1990|1991|1992}.nc"}, {"{dir1}/y{y:digits}.nc"}},
+        {{"{rib_L|rib_R|bracket|spar}/LC{01|02}.csv"}, {"{dir1}/LC{LC:digits}.csv"}},
+        {{"{S1 clay|S2 white sand|S3 silt}/{dry|wet}_spot{1|2|3}.txt"},
+         {"S{S:digits} {dir1}/{name:word}_spot{spot:digits}.txt"}},
         {{"{1-T1|2-T2_FLAIR|3-DWI}/IM-{01|02}.dcm"}, {"{dir1:digits}-{dir1_2}/IM-{IM:digits}.dcm"}},
     });
 }

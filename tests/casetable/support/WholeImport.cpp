@@ -148,7 +148,7 @@ CaseTable makeTable(const LoadContext& context, const MetadataFileCrawler& impor
 } // namespace
 
 WholeImport::WholeImport(FolderCrawler& crawler, const Reading& reading,
-               const std::vector<AuxFileIdentifier>& identifiers)
+                         const std::vector<AuxFileIdentifier>& identifiers)
     : importer_(makeParser(reading))
 {
     try {

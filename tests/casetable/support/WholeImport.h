@@ -19,7 +19,7 @@ class WholeImport {
 public:
     /// Imports the result of a finished walk, and throws as Import does.
     WholeImport(FolderCrawler& crawler, const Reading& reading,
-           const std::vector<AuxFileIdentifier>& identifiers);
+                const std::vector<AuxFileIdentifier>& identifiers);
 
     /// With all files of the walk and their matches.
     const MetadataFileCrawler& importer() const { return importer_; }

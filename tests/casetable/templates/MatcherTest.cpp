@@ -317,5 +317,13 @@ TEST(Matcher, ServesThreadsThatShareATemplate)
     EXPECT_EQ(wrong, std::vector<int>(4, 0));
 }
 
+TEST(Matcher, FitsEscapedTextToItself)
+{
+    for (const std::string text : {"plain", "a[x]*?\\{y}", "{", "\\", "**/", "\n\xff"}) {
+        EXPECT_EQ(read(escaped(text) + "{k}", text + "1"), "k=1") << text;
+        EXPECT_EQ(read(escaped(text) + "{k}", "other1"), "no match") << text;
+    }
+}
+
 } // namespace tests
 } // namespace casetable
