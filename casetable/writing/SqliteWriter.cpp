@@ -97,7 +97,8 @@ void writeFiles(const FileRows& files, const SqliteFile& file)
     SqliteInsertion insertion(file, "files", 2);
     for (std::size_t index = 0; index < files.count; ++index) {
         const FileRow row = files.file(index);
-        insertion.addText(std::string(row.path));
+        const std::string path(row.path); // Which stays until it is inserted.
+        insertion.addText(path);
         insertion.addCount(row.caseIndex);
         insertion.insert();
     }
