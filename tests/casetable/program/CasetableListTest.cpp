@@ -406,7 +406,8 @@ TEST(CasetableList, ThatNeverEndsIsAnErrorWhenMemoryRunsOut)
     const TemporaryTree tree;
     Setting setting = in(tree);
     // No two lines are the same, and each is a case.
-    setting.program = {"sh", "-c", "seq -f 'a-line-of-some-length/T%.0f' 1000000000 | \"$@\"", "sh"};
+    setting.program = {"sh", "-c", "seq -f 'a-line-of-some-length/T%.0f' 1000000000 | \"$@\"",
+                       "sh"};
     setting.prepare = [] {
         const rlimit limit = {400'000'000, 400'000'000};
         setrlimit(RLIMIT_AS, &limit);
