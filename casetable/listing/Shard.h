@@ -37,8 +37,9 @@ private:
 
 /// How large a shard may become: it is full once it has reached either.
 struct ShardSize {
-    /// An importer takes about a kilobyte for each file, which is the most that a shard costs.
-    std::size_t files = 10'000;
+    /// An importer takes about a kilobyte for each file. So many fit into a processor's own cache,
+    /// and then an import takes little more than half the time.
+    std::size_t files = 1'000;
     std::size_t bytes = std::size_t{4} * 1024 * 1024;
 };
 
