@@ -1,3 +1,4 @@
+#include <cstdlib>
 #include <ctime>
 #include <exception>
 #include <mutex>
@@ -57,8 +58,7 @@ Report makeReport(const Options& options, const Import& import)
         return fileReport(import.table(), import.matchedFiles());
     case Rows::Unmatched:
         return unmatchedReport(import.unmatchedFiles(), options.reading);
-    case Rows::Missing:
-        return missingReport(import.table(), options.missingColumns);
+    case Rows::Missing: // importTable() has it already.
     case Rows::Cases:
         break;
     }
@@ -153,13 +153,15 @@ ExitCode importTable(const Options& options, Listing& listing, Output& output, C
     throwIfInterrupted();
     if (options.output)
         spareMatchedFile(*options.output, import.isWatchedMatched());
-    Report report;
-    if (format.isDatabase()) {
+    std::optional<Missing> missing;
+    if (options.rows == Rows::Missing)
+        missing = findMissing(import.table(), options.missingColumns);
+    if (format.isDatabase())
         writeDatabase(makeDatabase(options, import), output);
-    } else {
-        report = sorted(makeReport(options, import), options.sortKeys);
-        format.write(report, output);
-    }
+    else
+        format.write(
+            sorted(missing ? missing->report : makeReport(options, import), options.sortKeys),
+            output);
     output.commit();
     if (options.output && options.format == nullptr && !output.isTerminal())
         remarkOnEnding(*options.output, console);
@@ -168,8 +170,8 @@ ExitCode importTable(const Options& options, Listing& listing, Output& output, C
     const ExitCode code = summarize({import.fileCount(), listing.hiddenLeftOut(), import.table(),
                                      import.firstFiles(), *values, std::move(tally)},
                                     options.source, showsUnmatched, console);
-    if (options.rows == Rows::Missing && code == ExitCode::Cases)
-        remarkOnMissing(report, console);
+    if (missing && code == ExitCode::Cases)
+        remarkOnMissing(*missing, console);
     return code;
 }
 
@@ -183,7 +185,7 @@ ExitCode run(const Options& options, Console& console)
         return explainPath(options, output);
 
     if (options.source.list && options.output)
-        spareList(*options.output, *options.source.list);
+        spareInput(*options.output, *options.source.list, "the list itself");
     if (options.mode == Mode::Table && options.format != nullptr && options.format->isDatabase())
         checkDatabase(caseColumns(options.reading.patterns(), {}), output);
     Listing listing(options.source, console);
@@ -209,6 +211,8 @@ int main(int argc, char** argv)
         console.error(failure.what(), failure.excerpt);
         return static_cast<int>(failure.code);
     } catch (const Interrupted& interrupted) {
+        if (interrupted.leavesThreads)
+            std::_Exit(128 + interrupted.signal);
         return 128 + interrupted.signal;
     } catch (const std::bad_alloc&) {
         console.error("not enough memory");

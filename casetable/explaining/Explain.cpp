@@ -163,7 +163,7 @@ private:
 
         double number = 0;
         if (isNumber && !reading::convertsToNumber(reading_.values[k].value, number))
-            text += "; it converts to no number, so its cell is NULL";
+            text += "; it converts to no number, so its cell holds no value";
         return text;
     }
 

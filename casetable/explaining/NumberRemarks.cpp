@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "casetable/importing/CaseTable.h"
-#include "crawler/private/PathReading.h"
+#include "casetable/importing/Decimal.h"
 
 namespace casetable {
 
@@ -18,18 +18,13 @@ bool isNumberColumn(const CaseTable& table, std::size_t column)
     return table.patterns[column].valueType == MetadataPattern::NumberValue;
 }
 
-const std::string& cellAt(const CaseTable& table, std::size_t row, std::size_t column)
-{
-    return table.cells[row * table.patterns.size() + column];
-}
-
 void remarkOnCellsWithoutNumber(const CaseTable& table, std::size_t column, const Texts& files,
                                 const MetadataInfoProviderInterface& values, Texts& lines)
 {
     std::size_t count = 0;
     std::string example;
     for (std::size_t row = 0; row < table.caseCount(); ++row) {
-        if (!cellAt(table, row, column).empty())
+        if (!table.cell(row, column).empty())
             continue;
         const std::string value = values.metadataInfoList(files[row])[column].value;
         if (!value.empty() && ++count == 1)
@@ -41,13 +36,15 @@ void remarkOnCellsWithoutNumber(const CaseTable& table, std::size_t column, cons
                         " no number, as in " + example);
 }
 
-// A text that is the same for equal numbers.
-std::string sameForEqualNumbers(const std::string& cell)
+// Whether the case has a value in each number column. Others say nothing of how numbers are
+// written.
+bool hasAllNumbers(const CaseTable& table, std::size_t row)
 {
-    double number = 0;
-    reading::convertsToNumber(cell, number);
-    number += 0.0; // Makes 0 of -0.
-    return std::string(reinterpret_cast<const char*>(&number), sizeof number);
+    for (std::size_t column = 0; column < table.patterns.size(); ++column) {
+        if (isNumberColumn(table, column) && table.cell(row, column).empty())
+            return false;
+    }
+    return true;
 }
 
 // A text that is the same for cases whose texts and numbers are equal.
@@ -55,9 +52,8 @@ std::string keyOf(const CaseTable& table, std::size_t row)
 {
     std::string key;
     for (std::size_t column = 0; column < table.patterns.size(); ++column) {
-        const std::string& cell = cellAt(table, row, column);
-        const bool isNumber = isNumberColumn(table, column) && !cell.empty();
-        const std::string part = isNumber ? sameForEqualNumbers(cell) : cell;
+        const std::string& cell = table.cell(row, column);
+        const std::string part = isNumberColumn(table, column) ? Decimal(cell).key() : cell;
         key += std::to_string(part.size()) + ':' + part;
     }
     return key;
@@ -69,10 +65,10 @@ bool hasEqualNumbersWrittenDifferently(const CaseTable& table, std::size_t colum
 {
     std::unordered_map<std::string, const std::string*> firstOf;
     for (std::size_t row = 0; row < table.caseCount(); ++row) {
-        const std::string& cell = cellAt(table, row, column);
+        const std::string& cell = table.cell(row, column);
         if (cell.empty())
             continue;
-        const auto found = firstOf.emplace(sameForEqualNumbers(cell), &cell).first;
+        const auto found = firstOf.emplace(Decimal(cell).key(), &cell).first;
         if (*found->second != cell)
             return true;
     }
@@ -85,6 +81,8 @@ void remarkOnEqualCases(const CaseTable& table, const Texts& files, Texts& lines
     std::pair<std::size_t, std::size_t> example;
     std::unordered_map<std::string, std::size_t> firstOf;
     for (std::size_t row = 0; row < table.caseCount(); ++row) {
+        if (!hasAllNumbers(table, row))
+            continue;
         const auto [found, isNew] = firstOf.emplace(keyOf(table, row), row);
         if (!isNew && ++count == 1)
             example = {found->second, row};
@@ -92,14 +90,14 @@ void remarkOnEqualCases(const CaseTable& table, const Texts& files, Texts& lines
     if (count == 0)
         return;
     std::size_t column = 0;
-    while (cellAt(table, example.first, column) == cellAt(table, example.second, column))
+    while (table.cell(example.first, column) == table.cell(example.second, column))
         ++column;
     lines.push_back(std::to_string(count) + (count == 1 ? " case differs" : " cases differ") +
                     " from another only in how numbers are written, as '" +
                     table.patterns[column].pattern + "' in " + files[example.first] +
-                    ", which gives '" + cellAt(table, example.first, column) + "', and in " +
-                    files[example.second] + ", which gives '" +
-                    cellAt(table, example.second, column) + "'");
+                    ", which gives '" + table.cell(example.first, column) + "', and in " +
+                    files[example.second] + ", which gives '" + table.cell(example.second, column) +
+                    "'");
 }
 
 } // namespace

@@ -5,7 +5,7 @@
 
 #include "casetable/explaining/NumberRemarks.h"
 #include "casetable/importing/CaseTable.h"
-#include "casetable/importing/Report.h"
+#include "casetable/importing/Missing.h"
 #include "casetable/listing/ReadList.h"
 #include "casetable/listing/Source.h"
 #include "casetable/system/Console.h"
@@ -86,10 +86,16 @@ ExitCode summarize(const CountedImport& import, const Source& source, bool shows
     return ExitCode::Cases;
 }
 
-void remarkOnMissing(const Report& report, Console& console)
+void remarkOnMissing(const Missing& missing, Console& console)
 {
-    console.remark("missing: " + std::to_string(report.rowCount) + " of " +
-                   std::to_string(report.combinations) + " combinations");
+    const std::size_t leftOut = missing.casesLeftOut;
+    console.remark("missing: " + std::to_string(missing.report.rowCount) + " of " +
+                   std::to_string(missing.combinations) + " combinations" +
+                   (leftOut == 0 ? ""
+                    : leftOut == 1
+                        ? "; 1 case without a value in one of the columns takes no part"
+                        : "; " + std::to_string(leftOut) +
+                              " cases without a value in one of the columns take no part"));
 }
 
 } // namespace casetable

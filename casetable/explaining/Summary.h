@@ -13,7 +13,7 @@ namespace casetable {
 
 class Console;
 struct CaseTable;
-struct Report;
+struct Missing;
 struct Source;
 
 /// Half a sentence which says that the source has no files, and which of the options that leave
@@ -47,9 +47,9 @@ struct CountedImport {
 ExitCode summarize(const CountedImport& import, const Source& source, bool showsUnmatched,
                    Console& console);
 
-/// Remarks on `console` how many rows `report`, a report of missing combinations, has, and of how
-/// many combinations.
-void remarkOnMissing(const Report& report, Console& console);
+/// Remarks on `console` how many combinations are missing, of how many, and how many cases take no
+/// part in that.
+void remarkOnMissing(const Missing& missing, Console& console);
 
 } // namespace casetable
 

@@ -38,6 +38,12 @@ struct CaseTable {
     /// caseCount(), and `tagIndex` below tags.size().
     std::vector<std::string> auxFilesOf(std::size_t caseIndex, std::size_t tagIndex) const;
 
+    /// The cell of the case in the column of the pattern at the index `column`.
+    const std::string& cell(std::size_t caseIndex, std::size_t column) const
+    {
+        return cells[caseIndex * patterns.size() + column];
+    }
+
     /// Appends the row of the case to `cells`. `caseIndex` is below caseCount().
     void appendCells(std::size_t caseIndex, std::vector<std::string>& cells) const;
 };

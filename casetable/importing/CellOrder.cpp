@@ -8,6 +8,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "casetable/importing/Decimal.h"
 #include "casetable/importing/Report.h"
 #include "crawler/private/PathReading.h"
 
@@ -18,7 +19,7 @@ namespace {
 using Cells = std::vector<std::string_view>;
 
 // The different texts of the cells that hold a value, in the order in which they are met.
-struct Texts {
+struct DifferentTexts {
     std::vector<std::size_t> ofCells; // The index of each cell's text, or CellRanks::none.
     std::vector<std::size_t> firsts;  // For each text, the first cell in which it stands.
 };
@@ -43,9 +44,9 @@ double numberIn(std::string_view text)
                : std::numeric_limits<double>::quiet_NaN();
 }
 
-Texts differentTexts(const Column& column, const Cells& cells)
+DifferentTexts differentTexts(const Column& column, const Cells& cells)
 {
-    Texts texts;
+    DifferentTexts texts;
     texts.ofCells.reserve(cells.size());
     std::unordered_map<std::string_view, std::size_t> indices;
     indices.reserve(cells.size());
@@ -64,7 +65,8 @@ Texts differentTexts(const Column& column, const Cells& cells)
 
 // The ranks of the cells of `texts`, of which those without a key are left out.
 template <class Key, class IsBefore>
-CellRanks rankTexts(const Texts& texts, std::vector<Keyed<Key>> keyed, const IsBefore& isBefore)
+CellRanks rankKeys(const DifferentTexts& texts, std::vector<Keyed<Key>> keyed,
+                   const IsBefore& isBefore)
 {
     // Stable, so that of equal numbers the one that is met first comes first.
     std::stable_sort(keyed.begin(), keyed.end(), isBefore);
@@ -81,7 +83,7 @@ CellRanks rankTexts(const Texts& texts, std::vector<Keyed<Key>> keyed, const IsB
     return ranks;
 }
 
-CellRanks rankNumbers(const Texts& texts, const Cells& cells)
+CellRanks rankNumbers(const DifferentTexts& texts, const Cells& cells)
 {
     std::vector<Keyed<double>> keyed;
     for (std::size_t k = 0; k < texts.firsts.size(); ++k) {
@@ -89,11 +91,14 @@ CellRanks rankNumbers(const Texts& texts, const Cells& cells)
         if (!std::isnan(number))
             keyed.push_back({number, k});
     }
-    return rankTexts(texts, std::move(keyed),
-                     [](const auto& a, const auto& b) { return a.key < b.key; });
+    return rankKeys(texts, std::move(keyed), [&](const auto& a, const auto& b) {
+        if (a.key != b.key || std::isinf(a.key))
+            return a.key < b.key;
+        return Decimal(cells[texts.firsts[a.text]]) < Decimal(cells[texts.firsts[b.text]]);
+    });
 }
 
-CellRanks rankNaturally(const Texts& texts, const Cells& cells)
+CellRanks rankNaturally(const DifferentTexts& texts, const Cells& cells)
 {
     std::string keys; // One behind the other.
     std::vector<std::size_t> ends;
@@ -107,7 +112,7 @@ CellRanks rankNaturally(const Texts& texts, const Cells& cells)
         keyed.push_back({std::string_view(keys).substr(begin, ends[k] - begin), k});
         begin = ends[k];
     }
-    return rankTexts(texts, std::move(keyed), [&](const auto& a, const auto& b) {
+    return rankKeys(texts, std::move(keyed), [&](const auto& a, const auto& b) {
         const int order = a.key.compare(b.key);
         return order != 0 ? order < 0 : cells[texts.firsts[a.text]] < cells[texts.firsts[b.text]];
     });
@@ -139,7 +144,7 @@ void appendNaturalKey(std::string_view text, std::string& key)
 
 CellRanks rankCells(const Column& column, const std::vector<std::string_view>& cells)
 {
-    const Texts texts = differentTexts(column, cells);
+    const DifferentTexts texts = differentTexts(column, cells);
     return column.isNumber() ? rankNumbers(texts, cells) : rankNaturally(texts, cells);
 }
 

@@ -16,7 +16,7 @@ struct Column;
 /// of numbers have the same key.
 void appendNaturalKey(std::string_view text, std::string& key);
 
-/// The order of the cells of one column: numbers by their value as a double, texts in natural
+/// The order of the cells of one column: numbers by their value, with all digits, texts in natural
 /// order, and where their keys are the same, by bytes. So only texts that are the same are equal.
 struct CellRanks {
     /// Stands for the rank of a cell without a value, or with a number such as "nan" that has no

@@ -19,11 +19,6 @@ using Cells = std::vector<std::string_view>;
 // How many columns the message about too many combinations names.
 const std::size_t namedColumns = 3;
 
-const std::string& cellOf(const CaseTable& table, std::size_t caseIndex, std::size_t column)
-{
-    return table.cells[caseIndex * table.patterns.size() + column];
-}
-
 std::vector<Column> columnsOf(const CaseTable& table, const Indices& columns)
 {
     const std::vector<Column> all = caseColumns(table.patterns, {});
@@ -58,7 +53,7 @@ std::vector<CellRanks> rankCompleteCases(const CaseTable& table, const std::vect
     for (std::size_t k = 0; k < columns.size(); ++k) {
         cells[k].reserve(table.caseCount());
         for (std::size_t i = 0; i < table.caseCount(); ++i)
-            cells[k].push_back(cellOf(table, i, indices[k]));
+            cells[k].push_back(table.cell(i, indices[k]));
     }
     std::vector<CellRanks> ranks = rankColumns(columns, cells);
     bool lacksSome = false;
@@ -128,18 +123,21 @@ Indices missingNumbers(const std::vector<CellRanks>& ranks, std::size_t caseCoun
 
 } // namespace
 
-Report missingReport(const CaseTable& table, const std::vector<std::size_t>& columns)
+Missing findMissing(const CaseTable& table, const std::vector<std::size_t>& columns)
 {
-    Report report;
+    Missing found;
+    Report& report = found.report;
     report.rowsName = "missing";
     report.columns = columnsOf(table, columns);
     const std::vector<CellRanks> ranks = rankCompleteCases(table, report.columns, columns);
     // Each case has one combination at most, so with more than these too many are missing.
     const std::size_t most = table.caseCount() + mostMissing;
-    report.combinations = countCombinations(ranks, most);
-    if (report.combinations > most)
+    found.combinations = countCombinations(ranks, most);
+    if (found.combinations > most)
         failTooMany(report.columns, ranks);
-    Indices missing = missingNumbers(ranks, table.caseCount(), report.combinations);
+    for (std::size_t i = 0; i < table.caseCount(); ++i)
+        found.casesLeftOut += isComplete(ranks, i) ? 0 : 1;
+    Indices missing = missingNumbers(ranks, table.caseCount(), found.combinations);
     if (missing.size() > mostMissing)
         failTooMany(report.columns, ranks);
 
@@ -155,12 +153,12 @@ Report missingReport(const CaseTable& table, const std::vector<std::size_t>& col
         std::size_t number = missing[index];
         for (std::size_t k = columns.size(); k > 0; --k) {
             const Indices& values = firsts[k - 1];
-            row.cells[k - 1] = cellOf(table, values[number % values.size()], columns[k - 1]);
+            row.cells[k - 1] = table.cell(values[number % values.size()], columns[k - 1]);
             number /= values.size();
         }
         return row;
     };
-    return report;
+    return found;
 }
 
 } // namespace casetable

@@ -10,18 +10,29 @@ namespace casetable {
 
 struct CaseTable;
 
-/// How many combinations missingReport() lists at most.
+/// How many combinations findMissing() lists at most.
 const std::size_t mostMissing = 100'000;
 
-/// A report with a row for each combination of values of these columns that no case has, sorted by
-/// the columns in their order, each as CellRanks tells. `columns` are different indices of
-/// `table.patterns`. Of numbers that are equal, which are one value, the first in the order of the
-/// cases is shown. A case without a value in one of the columns takes no part with any. The names
-/// of the columns are those in the header of caseReport() without tags.
+/// The combinations of values of some columns that no case has.
+struct Missing {
+    /// A row for each, sorted by the columns in their order, each as CellRanks tells.
+    Report report;
+
+    /// How many combinations there are, missing or not.
+    std::size_t combinations = 0;
+
+    /// How many cases take no part, as they have no value in one of the columns.
+    std::size_t casesLeftOut = 0;
+};
+
+/// Finds the combinations that are missing. `columns` are different indices of `table.patterns`. Of
+/// numbers that are equal, which are one value, the first in the order of the cases is shown. A
+/// case without a value in one of the columns takes no part with any. The names of the columns are
+/// those in the header of caseReport() without tags.
 ///
 /// Throws Failure with ExitCode::ImportFailed, and names the columns with the most values, when
 /// more than mostMissing are missing.
-Report missingReport(const CaseTable& table, const std::vector<std::size_t>& columns);
+Missing findMissing(const CaseTable& table, const std::vector<std::size_t>& columns);
 
 } // namespace casetable
 

@@ -117,7 +117,7 @@ std::vector<std::string> uniqueNames(std::vector<std::string> names)
 
 std::vector<std::string> uniqueHeader(const std::vector<Column>& columns)
 {
-    std::set<std::string> taken;
+    std::set<std::string> taken = {"case", "path", "files"};
     for (const Column& column : columns) {
         if (isOwn(column))
             taken.insert(column.name);

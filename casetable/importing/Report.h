@@ -44,7 +44,8 @@ struct Column {
 /// What a cell holds.
 enum class Content { Nothing, Number, Text };
 
-/// What `cell` holds, a cell of `column`. Every format goes by it.
+/// What `cell` holds, a cell of `column`. A number may be one, such as "inf", that a format cannot
+/// hold.
 Content contentOf(const Column& column, std::string_view cell);
 
 /// One row of the output. All texts are bytes, which need not be UTF-8.
@@ -59,7 +60,6 @@ struct Report {
     std::vector<Column> columns;
     std::size_t rowCount = 0;
     std::function<Row(std::size_t)> row; ///< Makes the row at an index below rowCount; may throw.
-    std::size_t combinations = 0; ///< Of missingReport(): how many there are, missing or not.
 };
 
 /// The columns of caseReport(): "case", the values, the files under each tag, and "files".
@@ -83,8 +83,9 @@ Report fileReport(const CaseTable& table, FileRows files);
 /// that stands further ahead already.
 std::vector<std::string> uniqueNames(std::vector<std::string> names);
 
-/// The names of the columns, made unique as by uniqueNames(), but that the program's own columns,
-/// such as "case" and "files", keep their names whatever stands before them.
+/// The names of the columns, made unique as by uniqueNames(), but that the program's own columns
+/// keep their names whatever stands before them. No value is called "case", "path" or "files", also
+/// where there is no such column, so that it has one name in all reports.
 std::vector<std::string> uniqueHeader(const std::vector<Column>& columns);
 
 } // namespace casetable

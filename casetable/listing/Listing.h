@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <string_view>
 #include <vector>
 
@@ -16,6 +17,7 @@
 namespace casetable {
 
 class Console;
+class ReadAhead;
 
 /// The files of a source, a folder or a list, which are handed on in shards.
 class Listing {
@@ -36,15 +38,16 @@ public:
     ///
     /// Throws Failure with ExitCode::ImportFailed, the path and the reason when a folder or the
     /// list cannot be read, or the list is refused, or there is no thread; any unexpected exception
-    /// of the thread, such as std::bad_alloc; and Interrupted, after the thread has ended, when a
-    /// signal comes in.
+    /// of the thread, such as std::bad_alloc; and Interrupted when a signal comes in. Threads that
+    /// the system keeps waiting are then abandoned, with all that they own; the console must stay
+    /// until the program ends.
     void run(const ShardSize& size, const Taker& taker);
 
     /// The root of the files; of a list, a folder that has nothing but its name.
     boost::shared_ptr<FileInfoInterface const> root() const { return root_; }
 
     /// The number of entries that were left out only because they are hidden.
-    std::size_t hiddenLeftOut() const { return fileSystem_.hiddenLeftOut; }
+    std::size_t hiddenLeftOut() const { return fileSystem_->hiddenLeftOut; }
 
 private:
     void runList(ShardCutter& cutter, const Taker& taker);
@@ -52,7 +55,8 @@ private:
 
     const Source& source_;
     Console& console_;
-    FileSystem fileSystem_;
+    const std::shared_ptr<FileSystem> fileSystem_;
+    const std::shared_ptr<ReadAhead> ahead_;
     const std::vector<std::string_view> noPaths_;
     boost::shared_ptr<FileInfoInterface const> root_;
 };

@@ -70,6 +70,14 @@ Texts divided(const std::string& text)
     return parts;
 }
 
+// A name may hold blanks and commas, so that quotes must show where it ends.
+Texts quoted(Texts names)
+{
+    for (std::string& name : names)
+        name = "'" + name + "'";
+    return names;
+}
+
 // What `values` name, of the columns of these names. A value is taken whole if it can be, as names
 // may hold commas.
 template <class Find>
@@ -82,7 +90,7 @@ auto parseNames(OptionId option, const Texts& values, const Texts& names, const 
             const auto found = find(part, names);
             if (!found)
                 failUsage(std::string(optionOf(option).name) + " '" + part +
-                          "': there is no such column; choose " + choice(names));
+                          "': there is no such column; choose " + choice(quoted(names)));
             all.push_back(*found);
         }
     }

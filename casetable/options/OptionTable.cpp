@@ -67,7 +67,7 @@ remains is not taken as a value.
 .IR MARKER :
 an optional sign, digits with an optional fraction, and an optional exponent that begins with e, E, d
 or D. The column keeps the text of the path; what does not convert to a number, as exponents with d
-or D do not, is NULL.
+or D do not, is no value.
 )"},
 
         {Id::Template,
@@ -239,8 +239,8 @@ names as the table's header shows them, divided by commas: by the first, then by
 equal. A
 .B \-
 in front of a name sorts in descending order. Numbers go by value; texts as people count, run2 before
-run10; no value comes last in either order. Rows that are equal stay in the order of their cases, whose
-numbers stay what they are. A name that holds commas or begins with a \- is given alone. May be given
+run10; no value comes last in either order. Rows that are equal stay in the order that they have without
+this option; cases keep their numbers. A name that holds commas or begins with a \- is given alone. May be given
 several times.
 )",
          {Id::Unmatched}},

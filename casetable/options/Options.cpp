@@ -13,6 +13,7 @@
 #include "casetable/options/Help.h"
 #include "casetable/options/Templates.h"
 #include "casetable/system/Output.h"
+#include "casetable/system/OutputGuards.h"
 
 namespace casetable {
 
@@ -241,6 +242,16 @@ void refuseContradictions(const CommandLine& line, OptionGroup group)
     }
 }
 
+// Refuses an output that is one of the files of templates.
+void spareTemplateFiles(const Options& options, const CommandLine& line)
+{
+    for (const std::string& value : line.valuesOf(OptionId::Template)) {
+        const std::optional<std::string> file = templateFile(value);
+        if (options.output && file)
+            spareInput(*options.output, *file, "a file of templates");
+    }
+}
+
 // Refuses what a database cannot be asked for, if the format is one: it is a file, whose rows have
 // no order, of cases.
 void refuseWithDatabase(const Options& options)
@@ -251,9 +262,11 @@ void refuseWithDatabase(const Options& options)
     if (!options.output)
         failUsage(format + ": there is no --output; a database cannot go to standard output");
     if (!options.sortKeys.empty())
-        failUsage("--sort and " + format + " exclude each other");
+        failUsage("--sort: " + *options.output +
+                  " is a database, whose rows have no order; its queries have ORDER BY");
     if (options.rows == Rows::Missing)
-        failUsage("--missing and " + format + " exclude each other");
+        failUsage("--missing: " + *options.output +
+                  " is a database, which holds all cases; write a table");
 }
 
 // Prints what --help or --version asked for.
@@ -312,6 +325,7 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
     if (options.format == nullptr && options.output)
         options.format = formatOfEnding(*options.output);
     refuseWithDatabase(options);
+    spareTemplateFiles(options, line);
     options.words = words;
     return options;
 }

@@ -62,8 +62,8 @@ TemplateList parseTemplates(const std::vector<std::string>& values)
     for (const std::string& value : values) {
         if (value.compare(0, 2, "@@") == 0) {
             texts.push_back(value.substr(1));
-        } else if (value.compare(0, 1, "@") == 0) {
-            const std::vector<std::string> lines = linesOf(value.substr(1));
+        } else if (const std::optional<std::string> file = templateFile(value)) {
+            const std::vector<std::string> lines = linesOf(*file);
             texts.insert(texts.end(), lines.begin(), lines.end());
         } else {
             texts.push_back(value);
@@ -74,6 +74,13 @@ TemplateList parseTemplates(const std::vector<std::string>& values)
     } catch (const TemplateError& error) {
         throw Failure(ExitCode::WrongUsage, optionName() + ": " + error.what(), excerpt(error));
     }
+}
+
+std::optional<std::string> templateFile(const std::string& value)
+{
+    if (value.compare(0, 1, "@") != 0 || value.compare(0, 2, "@@") == 0)
+        return std::nullopt;
+    return value.substr(1);
 }
 
 std::string templateValue(const std::string& text)

@@ -1,6 +1,7 @@
 #ifndef CASETABLE_OPTIONS_TEMPLATES_H
 #define CASETABLE_OPTIONS_TEMPLATES_H
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,9 @@ namespace casetable {
 /// Throws Failure with ExitCode::WrongUsage if a file cannot be read or holds no template, or if a
 /// template is not valid; its excerpt then shows the template with a caret under the place.
 TemplateList parseTemplates(const std::vector<std::string>& values);
+
+/// The file that a value of --template names; none where the value is a template.
+std::optional<std::string> templateFile(const std::string& value);
 
 /// The value of --template that stands for the template `text`.
 std::string templateValue(const std::string& text);

@@ -3,16 +3,22 @@
 #include <filesystem>
 #include <system_error>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include "casetable/system/ExitCode.h"
 
 namespace casetable {
 
-void spareList(const std::string& output, const std::string& list)
+void spareInput(const std::string& output, const std::string& input, const std::string& role)
 {
-    std::error_code failure;
-    if (list != "-" && std::filesystem::is_regular_file(output, failure) &&
-        std::filesystem::equivalent(output, list, failure))
-        throw Failure(ExitCode::OutputFailed, output + ": is the list itself, and is not replaced");
+    struct stat written = {};
+    struct stat read = {};
+    const bool readsSome =
+        input == "-" ? ::fstat(STDIN_FILENO, &read) == 0 : ::stat(input.c_str(), &read) == 0;
+    if (readsSome && ::stat(output.c_str(), &written) == 0 && S_ISREG(written.st_mode) &&
+        written.st_dev == read.st_dev && written.st_ino == read.st_ino)
+        throw Failure(ExitCode::OutputFailed, output + ": is " + role + ", and is not replaced");
 }
 
 std::string pathBelow(const std::string& root, const std::string& output)

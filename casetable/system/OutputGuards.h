@@ -5,9 +5,10 @@
 
 namespace casetable {
 
-/// Throws Failure with ExitCode::OutputFailed if the file at `output` is also the list of paths
-/// that is read, at `list`. "-" stands for standard input, which no output replaces.
-void spareList(const std::string& output, const std::string& list);
+/// Throws Failure with ExitCode::OutputFailed if the file at `output` is also one that the program
+/// reads, at `input`; "-" stands for standard input, which may come from a file. `role` says in the
+/// message what the file is: "the list itself".
+void spareInput(const std::string& output, const std::string& input, const std::string& role);
 
 /// The path of the file at `output` relative to the folder `root`, however both are named; empty
 /// where there is no such file or folder.

@@ -24,13 +24,14 @@ template <class Question> const Format* firstFormat(const Question& question)
 
 const std::vector<Format>& formats()
 {
-    static const std::vector<Format> formats = {{"table", {".txt"}, writeTable},
-                                                {"csv", {".csv"}, writeCsv},
-                                                {"tsv", {".tsv"}, writeTsv},
-                                                {"json", {".json"}, writeJson},
-                                                {"jsonl", {".jsonl", ".ndjson"}, writeJsonLines},
-                                                {"vtt", {".vtt"}, writeVtt},
-                                                {"sqlite", {".db", ".sqlite"}, nullptr}};
+    static const std::vector<Format> formats = {
+        {"table", {".txt"}, writeTable},
+        {"csv", {".csv"}, writeCsv},
+        {"tsv", {".tsv"}, writeTsv},
+        {"json", {".json"}, writeJson},
+        {"jsonl", {".jsonl", ".ndjson"}, writeJsonLines},
+        {"vtt", {".vtt"}, writeVtt},
+        {"sqlite", {".db", ".sqlite", ".sqlite3"}, nullptr}};
     return formats;
 }
 

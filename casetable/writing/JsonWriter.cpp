@@ -133,11 +133,6 @@ private:
     const std::vector<std::string> tagKeys_;
 };
 
-bool isDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
-
 } // namespace
 
 void writeJson(const Report& report, Output& output)
@@ -179,10 +174,11 @@ std::string jsonNumber(const std::string& text)
     // Takes the digits that come next, or else one zero.
     const auto takeDigits = [&] {
         const auto begin = next;
-        next = std::find_if_not(next, text.end(), isDigit);
+        next = std::find_if_not(next, text.end(), reading::isDigit);
         number += begin == next ? "0" : std::string(begin, next);
     };
-    while (next != text.end() && *next == '0' && next + 1 != text.end() && isDigit(next[1]))
+    while (next != text.end() && *next == '0' && next + 1 != text.end() &&
+           reading::isDigit(next[1]))
         ++next;
     takeDigits();
     if (next != text.end() && *next == '.') {

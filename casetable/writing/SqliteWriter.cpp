@@ -165,7 +165,9 @@ void checkDatabase(const std::vector<Column>& caseColumns, const Output& output)
         output.fail("no regular file, which a database must be");
     for (const char* const ending : {"-journal", "-wal"}) {
         struct stat status = {};
-        if (::stat((file + ending).c_str(), &status) == 0 && status.st_size > 0)
+        // An empty journal holds nothing, while a write-ahead log is in use as long as it is there.
+        if (::stat((file + ending).c_str(), &status) == 0 &&
+            (status.st_size > 0 || std::string(ending) == "-wal"))
             output.fail("another program is writing it, or has broken off, as " + file + ending +
                         " is there");
     }

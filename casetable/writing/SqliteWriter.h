@@ -37,10 +37,16 @@ void checkDatabase(const std::vector<Column>& caseColumns, const Output& output)
 /// Writes one SQLite database; the caller commits the output. Calls checkDatabase() first.
 ///
 ///     cases("case" INTEGER PRIMARY KEY, NAME REAL or TEXT, ..., files INTEGER)
+///
 ///     files(path TEXT PRIMARY KEY, "case" INTEGER REFERENCES cases) WITHOUT ROWID
-///     aux("case" INTEGER REFERENCES cases, tag TEXT, path TEXT REFERENCES files), if there are
-///     tags unmatched(path TEXT, NAME TEXT, reason TEXT), if wanted about(key TEXT PRIMARY KEY,
-///     value TEXT)
+///
+///     aux("case" INTEGER REFERENCES cases, tag TEXT, path TEXT REFERENCES files)
+///
+///     unmatched(path TEXT, NAME TEXT, reason TEXT)
+///
+///     about(key TEXT PRIMARY KEY, value TEXT)
+///
+/// "aux" is there if there are tags, and "unmatched" if it is wanted.
 ///
 /// "files" has an index by case. A number is REAL and no value NULL, as is a number that is not
 /// finite. A text is TEXT if it is UTF-8, and otherwise a BLOB of its bytes. In names, bytes that

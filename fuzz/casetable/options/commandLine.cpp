@@ -305,9 +305,9 @@ private:
     void guessFormat(const std::string& file)
     {
         static const std::map<std::string, std::string> names = {
-            {".csv", "csv"},     {".tsv", "tsv"},       {".json", "json"},
-            {".jsonl", "jsonl"}, {".ndjson", "jsonl"},  {".vtt", "vtt"},
-            {".db", "sqlite"},   {".sqlite", "sqlite"}, {".txt", "table"}};
+            {".csv", "csv"},        {".tsv", "tsv"},  {".json", "json"}, {".jsonl", "jsonl"},
+            {".ndjson", "jsonl"},   {".vtt", "vtt"},  {".db", "sqlite"}, {".sqlite", "sqlite"},
+            {".sqlite3", "sqlite"}, {".txt", "table"}};
         for (const auto& [ending, name] : names) {
             bool ends = file.size() >= ending.size();
             for (std::size_t i = 0; ends && i < ending.size(); ++i) {

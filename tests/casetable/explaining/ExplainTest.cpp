@@ -144,7 +144,7 @@ TEST(Explain, TellsWhereAValueEndsAndWhy)
              Row{"T2e5e", {"T", number}, "'2e5', up to 'e'"},
              Row{"T1D+07",
                  {"T", number},
-                 "'1D+07', up to the end; it converts to no number, so its cell is NULL"},
+                 "'1D+07', up to the end; it converts to no number, so its cell holds no value"},
          }) {
         const std::string line = lineAbout(row.path, row.pattern);
         const std::string shown = "  " + marker(row.pattern) + ": " + row.end;

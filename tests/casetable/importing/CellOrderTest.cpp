@@ -203,8 +203,8 @@ TEST(CellOrder, RanksRandomNumbersByTheirValue)
                 if (ranks.ofCells[j] == none)
                     continue;
                 ASSERT_EQ(ranks.ofCells[i] < ranks.ofCells[j],
-                          std::strtod(cells[i].c_str(), nullptr) <
-                              std::strtod(cells[j].c_str(), nullptr))
+                          std::strtold(cells[i].c_str(), nullptr) <
+                              std::strtold(cells[j].c_str(), nullptr))
                     << cells[i] << ' ' << cells[j];
             }
         }

@@ -43,7 +43,7 @@ Rows rowsOf(const Report& report)
 std::string failureOf(const CaseTable& table, const std::vector<std::size_t>& columns)
 {
     try {
-        missingReport(table, columns);
+        findMissing(table, columns);
     } catch (const Failure& failure) {
         EXPECT_EQ(failure.code, ExitCode::ImportFailed);
         return failure.what();
@@ -75,15 +75,16 @@ TEST(Missing, IsEachCombinationThatNoCaseHasSortedByTheColumns)
     const CaseTable table =
         tableOf({"p", "T"}, {{"run10", "10"}, {"run10", "9"}, {"run2", "10"}, {"run1", "-1"}});
 
-    const Report report = missingReport(table, {0, 1});
+    const Missing missing = findMissing(table, {0, 1});
+    const Report& report = missing.report;
 
     EXPECT_EQ(report.rowsName, "missing");
-    EXPECT_EQ(report.combinations, 9u);
+    EXPECT_EQ(missing.combinations, 9u);
     EXPECT_EQ(
         rowsOf(report),
         Rows({{"run1", "9"}, {"run1", "10"}, {"run2", "-1"}, {"run2", "9"}, {"run10", "-1"}}));
     EXPECT_EQ(
-        rowsOf(missingReport(table, {1, 0})),
+        rowsOf(findMissing(table, {1, 0}).report),
         Rows({{"-1", "run2"}, {"-1", "run10"}, {"9", "run1"}, {"9", "run2"}, {"10", "run1"}}));
 }
 
@@ -92,14 +93,14 @@ TEST(Missing, TakesNumbersThatAreEqualAsTheFirstOfThem)
     const CaseTable table =
         tableOf({"A", "B"}, {{"5.0", "1"}, {"5", "2"}, {"+5", "1"}, {"6", "2.0"}, {"05", "3"}});
 
-    EXPECT_EQ(rowsOf(missingReport(table, {0, 1})), Rows({{"6", "1"}, {"6", "3"}}));
+    EXPECT_EQ(rowsOf(findMissing(table, {0, 1}).report), Rows({{"6", "1"}, {"6", "3"}}));
 }
 
 TEST(Missing, TakesTextsThatReadAsEqualNumbersAsDifferent)
 {
     const CaseTable table = tableOf({"a", "b"}, {{"5", "x"}, {"05", "y"}});
 
-    EXPECT_EQ(rowsOf(missingReport(table, {0, 1})), Rows({{"05", "x"}, {"5", "y"}}));
+    EXPECT_EQ(rowsOf(findMissing(table, {0, 1}).report), Rows({{"05", "x"}, {"5", "y"}}));
 }
 
 TEST(Missing, LeavesOutCasesWithoutAValueWithAllOfTheirValues)
@@ -108,11 +109,13 @@ TEST(Missing, LeavesOutCasesWithoutAValueWithAllOfTheirValues)
         {"A", "b", "c"},
         {{"7", "", "x"}, {"5", "x", ""}, {"", "z", "x"}, {"5.0", "y", "x"}, {"nan", "w", "x"}});
 
-    EXPECT_EQ(rowsOf(missingReport(table, {0, 1})), Rows());
-    EXPECT_EQ(missingReport(table, {0, 1}).combinations, 2u);
-    EXPECT_EQ(rowsOf(missingReport(table, {1, 2})), Rows());
+    EXPECT_EQ(rowsOf(findMissing(table, {0, 1}).report), Rows());
+    EXPECT_EQ(findMissing(table, {0, 1}).combinations, 2u);
+    EXPECT_EQ(findMissing(table, {0, 1}).casesLeftOut, 3u);
+    EXPECT_EQ(rowsOf(findMissing(table, {1, 2}).report), Rows());
     EXPECT_EQ(
-        rowsOf(missingReport(tableOf({"A", "b"}, {{"5", ""}, {"5.0", "x"}, {"6", "y"}}), {0, 1})),
+        rowsOf(
+            findMissing(tableOf({"A", "b"}, {{"5", ""}, {"5.0", "x"}, {"6", "y"}}), {0, 1}).report),
         Rows({{"5.0", "y"}, {"6", "x"}}))
         << "the first is that of a case that takes part";
 }
@@ -120,7 +123,8 @@ TEST(Missing, LeavesOutCasesWithoutAValueWithAllOfTheirValues)
 TEST(Missing, IsNothingWithoutCasesOrWithoutAnyThatIsComplete)
 {
     for (const Rows& rows : {Rows(), Rows({{"1", "x"}}), Rows({{"1", ""}, {"", "x"}})}) {
-        const Report report = missingReport(tableOf({"A", "b"}, rows), {0, 1});
+        const Missing missing = findMissing(tableOf({"A", "b"}, rows), {0, 1});
+        const Report& report = missing.report;
         EXPECT_EQ(report.rowCount, 0u);
         EXPECT_EQ(report.columns.size(), 2u);
     }
@@ -131,7 +135,8 @@ TEST(Missing, NamesItsColumnsAsTheTableOfCasesDoes)
     const CaseTable table =
         tableOf({"T", "case", "T", "T(2)", "files"}, {{"1", "2", "3", "4", "5"}});
 
-    const Report report = missingReport(table, {2, 1, 0, 4, 3});
+    const Missing missing = findMissing(table, {2, 1, 0, 4, 3});
+    const Report& report = missing.report;
 
     EXPECT_EQ(uniqueHeader(report.columns), Texts({"T(2)", "case(2)", "T", "files(2)", "T(2)(2)"}));
     EXPECT_TRUE(report.columns[0].isValue());
@@ -150,7 +155,7 @@ TEST(Missing, ListsAHundredThousandAtMost)
     EXPECT_EQ(failureOf(table, {1, 0}), message);
 
     addCase(table, {"2", "0"});
-    EXPECT_EQ(missingReport(table, {0, 1}).rowCount, 100'000u);
+    EXPECT_EQ(findMissing(table, {0, 1}).report.rowCount, 100'000u);
 }
 
 TEST(Missing, CountsCombinationsThatNoNumberHolds)
@@ -172,7 +177,7 @@ TEST(Missing, CountsCombinationsThatNoNumberHolds)
               "--missing: more than 100000 combinations are missing; most values have 'c0' with 4, "
               "'c1' with 4, 'c2' with 4");
     columns.resize(8);
-    EXPECT_EQ(missingReport(table, columns).rowCount, 65536u - 4);
+    EXPECT_EQ(findMissing(table, columns).report.rowCount, 65536u - 4);
 }
 
 TEST(Missing, IsWhatIsLeftOfAllCombinations)
@@ -205,10 +210,11 @@ TEST(Missing, IsWhatIsLeftOfAllCombinations)
         }
 
         const CaseTable table = tableOf({"a", "B", "c"}, rows);
-        const Report report = missingReport(table, {0, 1, 2});
+        const Missing missing = findMissing(table, {0, 1, 2});
+        const Report& report = missing.report;
 
         ASSERT_EQ(rowsOf(report), expected);
-        ASSERT_EQ(report.combinations, values[0].size() * values[1].size() * values[2].size());
+        ASSERT_EQ(missing.combinations, values[0].size() * values[1].size() * values[2].size());
     }
 }
 

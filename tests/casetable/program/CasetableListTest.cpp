@@ -263,6 +263,10 @@ TEST(CasetableList, IsNotReplacedByTheOutput)
     for (const std::string name : {"list", "./list", "link"})
         EXPECT_EQ(run(tree, {"-n", "T", "--from-list", "list", "-o", name}),
                   fails(4, name + ": is the list itself, and is not replaced"));
+    Setting setting = in(tree);
+    setting.input = tree.path("list");
+    EXPECT_EQ(run({"-n", "T", "--from-list", "-", "-o", "list"}, setting),
+              fails(4, "list: is the list itself, and is not replaced"));
     EXPECT_EQ(tree.content("list"), "T1/x\n");
     EXPECT_EQ(runOnInput("T1/x\n", {"-n", "T", "--from-list", "-", "-o", "/dev/null"}), prints(""));
 }

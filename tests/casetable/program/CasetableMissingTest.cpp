@@ -98,7 +98,7 @@ TEST(CasetableMissing, IsSortedAsAskedFor)
     EXPECT_EQ(run(tree, missing("wing,T", {"--sort", "-T"})),
               prints("wing,T\nC,10\nB,2\nC,2\nA,-1\nB,-1\n"));
     EXPECT_EQ(run(tree, missing("wing,T", {"--sort", "case"})),
-              fails(2, "--sort 'case': there is no such column; choose wing or T"));
+              fails(2, "--sort 'case': there is no such column; choose 'wing' or 'T'"));
 }
 
 TEST(CasetableMissing, TakesColumnsOfAnyName)
@@ -179,9 +179,9 @@ TEST(CasetableMissing, RefusesWhatItCannotUseBeforeAnythingIsWalked)
     };
 
     EXPECT_EQ(refused({"--missing", "T,p"}),
-              fails(2, "--missing 'p': there is no such column; choose T or P"));
+              fails(2, "--missing 'p': there is no such column; choose 'T' or 'P'"));
     EXPECT_EQ(refused({"--missing", "T,case"}),
-              fails(2, "--missing 'case': there is no such column; choose T or P"));
+              fails(2, "--missing 'case': there is no such column; choose 'T' or 'P'"));
     EXPECT_EQ(refused({"--missing", "T"}), fails(2, "--missing 'T': expected two columns or more"));
     EXPECT_EQ(refused({"--missing", "T,T"}), fails(2, "--missing 'T': the column is given twice"));
     EXPECT_EQ(refused({"--missing", "T,P", "--files"}),

@@ -200,6 +200,18 @@ TEST(CasetableRemark, TellsOfCasesThatDifferOnlyInHowNumbersAreWritten)
     EXPECT_EQ(run({"-t", "T{T}/P_{P}", "results"}, setting).errors, cases) << "texts";
 }
 
+TEST(CasetableRemark, ComparesOnlyCasesThatHaveAllNumbers)
+{
+    const TemporaryTree tree(
+        {"results/Re1d3/f", "results/Re2d3/f", "results/Re5/f", "results/Re5.0/f"});
+
+    EXPECT_EQ(run({"-n", "Re", "results"}, withErrors(tree, Stream::Terminal)).errors,
+              "casetable: cases: 4, from 4 of 4 files\n"
+              "casetable: 2 cells of 'Re' are no number, as in Re1d3/f, which gives '1d3'\n"
+              "casetable: 1 case differs from another only in how numbers are written, as 'Re' in "
+              "Re5.0/f, which gives '5.0', and in Re5/f, which gives '5'\n");
+}
+
 TEST(CasetableRemark, TellsOfValuesThatAreCutAndWhyFilesMayNotMatch)
 {
     const TemporaryTree tree({"results/P1.5bar_T1,5", "results/p1_T1"});

@@ -233,9 +233,10 @@ TEST(CasetableSort, RefusesAnUnknownColumnBeforeAnythingIsWalked)
     tree.file("out", "earlier");
 
     EXPECT_EQ(run(tree, {"-n", "T", "--sort", "T,x\n", "-o", "out", "missing"}),
-              fails(2, "--sort 'x\\n': there is no such column; choose case, T or files"));
-    EXPECT_EQ(run(tree, {"-n", "T", "-n", "T", "--files", "--sort", "files", "missing"}),
-              fails(2, "--sort 'files': there is no such column; choose path, case, T or T(2)"));
+              fails(2, "--sort 'x\\n': there is no such column; choose 'case', 'T' or 'files'"));
+    EXPECT_EQ(
+        run(tree, {"-n", "T", "-n", "T", "--files", "--sort", "files", "missing"}),
+        fails(2, "--sort 'files': there is no such column; choose 'path', 'case', 'T' or 'T(2)'"));
     EXPECT_EQ(tree.content("out"), "earlier");
     EXPECT_EQ(run(tree, {"-n", "T", "--sort", "T", "--unmatched", "missing"}),
               fails(2, "--unmatched and --sort exclude each other"));

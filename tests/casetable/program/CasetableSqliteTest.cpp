@@ -353,10 +353,14 @@ TEST(CasetableSqlite, SparesAnEarlierDatabaseThatIsBeingWritten)
                          ending + " is there"));
         EXPECT_EQ(tree.content("out.db"), "earlier");
         tree.file("out.db" + ending, "");
+        const int code = run(tree, {"-n", "T", "-o", "out.db", "results"}).exitCode;
+        EXPECT_EQ(code, ending == "-wal" ? 4 : 0) << "an empty journal holds no changes";
+        tree.remove("out.db" + ending);
+        tree.file("out.db", "earlier");
     }
 
     EXPECT_EQ(run(tree, {"-n", "T", "-o", "out.db", "results"}), prints(""));
-    EXPECT_EQ(askOut(tree, "SELECT T FROM cases"), Rows({{"1.0"}})) << "empty ones hold no changes";
+    EXPECT_EQ(askOut(tree, "SELECT T FROM cases"), Rows({{"1.0"}}));
 }
 
 TEST(CasetableSqlite, IsNotAskedForWhereTextIsPrinted)

@@ -127,6 +127,15 @@ TEST_F(CasetableTemplate, ReadsEachPathByTheFirstOfSeveralThatFits)
                      "wingB/Mach0.85/flow.vtu,2,wingB/Mach0.85/flow,\n"));
 }
 
+TEST_F(CasetableTemplate, IsNotReplacedByTheOutputIfItComesFromAFile)
+{
+    tree_.file("templates", campaign + std::string("\n"));
+
+    EXPECT_EQ(run(tree_, {"-t", "@templates", "-o", "./templates", "results"}),
+              fails(4, "./templates: is a file of templates, and is not replaced"));
+    EXPECT_EQ(tree_.content("templates"), campaign + std::string("\n"));
+}
+
 TEST_F(CasetableTemplate, MayComeFromAFileWithOneALine)
 {
     tree_.file("templates", "# Flow fields.\n\n" + campaign + "\n#{x}\nread.{ending}");

@@ -37,7 +37,8 @@ protected:
 
     std::string listRefusal(const std::string& output, const std::string& list) const
     {
-        return refusal(tree_.path(output), [&](const std::string& path) { spareList(path, list); });
+        return refusal(tree_.path(output),
+                       [&](const std::string& path) { spareInput(path, list, "the list itself"); });
     }
 
     // Where a/T1 and what is outside of the root are matched.
@@ -69,7 +70,7 @@ TEST_F(OutputGuards, LetEveryFileButTheListPass)
     EXPECT_EQ(listRefusal("results/a/x", tree_.path("other")), "");
     EXPECT_EQ(listRefusal("other", tree_.path("missing")), "");
     EXPECT_EQ(listRefusal("other", "-"), "");
-    EXPECT_NO_THROW(spareList("/dev/null", "/dev/null"));
+    EXPECT_NO_THROW(spareInput("/dev/null", "/dev/null", "the list itself"));
 }
 
 TEST_F(OutputGuards, SpareAMatchedFileHoweverItAndItsRootAreNamed)
