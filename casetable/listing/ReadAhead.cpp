@@ -130,7 +130,7 @@ void ReadAhead::finish(Job& job)
     count(time);
     // The walk has come to this job, so whatever is queued comes behind those to which it leads.
     lead(led, queue_.begin());
-    startThreadIfWanted();
+    useThreadIfWanted();
 }
 
 void ReadAhead::close()
@@ -191,10 +191,16 @@ bool ReadAhead::withdraw()
     return !wasWithdrawn;
 }
 
-void ReadAhead::startThreadIfWanted()
+void ReadAhead::useThreadIfWanted()
 {
-    if (isFull_ || idle_ > 0 || queue_.size() == begun_ || threads_ >= wantedThreads())
+    if (isFull_ || queue_.size() == begun_ || busyThreads() >= wantedThreads())
         return;
+    if (idle_ > 0) {
+        const std::size_t wanted = wantedThreads() - busyThreads();
+        for (std::size_t i = std::min({idle_, wanted, queue_.size() - begun_}); i > 0; --i)
+            work_.notify_one();
+        return;
+    }
     pthread_attr_t attributes;
     ::pthread_attr_init(&attributes);
     ::pthread_attr_setstacksize(&attributes, threadStackBytes);
@@ -220,8 +226,8 @@ void ReadAhead::startThreadIfWanted()
 void ReadAhead::work()
 {
     std::unique_lock<std::mutex> lock(mutex_);
-    while (!isWithdrawn_ && threads_ <= wantedThreads()) {
-        if (const JobPtr job = next()) {
+    while (!isWithdrawn_) {
+        if (const JobPtr job = busyThreads() <= wantedThreads() ? next() : nullptr) {
             perform(lock, *job, false);
         } else {
             ++idle_;
@@ -294,10 +300,15 @@ void ReadAhead::perform(std::unique_lock<std::mutex>& lock, Job& job, bool byWal
         forget(job);
     }
     if (isLack)
-        limits_.threads = std::max<std::size_t>(threads_, 1) - 1;
+        limits_.threads = std::max<std::size_t>(busyThreads(), 1) - 1;
     if (job.isAwaited_)
         finished_.notify_one();
-    startThreadIfWanted();
+    useThreadIfWanted();
+}
+
+std::size_t ReadAhead::busyThreads() const
+{
+    return threads_ - idle_;
 }
 
 void ReadAhead::count(const Time& time)
@@ -321,8 +332,6 @@ void ReadAhead::lead(std::list<JobPtr>& jobs, std::list<JobPtr>::const_iterator 
         (*job)->state_ = State::Queued;
         (*job)->place_ = job;
     }
-    for (std::size_t i = std::min(jobs.size(), idle_); i > 0; --i)
-        work_.notify_one();
     queue_.splice(place, jobs);
 }
 

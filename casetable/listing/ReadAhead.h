@@ -23,10 +23,10 @@ namespace casetable {
 /// done, and without any thread all is done as it would be without this class. The results are the
 /// jobs' own; only when they are made depends on time.
 ///
-/// Threads are started one by one, none before jobs have taken a millisecond. Where jobs compute,
-/// they are one less than the processors that this process may use, as the walk works too; where
-/// jobs wait in the system, so many more that the processors have work. They block the interrupts.
-/// Where the system gives no more threads, descriptors or memory, fewer are used.
+/// Threads are set to work one by one, none before jobs have taken a millisecond. Where jobs
+/// compute, they are one less than the processors that this process may use, as the walk works too;
+/// where jobs wait in the system, so many more that the processors have work. They block the
+/// interrupts. Where the system gives no more threads, descriptors or memory, fewer are used.
 ///
 /// Made by std::make_shared, and closed by the walk in the end: until then, it and the jobs that
 /// were not finished keep each other alive.
@@ -77,9 +77,10 @@ private:
     bool isDoneAhead(std::unique_lock<std::mutex>& lock, Job& job);
     Jobs runHere(Job& job);
     bool withdraw();
-    void startThreadIfWanted();
+    void useThreadIfWanted();
     void work();
     std::size_t wantedThreads() const;
+    std::size_t busyThreads() const;
     JobPtr next() const;
     void perform(std::unique_lock<std::mutex>& lock, Job& job, bool byWalk);
     void count(const Time& time);
