@@ -74,7 +74,7 @@ EntryPtr crawlBelow(const EntryPtr& root, const CrawlVisitor& visitor)
             levels.pop_back();
             continue;
         }
-        const EntryPtr entry = std::move(level.entries[level.next++]);
+        EntryPtr entry = std::move(level.entries[level.next++]);
         path.resize(level.pathLength);
         if (!path.empty())
             path += '/';
