@@ -188,7 +188,7 @@ ExitCode run(const Options& options, Console& console)
         spareInput(*options.output, *options.source.list, "the list itself");
     if (options.mode == Mode::Table && options.format != nullptr && options.format->isDatabase())
         checkDatabase(caseColumns(options.reading.patterns(), {}), output);
-    Listing listing(options.source, console);
+    Listing listing(options.source, console, options.jobs != 1); // One job is one thread.
     if (options.mode == Mode::Suggest)
         return suggest(options, listing, output, console);
     return importTable(options, listing, output, console);

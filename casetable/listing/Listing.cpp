@@ -52,7 +52,7 @@ std::string failureText(std::string error, FileSystem::Refused refused, const st
 // A walk on a thread of its own, which may be abandoned: so it shares this with the thread.
 struct TreeWalk {
     boost::shared_ptr<FileInfoInterface const> root;
-    std::shared_ptr<ReadAhead> ahead; // Of the root's folders.
+    std::shared_ptr<ReadAhead> ahead; // Of the root's folders; may be null.
     Progress progress;
     std::promise<std::string> ended; // With the error text, or what was thrown.
 
@@ -88,7 +88,8 @@ void TreeWalk::run()
     } catch (...) {
         failure = std::current_exception();
     }
-    ahead->close();
+    if (ahead)
+        ahead->close();
     if (failure)
         ended.set_exception(failure);
     else
@@ -97,9 +98,9 @@ void TreeWalk::run()
 
 } // namespace
 
-Listing::Listing(const Source& source, Console& console)
+Listing::Listing(const Source& source, Console& console, bool readsAhead)
     : source_(source), console_(console), fileSystem_(std::make_shared<FileSystem>()),
-      ahead_(std::make_shared<ReadAhead>())
+      ahead_(readsAhead ? std::make_shared<ReadAhead>() : nullptr)
 {
     if (source.list) {
         root_ = shardRoot(noPaths_, listName(*source.list));

@@ -31,7 +31,8 @@ public:
     };
 
     /// Looks at nothing yet. `source` must outlive it, and `console`, which gets warnings.
-    Listing(const Source& source, Console& console);
+    /// `readsAhead` says whether threads may list folders before the walk comes to them.
+    Listing(const Source& source, Console& console, bool readsAhead = true);
 
     /// Lists all files, in byte order or in that of the list's lines, on a thread of its own, and
     /// shows the progress. To be called once.

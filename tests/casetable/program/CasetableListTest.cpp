@@ -382,7 +382,7 @@ TEST(CasetableList, ThatKeepsWaitingOnStandardInputCanBeInterrupted)
     setting.input = tree.path("pipe");
 
     Program program({"-n", "T", "--from-list", "-", "-o", "out"}, setting);
-    if (!program.waitUntilIn(SYS_poll))
+    if (!program.waitUntilIn(SYS_futex))
         GTEST_SKIP() << "the system does not tell where a program waits";
     program.send(SIGINT);
     EXPECT_EQ(program.finish(), ends(130, ""));
