@@ -214,6 +214,7 @@ std::vector<Shape> takeCensus(const std::vector<std::string_view>& paths)
         }
     }
     std::vector<Shape> all;
+    all.reserve(shapes.size());
     for (auto& entry : shapes)
         all.push_back(std::move(entry.second));
     return all;
