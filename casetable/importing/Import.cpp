@@ -138,6 +138,8 @@ public:
         importer_.setMetadataPatternList(patterns);
     }
 #pragma GCC diagnostic pop
+    Extraction(const Extraction&) = delete;
+    Extraction& operator=(const Extraction&) = delete;
 
     void checkRoot(const boost::shared_ptr<FileInfoInterface const>& root)
     {
@@ -315,7 +317,9 @@ public:
 
     std::size_t indexCount() const override
     {
-        return places_.empty() ? 0 : std::size_t{files_->file(places_.back()).caseIndex} + 1;
+        if (places_.empty())
+            return 0;
+        return files_->file(places_.back()).caseIndex + std::size_t{1};
     }
 
     std::vector<std::string> filePaths(std::size_t index, const std::string& tag) const override

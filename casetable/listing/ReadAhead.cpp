@@ -92,7 +92,11 @@ private:
 
 ReadAhead::Limits ReadAhead::usualLimits()
 {
-    Limits limits = {64, 128, std::size_t{16} * 1024 * 1024, 4096};
+    Limits limits;
+    limits.threads = 64;
+    limits.descriptors = 128;
+    limits.bytes = std::size_t{16} * 1024 * 1024;
+    limits.jobs = 4096;
     rlimit files = {};
     if (::getrlimit(RLIMIT_NOFILE, &files) == 0) {
         limits.threads = std::min<std::size_t>(limits.threads, files.rlim_cur / 16);
@@ -101,7 +105,7 @@ ReadAhead::Limits ReadAhead::usualLimits()
     return limits;
 }
 
-ReadAhead::ReadAhead(Limits limits, Duration beforeThreads)
+ReadAhead::ReadAhead(const Limits& limits, Duration beforeThreads)
     : cores_(std::max(1U, std::thread::hardware_concurrency())), beforeThreads_(beforeThreads),
       limits_(limits)
 {

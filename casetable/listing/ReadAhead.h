@@ -39,10 +39,10 @@ public:
 
     /// What is used at most, beside what the walk itself uses.
     struct Limits {
-        std::size_t threads;     ///< Threads at a time.
-        std::size_t descriptors; ///< Descriptors that stay open for jobs done but not finished.
-        std::size_t bytes;       ///< Memory of jobs begun or done, but not finished.
-        std::size_t jobs;        ///< Jobs done but not finished.
+        std::size_t threads = 0;     ///< Threads at a time.
+        std::size_t descriptors = 0; ///< Descriptors that stay open for jobs done but not finished.
+        std::size_t bytes = 0;       ///< Memory of jobs begun or done, but not finished.
+        std::size_t jobs = 0;        ///< Jobs done but not finished.
     };
 
     /// 64 threads, 128 descriptors, 16 MiB and 4,096 jobs; of threads and descriptors fewer where
@@ -52,7 +52,8 @@ public:
     /// How long the jobs together must have taken before the first thread is started.
     using Duration = std::chrono::duration<double>;
 
-    explicit ReadAhead(Limits limits = usualLimits(), Duration beforeThreads = Duration(0.001));
+    explicit ReadAhead(const Limits& limits = usualLimits(),
+                       Duration beforeThreads = Duration(0.001));
     ReadAhead(const ReadAhead&) = delete;
     ReadAhead& operator=(const ReadAhead&) = delete;
 

@@ -6,7 +6,8 @@
 #include <future>
 #include <utility>
 
-#include <pthread.h>
+#include <QThread>
+#include <QtGlobal>
 
 #include "casetable/system/ExitCode.h"
 #include "casetable/system/Interrupt.h"
@@ -16,34 +17,31 @@ namespace casetable {
 namespace {
 
 // What the module gives the thread of a walk. Only address space is reserved.
-const std::size_t stackBytes = std::size_t{64} * 1024 * 1024;
+const unsigned stackBytes = 64U * 1024U * 1024U;
 
 const std::chrono::milliseconds interval(50);
 
-extern "C" void* runThread(void* act)
-{
-    (*static_cast<std::function<void()>*>(act))();
-    return nullptr;
-}
-
 } // namespace
 
-struct Thread::Impl {
+// A thread of Qt's, as what it knows of threads that others started outlives them at times.
+struct Thread::Impl : public QThread {
+    void run() override { act(); }
+
     std::function<void()> act;
-    pthread_t thread = {};
 };
 
 std::unique_ptr<Thread> Thread::start(std::function<void()> act)
 {
     auto impl = std::make_unique<Impl>();
     impl->act = std::move(act);
-    pthread_attr_t attributes;
-    if (pthread_attr_init(&attributes) != 0)
-        return nullptr;
+    impl->setStackSize(stackBytes);
     const SignalsBlocked signalsBlocked;
-    const bool isStarted = pthread_attr_setstacksize(&attributes, stackBytes) == 0 &&
-                           pthread_create(&impl->thread, &attributes, runThread, &impl->act) == 0;
-    pthread_attr_destroy(&attributes);
+    // Without this, Qt would print a line of its own where the thread does not start.
+    const QtMessageHandler own =
+        qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+    impl->start();
+    qInstallMessageHandler(own);
+    const bool isStarted = impl->isRunning() || impl->isFinished();
     return isStarted ? std::unique_ptr<Thread>(new Thread(std::move(impl))) : nullptr;
 }
 
@@ -51,7 +49,7 @@ Thread::Thread(std::unique_ptr<Impl> impl) : impl_(std::move(impl)) {}
 
 Thread::~Thread()
 {
-    pthread_join(impl_->thread, nullptr);
+    impl_->wait();
 }
 
 void runOnThread(const std::function<void()>& act, const std::function<void()>& meanwhile)
