@@ -64,6 +64,7 @@ public:
     ReadAhead::Jobs run(ReadAhead::Meter* ahead) override;
 
     void closeDescriptor() override { kept_ = Descriptor(); }
+    void discard() override { listing_.reset(); }
 
     /// Hands over what run() has found; null where it has not run.
     std::unique_ptr<FolderListing> takeListing() { return std::move(listing_); }

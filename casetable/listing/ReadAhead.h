@@ -130,6 +130,10 @@ public:
     /// descriptors.
     virtual void closeDescriptor() = 0;
 
+    /// Drops the result, for which nobody will ask. The jobs in it keep this one alive, and it
+    /// keeps them.
+    virtual void discard() = 0;
+
 protected:
     explicit Job(JobPtr parent) : parent_(std::move(parent)) {}
     virtual ~Job() = default;

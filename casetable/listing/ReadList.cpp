@@ -47,6 +47,8 @@ ListFile::ListFile(const std::string& file) : name_(listName(file))
         opened_ = Descriptor(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
         if (!opened_.isOpen())
             fail(errno);
+    } else if (::fcntl(STDIN_FILENO, F_GETFD) < 0) {
+        fail(errno); // Otherwise what is opened next would be taken for the list.
     }
     begin_ = beginOf(descriptor());
 }

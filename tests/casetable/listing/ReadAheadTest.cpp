@@ -67,6 +67,7 @@ public:
         return next;
     }
     void closeDescriptor() override { isClosed = true; }
+    void discard() override {}
 
     // Both are made before a walk begins.
     boost::intrusive_ptr<Call> add(Function function)
