@@ -145,6 +145,7 @@ void ReadAhead::close()
         while (!jobs->empty()) {
             const JobPtr dropped = jobs->front();
             forget(*dropped);
+            dropped->discard();
         }
     }
 }
