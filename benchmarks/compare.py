@@ -26,6 +26,9 @@ MARKERS = ["Mach", "AoA", "Re", "run_"]
 TEMPLATE = "**Mach{Mach:number}[_][/]AoA{AoA:number}/Re{Re:number}/run_{run_:number}/*"
 BASELINE = "casetable"
 
+# The campaign of so many files has 2,000 folders.
+FILES_OF_SLOW_TREE = 16_000
+
 
 def say(text):
     print(f"scripts/benchmark: {text}", file=sys.stderr, flush=True)
@@ -38,8 +41,9 @@ def stop(text):
 class Program:
     """A command with what its runs gave; `read` tells what a run found from its output file."""
 
-    def __init__(self, name, command, read):
+    def __init__(self, name, command, read, environment=None):
         self.name = name
+        self.environment = {**os.environ, **(environment or {})}
         self.command = [str(word) for word in command]
         self.read = read
         self.seconds = []
@@ -55,7 +59,9 @@ class Program:
         command = [shutil.which("time"), "-f", "%M", "-o", peak, *self.command]
         with open(output, "wb") as file:
             start = time.perf_counter()
-            status = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=file).returncode
+            status = subprocess.run(
+                command, stdin=subprocess.DEVNULL, stdout=file, env=self.environment
+            ).returncode
             seconds = time.perf_counter() - start
         if status != 0:
             stop(f"exit code {status} from {' '.join(self.command)}")
@@ -159,6 +165,24 @@ def measure(files, runs, options, with_qregexp):
         name = "auxFilesWithQRegExp"
         stages.stages[name] = slow.stages.get(name, [])
     return programs
+
+
+def measure_slow_folders(runs):
+    """Runs where opening a folder takes a millisecond more."""
+    root = make_tree(FILES_OF_SLOW_TREE)
+    slow = {"LD_PRELOAD": str(PROGRAMS / "libslow_folders.so")}
+    markers = [word for marker in MARKERS for word in ("-n", marker)]
+    command = [BUILD / "release" / "casetable" / "casetable", root, "-q", "--format", "csv"]
+    programs = [
+        Program(BASELINE, [*command, *markers], read_lines("cases", header=1), slow),
+        Program("find", ["find", root, "-type", "f"], read_lines("files"), slow),
+    ]
+    say(f"slow folders: {runs} runs")
+    agreed = {"files": FILES_OF_SLOW_TREE}
+    for _ in range(runs):
+        for program in programs:
+            program.measure(agreed)
+    return {program.name: program for program in programs}
 
 
 def print_table(head, rows):
@@ -323,6 +347,9 @@ def main():
         print_stages(programs)
         print_ratios(files, programs)
     print_growth(imports)
+    slow = measure_slow_folders(options.runs or 5)
+    print("## Opening a folder takes 1 ms more\n")
+    print_programs(FILES_OF_SLOW_TREE, slow)
 
 
 main()

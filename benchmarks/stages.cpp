@@ -28,6 +28,7 @@
 #include "casetable/importing/PlainTagValidator.h"
 #include "casetable/importing/Reading.h"
 #include "casetable/listing/FileSystem.h"
+#include "casetable/listing/ReadAhead.h"
 #include "crawler/FolderCrawler.h"
 #include "host/AuxFileInfoInterface.h"
 
@@ -53,12 +54,14 @@ void report(const char* name, std::size_t value)
 void runImport(const char* root, MetadataFileCrawler& importer,
                const std::vector<MetadataPattern>& patterns, campaign::TableKeeper& context)
 {
-    casetable::FileSystem fileSystem;
-    auto crawler = std::make_unique<FolderCrawler>(casetable::fileSystemRoot(fileSystem, root));
+    const auto ahead = std::make_shared<casetable::ReadAhead>();
+    auto crawler = std::make_unique<FolderCrawler>(
+        casetable::fileSystemRoot(std::make_shared<casetable::FileSystem>(), root, ahead));
 
     const double walk = seconds([&] {
         crawler->start();
         crawler->wait();
+        ahead->close();
     });
     const double intake = seconds([&] {
         importer.setCrawlResult(crawler->result());

@@ -4,13 +4,11 @@
 #include <numeric>
 
 #include "casetable/explaining/NumberRemarks.h"
-#include "casetable/explaining/Unmatched.h"
-#include "casetable/importing/Import.h"
+#include "casetable/importing/CaseTable.h"
 #include "casetable/importing/Missing.h"
 #include "casetable/listing/ReadList.h"
 #include "casetable/listing/Source.h"
 #include "casetable/system/Console.h"
-#include "host/AuxFileInfoInterface.h"
 
 namespace casetable {
 
@@ -56,30 +54,6 @@ void remarkOnEnding(const std::string& output, Console& console)
 {
     if (std::filesystem::path(output).has_extension())
         console.remark(output + ": written as CSV, as no format goes by that ending");
-}
-
-CountedImport countFiles(const Import& import, const Reading& reading, std::size_t hiddenLeftOut,
-                         bool showsUnmatched, const Console& console)
-{
-    const MetadataFileCrawler& importer = import.importer();
-    const bool hasCases = importer.hasCases();
-    CountedImport counted = {importer.files().size(), hiddenLeftOut, import.table(), {}, importer,
-                             Tally(reading)};
-    if (hasCases && console.showsRemarks()) {
-        for (const auto& file : importer.identifiedAuxFiles()) {
-            const std::string path = file->filePath();
-            // Cases are numbered in the order of their first files.
-            if (file->caseIndex() == counted.firstFiles.size())
-                counted.firstFiles.push_back(path);
-            counted.tally.countMatched(path, importer);
-        }
-    }
-    const bool tellsOfUnmatched = !hasCases || (console.showsRemarks() && !showsUnmatched);
-    if (tellsOfUnmatched && matchedCount(import.table()) < counted.files) {
-        for (const std::string& path : unmatchedPaths(importer))
-            counted.tally.countUnmatched(path);
-    }
-    return counted;
 }
 
 ExitCode summarize(const CountedImport& import, const Source& source, bool showsUnmatched,

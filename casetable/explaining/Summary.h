@@ -12,8 +12,6 @@
 namespace casetable {
 
 class Console;
-class Import;
-class Reading;
 struct CaseTable;
 struct Missing;
 struct Source;
@@ -32,20 +30,14 @@ void remarkOnEnding(const std::string& output, Console& console);
 
 /// A finished import, as far as its summary is about it.
 struct CountedImport {
-    std::size_t files;                   ///< All that took part, in a case or not.
-    std::size_t hiddenLeftOut;           ///< Hidden entries, which did not.
-    const CaseTable& table;              ///< The cases.
-    std::vector<std::string> firstFiles; ///< As numberRemarks() takes them, if it is to be asked.
+    std::size_t files;                           ///< All that took part, in a case or not.
+    std::size_t hiddenLeftOut;                   ///< Hidden entries, which did not.
+    const CaseTable& table;                      ///< The cases.
+    const std::vector<std::string>& firstFiles;  ///< As numberRemarks() takes them.
     const MetadataInfoProviderInterface& values; ///< Answers what was read from the first files.
-    Tally tally;                                 ///< Of those files that countFiles() counts.
+    Tally tally; ///< Of the matched files if remarks are shown; of the others if the output
+                 ///< does not list them, or if there are no cases.
 };
-
-/// Counts for summarize() the files of `import`, which was made by `reading`; both must outlive the
-/// answer. As that takes time, only the files of which something will be said on `console`: the
-/// matched ones if remarks are shown, and the others if they are not listed by the output, or if
-/// there are no cases.
-CountedImport countFiles(const Import& import, const Reading& reading, std::size_t hiddenLeftOut,
-                         bool showsUnmatched, const Console& console);
 
 /// Tells on `console` how an import of `source` went: an error if no file matched, with the likely
 /// reason; otherwise, as remarks, the counts and what may not have been meant. `showsUnmatched`

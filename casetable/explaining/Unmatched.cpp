@@ -1,14 +1,12 @@
 #include "casetable/explaining/Unmatched.h"
 
 #include <algorithm>
-#include <iterator>
 #include <string_view>
 #include <utility>
 
 #include "casetable/explaining/TemplateFailure.h"
 #include "casetable/importing/Reading.h"
 #include "crawler/private/PathReading.h"
-#include "host/AuxFileInfoInterface.h"
 
 namespace casetable {
 
@@ -59,20 +57,6 @@ MarkerFailure markerFailure(const std::string& path, const std::vector<MetadataP
     return {k, isOne ? Reason::OneCharacter : Reason::NoValue};
 }
 
-std::vector<std::string> unmatchedPaths(const MetadataFileCrawler& importer)
-{
-    std::vector<std::string> all(importer.files().begin(), importer.files().end());
-    std::sort(all.begin(), all.end());
-    std::vector<std::string> matched;
-    for (const auto& file : importer.identifiedAuxFiles())
-        matched.push_back(file->filePath());
-
-    std::vector<std::string> paths;
-    std::set_difference(all.begin(), all.end(), matched.begin(), matched.end(),
-                        std::back_inserter(paths));
-    return paths;
-}
-
 UnmatchedRows unmatchedRows(const std::vector<MetadataPattern>& patterns)
 {
     UnmatchedRows rows;
@@ -88,16 +72,15 @@ UnmatchedRows unmatchedRows(const std::vector<MetadataPattern>& patterns)
     return rows;
 }
 
-Report unmatchedReport(const MetadataFileCrawler& importer, const Reading& reading)
+Report unmatchedReport(FileRows files, const Reading& reading)
 {
     UnmatchedRows rows = reading.visit([](const auto& by) { return unmatchedRows(by); });
-    std::vector<std::string> paths = unmatchedPaths(importer);
     Report report;
     report.rowsName = "unmatched";
     report.columns = std::move(rows.columns);
-    report.rowCount = paths.size();
-    report.row = [paths = std::move(paths), row = std::move(rows.row)](std::size_t index) {
-        return row(paths[index]);
+    report.rowCount = files.count;
+    report.row = [files = std::move(files), row = std::move(rows.row)](std::size_t index) {
+        return row(std::string(files.file(index).path));
     };
     return report;
 }

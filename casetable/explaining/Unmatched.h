@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "casetable/importing/FileRows.h"
 #include "casetable/importing/Report.h"
-#include "crawler/MetadataFileCrawler.h"
 #include "crawler/MetadataPattern.h"
 
 namespace casetable {
@@ -33,9 +33,6 @@ struct MarkerFailure {
 /// Why `patterns`, which are not empty, do not match `path`. They must not match it.
 MarkerFailure markerFailure(const std::string& path, const std::vector<MetadataPattern>& patterns);
 
-/// The paths of the importer's crawl result that belong to no case, in ascending byte order.
-std::vector<std::string> unmatchedPaths(const MetadataFileCrawler& importer);
-
 /// How files that belong to no case are shown, each by its path alone.
 struct UnmatchedRows {
     std::vector<Column> columns;
@@ -46,9 +43,9 @@ struct UnmatchedRows {
 /// outlive the rows.
 UnmatchedRows unmatchedRows(const std::vector<MetadataPattern>& patterns);
 
-/// A report with a row for each of unmatchedPaths(), as unmatchedRows() of the reading makes it.
-/// The reading is that of the importer and must outlive the report.
-Report unmatchedReport(const MetadataFileCrawler& importer, const Reading& reading);
+/// A report with a row for each of `files`, which the reading does not match, as unmatchedRows() of
+/// the reading makes it. The reading must outlive the report.
+Report unmatchedReport(FileRows files, const Reading& reading);
 
 } // namespace casetable
 

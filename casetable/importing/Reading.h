@@ -8,6 +8,7 @@
 
 #include "casetable/templates/TemplateList.h"
 #include "crawler/CrawlerImporterParserInterface.h"
+#include "crawler/MetadataInfoProviderInterface.h"
 #include "crawler/MetadataPattern.h"
 
 namespace casetable {
@@ -37,6 +38,10 @@ public:
     {
         return templates_ ? visitor(*templates_) : visitor(patterns_);
     }
+
+    /// Answers what an import reads from a path, whichever path it is asked about; nothing for one
+    /// that it does not match. The answers throw what CrawlerImporterParserInterface throws.
+    std::unique_ptr<MetadataInfoProviderInterface> makeValues() const;
 
     /// A new parser for an importer that is to read paths in this way.
     std::unique_ptr<CrawlerImporterParserInterface> makeParser() const;

@@ -1,6 +1,5 @@
 #include "casetable/importing/Report.h"
 
-#include <map>
 #include <set>
 #include <utility>
 
@@ -17,18 +16,6 @@ void addValueColumns(const std::vector<MetadataPattern>& patterns, std::vector<C
         columns.push_back({pattern.pattern, pattern.valueType == MetadataPattern::NumberValue
                                                 ? Column::Kind::NumberValue
                                                 : Column::Kind::StringValue});
-}
-
-std::map<std::string, std::string> tagsByPath(const CaseTable& table)
-{
-    std::map<std::string, std::string> tagOf;
-    for (std::size_t caseIndex = 0; caseIndex < table.caseCount(); ++caseIndex) {
-        for (std::size_t tag = 0; tag < table.tags.size(); ++tag) {
-            for (const std::string& path : table.auxFilesOf(caseIndex, tag))
-                tagOf[path] = table.tags[tag];
-        }
-    }
-    return tagOf;
 }
 
 // Whether the column's name is the program's, so that there is no other of that name beside it.
@@ -99,25 +86,22 @@ Report caseReport(const CaseTable& table)
     return report;
 }
 
-Report fileReport(const CaseTable& table,
-                  std::vector<boost::shared_ptr<AuxFileInfoInterface>> files)
+Report fileReport(const CaseTable& table, FileRows files)
 {
     Report report;
     report.rowsName = "files";
     report.columns = fileColumns(table.patterns, table.tags);
-    report.rowCount = files.size();
-    report.row = [&table, columnCount = report.columns.size(), files = std::move(files),
-                  tagOf = tagsByPath(table)](std::size_t index) {
-        const AuxFileInfoInterface& file = *files[index];
+    report.rowCount = files.count;
+    report.row = [&table, files = std::move(files),
+                  columnCount = report.columns.size()](std::size_t index) {
+        const FileRow file = files.file(index);
         Row row;
         row.cells.reserve(columnCount);
-        row.cells.push_back(file.filePath());
-        row.cells.push_back(std::to_string(file.caseIndex()));
-        table.appendCells(file.caseIndex(), row.cells);
-        if (!table.tags.empty()) {
-            const auto tag = tagOf.find(file.filePath());
-            row.cells.push_back(tag == tagOf.end() ? std::string() : tag->second);
-        }
+        row.cells.emplace_back(file.path);
+        row.cells.push_back(std::to_string(file.caseIndex));
+        table.appendCells(file.caseIndex, row.cells);
+        if (!table.tags.empty())
+            row.cells.emplace_back(file.tag);
         return row;
     };
     return report;

@@ -7,10 +7,8 @@
 #include <string_view>
 #include <vector>
 
-#include <boost/shared_ptr.hpp>
-
+#include "casetable/importing/FileRows.h"
 #include "crawler/MetadataPattern.h"
-#include "host/AuxFileInfoInterface.h"
 
 namespace casetable {
 
@@ -79,8 +77,7 @@ Report caseReport(const CaseTable& table);
 /// A report with a row for each of `files`, which must be matched, in their order: the path, the
 /// index of its case, the values of the case, and, if there are tags, the tag under which the file
 /// was collected, empty if under none.
-Report fileReport(const CaseTable& table,
-                  std::vector<boost::shared_ptr<AuxFileInfoInterface>> files);
+Report fileReport(const CaseTable& table, FileRows files);
 
 /// `names`, made unique as those of the module's case table are: with "(2)", "(3)" ... behind each
 /// that stands further ahead already.

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <string>
 
 #include <boost/shared_ptr.hpp>
@@ -13,8 +14,10 @@
 
 namespace casetable {
 
+class ReadAhead;
+
 /// How the folders of a real file system are listed, and what came of it. Set the options before
-/// the tree is read; must outlive its entries.
+/// the tree is read.
 struct FileSystem {
     /// Follow links to folders, except into a folder that is its own ancestor.
     bool followLinks = false;
@@ -27,12 +30,13 @@ struct FileSystem {
     /// only the system can say whether it is a folder.
     Selection selection;
 
-    /// Called on the thread that lists, with a warning of one line, for each folder that is left
-    /// out as it cannot be read, and each link whose target the user may not look at. What it
-    /// throws comes out of the listing. Does nothing unless it is set.
+    /// Called on the thread that asks for the entries of a folder, with a warning of one line, for
+    /// each folder that is left out as it cannot be read, and each link whose target the user may
+    /// not look at. What it throws comes out of the asking. Does nothing unless it is set.
     std::function<void(const std::string&)> warn = [](const std::string&) {};
 
-    /// The number of files listed so far; may be read from any thread at any time.
+    /// The number of files in the folders whose entries were asked for so far; may be read from any
+    /// thread at any time.
     std::atomic<std::size_t> filesSeen{0};
 
     /// The number of entries that were left out so far only because they are hidden: files,
@@ -55,12 +59,23 @@ struct FileSystem {
 /// gives them. A folder lists its entries in such an order that a walk meets the files in byte
 /// order of path. A folder is readable when it can be listed and entered. Where the system fails,
 /// for want of permission, of descriptors or of a sound disk, operations throw
-/// ortelo::ExceptionBase with the path and the system's reason.
+/// ortelo::ExceptionBase with the path and the system's reason. A walk ends at its next folder when
+/// a signal comes in: asking for entries then throws Interrupted.
 ///
 /// A listing tells the kinds of its entries, so a file costs no system call of its own. Links do,
 /// and so do folders below a followed link, and all entries on file systems whose listings do not
 /// tell the kind. Folders are opened relative to their parent's descriptor, so paths may be longer
-/// than the system takes in one call. The entries of one root are used by one thread at a time.
+/// than the system takes in one call.
+///
+/// The entries of one root are used by one thread at a time, the walk. Where there is an `ahead`,
+/// its threads list folders before the walk asks for their entries; whatever comes of that is told
+/// when it asks, so that only what changes meanwhile makes a difference to it. Without, the walk's
+/// thread lists each folder when it asks.
+boost::shared_ptr<FileInfoInterface const> fileSystemRoot(std::shared_ptr<FileSystem> fileSystem,
+                                                          const std::string& path,
+                                                          std::shared_ptr<ReadAhead> ahead);
+
+/// The same without threads. `fileSystem` must outlive the entries.
 boost::shared_ptr<FileInfoInterface const> fileSystemRoot(FileSystem& fileSystem,
                                                           const std::string& path);
 

@@ -2,34 +2,64 @@
 #define CASETABLE_LISTING_LISTING_H
 
 #include <cstddef>
+#include <functional>
 #include <memory>
+#include <string_view>
+#include <vector>
 
-#include "casetable/listing/FileList.h"
+#include <boost/shared_ptr.hpp>
+
 #include "casetable/listing/FileSystem.h"
-#include "crawler/FolderCrawler.h"
+#include "casetable/listing/Shard.h"
+#include "casetable/listing/Source.h"
+#include "host/FileInfoInterface.h"
 
 namespace casetable {
 
 class Console;
-struct Source;
+class ReadAhead;
 
-/// The files of a source, listed. Must outlive the crawler that takeCrawler() hands over.
+/// The files of a source, a folder or a list, which are handed on in shards.
 class Listing {
 public:
-    /// Lists all files, with progress and warnings on `console`. Throws what readList() and walk()
-    /// throw.
-    Listing(const Source& source, Console& console);
+    /// What becomes of the shards. Both are called on the thread that lists, and what they throw
+    /// comes out of run().
+    struct Taker {
+        std::function<void(Shard shard)> take;
+        /// Called after the last.
+        std::function<void()> finish = [] {};
+    };
 
-    /// Hands over the finished crawler, whose result is the files; to be called once.
-    std::unique_ptr<FolderCrawler> takeCrawler();
+    /// Looks at nothing yet. `source` must outlive it, and `console`, which gets warnings.
+    /// `readsAhead` says whether threads may list folders before the walk comes to them.
+    Listing(const Source& source, Console& console, bool readsAhead = true);
+
+    /// Lists all files, in byte order or in that of the list's lines, on a thread of its own, and
+    /// shows the progress. To be called once.
+    ///
+    /// Throws Failure with ExitCode::ImportFailed, the path and the reason when a folder or the
+    /// list cannot be read, or the list is refused, or there is no thread; any unexpected exception
+    /// of the thread, such as std::bad_alloc; and Interrupted when a signal comes in. Threads that
+    /// the system keeps waiting are then abandoned, with all that they own; the console must stay
+    /// until the program ends.
+    void run(const ShardSize& size, const Taker& taker);
+
+    /// The root of the files; of a list, a folder that has nothing but its name.
+    boost::shared_ptr<FileInfoInterface const> root() const { return root_; }
 
     /// The number of entries that were left out only because they are hidden.
-    std::size_t hiddenLeftOut() const { return fileSystem_.hiddenLeftOut; }
+    std::size_t hiddenLeftOut() const { return fileSystem_->hiddenLeftOut; }
 
 private:
-    FileSystem fileSystem_;
-    FileList list_;
-    std::unique_ptr<FolderCrawler> crawler_;
+    void runList(ShardCutter& cutter, const Taker& taker);
+    void runTree(ShardCutter& cutter, const Taker& taker);
+
+    const Source& source_;
+    Console& console_;
+    const std::shared_ptr<FileSystem> fileSystem_;
+    const std::shared_ptr<ReadAhead> ahead_;
+    const std::vector<std::string_view> noPaths_;
+    boost::shared_ptr<FileInfoInterface const> root_;
 };
 
 } // namespace casetable

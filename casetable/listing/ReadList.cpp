@@ -1,21 +1,18 @@
 #include "casetable/listing/ReadList.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstddef>
 #include <string_view>
 #include <system_error>
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
-#include "casetable/listing/FileList.h"
-#include "casetable/system/Console.h"
-#include "casetable/system/Descriptor.h"
 #include "casetable/system/ExitCode.h"
 #include "casetable/system/Interrupt.h"
-#include "casetable/system/StatusLine.h"
 
 namespace casetable {
 
@@ -27,55 +24,13 @@ const int intervalMilliseconds = 50;
 // How much is read at once.
 const std::size_t pieceBytes = std::size_t{64} * 1024;
 
-class Input {
-public:
-    explicit Input(const std::string& file) : name_(listName(file))
-    {
-        if (file == "-")
-            return;
-        // Otherwise to open a named pipe would wait for its writer, and no interrupt could end
-        // that; isReady() waits instead.
-        opened_ = Descriptor(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-        if (!opened_.isOpen())
-            fail(errno);
-    }
-
-    // Waits a moment for bytes or the end; answers whether one has come.
-    bool isReady()
-    {
-        pollfd input = {descriptor(), POLLIN, 0};
-        const int count = ::poll(&input, 1, intervalMilliseconds);
-        if (count < 0 && errno != EINTR)
-            fail(errno);
-        return count > 0;
-    }
-
-    // Reads into `bytes`, which refer to this object, what has come; nothing means the end. Answers
-    // false, and leaves them alone, where a signal cut it short or nothing has come after all.
-    bool read(std::string_view& bytes)
-    {
-        const ssize_t size = ::read(descriptor(), buffer_.data(), buffer_.size());
-        if (size < 0 && (errno == EINTR || errno == EAGAIN))
-            return false;
-        if (size < 0)
-            fail(errno);
-        bytes = std::string_view(buffer_.data(), static_cast<std::size_t>(size));
-        return true;
-    }
-
-private:
-    int descriptor() const { return opened_.isOpen() ? opened_.number() : STDIN_FILENO; }
-
-    [[noreturn]] void fail(int error) const
-    {
-        throw Failure(ExitCode::ImportFailed,
-                      name_ + ": " + std::generic_category().message(error));
-    }
-
-    const std::string name_;
-    Descriptor opened_; // Nothing for standard input, which is not ours to close.
-    std::array<char, pieceBytes> buffer_;
-};
+// Where a regular file is read from; negative for all else.
+off_t beginOf(int descriptor)
+{
+    struct stat status = {};
+    const bool isRegular = ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+    return isRegular ? ::lseek(descriptor, 0, SEEK_CUR) : -1;
+}
 
 } // namespace
 
@@ -84,24 +39,75 @@ std::string listName(const std::string& file)
     return file == "-" ? "standard input" : file;
 }
 
-void readList(const std::string& file, FileList& list, Console& console)
+ListFile::ListFile(const std::string& file) : name_(listName(file))
 {
-    StatusLine status(console);
-    Input input(file);
+    if (file != "-") {
+        // Otherwise to open a named pipe would wait for its writer, and no interrupt could end
+        // that; isReady() waits instead.
+        opened_ = Descriptor(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+        if (!opened_.isOpen())
+            fail(errno);
+    } else if (::fcntl(STDIN_FILENO, F_GETFD) < 0) {
+        fail(errno); // Otherwise what is opened next would be taken for the list.
+    }
+    begin_ = beginOf(descriptor());
+}
+
+ListReader::Reread ListFile::reread() const
+{
+    if (begin_ < 0)
+        return nullptr;
+    return [this](const auto& take) {
+        std::array<char, pieceBytes> buffer;
+        for (std::size_t done = 0; done < bytesRead_;) {
+            throwIfInterrupted();
+            const ssize_t size =
+                ::pread(descriptor(), buffer.data(), std::min(buffer.size(), bytesRead_ - done),
+                        begin_ + static_cast<off_t>(done));
+            if (size < 0 && errno == EINTR)
+                continue;
+            if (size <= 0)
+                fail(size < 0 ? errno : ESTALE); // It has become shorter.
+            take(std::string_view(buffer.data(), static_cast<std::size_t>(size)));
+            done += static_cast<std::size_t>(size);
+        }
+    };
+}
+
+void ListFile::readInto(ListReader& reader)
+{
+    std::array<char, pieceBytes> buffer;
     for (;;) {
         throwIfInterrupted();
-        status.update(
-            [&list] { return std::to_string(list.pathCount()) + " paths: " + list.name(); });
-        std::string_view bytes;
-        if (!input.isReady() || !input.read(bytes))
+        if (!isReady())
             continue;
-        if (bytes.empty())
+        const ssize_t size = ::read(descriptor(), buffer.data(), buffer.size());
+        // A signal cut it short, or nothing has come after all.
+        if (size < 0 && (errno == EINTR || errno == EAGAIN))
+            continue;
+        if (size < 0)
+            fail(errno);
+        if (size == 0)
             break;
-        list.append(bytes);
+        bytesRead_ += static_cast<std::size_t>(size);
+        reader.append(std::string_view(buffer.data(), static_cast<std::size_t>(size)));
     }
-    list.finish();
-    for (const std::string& warning : list.warnings())
-        console.warning(warning);
+    reader.finish();
+}
+
+// Waits a moment for bytes or the end; answers whether one has come.
+bool ListFile::isReady() const
+{
+    pollfd input = {descriptor(), POLLIN, 0};
+    const int count = ::poll(&input, 1, intervalMilliseconds);
+    if (count < 0 && errno != EINTR)
+        fail(errno);
+    return count > 0;
+}
+
+void ListFile::fail(int error) const
+{
+    throw Failure(ExitCode::ImportFailed, name_ + ": " + std::generic_category().message(error));
 }
 
 } // namespace casetable

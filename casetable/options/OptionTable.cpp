@@ -274,6 +274,13 @@ not matched.
         {Id::Follow, Group::Source, 'L', "--follow", "", once, none, "Follow links to folders",
          "Follow links to folders, except into a folder that is its own ancestor.\n"},
 
+        {Id::Jobs, Group::Other, 'j', "--jobs", "N", once, none,
+         "Import on N threads; by default all that it may use", R"(Import on
+.I N
+threads; by default on as many as the process may use processors. What comes out is the same for any
+number. With 1, files are listed and imported on one thread.
+)"},
+
         {Id::Quiet, Group::Output, 'q', "--quiet", "", once, none,
          "No progress, warnings or remarks",
          "No progress, warnings or remarks on standard error.\n"},

@@ -31,6 +31,7 @@ enum class OptionId {
     Explain,
     KeepGoing,
     Follow,
+    Jobs,
     Quiet,
     Root
 };

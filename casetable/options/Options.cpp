@@ -71,14 +71,14 @@ Glob parseGlob(const Option& option, const std::string& text)
     }
 }
 
-std::size_t parseDepth(const Option& option, const std::string& text)
+std::size_t parseCount(const Option& option, const std::string& text)
 {
-    std::size_t depth = 0;
+    std::size_t count = 0;
     const char* const end = text.data() + text.size();
-    const std::from_chars_result read = std::from_chars(text.data(), end, depth);
-    if (read.ec != std::errc() || read.ptr != end || depth == 0)
+    const std::from_chars_result read = std::from_chars(text.data(), end, count);
+    if (read.ec != std::errc() || read.ptr != end || count == 0)
         failUsage(typed(option, text) + ": expected a whole number from 1");
-    return depth;
+    return count;
 }
 
 // The markers or the templates, in the order in which they were typed.
@@ -130,7 +130,7 @@ void take(Options& options, const Option& option, const std::string& value)
         options.source.selection.hidden = true;
         break;
     case OptionId::MaxDepth:
-        options.source.selection.maxDepth = parseDepth(option, value);
+        options.source.selection.maxDepth = parseCount(option, value);
         break;
     case OptionId::Suggest:
         options.mode = Mode::Suggest;
@@ -153,6 +153,9 @@ void take(Options& options, const Option& option, const std::string& value)
         break;
     case OptionId::Follow:
         options.source.follow = true;
+        break;
+    case OptionId::Jobs:
+        options.jobs = parseCount(option, value);
         break;
     case OptionId::Quiet:
         options.quiet = true;
@@ -375,6 +378,8 @@ std::vector<std::string> arguments(const Options& options)
         !(options.output && options.format == formatOfEnding(*options.output)))
         add(OptionId::Format, options.format->name);
     addIf(OptionId::Quiet, options.quiet);
+    if (options.jobs)
+        add(OptionId::Jobs, std::to_string(*options.jobs));
     if (options.mode == Mode::Explain) {
         // A path that would lose its beginning, as that looks like the root, gets the root in
         // front.

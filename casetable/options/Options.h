@@ -39,6 +39,7 @@ struct Options {
     std::vector<SortKey> sortKeys;           ///< The columns are those of the table.
     std::string explained; ///< In Mode::Explain: the path, relative to `source.root`; not empty.
     bool quiet = false;
+    std::optional<std::size_t> jobs; ///< Threads that import, from 1; none for as many as suit.
     /// The command line as it was typed, without the program's name.
     std::vector<std::string> words;
 };

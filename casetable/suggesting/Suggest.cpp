@@ -4,8 +4,7 @@
 #include <cmath>
 #include <cstddef>
 #include <functional>
-#include <list>
-#include <memory>
+#include <mutex>
 #include <set>
 #include <string>
 #include <string_view>
@@ -15,9 +14,10 @@
 #include <vector>
 
 #include "casetable/explaining/Summary.h"
-#include "casetable/explaining/Unmatched.h"
 #include "casetable/importing/Import.h"
 #include "casetable/importing/Report.h"
+#include "casetable/importing/ShardImport.h"
+#include "casetable/importing/ShardWorkers.h"
 #include "casetable/listing/Listing.h"
 #include "casetable/options/Options.h"
 #include "casetable/options/Templates.h"
@@ -26,18 +26,18 @@
 #include "casetable/system/Interrupt.h"
 #include "casetable/system/Output.h"
 #include "casetable/system/Printable.h"
+#include "casetable/system/Processors.h"
 #include "casetable/system/ShellWords.h"
+#include "casetable/system/Thread.h"
 #include "casetable/templates/Matcher.h"
 #include "casetable/writing/TableWriter.h"
 #include "crawler/private/PathReading.h"
-#include "host/AuxFileInfoInterface.h"
 
 namespace casetable {
 
 namespace {
 
 using Texts = std::vector<std::string>;
-using Files = std::vector<boost::shared_ptr<AuxFileInfoInterface>>;
 
 const std::size_t sampleSize = 5;
 const std::size_t cellWidth = 24;
@@ -106,16 +106,16 @@ std::string counted(std::size_t count, const std::string& one, const std::string
 }
 
 // How many files each template reads; of a single one the counts of all tell.
-std::string templateLines(const TemplateList& templates, const Files& files)
+std::string templateLines(const TemplateList& templates, const FileRows& files)
 {
     if (templates.templates().size() == 1)
         return "";
     std::vector<Matcher> matchers(templates.templates().begin(), templates.templates().end());
     std::vector<std::size_t> counts(matchers.size(), 0);
-    for (const auto& file : files) {
-        const std::string path = file->filePath();
+    for (std::size_t i = 0; i < files.count; ++i) {
+        const std::string_view path = files.file(i).path;
         const auto matcher = std::find_if(matchers.begin(), matchers.end(),
-                                          [&path](Matcher& each) { return each.match(path); });
+                                          [path](Matcher& each) { return each.match(path); });
         if (matcher != matchers.end())
             ++counts[static_cast<std::size_t>(matcher - matchers.begin())];
     }
@@ -128,47 +128,80 @@ std::string templateLines(const TemplateList& templates, const Files& files)
 
 // A line that names two files of one name in one case, as different runs have where a column is
 // missing; empty where there are none. Hashes spare the memory of names.
-std::string mixedLine(const Files& files)
+std::string mixedLine(const FileRows& files)
 {
-    const auto nameInCase = [](const AuxFileInfoInterface& file) {
-        const std::string path = file.filePath();
-        return std::to_string(file.caseIndex()) + path.substr(path.rfind('/') + 1) + '/';
+    const auto nameInCase = [](const FileRow& file) {
+        return std::to_string(file.caseIndex) +
+               std::string(file.path.substr(file.path.rfind('/') + 1)) + '/';
     };
-    std::unordered_map<std::size_t, const AuxFileInfoInterface*> seen;
-    seen.reserve(files.size());
-    for (const auto& file : files) {
-        const std::string name = nameInCase(*file);
-        const auto [place, isNew] = seen.emplace(std::hash<std::string>()(name), file.get());
-        if (!isNew && nameInCase(*place->second) == name)
-            return "different runs may be one case: " + printable(place->second->filePath()) +
-                   " and " + printable(file->filePath()) + " are not told apart\n";
+    std::unordered_map<std::size_t, std::size_t> seen;
+    seen.reserve(files.count);
+    for (std::size_t index = 0; index < files.count; ++index) {
+        const FileRow file = files.file(index);
+        const std::string name = nameInCase(file);
+        const auto [place, isNew] = seen.emplace(std::hash<std::string>()(name), index);
+        const FileRow other = files.file(place->second);
+        if (!isNew && nameInCase(other) == name)
+            return "different runs may be one case: " + printable(other.path) + " and " +
+                   printable(file.path) + " are not told apart\n";
     }
     return "";
 }
 
-std::string countLine(const Import& import, std::size_t readFiles)
+std::string countLine(const Import& import)
 {
-    const std::size_t files = import.importer().files().size();
-    std::string line = "reads " + std::to_string(readFiles) + " of " +
+    const std::size_t files = import.fileCount();
+    const FileRows left = import.unmatchedFiles();
+    std::string line = "reads " + std::to_string(import.matchedCount()) + " of " +
                        counted(files, "file", "files") + ", " +
                        counted(import.table().caseCount(), "case", "cases");
-    if (readFiles < files)
-        line += "; not " + printable(unmatchedPaths(import.importer()).front()) +
-                (files - readFiles > 1 ? " and others" : "");
+    if (left.count > 0)
+        line += "; not " + printable(left.file(0).path) + (left.count > 1 ? " and others" : "");
     return line + '\n';
+}
+
+std::vector<std::string_view> pathsOf(const std::vector<Shard>& shards)
+{
+    std::vector<std::string_view> paths;
+    for (const Shard& shard : shards) {
+        const std::vector<std::string_view> more = shard.paths();
+        paths.insert(paths.end(), more.begin(), more.end());
+    }
+    return paths;
+}
+
+// On as many threads as the user wants.
+Partial importAll(std::vector<Shard> shards, const Options& options, const Reading& reading,
+                  const KeptFiles& kept)
+{
+    Partial all;
+    std::mutex mutex; // Guards the result.
+    ShardWorkers workers(options.jobs.value_or(availableProcessors()), [&](const Shard& shard) {
+        Partial partial = importShard(shard, reading, {}, kept);
+        const std::lock_guard<std::mutex> lock(mutex);
+        all.merge(std::move(partial));
+    });
+    runOnThread(
+        [&] {
+            for (Shard& shard : shards)
+                workers.give(std::move(shard));
+            workers.finish();
+        },
+        [] {});
+    return all;
 }
 
 } // namespace
 
 ExitCode suggest(const Options& options, Listing& listing, Output& output, Console& console)
 {
+    std::vector<Shard> shards;
+    listing.run(ShardSize(), {[&shards](Shard shard) { shards.push_back(std::move(shard)); }});
     // Nothing is half-written yet, so an interrupt may end the program at once.
     releaseInterrupts();
     throwIfInterrupted();
-    std::unique_ptr<FolderCrawler> crawler = listing.takeCrawler();
-    const std::list<std::string>& paths = crawler->result().files;
-    const Texts templates =
-        suggestTemplates(std::vector<std::string_view>(paths.begin(), paths.end()));
+    const std::vector<std::string_view> paths = pathsOf(shards);
+    const Texts templates = suggestTemplates(paths);
     if (templates.empty()) {
         const std::string why =
             paths.empty() ? noFiles(options.source)
@@ -180,8 +213,11 @@ ExitCode suggest(const Options& options, Listing& listing, Output& output, Conso
         return ExitCode::NoCases;
     }
     const TemplateList list(templates);
-    const Import import(std::move(crawler), Reading(list), {});
-    const Files files = import.importer().identifiedAuxFiles();
+    const Reading reading(list);
+    const KeptFiles kept = {true, true, ""};
+    const Import import(importAll(std::move(shards), options, reading, kept), listing.root(),
+                        reading, {}, kept);
+    const FileRows files = import.matchedFiles();
     const std::vector<Row> rows = columnRows(import.table());
     Report report;
     report.columns = {{"column", Column::Kind::Text},
@@ -190,8 +226,7 @@ ExitCode suggest(const Options& options, Listing& listing, Output& output, Conso
                       {"sample", Column::Kind::Text}};
     report.rowCount = rows.size();
     report.row = [&rows](std::size_t index) { return rows[index]; };
-    const std::string counts =
-        templateLines(list, files) + countLine(import, files.size()) + mixedLine(files);
+    const std::string counts = templateLines(list, files) + countLine(import) + mixedLine(files);
     catchInterrupts();
     output.write(commandLine(options, templates) + "\n\n");
     writeTable(report, output);

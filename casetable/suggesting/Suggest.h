@@ -10,10 +10,10 @@ class Listing;
 class Output;
 struct Options;
 
-/// Finds templates for the files that `listing` holds, runs an import by them, and writes the
+/// Has `listing` list its files, finds templates for them, runs an import by them, and writes the
 /// command line to run and what that gives: a line for each column, the files that each template
 /// reads, and the counts. Where nothing can be said, that is an error on `console`, and NoCases the
-/// answer. Throws what Import and Output throw.
+/// answer. Throws what Listing, Import and Output throw.
 ExitCode suggest(const Options& options, Listing& listing, Output& output, Console& console);
 
 } // namespace casetable

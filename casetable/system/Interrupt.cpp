@@ -55,6 +55,12 @@ void throwIfInterrupted()
         throw Interrupted{caughtSignal};
 }
 
+void throwIfInterruptedLeavingThreads()
+{
+    if (isInterrupted())
+        throw Interrupted{caughtSignal, true};
+}
+
 SignalsBlocked::SignalsBlocked() : previous_()
 {
     sigset_t signals;

@@ -8,6 +8,10 @@ namespace casetable {
 /// Thrown when a signal interrupts the program, which then exits with 128 + `signal`.
 struct Interrupted {
     int signal;
+
+    /// Whether threads were abandoned, as the system kept them waiting. They may go on at any time,
+    /// so the program must end without destroying what is static.
+    bool leavesThreads = false;
 };
 
 /// From now on SIGINT, SIGTERM and SIGHUP, the interrupts, do not end the program but are
@@ -27,6 +31,9 @@ bool isInterrupted();
 
 /// Throws Interrupted where isInterrupted().
 void throwIfInterrupted();
+
+/// The same when threads were abandoned.
+void throwIfInterruptedLeavingThreads();
 
 /// While it lives, its thread and those that it starts do not receive the interrupts; the started
 /// ones never will, so that no interrupt cuts their system calls short.

@@ -21,17 +21,19 @@ void spareInput(const std::string& output, const std::string& input, const std::
         throw Failure(ExitCode::OutputFailed, output + ": is " + role + ", and is not replaced");
 }
 
-void spareMatchedFile(const std::string& output, const std::string& root,
-                      const std::function<bool(const std::string& path)>& isMatched)
+std::string pathBelow(const std::string& root, const std::string& output)
 {
     std::error_code failure;
     const std::filesystem::path file = std::filesystem::canonical(output, failure);
     if (failure)
-        return; // There is no such file yet.
+        return "";
     const std::filesystem::path folder = std::filesystem::canonical(root, failure);
-    if (failure)
-        return;
-    if (isMatched(file.lexically_relative(folder).string()))
+    return failure ? "" : file.lexically_relative(folder).string();
+}
+
+void spareMatchedFile(const std::string& output, bool isMatched)
+{
+    if (isMatched)
         throw Failure(ExitCode::OutputFailed,
                       output + ": is one of the matched files, and is not replaced");
 }

@@ -1,7 +1,6 @@
 #ifndef CASETABLE_SYSTEM_OUTPUTGUARDS_H
 #define CASETABLE_SYSTEM_OUTPUTGUARDS_H
 
-#include <functional>
 #include <string>
 
 namespace casetable {
@@ -11,11 +10,13 @@ namespace casetable {
 /// message what the file is: "the list itself".
 void spareInput(const std::string& output, const std::string& input, const std::string& role);
 
-/// Throws Failure with ExitCode::OutputFailed if there is a file at `output` for which `isMatched`
-/// answers true: nobody wants a table in place of one of the files that it is about. `isMatched` is
-/// asked at most once, about the path relative to the folder `root`.
-void spareMatchedFile(const std::string& output, const std::string& root,
-                      const std::function<bool(const std::string& path)>& isMatched);
+/// The path of the file at `output` relative to the folder `root`, however both are named; empty
+/// where there is no such file or folder.
+std::string pathBelow(const std::string& root, const std::string& output);
+
+/// Throws Failure with ExitCode::OutputFailed if `isMatched` says that the file at `output` is in a
+/// case: nobody wants a table in place of one of the files that it is about.
+void spareMatchedFile(const std::string& output, bool isMatched);
 
 } // namespace casetable
 

@@ -90,16 +90,16 @@ void writeCases(const Report& cases, const SqliteFile& file)
     }
 }
 
-void writeFiles(const std::vector<boost::shared_ptr<AuxFileInfoInterface>>& files,
-                const SqliteFile& file)
+void writeFiles(const FileRows& files, const SqliteFile& file)
 {
     file.run(R"(CREATE TABLE files(path TEXT PRIMARY KEY, "case" INTEGER REFERENCES cases)"
              ") WITHOUT ROWID");
     SqliteInsertion insertion(file, "files", 2);
-    for (const auto& each : files) {
-        const std::string path = each->filePath();
+    for (std::size_t index = 0; index < files.count; ++index) {
+        const FileRow row = files.file(index);
+        const std::string path(row.path); // Which stays until it is inserted.
         insertion.addText(path);
-        insertion.addCount(each->caseIndex());
+        insertion.addCount(row.caseIndex);
         insertion.insert();
     }
     file.run(R"(CREATE INDEX files_by_case ON files("case"))");

@@ -6,10 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include <boost/shared_ptr.hpp>
-
+#include "casetable/importing/FileRows.h"
 #include "casetable/importing/Report.h"
-#include "host/AuxFileInfoInterface.h"
 
 namespace casetable {
 
@@ -21,7 +19,7 @@ struct Database {
     std::optional<Report> unmatched; ///< The files in no case, if they are wanted.
 
     /// The files of the cases, in byte order of path.
-    std::vector<boost::shared_ptr<AuxFileInfoInterface>> files;
+    FileRows files;
 
     /// What the run was: names and values.
     std::vector<std::pair<std::string, std::string>> about;

@@ -33,6 +33,11 @@
     if (BUILT_WITH_ADDRESS_SANITIZER || BUILT_WITH_THREAD_SANITIZER)                               \
     GTEST_SKIP() << "the sanitizers write, too"
 
+// Nothing may be loaded in front of them.
+#define SKIP_WHERE_SANITIZERS_COME_FIRST()                                                         \
+    if (BUILT_WITH_ADDRESS_SANITIZER || BUILT_WITH_THREAD_SANITIZER)                               \
+    GTEST_SKIP() << "the sanitizers come first"
+
 // They reserve terabytes of address space.
 #define SKIP_WHERE_SANITIZERS_NEED_ADDRESSES()                                                     \
     if (BUILT_WITH_ADDRESS_SANITIZER || BUILT_WITH_THREAD_SANITIZER)                               \

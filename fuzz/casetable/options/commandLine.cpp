@@ -153,7 +153,8 @@ private:
             {"--format", 'f'},  {"--output", 'o'},    {"--follow", 'L'},     {"--quiet", 'q'},
             {"--files", 'F'},   {"--unmatched", 'U'}, {"--keep-going", 'K'}, {"--from-list", 'l'},
             {"--null", '0'},    {"--exclude", 'E'},   {"--hidden", 'H'},     {"--max-depth", 'd'},
-            {"--explain", 'X'}, {"--suggest", 'S'},   {"--missing", 'M'},    {"--sort", 'O'}};
+            {"--explain", 'X'}, {"--suggest", 'S'},   {"--missing", 'M'},    {"--sort", 'O'},
+            {"--jobs", 'j'}};
         return letters;
     }
 
@@ -181,7 +182,7 @@ private:
         std::size_t at = 1;
         while (at < argument.size()) {
             const char letter = argument[at++];
-            if (std::string("sntafoLqEd0H").find(letter) == std::string::npos)
+            if (std::string("sntafoLqEd0Hj").find(letter) == std::string::npos)
                 throw WrongUsage();
             take(letter, [&] {
                 const std::string rest = argument.substr(at);
@@ -236,7 +237,10 @@ private:
             options.source.selection.hidden = true;
             break;
         case 'd':
-            takeDepth(value());
+            options.source.selection.maxDepth = countOf(value());
+            break;
+        case 'j':
+            options.jobs = countOf(value());
             break;
         case 'F':
             files_ = true;
@@ -477,21 +481,21 @@ private:
     }
 
     /// Counts up, as long as the number has room.
-    void takeDepth(const std::string& text)
+    static std::size_t countOf(const std::string& text)
     {
         const std::size_t most = ~std::size_t{0};
-        std::size_t depth = 0;
+        std::size_t count = 0;
         for (const char letter : text) {
             if (letter < '0' || letter > '9')
                 throw WrongUsage();
             const auto digit = static_cast<std::size_t>(letter - '0');
-            if (depth > (most - digit) / 10)
+            if (count > (most - digit) / 10)
                 throw WrongUsage();
-            depth = depth * 10 + digit;
+            count = count * 10 + digit;
         }
-        if (depth == 0)
+        if (count == 0)
             throw WrongUsage();
-        options.source.selection.maxDepth = depth;
+        return count;
     }
 
     const fuzz::Texts& arguments_;
@@ -540,7 +544,8 @@ std::string shown(const casetable::Options& options, const std::string& formatNa
            std::to_string(static_cast<int>(options.rows)) + " keepGoing " +
            std::to_string(options.source.keepGoing) + " follow " +
            std::to_string(options.source.follow) + " quiet " + std::to_string(options.quiet) +
-           " mode " + std::to_string(static_cast<int>(options.mode));
+           " jobs " + std::to_string(options.jobs.value_or(0)) + " mode " +
+           std::to_string(static_cast<int>(options.mode));
 }
 
 /// What the program's own reading makes of the arguments.

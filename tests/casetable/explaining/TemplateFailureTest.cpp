@@ -87,9 +87,10 @@ TEST(TemplateFailures, SayWhereTheEngineGivesUp)
 TEST(UnmatchedByTemplates, IsARowForEachFileWithTheTemplateThatCameFurthest)
 {
     const Reading reading{TemplateList({"a{x:digits}.dat", "b{y}/z"})};
-    const Importing importing({"b1/y", "a1.dat", "a1.txt", "", "b1/z", "a\n"}, reading);
+    const Texts paths = {"", "a\n", "a1.txt", "b1/y"};
 
-    const Report report = unmatchedReport(importing.importer, reading);
+    const Report report = unmatchedReport(
+        {paths.size(), [&paths](std::size_t index) { return FileRow{paths[index]}; }}, reading);
 
     EXPECT_EQ(report.rowsName, "unmatched");
     EXPECT_EQ(uniqueHeader(report.columns), Texts({"path", "template", "reason"}));

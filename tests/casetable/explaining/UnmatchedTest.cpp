@@ -154,40 +154,6 @@ TEST(Unmatched, AgreesWithAPlainRestatementOfTheMatching)
     EXPECT_GT(matching, 500u);
 }
 
-TEST(Unmatched, NeverListsAFileThatMatches)
-{
-    RandomText random(7);
-    std::size_t matched = 0;
-    for (int round = 0; round < 500; ++round) {
-        const Patterns patterns = {{"T", MetadataPattern::NumberValue},
-                                   {random.text(1, 1), MetadataPattern::StringValue}};
-        std::vector<std::string> files;
-        for (int i = 0; i < 20; ++i)
-            files.push_back(random.text(4, 20));
-        std::unique_ptr<Importing> importing;
-        ASSERT_NO_THROW(importing = std::make_unique<Importing>(files, patterns));
-
-        const std::vector<std::string> unmatched = unmatchedPaths(importing->importer);
-        std::set<std::string> listed(unmatched.begin(), unmatched.end());
-        for (const auto& file : importing->importer.identifiedAuxFiles()) {
-            ASSERT_EQ(listed.count(file->filePath()), 0u) << file->filePath();
-            listed.insert(file->filePath());
-            ++matched;
-        }
-        ASSERT_EQ(listed, std::set<std::string>(files.begin(), files.end()));
-    }
-    EXPECT_GT(matched, 100u);
-}
-
-TEST(Unmatched, ListsFilesInByteOrderOfPath)
-{
-    const Patterns patterns = {{"T", MetadataPattern::NumberValue}};
-    const Importing importing({"b", "\xff", "a/b", "a", "Z", "a.b"}, patterns);
-
-    EXPECT_EQ(unmatchedPaths(importing.importer),
-              std::vector<std::string>({"Z", "a", "a.b", "a/b", "b", "\xff"}));
-}
-
 TEST(Unmatched, IsSummedUpPerMarkerMostFirst)
 {
     const Patterns patterns = {{"T", MetadataPattern::NumberValue},

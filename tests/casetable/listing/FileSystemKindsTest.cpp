@@ -3,31 +3,10 @@
 #include <set>
 #include <string>
 
-#include <dirent.h>
-#include <sys/syscall.h>
-#include <unistd.h>
-
 #include <gtest/gtest.h>
 
+#include "tests/casetable/support/ListingCalls.h"
 #include "tests/casetable/support/TemporaryTree.h"
-
-namespace {
-
-bool kindsAreHidden = false;
-
-} // namespace
-
-// Stands in front of the system's, to act as a file system that does not tell the kind of entries.
-extern "C" ssize_t getdents64(int folder, void* buffer, size_t length) noexcept
-{
-    const ssize_t size = syscall(SYS_getdents64, folder, buffer, length);
-    for (ssize_t offset = 0; kindsAreHidden && offset < size;) {
-        auto* const entry = reinterpret_cast<dirent64*>(static_cast<char*>(buffer) + offset);
-        entry->d_type = DT_UNKNOWN;
-        offset += entry->d_reclen;
-    }
-    return size;
-}
 
 namespace casetable {
 namespace tests {

@@ -51,7 +51,8 @@ std::vector<std::string> parts(const Options& options)
         options.output ? "output " + *options.output : "standard output",
         "rows " + std::to_string(static_cast<int>(options.rows)),
         "explained " + options.explained,
-        options.quiet ? "quiet" : "not quiet"};
+        options.quiet ? "quiet" : "not quiet",
+        "jobs " + std::to_string(options.jobs.value_or(0))};
     for (const Glob& glob : source.selection.excluded)
         texts.push_back("exclude " + glob.text());
     for (const MetadataPattern& pattern : options.reading.patterns())
@@ -95,6 +96,8 @@ public:
         for (std::size_t k = below(3); k > 0; --k)
             source.selection.excluded.emplace_back("x/" + text() + "x");
         options.quiet = oneOfTwo();
+        if (oneOfTwo())
+            options.jobs = 1 + below(9);
         if (oneOfTwo())
             options.output = text() + (oneOfTwo() ? ".json" : "x");
         if (options.mode == Mode::Table && oneOfTwo())
@@ -613,6 +616,7 @@ TEST(Options, ThatAreWrongAreRefusedInTheseWords)
          "--exclude 'a\\': nothing follows the backslash at the end of a component"},
         {{"-n", "T", "-d", "0", "root"}, "--max-depth '0': expected a whole number from 1"},
         {{"-n", "T", "-d", "", "root"}, "--max-depth '': expected a whole number from 1"},
+        {{"-n", "T", "-j0", "root"}, "--jobs '0': expected a whole number from 1"},
         {{"-n", "T", "-d", "-1", "root"}, "--max-depth '-1': expected a whole number from 1"},
         {{"-n", "T", "a", "b", "-d1x"}, "--max-depth '1x': expected a whole number from 1"},
         {{"-n", "T", "--explain", ""}, "--explain: the path is empty"},

@@ -382,7 +382,7 @@ TEST(CasetableList, ThatKeepsWaitingOnStandardInputCanBeInterrupted)
     setting.input = tree.path("pipe");
 
     Program program({"-n", "T", "--from-list", "-", "-o", "out"}, setting);
-    if (!program.waitUntilIn(SYS_poll))
+    if (!program.waitUntilIn(SYS_futex))
         GTEST_SKIP() << "the system does not tell where a program waits";
     program.send(SIGINT);
     EXPECT_EQ(program.finish(), ends(130, ""));
@@ -409,7 +409,9 @@ TEST(CasetableList, ThatNeverEndsIsAnErrorWhenMemoryRunsOut)
     SKIP_WHERE_SANITIZERS_NEED_ADDRESSES();
     const TemporaryTree tree;
     Setting setting = in(tree);
-    setting.program = {"sh", "-c", "yes a-line-of-some-length/T1 | \"$@\"", "sh"};
+    // No two lines are the same, and each is a case.
+    setting.program = {"sh", "-c", "seq -f 'a-line-of-some-length/T%.0f' 1000000000 | \"$@\"",
+                       "sh"};
     setting.prepare = [] {
         const rlimit limit = {400'000'000, 400'000'000};
         setrlimit(RLIMIT_AS, &limit);

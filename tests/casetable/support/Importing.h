@@ -1,6 +1,8 @@
 #ifndef TESTS_CASETABLE_SUPPORT_IMPORTING_H
 #define TESTS_CASETABLE_SUPPORT_IMPORTING_H
 
+#include <algorithm>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -9,6 +11,7 @@
 #include "casetable/listing/FileSystem.h"
 #include "crawler/FolderCrawler.h"
 #include "crawler/MetadataFileCrawler.h"
+#include "host/AuxFileInfoInterface.h"
 
 namespace casetable {
 namespace tests {
@@ -41,6 +44,20 @@ struct Importing {
     FileSystem fileSystem;
     MetadataFileCrawler importer;
 };
+
+// The paths of the importer's crawl result that belong to no case, in byte order.
+inline std::vector<std::string> unmatchedPaths(const MetadataFileCrawler& importer)
+{
+    std::vector<std::string> all(importer.files().begin(), importer.files().end());
+    std::sort(all.begin(), all.end());
+    std::vector<std::string> matched;
+    for (const auto& file : importer.identifiedAuxFiles())
+        matched.push_back(file->filePath());
+    std::vector<std::string> paths;
+    std::set_difference(all.begin(), all.end(), matched.begin(), matched.end(),
+                        std::back_inserter(paths));
+    return paths;
+}
 
 } // namespace tests
 } // namespace casetable

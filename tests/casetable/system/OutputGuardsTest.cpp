@@ -45,9 +45,8 @@ protected:
     std::string fileRefusal(const std::string& output, const std::string& root) const
     {
         return refusal(tree_.path(output), [&](const std::string& path) {
-            spareMatchedFile(path, tree_.path(root), [](const std::string& file) {
-                return file == "a/T1" || file == "../other";
-            });
+            const std::string file = pathBelow(tree_.path(root), path);
+            spareMatchedFile(path, file == "a/T1" || file == "../other");
         });
     }
 

@@ -1,52 +1,81 @@
-#include "casetable/listing/FileList.h"
+#include "casetable/listing/ListReader.h"
 
 #include <algorithm>
 #include <cstddef>
-#include <list>
-#include <map>
 #include <random>
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "casetable/system/ExitCode.h"
-#include "crawler/FolderCrawler.h"
-#include "tests/crawler/Doubles.h"
 
 namespace casetable {
 namespace tests {
 
 namespace {
 
-using EntryPtr = boost::shared_ptr<FileInfoInterface const>;
 using Texts = std::vector<std::string>;
 
-Texts walked(FileList& list)
-{
-    FolderCrawler crawler(list.root());
-    doubles::runToEnd(crawler); // On its own thread, whose stack carries deep lists.
-    EXPECT_TRUE(crawler.result().errorString.isNull());
-    return {crawler.result().files.begin(), crawler.result().files.end()};
-}
+// A reader, and the files that it has handed on.
+struct ListReading {
+    explicit ListReading(bool nullSeparated = false, Selection selection = {}, bool rereads = true)
+        : reader(options(nullSeparated, std::move(selection), rereads),
+                 [this](std::string_view path) { files.emplace_back(path); })
+    {
+    }
 
-// The files of a walk through a list of lines.
-Texts walked(const std::string& text)
+    void append(std::string_view piece)
+    {
+        text += piece;
+        reader.append(piece);
+    }
+
+    Texts sortedFiles() const
+    {
+        Texts sorted = files;
+        std::sort(sorted.begin(), sorted.end());
+        return sorted;
+    }
+
+    std::string text; // So far.
+    Texts files;
+    ListReader reader;
+
+private:
+    ListReader::Options options(bool nullSeparated, Selection selection, bool rereads)
+    {
+        ListReader::Options options = {"list", nullSeparated, std::move(selection), nullptr};
+        if (rereads) {
+            // Cut elsewhere than the pieces of the first reading.
+            options.reread = [this](const auto& take) {
+                const std::size_t middle = text.size() / 2;
+                take(std::string_view(text).substr(0, middle));
+                take(std::string_view(text).substr(middle));
+            };
+        }
+        return options;
+    }
+};
+
+// The files of a list of lines, in byte order.
+Texts read(const std::string& text, const Selection& selection = {})
 {
-    FileList list("list", false);
-    list.append(text);
-    list.finish();
-    return walked(list);
+    ListReading reading(false, selection);
+    reading.append(text);
+    reading.reader.finish();
+    return reading.sortedFiles();
 }
 
 // Fills the list, and answers why it refused the text.
-std::string refusal(FileList& list, const std::string& text)
+std::string refusal(ListReading& reading, const std::string& text)
 {
     try {
-        list.append(text);
-        list.finish();
+        reading.append(text);
+        reading.reader.finish();
     } catch (const Failure& failure) {
         EXPECT_EQ(failure.code, ExitCode::ImportFailed);
         return failure.what();
@@ -56,22 +85,14 @@ std::string refusal(FileList& list, const std::string& text)
 
 std::string refusal(const std::string& text)
 {
-    FileList list("list", false);
-    return refusal(list, text);
+    ListReading reading;
+    return refusal(reading, text);
 }
 
 std::string refusalOfRecords(const std::string& text)
 {
-    FileList list("list", true);
-    return refusal(list, text);
-}
-
-std::map<std::string, EntryPtr> entriesByName(const FileInfoInterface& folder)
-{
-    std::map<std::string, EntryPtr> entries;
-    for (const EntryPtr& entry : folder.entries(std::string()))
-        EXPECT_TRUE(entries.emplace(entry->fileName(), entry).second) << entry->fileName();
-    return entries;
+    ListReading reading(true);
+    return refusal(reading, text);
 }
 
 std::string repeated(const std::string& text, std::size_t count)
@@ -84,117 +105,69 @@ std::string repeated(const std::string& text, std::size_t count)
 
 } // namespace
 
-TEST(FileList, IsATreeOfTheFoldersInItsPaths)
+TEST(ListReader, HandsOnTheFilesInTheOrderOfTheLines)
 {
-    FileList list("the list", false);
-    list.append("a/b/file\nfile\n");
-    list.finish();
+    ListReading reading;
+    reading.append("b\na/x\nb\nc\na");
+    reading.append("/x\na/w\n");
+    reading.reader.finish();
 
-    const EntryPtr root = list.root();
-    EXPECT_TRUE(root->exists());
-    EXPECT_TRUE(root->isDirectory());
-    EXPECT_FALSE(root->isFile());
-    EXPECT_TRUE(root->isReadable());
-    EXPECT_EQ(root->fullPath(), "the list");
-
-    const auto entries = entriesByName(*root);
-    ASSERT_EQ(entries.size(), 2u);
-    EXPECT_TRUE(entries.at("file")->isFile());
-    EXPECT_FALSE(entries.at("file")->isDirectory());
-    EXPECT_EQ(entries.at("file")->fullPath(), "file");
-    const EntryPtr a = entries.at("a");
-    EXPECT_TRUE(a->isDirectory());
-    EXPECT_FALSE(a->isFile());
-    EXPECT_TRUE(a->exists());
-    EXPECT_TRUE(a->isReadable());
-    EXPECT_EQ(a->fullPath(), "a");
-
-    const EntryPtr b = entriesByName(*a).at("b");
-    EXPECT_TRUE(b->isDirectory());
-    EXPECT_EQ(b->fileName(), "b");
-    EXPECT_EQ(b->fullPath(), "a/b");
-    EXPECT_EQ(entriesByName(*b).at("file")->fullPath(), "a/b/file");
+    EXPECT_EQ(reading.files, Texts({"b", "a/x", "c", "a/w"}));
+    EXPECT_EQ(reading.reader.pathCount(), 6u);
 }
 
-TEST(FileList, MayBeEmpty)
+TEST(ListReader, MayBeEmpty)
 {
-    EXPECT_EQ(walked(""), Texts());
+    EXPECT_EQ(read(""), Texts());
 }
 
-TEST(FileList, CountsALastLineWithoutItsEnd)
+TEST(ListReader, CountsALastLineWithoutItsEnd)
 {
-    EXPECT_EQ(walked("a\nb"), Texts({"a", "b"}));
-    EXPECT_EQ(walked("a\nb\n"), Texts({"a", "b"}));
+    EXPECT_EQ(read("a\nb"), Texts({"a", "b"}));
+    EXPECT_EQ(read("a\nb\n"), Texts({"a", "b"}));
 }
 
-TEST(FileList, TakesPathsAsTheyStand)
+TEST(ListReader, TakesPathsAsTheyStand)
 {
-    EXPECT_EQ(walked("./a/b\n"), Texts({"./a/b"}));
-    EXPECT_EQ(walked("a/./b\na/b\n"), Texts({"a/./b", "a/b"}));
-    EXPECT_EQ(walked("a\r\nb \n\\n\n-n\n"), Texts({"-n", "\\n", "a\r", "b "}));
-    EXPECT_EQ(walked("\xff\xfe/\xc3\n...\n..a/b..\n"), Texts({"...", "..a/b..", "\xff\xfe/\xc3"}));
+    EXPECT_EQ(read("./a/b\n"), Texts({"./a/b"}));
+    EXPECT_EQ(read("a/./b\na/b\n"), Texts({"a/./b", "a/b"}));
+    EXPECT_EQ(read("a\r\nb \n\\n\n-n\n"), Texts({"-n", "\\n", "a\r", "b "}));
+    EXPECT_EQ(read("\xff\xfe/\xc3\n...\n..a/b..\n"), Texts({"...", "..a/b..", "\xff\xfe/\xc3"}));
 }
 
-TEST(FileList, MayBeDividedByNulls)
+TEST(ListReader, MayBeDividedByNulls)
 {
-    FileList list("list", true);
-    list.append(std::string("a\n/b\0c\0", 7));
-    list.append("d");
-    list.finish();
+    ListReading reading(true);
+    reading.append(std::string("a\n/b\0c\0", 7));
+    reading.append("d");
+    reading.reader.finish();
 
-    EXPECT_EQ(walked(list), Texts({"a\n/b", "c", "d"}));
-    EXPECT_EQ(list.pathCount(), 3u);
+    EXPECT_EQ(reading.files, Texts({"a\n/b", "c", "d"}));
+    EXPECT_EQ(reading.reader.pathCount(), 3u);
 }
 
-TEST(FileList, HoldsAPathOnceHoweverOftenItOccurs)
+TEST(ListReader, HoldsAPathOnceHoweverOftenItOccurs)
 {
-    EXPECT_EQ(walked("b\na/x\nb\na/x\na/x"), Texts({"a/x", "b"}));
+    EXPECT_EQ(read("b\na/x\nb\na/x\na/x"), Texts({"a/x", "b"}));
 }
 
-TEST(FileList, ListsInByteOrderOfThePathsBelow)
+TEST(ListReader, HandsOnWhatTheSelectionTakes)
 {
-    FileList list("list", false);
-    list.append("b\na.txt\na!\nA\na0\nab\n\xff\na/x\n");
-    list.finish();
+    const std::string text = "x.log\n.x\na/x.log\na/x\na/b/x\nc/x\n./a/y\n./b/c/y\n";
+    Selection selection;
 
-    Texts names;
-    for (const EntryPtr& entry : list.root()->entries(std::string()))
-        names.push_back(entry->fileName());
-
-    EXPECT_EQ(names, Texts({"A", "a!", "a.txt", "a", "a0", "ab", "b", "\xff"}));
+    selection.excluded = {Glob("*.log"), Glob("/c")};
+    EXPECT_EQ(read(text, selection), Texts({"./a/y", "./b/c/y", ".x", "a/b/x", "a/x"}));
+    selection.excluded = {Glob("a/b/"), Glob("/a/y")};
+    EXPECT_EQ(read(text, selection), Texts({"./b/c/y", ".x", "a/x", "a/x.log", "c/x", "x.log"}));
+    selection.excluded.clear();
+    selection.maxDepth = 1;
+    EXPECT_EQ(read(text, selection), Texts({".x", "x.log"}));
+    selection.maxDepth = 2;
+    EXPECT_EQ(read(text, selection), Texts({"./a/y", ".x", "a/x", "a/x.log", "c/x", "x.log"}));
 }
 
-TEST(FileList, CountsTheFilesListed)
-{
-    FileList list("list", false);
-    list.append("a\nb\nf/c\nf/d\n");
-    list.finish();
-    EXPECT_EQ(list.filesSeen, 0u);
-
-    const auto entries = entriesByName(*list.root());
-    EXPECT_EQ(list.filesSeen, 2u);
-    entriesByName(*entries.at("f"));
-    EXPECT_EQ(list.filesSeen, 4u);
-}
-
-TEST(FileList, ListsWhatTheSelectionTakes)
-{
-    FileList list("list", false);
-    list.append("x.log\n.x\na/x.log\na/x\na/b/x\nc/x\n./a/y\n./b/c/y\n");
-    list.finish();
-
-    list.selection.excluded = {Glob("*.log"), Glob("/c")};
-    EXPECT_EQ(walked(list), Texts({"./a/y", "./b/c/y", ".x", "a/b/x", "a/x"}));
-    list.selection.excluded = {Glob("a/b/"), Glob("/a/y")};
-    EXPECT_EQ(walked(list), Texts({"./b/c/y", ".x", "a/x", "a/x.log", "c/x", "x.log"}));
-    list.selection.excluded.clear();
-    list.selection.maxDepth = 1;
-    EXPECT_EQ(walked(list), Texts({".x", "x.log"}));
-    list.selection.maxDepth = 2;
-    EXPECT_EQ(walked(list), Texts({"./a/y", ".x", "a/x", "a/x.log", "c/x", "x.log"}));
-}
-
-TEST(FileList, RefusesEmptyPathsAndComponents)
+TEST(ListReader, RefusesEmptyPathsAndComponents)
 {
     EXPECT_EQ(refusal("a\n\nb\n"), "list: line 2: the path is empty");
     EXPECT_EQ(refusal("\n"), "list: line 1: the path is empty");
@@ -206,7 +179,7 @@ TEST(FileList, RefusesEmptyPathsAndComponents)
               "list: record 1: a\\nb//: a path that ends in / names a folder; list files only");
 }
 
-TEST(FileList, RefusesADotAtTheEndOfAPath)
+TEST(ListReader, RefusesADotAtTheEndOfAPath)
 {
     for (const std::string path : {".", "./.", "a/."}) {
         EXPECT_EQ(refusal("x\n" + path + "\n"),
@@ -216,7 +189,7 @@ TEST(FileList, RefusesADotAtTheEndOfAPath)
     EXPECT_EQ(refusal("a.\na/..b.\na/b/...\n"), "no refusal");
 }
 
-TEST(FileList, RefusesAbsolutePathsAndThoseThatClimbOut)
+TEST(ListReader, RefusesAbsolutePathsAndThoseThatClimbOut)
 {
     EXPECT_EQ(refusal("a\n/b\n"),
               "list: line 2: /b: the path is absolute; list files relative to one folder");
@@ -229,22 +202,22 @@ TEST(FileList, RefusesAbsolutePathsAndThoseThatClimbOut)
     EXPECT_EQ(refusal("...\n..a/b\na../b\n"), "no refusal");
 }
 
-TEST(FileList, RefusesANullInALine)
+TEST(ListReader, RefusesANullInALine)
 {
     const std::string reason = ": a path holds no NUL; a list divided by NULs needs --null";
     EXPECT_EQ(refusal(std::string("x\na/b\0c/d\n", 10)), "list: line 2: a/b\\x00" + reason);
     EXPECT_EQ(refusal(std::string("/\0", 2)), "list: line 1: /\\x00" + reason);
 }
 
-TEST(FileList, RefusesANullBeforeItsLineEnds)
+TEST(ListReader, RefusesANullBeforeItsLineEnds)
 {
-    FileList list("list", false);
-    list.append("x\na");
+    ListReading reading;
+    reading.append("x\na");
 
-    EXPECT_THROW(list.append(std::string_view("\0", 1)), Failure);
+    EXPECT_THROW(reading.append(std::string_view("\0", 1)), Failure);
 }
 
-TEST(FileList, RefusesLinesWhereNullsAreExpected)
+TEST(ListReader, RefusesLinesWhereNullsAreExpected)
 {
     EXPECT_EQ(refusalOfRecords("a\nb\n"),
               "list: record 1: a\\nb\\n: no NUL ends it; a list of lines is read without --null");
@@ -253,19 +226,19 @@ TEST(FileList, RefusesLinesWhereNullsAreExpected)
     EXPECT_EQ(refusalOfRecords("a"), "no refusal");
 }
 
-TEST(FileList, RefusesAPathWithoutEndOnceItIsLongerThanAnyPath)
+TEST(ListReader, RefusesAPathWithoutEndOnceItIsLongerThanAnyPath)
 {
     const std::size_t longest = std::size_t{16} * 1024 * 1024;
     for (const bool nullSeparated : {false, true}) {
-        FileList list("list", nullSeparated);
+        ListReading reading(nullSeparated);
         const std::string piece(longest / 4, 'a');
         for (int i = 0; i < 4; ++i)
-            list.append(piece);
-        EXPECT_THROW(list.append("a"), Failure);
+            reading.append(piece);
+        EXPECT_THROW(reading.append("a"), Failure);
     }
 }
 
-TEST(FileList, RefusesAFileThatIsAFolderToo)
+TEST(ListReader, RefusesAFileThatIsAFolderToo)
 {
     EXPECT_EQ(refusal("a/b\nx\na/b/c\n"),
               "list: line 3: a/b/c: line 1 names a/b as a file; list files only");
@@ -278,7 +251,7 @@ TEST(FileList, RefusesAFileThatIsAFolderToo)
               "list: line 4: a/b: line 1 names a as a file; list files only");
 }
 
-TEST(FileList, NamesTheFirstLineThatContradictsOneBefore)
+TEST(ListReader, NamesTheFirstLineThatContradictsOneBefore)
 {
     EXPECT_EQ(refusal("a\nz/y\nz\na/b\n"),
               "list: line 3: z: line 2 names it as a folder; list files only");
@@ -288,7 +261,7 @@ TEST(FileList, NamesTheFirstLineThatContradictsOneBefore)
               "list: line 3: a/b/c: line 1 names a as a file; list files only");
 }
 
-TEST(FileList, RefusesMoreFoldersThanAWalkCanEnter)
+TEST(ListReader, RefusesMoreFoldersThanAWalkCanEnter)
 {
     EXPECT_EQ(refusal(repeated("a/", 20'000) + "a"), "no refusal");
     const std::string text = refusal("x\n" + repeated("a/", 20'001) + "a\n");
@@ -296,26 +269,20 @@ TEST(FileList, RefusesMoreFoldersThanAWalkCanEnter)
     EXPECT_EQ(text.substr(text.find("...")), "...: the path lies below more than 20000 folders");
 }
 
-TEST(FileList, IsWalkedAsDeepAsItMayBe)
-{
-    const std::string path = repeated("a/", 20'000) + "a";
-    EXPECT_EQ(walked(path), Texts({path}));
-}
-
-TEST(FileList, ShowsNoMoreOfALongPathThanItsBeginning)
+TEST(ListReader, ShowsNoMoreOfALongPathThanItsBeginning)
 {
     EXPECT_EQ(refusal("/" + std::string(1'000'000, 'x')),
               "list: line 1: /" + std::string(499, 'x') +
                   "...: the path is absolute; list files relative to one folder");
 }
 
-TEST(FileList, WarnsOfWhatIsProbablyNotMeantAndKeepsIt)
+TEST(ListReader, WarnsOfWhatIsProbablyNotMeantAndKeepsIt)
 {
     const auto warnings = [](const std::string& text, bool nullSeparated) {
-        FileList list("list", nullSeparated);
-        list.append(text);
-        list.finish();
-        return list.warnings();
+        ListReading reading(nullSeparated);
+        reading.append(text);
+        reading.reader.finish();
+        return reading.reader.warnings();
     };
     const std::string mark = "list: the byte order mark is taken as a part of the first path";
     const std::string returns =
@@ -330,31 +297,52 @@ TEST(FileList, WarnsOfWhatIsProbablyNotMeantAndKeepsIt)
     EXPECT_EQ(warnings("a\r\nb\r\n", false), Texts({returns}));
     EXPECT_EQ(warnings("a\n\"b c\"\n", false), Texts({quotes}));
     EXPECT_EQ(warnings("\xef\xbb\xbf\"a\"\r\n", false), Texts({mark, returns}));
-    EXPECT_EQ(walked("a/b\r\nb\r\n"), Texts({"a/b\r", "b\r"}));
+    EXPECT_EQ(read("a/b\r\nb\r\n"), Texts({"a/b\r", "b\r"}));
 
     EXPECT_EQ(warnings("", false), Texts());
     EXPECT_EQ(warnings("a\r\nb\n\"\n\"c\nd\"\n\xef\xbb\xbf\n", false), Texts());
     EXPECT_EQ(warnings(std::string("a\r\0\"b\"\0", 7), true), Texts());
 }
 
-TEST(FileList, IsTheSameHoweverItsTextIsCut)
+TEST(ListReader, IsTheSameHoweverItsTextIsCut)
 {
     const std::string text = "b/c\na/b\n./x\n\xff\r\nlast";
-    const Texts expected = walked(text);
+    const Texts expected = read(text);
     for (std::size_t cut = 0; cut <= text.size(); ++cut) {
-        FileList list("list", false);
-        list.append(text.substr(0, cut));
-        list.append("");
-        list.append(text.substr(cut));
-        list.finish();
-        EXPECT_EQ(walked(list), expected) << cut;
+        ListReading reading;
+        reading.append(text.substr(0, cut));
+        reading.append("");
+        reading.append(text.substr(cut));
+        reading.reader.finish();
+        EXPECT_EQ(reading.sortedFiles(), expected) << cut;
     }
-    FileList bytes("list", false);
+    ListReading bytes;
     for (const char byte : text)
         bytes.append(std::string_view(&byte, 1));
-    bytes.finish();
-    EXPECT_EQ(walked(bytes), expected);
-    EXPECT_EQ(bytes.pathCount(), 5u);
+    bytes.reader.finish();
+    EXPECT_EQ(bytes.sortedFiles(), expected);
+    EXPECT_EQ(bytes.reader.pathCount(), 5u);
+}
+
+TEST(ListReader, ReadsALineOnceMoreOnlyWhereLinesAreNotInByteOrder)
+{
+    std::size_t count = 0;
+    const auto read = [&count](const std::string& text) {
+        count = 0;
+        ListReader::Options options = {"list", false, {}, nullptr};
+        options.reread = [&](const auto& take) {
+            ++count;
+            take(text);
+        };
+        ListReader reader(options, [](std::string_view) {});
+        reader.append(text);
+        reader.finish();
+    };
+
+    read("a\na\na!\na.b/c\nb/a\nb/c\nb0\n\xff\n");
+    EXPECT_EQ(count, 0u);
+    read("b\na\nd\nc\n");
+    EXPECT_EQ(count, 1u);
 }
 
 namespace {
@@ -408,16 +396,15 @@ private:
 
 } // namespace
 
-TEST(FileList, AgreesWithAPlainReadingLineByLine)
+TEST(ListReader, AgreesWithAPlainReadingLineByLine)
 {
     const unsigned seed = 5;
     std::mt19937 random(seed);
     const std::string letters = "aab.!0//";
     std::size_t taken = 0;
     std::size_t contradictory = 0;
-    for (int i = 0; i < 6000; ++i) {
+    for (std::size_t i = 0; i < 6000; ++i) {
         Texts lines(1 + random() % 9);
-        std::string text;
         for (std::string& line : lines) {
             for (auto length = 1 + random() % 5; length > 0; --length) {
                 const bool mayDivide = !line.empty() && line.back() != '/' && length > 1;
@@ -427,13 +414,18 @@ TEST(FileList, AgreesWithAPlainReadingLineByLine)
                     letter = 'b';
                 line += letter;
             }
-            text += line + "\n";
         }
+        // Many of the lists begin in byte order, so that both ways of remembering meet.
+        const std::size_t ordered = lines.size() * (i % 4) / 3;
+        std::sort(lines.begin(), lines.begin() + static_cast<std::ptrdiff_t>(ordered));
+        std::string text;
+        for (const std::string& line : lines)
+            text += line + "\n";
         SCOPED_TRACE(testing::PrintToString(text));
         const PlainReading plain(lines);
-        FileList list("list", false);
+        ListReading reading(false, {}, i % 5 != 0);
 
-        const std::string refused = refusal(list, text);
+        const std::string refused = refusal(reading, text);
 
         if (plain.refusedLine != 0) {
             const std::string& path = lines[plain.refusedLine - 1];
@@ -445,12 +437,66 @@ TEST(FileList, AgreesWithAPlainReadingLineByLine)
             contradictory += plain.contradicts;
         } else {
             EXPECT_EQ(refused, "no refusal");
-            EXPECT_EQ(walked(list), Texts(plain.files.begin(), plain.files.end()));
+            EXPECT_EQ(reading.sortedFiles(), Texts(plain.files.begin(), plain.files.end()));
             ++taken;
         }
     }
     EXPECT_GT(taken, 1000u);
     EXPECT_GT(contradictory, 500u);
+}
+
+namespace {
+
+// Judges each folder of the path anew.
+bool isTaken(const std::string& path, const Selection& selection)
+{
+    std::size_t depth = 0;
+    for (std::size_t begin = 0; begin <= path.size();) {
+        const std::size_t end = std::min(path.find('/', begin), path.size());
+        depth += path.substr(begin, end - begin) == "." ? 0 : 1;
+        if (selection.judge(path.substr(0, end), depth, end < path.size()) !=
+            Selection::Verdict::Taken)
+            return false;
+        begin = end + 1;
+    }
+    return true;
+}
+
+} // namespace
+
+TEST(ListReader, JudgesEachPathWithItsFoldersWhateverStandsBefore)
+{
+    const unsigned seed = 8;
+    std::mt19937 random(seed);
+    const Texts components = {"a", "ab", ".", ".b", "b.log"};
+    std::size_t taken = 0;
+    std::size_t leftOut = 0;
+    for (int i = 0; i < 2000; ++i) {
+        Selection selection;
+        selection.hidden = random() % 2 == 0;
+        selection.maxDepth = 1 + random() % 5;
+        for (const char* const glob : {"*.log", "ab/", "/a/b*"}) {
+            if (random() % 2 == 0)
+                selection.excluded.emplace_back(glob);
+        }
+        std::string text;
+        Texts expected;
+        for (std::size_t line = 0; line < 6; ++line) {
+            std::string path;
+            for (auto folders = random() % 4; folders > 0; --folders)
+                path += components[random() % components.size()] + "/";
+            path += std::to_string(line);
+            text += path + "\n";
+            const bool isExpected = isTaken(path, selection);
+            if (isExpected)
+                expected.push_back(path);
+            ++(isExpected ? taken : leftOut);
+        }
+        std::sort(expected.begin(), expected.end());
+        EXPECT_EQ(read(text, selection), expected) << text;
+    }
+    EXPECT_GT(taken, 1000u);
+    EXPECT_GT(leftOut, 1000u);
 }
 
 } // namespace tests

@@ -1,0 +1,261 @@
+#include "casetable/listing/ListReader.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "casetable/listing/FilePath.h"
+#include "casetable/system/ExitCode.h"
+#include "casetable/system/Printable.h"
+
+namespace casetable {
+
+namespace {
+
+// A walk calls itself for each folder in a folder; its stack is large enough for so many.
+const std::size_t maxFolders = 20'000;
+
+// In bytes; more than so many folders with names of 255 bytes take.
+const std::size_t longestPath = std::size_t{16} * 1024 * 1024;
+
+// Of a refused path: what is no list at all may have lines of any length.
+const std::size_t shownBytes = 500;
+
+const std::string_view byteOrderMark = "\xef\xbb\xbf";
+
+std::size_t commonLength(std::string_view left, std::string_view right)
+{
+    const auto ends = std::mismatch(left.begin(), left.end(), right.begin(), right.end());
+    return static_cast<std::size_t>(ends.first - left.begin());
+}
+
+// Whether `left` stands before `right` in byte order; both begin with `common` equal bytes.
+bool standsBefore(std::string_view left, std::string_view right, std::size_t common)
+{
+    return left.substr(common) < right.substr(common);
+}
+
+// Calls `take` with each text that a separator ends; `rest` has what stands behind the last one of
+// the piece before, and then of this one.
+template <class Take>
+void split(std::string_view piece, char separator, std::string& rest, const Take& take)
+{
+    std::size_t begin = 0;
+    for (std::size_t end = 0; (end = piece.find(separator, begin)) != std::string_view::npos;
+         begin = end + 1) {
+        const std::string_view text = piece.substr(begin, end - begin);
+        if (rest.empty()) {
+            take(text);
+            continue;
+        }
+        rest += text;
+        take(std::string_view(rest));
+        rest.clear();
+    }
+    rest += piece.substr(begin);
+}
+
+} // namespace
+
+ListReader::ListReader(Options options, std::function<void(std::string_view path)> take)
+    : options_(std::move(options)), take_(std::move(take)),
+      separator_(options_.nullSeparated ? '\0' : '\n')
+{
+    if (!options_.reread)
+        lines_ = std::make_unique<PathLines>();
+}
+
+void ListReader::append(std::string_view text)
+{
+    beginning_ += text.substr(0, byteOrderMark.size() - beginning_.size());
+    split(text, separator_, rest_, [this](std::string_view path) { take(path); });
+    // What is no list, such as a device, may never end a line, so what there is is checked too.
+    if (separator_ != '\0' && text.find('\0') != std::string_view::npos)
+        check(rest_, pathCount_ + 1);
+    if (rest_.size() > longestPath)
+        refuse(rest_, pathCount_ + 1,
+               "the path does not end within " + std::to_string(longestPath) + " bytes");
+}
+
+void ListReader::finish()
+{
+    if (separator_ == '\0' && pathCount_ == 0 && rest_.find('\n') != std::string::npos)
+        refuse(rest_, 1, "no NUL ends it; a list of lines is read without --null");
+    if (!rest_.empty())
+        append(std::string_view(&separator_, 1));
+    if (!contradiction_)
+        return;
+    const auto& [path, line, earlierLine, file] = *contradiction_;
+    refuse(path, line,
+           place(earlierLine) + (file.empty() ? " names it as a folder; list files only"
+                                              : " names " + file + " as a file; list files only"));
+}
+
+std::vector<std::string> ListReader::warnings() const
+{
+    std::vector<std::string> warnings;
+    if (beginning_ == byteOrderMark)
+        warnings.push_back(name() + ": the byte order mark is taken as a part of the first path");
+    if (separator_ == '\0' || pathCount_ == 0)
+        return warnings;
+    if (allEndInReturn_)
+        warnings.push_back(name() + ": all lines end in CR LF, and the CR is taken as a part of "
+                                    "the paths");
+    if (anyQuoted_)
+        warnings.push_back(name() +
+                           ": quotes around paths are taken as parts of them; with --null a "
+                           "lister need not quote, as with -z or -print0");
+    return warnings;
+}
+
+void ListReader::take(std::string_view path)
+{
+    check(path, ++pathCount_);
+    allEndInReturn_ = allEndInReturn_ && path.back() == '\r';
+    anyQuoted_ = anyQuoted_ || (path.size() > 1 && path.front() == '"' && path.back() == '"');
+    if (!contradiction_ && isNew(path) && isSelected(path))
+        take_(path);
+}
+
+// Whether no line before has the path. Finds contradictions.
+bool ListReader::isNew(std::string_view path)
+{
+    std::size_t common = commonLength(path, previous_);
+    if (!lines_ && standsBefore(path, previous_, common)) {
+        rememberLines();
+        common = commonLength(path, previous_);
+    }
+    const bool isNew = lines_ ? isNewInLines(path, common, pathCount_) : isNewInOrder(path, common);
+    previous_ = path;
+    return isNew;
+}
+
+// Of a path that does not stand before the previous one.
+bool ListReader::isNewInOrder(std::string_view path, std::size_t common)
+{
+    while (!beginnings_.empty() && beginnings_.back().length > common)
+        beginnings_.pop_back();
+    // Of the files that the path begins with, the previous one began with all too, so it was asked
+    // about those that end before the two differ.
+    if (!beginnings_.empty() && beginnings_.back().length == common) {
+        if (path.size() == common)
+            return false;
+        if (path[common] == '/') {
+            contradiction_ = {std::string(path), pathCount_, beginnings_.back().line,
+                              std::string(path.substr(0, common))};
+            return false;
+        }
+    }
+    beginnings_.push_back({path.size(), pathCount_});
+    return true;
+}
+
+bool ListReader::isNewInLines(std::string_view path, std::size_t common, std::size_t line)
+{
+    const PathLines::Entry entry = lines_->insert(path, PathLines::Kind::File, line);
+    if (entry.kind == PathLines::Kind::Folder)
+        contradiction_ = {std::string(path), line, entry.line, std::string()};
+    if (entry.kind == PathLines::Kind::Folder || entry.line != line)
+        return false;
+    // The folders that the previous path lies in too are recorded, and so are those above one that
+    // is.
+    std::size_t slash = path.rfind('/');
+    while (slash != std::string_view::npos && slash >= common) {
+        const std::string_view folder = path.substr(0, slash);
+        const PathLines::Entry above = lines_->insert(folder, PathLines::Kind::Folder, line);
+        if (above.kind == PathLines::Kind::File) {
+            contradiction_ = {std::string(path), line, above.line, std::string(folder)};
+            return false;
+        }
+        if (above.line != line)
+            break;
+        slash = slash == 0 ? std::string_view::npos : path.rfind('/', slash - 1);
+    }
+    return true;
+}
+
+// Records the lines before this one, which are in byte order and do not contradict each other.
+void ListReader::rememberLines()
+{
+    lines_ = std::make_unique<PathLines>();
+    beginnings_.clear();
+    previous_.clear();
+    std::string rest;
+    std::size_t line = 0;
+    options_.reread([&](std::string_view piece) {
+        split(piece, separator_, rest, [&](std::string_view path) {
+            if (++line >= pathCount_)
+                return;
+            isNewInLines(path, commonLength(path, previous_), line);
+            previous_ = path;
+        });
+    });
+}
+
+// Asks about the folders on the way too, but not about those that the path judged last lies in.
+bool ListReader::isSelected(std::string_view path)
+{
+    const std::size_t common = commonLength(path, judged_);
+    while (!levels_.empty() && levels_.back().end >= common)
+        levels_.pop_back();
+    judged_ = path;
+    for (;;) {
+        if (!levels_.empty() && !levels_.back().isTaken)
+            return false;
+        const std::size_t begin = levels_.empty() ? 0 : levels_.back().end + 1;
+        const std::size_t end = std::min(path.find('/', begin), path.size());
+        const bool isFolder = end < path.size();
+        // The folder "." is the folder that it stands in, so it adds no level.
+        const std::size_t depth = (levels_.empty() ? 0 : levels_.back().depth) +
+                                  (path.substr(begin, end - begin) == "." ? 0 : 1);
+        const bool isTaken = options_.selection.judge(path.substr(0, end), depth, isFolder) ==
+                             Selection::Verdict::Taken;
+        if (!isFolder)
+            return isTaken;
+        levels_.push_back({end, depth, isTaken});
+    }
+}
+
+void ListReader::check(std::string_view path, std::size_t number) const
+{
+    const std::size_t null = path.find('\0');
+    if (null != std::string_view::npos)
+        refuse(path.substr(0, null + 1), number,
+               "a path holds no NUL; a list divided by NULs needs --null");
+    switch (pathFault(path)) {
+    case PathFault::Empty:
+        refuse(path, number, "the path is empty");
+    case PathFault::Absolute:
+        refuse(path, number, "the path is absolute; list files relative to one folder");
+    case PathFault::EmptyComponent:
+        refuse(path, number, "a component of the path is empty");
+    case PathFault::NamesFolder:
+        refuse(path, number,
+               std::string("a path that ends in ") + path.back() +
+                   " names a folder; list files only");
+    case PathFault::ClimbsOut:
+        refuse(path, number, "the path climbs out by \"..\"");
+    case PathFault::None:
+        break;
+    }
+    if (static_cast<std::size_t>(std::count(path.begin(), path.end(), '/')) > maxFolders)
+        refuse(path, number,
+               "the path lies below more than " + std::to_string(maxFolders) + " folders");
+}
+
+// What messages call a line.
+std::string ListReader::place(std::size_t number) const
+{
+    return (separator_ == '\0' ? "record " : "line ") + std::to_string(number);
+}
+
+void ListReader::refuse(std::string_view path, std::size_t number, const std::string& reason) const
+{
+    std::string message = name() + ": " + place(number) + ": ";
+    // Made printable already here, as what() of a Failure would end at a NUL.
+    if (!path.empty())
+        message +=
+            printable(path.substr(0, shownBytes)) + (path.size() > shownBytes ? "...: " : ": ");
+    throw Failure(ExitCode::ImportFailed, message + reason);
+}
+
+} // namespace casetable
