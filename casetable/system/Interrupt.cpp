@@ -1,12 +1,16 @@
 #include "casetable/system/Interrupt.h"
 
+#include <atomic>
 #include <initializer_list>
 
 namespace casetable {
 
 namespace {
 
-volatile std::sig_atomic_t caughtSignal = 0;
+// Threads ask for it while a handler sets it.
+std::atomic<int> caughtSignal(0);
+static_assert(std::atomic<int>::is_always_lock_free,
+              "a signal handler may only set what never locks");
 
 extern "C" void rememberSignal(int signal)
 {

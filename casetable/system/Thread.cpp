@@ -25,9 +25,16 @@ const std::chrono::milliseconds interval(50);
 
 // A thread of Qt's, as what it knows of threads that others started outlives them at times.
 struct Thread::Impl : public QThread {
-    void run() override { act(); }
+    void run() override
+    {
+        act();
+        ended.set_value();
+    }
 
     std::function<void()> act;
+
+    // What wait() tells, in a way that thread checkers see too: they know nothing of Qt's waiting.
+    std::promise<void> ended;
 };
 
 std::unique_ptr<Thread> Thread::start(std::function<void()> act)
@@ -49,6 +56,7 @@ Thread::Thread(std::unique_ptr<Impl> impl) : impl_(std::move(impl)) {}
 
 Thread::~Thread()
 {
+    impl_->ended.get_future().wait();
     impl_->wait();
 }
 
