@@ -5,6 +5,8 @@
 #include <string>
 #include <utility>
 
+#include "casetable/system/Bytes.h"
+
 namespace casetable {
 
 /// A number of files that have something in common, and one of them to be named: that with the
@@ -32,6 +34,19 @@ struct CountedFiles {
             example = std::move(other.example);
         count += other.count;
         return isLeast;
+    }
+
+    void write(ByteWriter& writer) const
+    {
+        writer.number(count);
+        writer.text(example);
+    }
+
+    /// Takes in place of these files those that were written. Throws BrokenBytes.
+    void read(ByteReader& reader)
+    {
+        count = reader.number();
+        example = reader.text();
     }
 };
 

@@ -107,6 +107,39 @@ void MarkerFailures::Kind::merge(Kind&& other)
         failed[k].merge(std::move(other.failed[k]));
 }
 
+void MarkerFailures::Failed::write(ByteWriter& writer) const
+{
+    for (const CountedFiles& files : byReason)
+        files.write(writer);
+    writer.flag(misplaced.has_value());
+    if (misplaced)
+        writer.text(*misplaced);
+}
+
+void MarkerFailures::Failed::read(ByteReader& reader)
+{
+    for (CountedFiles& files : byReason)
+        files.read(reader);
+    if (reader.flag())
+        misplaced = reader.text();
+}
+
+void MarkerFailures::Kind::write(ByteWriter& writer) const
+{
+    writer.flag(isMatched);
+    writer.flag(!failed.empty());
+    for (const Failed& each : failed)
+        each.write(writer);
+}
+
+void MarkerFailures::Kind::read(ByteReader& reader, std::size_t markers)
+{
+    isMatched = reader.flag();
+    failed.resize(reader.flag() ? markers : 0);
+    for (Failed& each : failed)
+        each.read(reader);
+}
+
 MarkerFailures::MarkerFailures(const Patterns& patterns) : patterns_(&patterns) {}
 
 void MarkerFailures::countMatched(const std::string& path)
@@ -132,6 +165,27 @@ void MarkerFailures::merge(MarkerFailures&& other)
     for (auto& [ending, kind] : other.kinds_)
         kindOf(ending).merge(std::move(kind));
     others_.merge(std::move(other.others_));
+}
+
+void MarkerFailures::write(ByteWriter& writer) const
+{
+    others_.write(writer);
+    writer.number(kinds_.size());
+    for (const auto& [ending, kind] : kinds_) {
+        writer.text(ending);
+        kind.write(writer);
+    }
+}
+
+void MarkerFailures::read(ByteReader& reader)
+{
+    others_.read(reader, patterns_->size());
+    for (std::size_t left = reader.count(1); left > 0; --left) {
+        const std::string_view ending = reader.text();
+        Kind kind;
+        kind.read(reader, patterns_->size());
+        kindOf(ending).merge(std::move(kind));
+    }
 }
 
 std::string MarkerFailures::summary() const

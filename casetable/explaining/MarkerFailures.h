@@ -35,6 +35,11 @@ public:
     /// order files are counted and merged makes no difference.
     void merge(MarkerFailures&& other);
 
+    /// Writes what was counted; read() of another object with the same patterns, which has counted
+    /// nothing, takes that over. Throws BrokenBytes where the bytes cannot be that.
+    void write(ByteWriter& writer) const;
+    void read(ByteReader& reader);
+
     /// One line that says for how many files each marker was the first that failed, the highest
     /// number first; empty where there are none.
     std::string summary() const;
@@ -53,6 +58,8 @@ private:
 
         void addMisplaced(const std::string& path);
         void merge(Failed&& other);
+        void write(ByteWriter& writer) const;
+        void read(ByteReader& reader);
     };
 
     // The files whose names have the same ending.
@@ -61,6 +68,8 @@ private:
         std::vector<Failed> failed; // One for each marker, or none where no file has failed.
 
         void merge(Kind&& other);
+        void write(ByteWriter& writer) const;
+        void read(ByteReader& reader, std::size_t markers);
     };
 
     struct ShorterFirst {

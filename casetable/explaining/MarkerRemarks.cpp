@@ -52,6 +52,20 @@ void MarkerRemarks::Doubtful::merge(Doubtful&& other)
     behind = other.behind;
 }
 
+void MarkerRemarks::Doubtful::write(ByteWriter& writer) const
+{
+    files.write(writer);
+    writer.text(value);
+    writer.byte(static_cast<unsigned char>(behind));
+}
+
+void MarkerRemarks::Doubtful::read(ByteReader& reader)
+{
+    files.read(reader);
+    value = reader.text();
+    behind = static_cast<char>(reader.byte());
+}
+
 std::string MarkerRemarks::Doubtful::inFiles() const
 {
     return "in " + std::to_string(files.count) + (files.count == 1 ? " file" : " files") +
@@ -81,6 +95,24 @@ void MarkerRemarks::merge(MarkerRemarks&& other)
     for (std::size_t k = 0; k < values_.size(); ++k) {
         values_[k].endEarly.merge(std::move(other.values_[k].endEarly));
         values_[k].negative.merge(std::move(other.values_[k].negative));
+    }
+}
+
+void MarkerRemarks::write(ByteWriter& writer) const
+{
+    writer.number(files_);
+    for (const Values& of : values_) {
+        of.endEarly.write(writer);
+        of.negative.write(writer);
+    }
+}
+
+void MarkerRemarks::read(ByteReader& reader)
+{
+    files_ = reader.number();
+    for (Values& of : values_) {
+        of.endEarly.read(reader);
+        of.negative.read(reader);
     }
 }
 

@@ -28,6 +28,11 @@ public:
     /// order files are counted and merged makes no difference.
     void merge(MarkerRemarks&& other);
 
+    /// Writes what was counted; read() of another object with the same patterns, which has counted
+    /// nothing, takes that over. Throws BrokenBytes where the bytes cannot be that.
+    void write(ByteWriter& writer) const;
+    void read(ByteReader& reader);
+
     /// A remark on each marker of which there are such values, with the number of files and the
     /// least path of them by bytes.
     std::vector<std::string> lines() const;
@@ -41,6 +46,8 @@ private:
 
         void add(const std::string& path, const MetadataInfo& info);
         void merge(Doubtful&& other);
+        void write(ByteWriter& writer) const;
+        void read(ByteReader& reader);
         std::string inFiles() const;
     };
 

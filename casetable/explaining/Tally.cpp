@@ -1,11 +1,18 @@
 #include "casetable/explaining/Tally.h"
 
+#include <cstdint>
 #include <type_traits>
 #include <utility>
 
 #include "casetable/importing/Reading.h"
 
 namespace casetable {
+
+namespace {
+
+const std::uint32_t version = 1; // Of the form in which tallies are written.
+
+} // namespace
 
 void Tally::ByMarkers::countMatched(const std::string& path,
                                     const MetadataInfoProviderInterface& values)
@@ -18,6 +25,20 @@ void Tally::ByMarkers::merge(ByMarkers&& other)
 {
     matched.merge(std::move(other.matched));
     failures.merge(std::move(other.failures));
+}
+
+void Tally::ByMarkers::write(ByteWriter& writer) const
+{
+    writer.heading("tally of markers", version);
+    matched.write(writer);
+    failures.write(writer);
+}
+
+void Tally::ByMarkers::read(ByteReader& reader)
+{
+    reader.heading("tally of markers", version);
+    matched.read(reader);
+    failures.read(reader);
 }
 
 std::string Tally::ByMarkers::whyNoneMatched(const std::string& root) const
@@ -41,6 +62,20 @@ void Tally::ByTemplates::merge(ByTemplates&& other)
 {
     matched.merge(std::move(other.matched));
     unfitted.merge(std::move(other.unfitted));
+}
+
+void Tally::ByTemplates::write(ByteWriter& writer) const
+{
+    writer.heading("tally of templates", version);
+    matched.write(writer);
+    unfitted.write(writer);
+}
+
+void Tally::ByTemplates::read(ByteReader& reader)
+{
+    reader.heading("tally of templates", version);
+    matched.read(reader);
+    unfitted.read(reader);
 }
 
 std::string Tally::ByTemplates::whyNoneMatched(const std::string& /*root*/) const
@@ -72,6 +107,16 @@ void Tally::merge(Tally&& other)
             counts.merge(std::get<std::decay_t<decltype(counts)>>(std::move(other.counts_)));
         },
         counts_);
+}
+
+void Tally::write(ByteWriter& writer) const
+{
+    std::visit([&writer](const auto& counts) { counts.write(writer); }, counts_);
+}
+
+void Tally::read(ByteReader& reader)
+{
+    std::visit([&reader](auto& counts) { counts.read(reader); }, counts_);
 }
 
 std::string Tally::whyNoneMatched(const std::string& root) const

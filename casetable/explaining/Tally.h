@@ -38,6 +38,13 @@ public:
     /// Counts also the files of `other`, which is of the same reading and of other files.
     void merge(Tally&& other);
 
+    /// Writes what was counted, for read() in this process or another.
+    void write(ByteWriter& writer) const;
+
+    /// Takes over what write() wrote of a tally of the same reading; this one must have counted
+    /// nothing. Throws BrokenBytes where the bytes cannot be that.
+    void read(ByteReader& reader);
+
     /// One line that says for how many files the reading failed, and why. There must be some.
     /// `root`, here and below, is the root folder as the user named it.
     std::string whyNoneMatched(const std::string& root) const;
@@ -61,6 +68,8 @@ private:
         void countMatched(const std::string& path, const MetadataInfoProviderInterface& values);
         void countUnmatched(const std::string& path) { failures.countUnmatched(path); }
         void merge(ByMarkers&& other);
+        void write(ByteWriter& writer) const;
+        void read(ByteReader& reader);
         std::string whyNoneMatched(const std::string& root) const;
         std::string whySomeFailed(const std::string& root) const;
 
@@ -77,6 +86,8 @@ private:
         void countMatched(const std::string& path, const MetadataInfoProviderInterface& values);
         void countUnmatched(const std::string& path) { unfitted.count(path); }
         void merge(ByTemplates&& other);
+        void write(ByteWriter& writer) const;
+        void read(ByteReader& reader);
         std::string whyNoneMatched(const std::string& root) const;
         std::string whySomeFailed(const std::string& root) const;
 

@@ -93,6 +93,24 @@ void UnfittedFiles::merge(UnfittedFiles&& other)
     }
 }
 
+void UnfittedFiles::write(ByteWriter& writer) const
+{
+    writer.number(files_);
+    writer.number(sample_.size());
+    for (const auto& entry : sample_)
+        writer.text(entry.second);
+}
+
+void UnfittedFiles::read(ByteReader& reader)
+{
+    files_ = reader.number();
+    for (std::size_t left = reader.count(1); left > 0; --left) {
+        std::string path(reader.text());
+        const std::size_t hash = std::hash<std::string>()(path);
+        keep(hash, std::move(path));
+    }
+}
+
 std::string UnfittedFiles::summary() const
 {
     if (files_ == 0)

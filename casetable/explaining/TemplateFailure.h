@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "casetable/explaining/Unmatched.h"
+#include "casetable/system/Bytes.h"
 #include "casetable/templates/Matcher.h"
 #include "casetable/templates/TemplateList.h"
 
@@ -57,6 +58,11 @@ public:
     /// Counts also the files of `other`, which has the same templates and other files. In which
     /// order files are counted and merged makes no difference.
     void merge(UnfittedFiles&& other);
+
+    /// Writes what was counted; read() of another object with the same templates, which has counted
+    /// nothing, takes that over. Throws BrokenBytes where the bytes cannot be that.
+    void write(ByteWriter& writer) const;
+    void read(ByteReader& reader);
 
     /// One line that says how many files no template fits, and, for one example of them, why, as
     /// far as the engine can tell; empty where there are none. The example is, of the sample, the

@@ -28,6 +28,20 @@ struct PartUse {
         if (swallowing.merge(std::move(other.swallowing)))
             holder = std::move(other.holder);
     }
+
+    void write(ByteWriter& writer) const
+    {
+        writer.flag(isTaken);
+        swallowing.write(writer);
+        writer.text(holder);
+    }
+
+    void read(ByteReader& reader)
+    {
+        isTaken = reader.flag();
+        swallowing.read(reader);
+        holder = reader.text();
+    }
 };
 
 bool takesVariousBytes(const TemplateElement& element)
@@ -122,6 +136,20 @@ public:
             parts_[part].merge(std::move(other.parts_[part]));
     }
 
+    void write(ByteWriter& writer) const
+    {
+        writer.number(files_);
+        for (const PartUse& use : parts_)
+            use.write(writer);
+    }
+
+    void read(ByteReader& reader)
+    {
+        files_ = reader.number();
+        for (PartUse& use : parts_)
+            use.read(reader);
+    }
+
     void appendRemarks(std::vector<std::string>& lines) const
     {
         if (files_ == 0)
@@ -199,6 +227,18 @@ void TemplateRemarks::merge(TemplateRemarks&& other)
 {
     for (std::size_t index = 0; index < uses_.size(); ++index)
         uses_[index].merge(std::move(other.uses_[index]));
+}
+
+void TemplateRemarks::write(ByteWriter& writer) const
+{
+    for (const Use& use : uses_)
+        use.write(writer);
+}
+
+void TemplateRemarks::read(ByteReader& reader)
+{
+    for (Use& use : uses_)
+        use.read(reader);
 }
 
 std::vector<std::string> TemplateRemarks::lines() const

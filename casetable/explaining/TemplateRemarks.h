@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "casetable/system/Bytes.h"
 #include "casetable/templates/TemplateList.h"
 
 namespace casetable {
@@ -28,6 +29,11 @@ public:
     /// Counts also the files of `other`, which has the same templates and other files. In which
     /// order files are counted and merged makes no difference.
     void merge(TemplateRemarks&& other);
+
+    /// Writes what was counted; read() of another object with the same templates, which has counted
+    /// nothing, takes that over. Throws BrokenBytes where the bytes cannot be that.
+    void write(ByteWriter& writer) const;
+    void read(ByteReader& reader);
 
     /// The remarks, one line each. Where they are on files, with the number of these and the least
     /// path by bytes.

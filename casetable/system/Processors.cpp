@@ -54,4 +54,13 @@ std::size_t availableProcessors()
     return count;
 }
 
+void useAllProcessors()
+{
+    cpu_set_t processors;
+    std::fill_n(reinterpret_cast<unsigned char*>(&processors), sizeof processors,
+                static_cast<unsigned char>(0xff));
+    // The system leaves out those that there are not. Where it refuses, the binding stays.
+    static_cast<void>(::sched_setaffinity(0, sizeof processors, &processors));
+}
+
 } // namespace casetable

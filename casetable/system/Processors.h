@@ -9,6 +9,10 @@ namespace casetable {
 /// its control group, or one above that, gives it time for.
 std::size_t availableProcessors();
 
+/// Lets this thread, and those that it starts, run on all processors that the system grants it,
+/// also where whoever started the program had bound it to fewer.
+void useAllProcessors();
+
 } // namespace casetable
 
 #endif
