@@ -1,6 +1,4 @@
 #include <cstdlib>
-#include <exception>
-#include <new>
 #include <optional>
 #include <string>
 #include <utility>
@@ -8,18 +6,16 @@
 #include "casetable/explaining/Explain.h"
 #include "casetable/explaining/ExplainTemplate.h"
 #include "casetable/explaining/LeftOut.h"
-#include "casetable/importing/Report.h"
 #include "casetable/listing/Listing.h"
 #include "casetable/options/Options.h"
+#include "casetable/running/Ending.h"
 #include "casetable/running/Run.h"
 #include "casetable/suggesting/Suggest.h"
 #include "casetable/system/Console.h"
 #include "casetable/system/ExitCode.h"
 #include "casetable/system/Interrupt.h"
 #include "casetable/system/Output.h"
-#include "casetable/system/OutputGuards.h"
 #include "casetable/system/Printable.h"
-#include "casetable/writing/SqliteWriter.h"
 
 namespace casetable {
 
@@ -55,10 +51,7 @@ ExitCode run(const Options& options, Console& console)
     if (options.mode == Mode::Explain)
         return explainPath(options, output);
 
-    if (options.source.list && options.output)
-        spareInput(*options.output, *options.source.list, "the list itself");
-    if (options.mode == Mode::Table && options.format != nullptr && options.format->isDatabase())
-        checkDatabase(caseColumns(options.reading.patterns(), {}), output);
+    checkOutput(options, output);
     Listing listing(options.source, console, options.jobs != 1); // One job is one thread.
     if (options.mode == Mode::Suggest)
         return suggest(options, listing, output, console);
@@ -75,20 +68,13 @@ int main(int argc, char** argv)
 
     takeBrokenWritesAsFailures();
     Console console;
-    try {
-        const std::optional<Options> options = parseOptions(argc, argv);
-        return options ? static_cast<int>(run(*options, console)) : 0;
-    } catch (const Failure& failure) {
-        console.error(failure.what(), failure.excerpt);
-        return static_cast<int>(failure.code);
-    } catch (const Interrupted& interrupted) {
-        if (interrupted.leavesThreads)
-            std::_Exit(128 + interrupted.signal);
-        return 128 + interrupted.signal;
-    } catch (const std::bad_alloc&) {
-        console.error("not enough memory");
-    } catch (const std::exception& failure) {
-        console.error(failure.what());
-    }
-    return static_cast<int>(ExitCode::ImportFailed);
+    const Ending ending = endingOf(
+        [&] {
+            const std::optional<Options> options = parseOptions(argc, argv);
+            return options ? run(*options, console) : ExitCode::Cases;
+        },
+        console);
+    if (ending.leavesThreads)
+        std::_Exit(ending.status);
+    return ending.status;
 }

@@ -62,12 +62,12 @@ Level enter(const EntryPtr& folder, std::size_t pathLength, const CrawlVisitor& 
     return {folder, folder->entries(std::string()), 0, pathLength};
 }
 
-// Returns the folder that cannot be read; nothing if there is none.
-EntryPtr crawlBelow(const EntryPtr& root, const CrawlVisitor& visitor)
+// `path` is that of the folder. Returns the folder below it that cannot be read; nothing if there
+// is none.
+EntryPtr crawlBelow(const EntryPtr& folder, std::string path, const CrawlVisitor& visitor)
 {
     std::vector<Level> levels;
-    levels.push_back(enter(root, 0, visitor));
-    std::string path;
+    levels.push_back(enter(folder, path.size(), visitor));
     while (!levels.empty()) {
         Level& level = levels.back();
         if (level.next == level.entries.size()) {
@@ -90,17 +90,12 @@ EntryPtr crawlBelow(const EntryPtr& root, const CrawlVisitor& visitor)
     return nullptr;
 }
 
-} // namespace
-
-std::string crawl(const EntryPtr& root, const CrawlVisitor& visitor)
+// The error text where `act` throws, or returns a folder that cannot be read; otherwise empty.
+template <class Act> std::string errorTextOf(const Act& act)
 {
     const auto answers = boost::make_shared<Answers>();
     try {
-        answers->existing = root->exists();
-        answers->readable = !answers->existing || root->isReadable();
-        if (!answers->existing || !answers->readable)
-            return errorText(answers);
-        const EntryPtr failed = crawlBelow(root, visitor);
+        const EntryPtr failed = act();
         if (!failed)
             return std::string();
         const auto unreadable = boost::make_shared<Answers>();
@@ -111,6 +106,30 @@ std::string crawl(const EntryPtr& root, const CrawlVisitor& visitor)
         answers->thrown = std::current_exception();
     }
     return errorText(answers);
+}
+
+} // namespace
+
+std::string crawl(const EntryPtr& root, const CrawlVisitor& visitor)
+{
+    const auto answers = boost::make_shared<Answers>();
+    const std::string error = errorTextOf([&]() -> EntryPtr {
+        answers->existing = root->exists();
+        answers->readable = !answers->existing || root->isReadable();
+        return answers->existing && answers->readable ? crawlBelow(root, "", visitor) : nullptr;
+    });
+    return answers->existing && answers->readable ? error : errorText(answers);
+}
+
+std::string crawlEntry(const EntryPtr& entry, const std::string& path, const CrawlVisitor& visitor)
+{
+    return errorTextOf([&]() -> EntryPtr {
+        if (entry->isFile()) {
+            visitor.file(path);
+            return nullptr;
+        }
+        return entry->isReadable() ? crawlBelow(entry, path, visitor) : entry;
+    });
 }
 
 } // namespace casetable

@@ -27,6 +27,12 @@ struct CrawlVisitor {
 std::string crawl(const boost::shared_ptr<FileInfoInterface const>& root,
                   const CrawlVisitor& visitor);
 
+/// Goes through the one part of such a tree that `entry` is: a file, or a folder with all below it.
+/// `path` is its path relative to the root. Visits, returns and throws what crawl() would when it
+/// comes there.
+std::string crawlEntry(const boost::shared_ptr<FileInfoInterface const>& entry,
+                       const std::string& path, const CrawlVisitor& visitor);
+
 } // namespace casetable
 
 #endif

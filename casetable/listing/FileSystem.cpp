@@ -82,9 +82,13 @@ public:
         });
     }
 
+    ReadAhead* ahead() const { return tree_->ahead.get(); }
+
+    // The folder that is to be listed; null for a file, and once it has been listed.
+    const FolderPtr& folder() const { return own_; }
+
 private:
     FileSystem& fileSystem() const { return *tree_->fileSystem; }
-    ReadAhead* ahead() const { return tree_->ahead.get(); }
 
     // Returns the answer, and keeps it in FileSystem::refused if it ends a walk.
     bool recorded(bool answer) const
@@ -106,6 +110,16 @@ private:
     }
 
     std::vector<EntryPtr> listing() const;
+
+    // Whether one more may be kept open.
+    bool takeSurveyedDescriptor() const
+    {
+        std::size_t& left = fileSystem().surveyedDescriptors;
+        if (left == 0)
+            return false;
+        --left;
+        return true;
+    }
 
     // Tells what came of a listing besides the entries. The walk does so when it comes to the
     // folder, so it does not matter when that was listed.
@@ -147,10 +161,12 @@ std::vector<EntryPtr> Entry::listing() const
     const FolderPtr folder =
         own_ ? std::move(own_) : FolderPtr(new Folder(tree_, parent_, name_, kind_));
     try {
-        if (ahead() != nullptr)
+        if (ahead() != nullptr && !fileSystem().isSurveyed)
             ahead()->finish(*folder);
         else
             folder->run(nullptr);
+        if (fileSystem().isSurveyed && !takeSurveyedDescriptor())
+            folder->closeDescriptor();
     } catch (...) {
         if (const auto listing = folder->takeListing())
             tell(*listing);
@@ -201,11 +217,35 @@ boost::shared_ptr<FileInfoInterface const> fileSystemRoot(std::shared_ptr<FileSy
     return boost::make_shared<Root>(tree, path);
 }
 
+void listAhead(const std::vector<EntryPtr>& entries)
+{
+    ReadAhead::Jobs jobs;
+    ReadAhead* ahead = nullptr;
+    for (const EntryPtr& each : entries) {
+        const auto& entry = static_cast<const Entry&>(*each);
+        if (!entry.folder())
+            continue;
+        ahead = entry.ahead();
+        jobs.push_back(entry.folder());
+    }
+    if (ahead != nullptr)
+        ahead->expect(jobs);
+}
+
 boost::shared_ptr<FileInfoInterface const> fileSystemRoot(FileSystem& fileSystem,
                                                           const std::string& path)
 {
     return fileSystemRoot(std::shared_ptr<FileSystem>(std::shared_ptr<void>(), &fileSystem), path,
                           nullptr);
+}
+
+std::string walkFailure(std::string error, FileSystem::Refused refused, const std::string& root)
+{
+    if (refused == FileSystem::Refused::Root)
+        error = root + ": " + error;
+    if (refused == FileSystem::Refused::Folder)
+        error += " --keep-going leaves such folders out.";
+    return error;
 }
 
 } // namespace casetable

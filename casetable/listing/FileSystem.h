@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <boost/shared_ptr.hpp>
 
@@ -29,6 +30,13 @@ struct FileSystem {
     /// Which entries are listed. The system is asked nothing about one that is left out, unless
     /// only the system can say whether it is a folder.
     Selection selection;
+
+    /// While set, a folder whose entries are asked for is listed by the asking thread, and none of
+    /// its folders is listed ahead: so that many can be held of which few will be walked.
+    bool isSurveyed = false;
+
+    /// How many more folders that are surveyed may keep their descriptors open.
+    std::size_t surveyedDescriptors = 64;
 
     /// Called on the thread that asks for the entries of a folder, with a warning of one line, for
     /// each folder that is left out as it cannot be read, and each link whose target the user may
@@ -75,9 +83,17 @@ boost::shared_ptr<FileInfoInterface const> fileSystemRoot(std::shared_ptr<FileSy
                                                           const std::string& path,
                                                           std::shared_ptr<ReadAhead> ahead);
 
+/// Has the folders among these entries of a tree that was surveyed be listed ahead, as the walk
+/// will come to them next, in this order.
+void listAhead(const std::vector<boost::shared_ptr<FileInfoInterface const>>& entries);
+
 /// The same without threads. `fileSystem` must outlive the entries.
 boost::shared_ptr<FileInfoInterface const> fileSystemRoot(FileSystem& fileSystem,
                                                           const std::string& path);
+
+/// What is said of a walk below `root` that failed with this error text, which does not name the
+/// root, at what was last refused.
+std::string walkFailure(std::string error, FileSystem::Refused refused, const std::string& root);
 
 } // namespace casetable
 

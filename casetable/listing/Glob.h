@@ -36,6 +36,9 @@ public:
     /// Whether it, or a copy of it, has matched anything so far; may be asked from any thread.
     bool hasMatched() const { return *matched_; }
 
+    /// Takes it that a copy of it in another process has matched something.
+    void noteMatch() const { *matched_ = true; }
+
     /// The pattern as it was given.
     const std::string& text() const { return text_; }
 

@@ -58,15 +58,19 @@ void split(std::string_view piece, char separator, std::string& rest, const Take
 
 ListReader::ListReader(Options options, std::function<void(std::string_view path)> take)
     : options_(std::move(options)), take_(std::move(take)),
-      separator_(options_.nullSeparated ? '\0' : '\n')
+      separator_(options_.nullSeparated ? '\0' : '\n'), previous_(options_.before),
+      commonWithBefore_(previous_.size())
 {
-    if (!options_.reread)
+    if (!previous_.empty())
+        beginnings_.push_back({previous_.size(), 0});
+    if (options_.order == Order::Any && !options_.reread)
         lines_ = std::make_unique<PathLines>();
 }
 
 void ListReader::append(std::string_view text)
 {
-    beginning_ += text.substr(0, byteOrderMark.size() - beginning_.size());
+    if (options_.isBeginning)
+        beginning_ += text.substr(0, byteOrderMark.size() - beginning_.size());
     split(text, separator_, rest_, [this](std::string_view path) { take(path); });
     // What is no list, such as a device, may never end a line, so what there is is checked too.
     if (separator_ != '\0' && text.find('\0') != std::string_view::npos)
@@ -78,7 +82,8 @@ void ListReader::append(std::string_view text)
 
 void ListReader::finish()
 {
-    if (separator_ == '\0' && pathCount_ == 0 && rest_.find('\n') != std::string::npos)
+    if (separator_ == '\0' && options_.isBeginning && pathCount_ == 0 &&
+        rest_.find('\n') != std::string::npos)
         refuse(rest_, 1, "no NUL ends it; a list of lines is read without --null");
     if (!rest_.empty())
         append(std::string_view(&separator_, 1));
@@ -90,18 +95,25 @@ void ListReader::finish()
                                               : " names " + file + " as a file; list files only"));
 }
 
-std::vector<std::string> ListReader::warnings() const
+ListReader::Oddities ListReader::oddities() const
+{
+    return {beginning_ == byteOrderMark, allEndInReturn_, anyQuoted_};
+}
+
+std::vector<std::string> ListReader::warnings(const Options& options, const Oddities& oddities,
+                                              std::size_t pathCount)
 {
     std::vector<std::string> warnings;
-    if (beginning_ == byteOrderMark)
-        warnings.push_back(name() + ": the byte order mark is taken as a part of the first path");
-    if (separator_ == '\0' || pathCount_ == 0)
+    if (oddities.hasByteOrderMark)
+        warnings.push_back(options.name +
+                           ": the byte order mark is taken as a part of the first path");
+    if (options.nullSeparated || pathCount == 0)
         return warnings;
-    if (allEndInReturn_)
-        warnings.push_back(name() + ": all lines end in CR LF, and the CR is taken as a part of "
-                                    "the paths");
-    if (anyQuoted_)
-        warnings.push_back(name() +
+    if (oddities.allEndInReturn)
+        warnings.push_back(options.name + ": all lines end in CR LF, and the CR is taken as a part "
+                                          "of the paths");
+    if (oddities.anyQuoted)
+        warnings.push_back(options.name +
                            ": quotes around paths are taken as parts of them; with --null a "
                            "lister need not quote, as with -z or -print0");
     return warnings;
@@ -116,10 +128,24 @@ void ListReader::take(std::string_view path)
         take_(path);
 }
 
+ListReader::Edges ListReader::edges() const
+{
+    Edges edges;
+    edges.folders = undecided_;
+    edges.last = previous_;
+    for (const Beginning& each : beginnings_)
+        edges.files.push_back(previous_.substr(0, each.length));
+    return edges;
+}
+
 // Whether no line before has the path. Finds contradictions.
 bool ListReader::isNew(std::string_view path)
 {
+    if (options_.order == Order::Trusted)
+        return true;
     std::size_t common = commonLength(path, previous_);
+    if (options_.order == Order::Bytes)
+        keepInOrder(path, common);
     if (!lines_ && standsBefore(path, previous_, common)) {
         rememberLines();
         common = commonLength(path, previous_);
@@ -127,6 +153,21 @@ bool ListReader::isNew(std::string_view path)
     const bool isNew = lines_ ? isNewInLines(path, common, pathCount_) : isNewInOrder(path, common);
     previous_ = path;
     return isNew;
+}
+
+// Refuses a path that stands before the previous one. Remembers its folder if a file in front of
+// the one in front of the text may have that path: then all paths between the two begin with it.
+void ListReader::keepInOrder(std::string_view path, std::size_t common)
+{
+    if (standsBefore(path, previous_, common))
+        refuse(path, pathCount_,
+               "it stands before the path in front of it in byte order; sort the list with "
+               "LC_ALL=C, or see to it that no path is in it twice and say --no-duplicates");
+    commonWithBefore_ = std::min(commonWithBefore_, common);
+    const std::size_t length = commonWithBefore_;
+    if (length > 0 && path.size() > length && path[length] == '/' &&
+        (undecided_.empty() || undecided_.back().size() != length))
+        undecided_.emplace_back(path.substr(0, length));
 }
 
 // Of a path that does not stand before the previous one.

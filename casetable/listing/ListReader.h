@@ -40,6 +40,13 @@ public:
     /// Gives the text that was appended so far once more, in pieces.
     using Reread = std::function<void(const std::function<void(std::string_view piece)>& take)>;
 
+    /// How paths are found that occur twice, or that are a file and another's folder.
+    enum class Order {
+        Any,     ///< In any order of the paths.
+        Bytes,   ///< By their order: a path that is not in byte order is refused.
+        Trusted, ///< Not at all: they are taken not to occur.
+    };
+
     struct Options {
         /// What messages call the list.
         std::string name;
@@ -50,6 +57,28 @@ public:
         /// Called when paths turn out not to be in byte order. Without it, paths are remembered
         /// from the first on, in order or not.
         Reread reread;
+        Order order = Order::Any;
+        /// Whether the text is the whole list, or its beginning. What follows is read to be told
+        /// of.
+        bool isBeginning = true;
+        /// In byte order, the path of the list in front of the text; empty if there is none.
+        std::string before = {};
+    };
+
+    /// What the reader of one part of a list in byte order cannot know of those in front of it, or
+    /// behind: whether a file there is a folder here.
+    struct Edges {
+        /// The folders of files here that no path here, nor the one in front, shows to be none.
+        std::vector<std::string> folders;
+        std::vector<std::string> files; ///< Those that the last path begins with, itself included.
+        std::string last;               ///< The last path; empty if there is none.
+    };
+
+    /// What the maker of a list has probably not meant.
+    struct Oddities {
+        bool hasByteOrderMark = false;
+        bool allEndInReturn = true; ///< All paths.
+        bool anyQuoted = false;
     };
 
     /// `take` gets each file once, in the order of the lines; what it throws comes out of append()
@@ -71,7 +100,17 @@ public:
     /// What in a finished list its maker has probably not meant, a warning of one line for each: a
     /// byte order mark, a carriage return behind every path, quotes around paths. The paths keep
     /// them nevertheless.
-    std::vector<std::string> warnings() const;
+    std::vector<std::string> warnings() const { return warnings(options_, oddities(), pathCount_); }
+
+    /// The same for a list of `pathCount` paths, which was read in parts by several.
+    static std::vector<std::string> warnings(const Options& options, const Oddities& oddities,
+                                             std::size_t pathCount);
+
+    /// Of the paths that were read.
+    Oddities oddities() const;
+
+    /// Of a finished part that is in byte order.
+    Edges edges() const;
 
 private:
     // A file whose path all paths since then begin with.
@@ -97,6 +136,7 @@ private:
 
     void take(std::string_view path);
     bool isNew(std::string_view path);
+    void keepInOrder(std::string_view path, std::size_t common);
     bool isNewInOrder(std::string_view path, std::size_t common);
     bool isNewInLines(std::string_view path, std::size_t common, std::size_t line);
     void rememberLines();
@@ -117,6 +157,9 @@ private:
     std::vector<Beginning> beginnings_; // Of the path before, while paths are in byte order.
     std::unique_ptr<PathLines> lines_;  // From when they are not.
     std::optional<Contradiction> contradiction_;
+
+    std::size_t commonWithBefore_;       // Of all paths, with the one in front of the text.
+    std::vector<std::string> undecided_; // As Edges::folders.
 
     std::string judged_; // The path that was judged last.
     std::vector<Level> levels_;

@@ -137,6 +137,14 @@ void ReadAhead::finish(Job& job)
     useThreadIfWanted();
 }
 
+void ReadAhead::expect(const Jobs& jobs)
+{
+    std::list<JobPtr> expected(jobs.begin(), jobs.end());
+    const std::lock_guard<std::mutex> lock(mutex_);
+    lead(expected, queue_.end());
+    useThreadIfWanted();
+}
+
 void ReadAhead::close()
 {
     withdraw();

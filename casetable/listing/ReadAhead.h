@@ -66,6 +66,10 @@ public:
     /// ahead do not count, as the job is then done once more.
     void finish(Job& job);
 
+    /// Has these jobs done ahead too, behind what is queued; the walk will come to them in this
+    /// order, though no job has led to them. To be called by the walk.
+    void expect(const Jobs& jobs);
+
     /// From now on nothing is done ahead. Returns when no thread is left. To be called by the walk.
     void close();
 

@@ -12,7 +12,6 @@
 #include "casetable/importing/ShardImport.h"
 #include "casetable/importing/ShardWorkers.h"
 #include "casetable/importing/Sorting.h"
-#include "casetable/listing/Listing.h"
 #include "casetable/listing/ReadList.h"
 #include "casetable/system/Console.h"
 #include "casetable/system/Interrupt.h"
@@ -102,8 +101,24 @@ KeptFiles keptFiles(const Options& options, const Format& format)
     return kept;
 }
 
+void checkOutput(const Options& options, const Output& output)
+{
+    if (options.source.list && options.output)
+        spareInput(*options.output, *options.source.list, "the list itself");
+    if (options.mode == Mode::Table && options.format != nullptr && options.format->isDatabase())
+        checkDatabase(caseColumns(options.reading.patterns(), {}), output);
+}
+
 ImportedFiles importFiles(const Options& options, const KeptFiles& kept, bool showsRemarks,
                           Listing& listing)
+{
+    return importFiles(options, kept, showsRemarks, [&listing](const Listing::Taker& taker) {
+        listing.run(ShardSize(), taker);
+    });
+}
+
+ImportedFiles importFiles(const Options& options, const KeptFiles& kept, bool showsRemarks,
+                          const std::function<void(const Listing::Taker& taker)>& list)
 {
     const bool showsUnmatched = options.rows == Rows::Unmatched;
     ImportedFiles all = {Partial(), Tally(options.reading)};
@@ -117,8 +132,8 @@ ImportedFiles importFiles(const Options& options, const KeptFiles& kept, bool sh
         all.partial.merge(std::move(partial));
         all.tally.merge(std::move(tally));
     });
-    listing.run(ShardSize(), {[&workers](Shard shard) { workers.give(std::move(shard)); },
-                              [&workers] { workers.finish(); }});
+    list({[&workers](Shard shard) { workers.give(std::move(shard)); },
+          [&workers] { workers.finish(); }});
     return all;
 }
 

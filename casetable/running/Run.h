@@ -2,6 +2,7 @@
 #define CASETABLE_RUNNING_RUN_H
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 
 #include <boost/shared_ptr.hpp>
@@ -10,6 +11,7 @@
 #include "casetable/importing/Import.h"
 #include "casetable/importing/Missing.h"
 #include "casetable/importing/Partial.h"
+#include "casetable/listing/Listing.h"
 #include "casetable/options/Options.h"
 #include "casetable/system/ExitCode.h"
 #include "casetable/writing/Formats.h"
@@ -18,7 +20,6 @@
 namespace casetable {
 
 class Console;
-class Listing;
 class Output;
 
 /// What some files of a run came to: their cases, and what is to be said of them.
@@ -33,11 +34,19 @@ const Format& formatOf(const Options& options, const Output& output);
 /// The files that the output of such a run needs one by one.
 KeptFiles keptFiles(const Options& options, const Format& format);
 
+/// Refuses, before anything is imported, an output that is the list itself, or a database that the
+/// run could not write there. Throws Failure with ExitCode::OutputFailed.
+void checkOutput(const Options& options, const Output& output);
+
 /// Lists and imports all files of `listing`, on as many threads as the options want. `options` must
 /// outlive what is returned. `showsRemarks` says whether its tally is to tell more than why no file
 /// is in a case. Throws what Listing::run() and importShard() throw.
 ImportedFiles importFiles(const Options& options, const KeptFiles& kept, bool showsRemarks,
                           Listing& listing);
+
+/// The same for files that `list` hands on, as Listing::run() would.
+ImportedFiles importFiles(const Options& options, const KeptFiles& kept, bool showsRemarks,
+                          const std::function<void(const Listing::Taker& taker)>& list);
 
 /// Writes what the options want of an import, in the format; the caller commits the output. Returns
 /// what combinations are missing where that was asked for. Throws what the writers throw.
