@@ -12,16 +12,24 @@ namespace {
 const std::size_t helpColumn = 24;
 const std::size_t lineWidth = 80;
 
-const char* const footer = R"(
+const char* const exitCodes = R"(
 Exit codes:
   0  a table with cases    1  no file matched, or nothing could be suggested
   2  wrong usage           3  the walk, the list, the matching or --aux failed
   4  the output failed     130  interrupted
+)";
 
+const char* const examples = R"(
 Examples:
   casetable --suggest results
   casetable -t 'wing{wing}/Mach{Mach:number}/**' results
   casetable -n Mach --aux '*.log=log' -o cases.json results
+)";
+
+const char* const examplesForMany = R"(
+Examples:
+  mpirun -n 64 casetable-mpi -n Mach -n AoA -o cases.csv results
+  mpirun -n 64 casetable-mpi -n Mach --from-list files.txt -o cases.csv
 )";
 
 // The lines of an option: its name, and beside it its help, broken between words.
@@ -56,16 +64,19 @@ std::string linesOf(const Option& option)
 
 } // namespace
 
-std::string help()
+std::string help(Program program)
 {
     std::string options;
     for (const Option& option : optionTable()) {
-        if (option.id != OptionId::Root)
+        if (option.id != OptionId::Root && option.isOf(program))
             options += linesOf(option);
     }
-    return "Groups the files below ROOT into cases by the values in their paths.\n"
-           "Usage: casetable [OPTIONS] ROOT\n" +
-           linesOf(optionOf(OptionId::Root)) + "\nOptions:\n" + options + footer;
+    const bool isForMany = program == Program::CasetableMpi;
+    return std::string("Groups the files below ROOT into cases by the values in their paths") +
+           (isForMany ? ",\nin several processes at once, on one machine or many" : "") +
+           ".\nUsage: " + (isForMany ? "mpirun -n N " : "") + nameOf(program) +
+           " [OPTIONS] ROOT\n" + linesOf(optionOf(OptionId::Root)) + "\nOptions:\n" + options +
+           exitCodes + (isForMany ? examplesForMany : examples);
 }
 
 } // namespace casetable

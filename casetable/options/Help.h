@@ -3,10 +3,12 @@
 
 #include <string>
 
+#include "casetable/options/OptionTable.h"
+
 namespace casetable {
 
 /// What --help prints: a screen of at most 80 columns, made of the table of options.
-std::string help();
+std::string help(Program program);
 
 } // namespace casetable
 

@@ -151,6 +151,24 @@ byte order mark and quotes belong to the paths, with a warning.
          {},
          Id::FromList},
 
+        {Id::NoDuplicates,
+         Group::Source,
+         '\0',
+         "--no-duplicates",
+         "",
+         once,
+         none,
+         "No path is in the list twice; it may be in any order",
+         R"(Take it on trust that no path stands in the list twice, and none is another's folder: then the list
+may be in any order. Otherwise it must be in byte order, as
+.B LC_ALL=C sort
+sorts it, and a path that is not is refused with its line. What is trusted wrongly is counted twice.
+)",
+         {},
+         Id::FromList,
+         {},
+         Program::CasetableMpi},
+
         {Id::Exclude, Group::Source, 'E', "--exclude", "GLOB", repeatable, none,
          "Leave out what GLOB matches, as in ignore files", R"(Leave out the files and folders that
 .I GLOB
@@ -189,7 +207,10 @@ read and how many cases they make. The counts are those of a real import; to fin
 sample of the paths is looked at.
 )",
          {Id::String, Id::Number, Id::Template, Id::Aux, Id::Format, Id::Files, Id::Unmatched,
-          Id::Missing, Id::Sort, Id::Explain}},
+          Id::Missing, Id::Sort, Id::Explain},
+         {},
+         {},
+         Program::Casetable},
 
         {Id::Files, Group::Output, '\0', "--files", "", once, none,
          "A row for each matched file instead of each case",
@@ -265,7 +286,10 @@ is given and
 begins with it, that beginning is left off. Nothing need exist; the exit status is 1 if the path is
 not matched.
 )",
-         {Id::Aux, Id::Files, Id::Unmatched, Id::Missing, Id::Sort, Id::Format, Id::FromList}},
+         {Id::Aux, Id::Files, Id::Unmatched, Id::Missing, Id::Sort, Id::Format, Id::FromList},
+         {},
+         {},
+         Program::Casetable},
 
         {Id::KeepGoing, Group::Source, '\0', "--keep-going", "", once, none,
          "Leave unreadable folders out, with a warning each",
@@ -297,6 +321,11 @@ template <class Question> const Option* firstOption(const Question& question)
 }
 
 } // namespace
+
+const char* nameOf(Program program)
+{
+    return program == Program::Casetable ? "casetable" : "casetable-mpi";
+}
 
 const std::vector<Option>& optionTable()
 {

@@ -8,6 +8,13 @@
 
 namespace casetable {
 
+/// The programs of which this is the command line: casetable, and casetable-mpi, which imports in
+/// several processes at once.
+enum class Program { Casetable, CasetableMpi };
+
+/// What a program is called.
+const char* nameOf(Program program);
+
 /// What may be typed: each option, and ROOT.
 enum class OptionId {
     Help,
@@ -20,6 +27,7 @@ enum class OptionId {
     Output,
     FromList,
     Null,
+    NoDuplicates,
     Exclude,
     Hidden,
     MaxDepth,
@@ -61,9 +69,13 @@ struct Option {
     std::optional<OptionId> needs = {};
     /// The values that it may have; empty if it may have any.
     std::vector<std::string> words = {};
+    /// The program that has it, if it is not both.
+    std::optional<Program> only = {};
+
+    bool isOf(Program program) const { return !only || *only == program; }
 };
 
-/// All rows, in the order of --help. They last as long as the program.
+/// All rows, of both programs, in the order of --help. They last as long as the program.
 const std::vector<Option>& optionTable();
 
 /// The row of the option.

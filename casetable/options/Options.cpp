@@ -123,6 +123,9 @@ void take(Options& options, const Option& option, const std::string& value)
     case OptionId::Null:
         options.source.nullSeparated = true;
         break;
+    case OptionId::NoDuplicates:
+        options.source.noDuplicates = true;
+        break;
     case OptionId::Exclude:
         options.source.selection.excluded.push_back(parseGlob(option, value));
         break;
@@ -210,6 +213,15 @@ void refuseUnknown(const CommandLine& line)
         failUsage(line.unknown + ": there is no such option; --help lists those that there are");
 }
 
+void refuseOfOtherProgram(const CommandLine& line, Program program)
+{
+    for (const CommandLine::Item& item : line.items) {
+        if (!item.option->isOf(program))
+            failUsage(std::string(item.option->name) + ": only " + nameOf(*item.option->only) +
+                      " has this option");
+    }
+}
+
 void refuseAnythingButOneRoot(const CommandLine& line)
 {
     const std::vector<std::string> roots = line.valuesOf(OptionId::Root);
@@ -252,6 +264,17 @@ void spareTemplateFiles(const Options& options, const CommandLine& line)
     }
 }
 
+// Each process reads a part of a list, so it must be a file. A launcher may show its processes a
+// terminal where there is none, so that is not asked.
+void takeForManyProcesses(Options& options)
+{
+    if (options.source.list && *options.source.list == "-")
+        failUsage("--from-list: standard input has but one reader; name a file, of which each "
+                  "process reads a part");
+    if (options.format == nullptr)
+        options.format = formatNamed("csv");
+}
+
 // Refuses what a database cannot be asked for, if the format is one: it is a file, whose rows have
 // no order, of cases.
 void refuseWithDatabase(const Options& options)
@@ -279,7 +302,7 @@ void print(const std::string& text)
 
 } // namespace
 
-std::optional<Options> parseOptions(int argc, const char* const* argv)
+std::optional<Options> parseOptions(int argc, const char* const* argv, Program program)
 {
     std::vector<std::string> words;
     for (int i = 1; i < argc; ++i)
@@ -291,15 +314,16 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
         take(options, *item.option, item.value);
     options.reading = readingOf(line);
     if (line.has(OptionId::Version)) {
-        print("casetable " CASETABLE_VERSION "\n");
+        print(std::string(nameOf(program)) + " " CASETABLE_VERSION "\n");
         return std::nullopt;
     }
     if (line.has(OptionId::Help)) {
-        print(help());
+        print(help(program));
         return std::nullopt;
     }
 
     refuseUnknown(line);
+    refuseOfOtherProgram(line, program);
     refuseAnythingButOneRoot(line);
     refuseContradictions(line, OptionGroup::Source);
     if (options.source.root.empty() && line.has(OptionId::Root))
@@ -324,6 +348,8 @@ std::optional<Options> parseOptions(int argc, const char* const* argv)
         options.source.selection.hidden = true;
     if (options.format == nullptr && options.output)
         options.format = formatOfEnding(*options.output);
+    if (program == Program::CasetableMpi)
+        takeForManyProcesses(options);
     refuseWithDatabase(options);
     spareTemplateFiles(options, line);
     options.words = words;
@@ -353,6 +379,7 @@ std::vector<std::string> arguments(const Options& options)
     if (source.list)
         add(OptionId::FromList, *source.list);
     addIf(OptionId::Null, source.nullSeparated);
+    addIf(OptionId::NoDuplicates, source.noDuplicates);
     if (options.reading.templates()) {
         for (const Template& each : options.reading.templates()->templates())
             add(OptionId::Template, templateValue(each.text()));

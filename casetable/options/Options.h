@@ -9,6 +9,7 @@
 #include "casetable/importing/Reading.h"
 #include "casetable/importing/Sorting.h"
 #include "casetable/listing/Source.h"
+#include "casetable/options/OptionTable.h"
 #include "casetable/writing/Formats.h"
 #include "crawler/AuxFileIdentifierValidator.h"
 
@@ -47,10 +48,13 @@ struct Options {
 /// Reads the command line, of which `argv` holds `argc` arguments, the program's name first. Reads
 /// the files of templates that it names, but looks at no other.
 ///
+/// The command line is that of `program`: what only the other has is refused.
+///
 /// If --help or --version was asked for, prints that to standard output and returns nothing. Throws
 /// Failure with ExitCode::WrongUsage and a message that names the option, or with
 /// ExitCode::OutputFailed when it could not print.
-std::optional<Options> parseOptions(int argc, const char* const* argv);
+std::optional<Options> parseOptions(int argc, const char* const* argv,
+                                    Program program = Program::Casetable);
 
 /// The arguments that mean `options`, without the program's name: parseOptions() reads the same
 /// options from them. If the options lack a root or markers, the arguments lack them too.

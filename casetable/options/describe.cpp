@@ -1,6 +1,6 @@
 // Makes the manual page and the completions of shells from their templates, when these are built:
 // copies standard input to standard output, and puts what the table of options says in place of
-// names such as @ZSH_OPTIONS@.
+// names such as @ZSH_OPTIONS@. With an argument, those of casetable-mpi.
 
 #include <algorithm>
 #include <cstddef>
@@ -47,21 +47,21 @@ Texts namesOf(const Option& option)
     return {std::string("-") + option.letter, option.name};
 }
 
-// All but ROOT, which each shell completes in its own way.
-std::vector<Option> options()
+// Those of one program. ROOT is not among them, which each shell completes in its own way.
+std::vector<Option> options(Program program = Program::Casetable)
 {
     std::vector<Option> found;
     for (const Option& option : optionTable()) {
-        if (option.id != OptionId::Root)
+        if (option.id != OptionId::Root && option.isOf(program))
             found.push_back(option);
     }
     return found;
 }
 
-std::string manualOf(OptionGroup group)
+std::string manualOf(Program program, OptionGroup group)
 {
     std::string text;
-    for (const Option& option : options()) {
+    for (const Option& option : options(program)) {
         if (option.group != group)
             continue;
         Texts names = namesOf(option);
@@ -184,14 +184,14 @@ std::string fishOptions()
     return text;
 }
 
-void complete(std::istream& in, std::ostream& out)
+void complete(Program program, std::istream& in, std::ostream& out)
 {
     const std::map<std::string, std::string> texts = {
         {"VERSION", CASETABLE_VERSION},
-        {"MANUAL_MARKERS", manualOf(OptionGroup::Markers)},
-        {"MANUAL_SOURCE", manualOf(OptionGroup::Source)},
-        {"MANUAL_OUTPUT", manualOf(OptionGroup::Output)},
-        {"MANUAL_OTHER", manualOf(OptionGroup::Other)},
+        {"MANUAL_MARKERS", manualOf(program, OptionGroup::Markers)},
+        {"MANUAL_SOURCE", manualOf(program, OptionGroup::Source)},
+        {"MANUAL_OUTPUT", manualOf(program, OptionGroup::Output)},
+        {"MANUAL_OTHER", manualOf(program, OptionGroup::Other)},
         {"BASH_NAMES", bashNames()},
         {"BASH_WORDS", bashWords()},
         {"BASH_FILES", bashPattern(Completion::Files)},
@@ -212,8 +212,9 @@ void complete(std::istream& in, std::ostream& out)
 
 } // namespace casetable
 
-int main()
+int main(int argc, char** /*argv*/)
 {
-    casetable::complete(std::cin, std::cout);
+    using casetable::Program;
+    casetable::complete(argc > 1 ? Program::CasetableMpi : Program::Casetable, std::cin, std::cout);
     return std::cout.flush() ? 0 : 1;
 }
