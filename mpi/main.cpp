@@ -1,0 +1,52 @@
+#include <cstddef>
+#include <cstdlib>
+#include <optional>
+#include <string>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "casetable/distributing/Distributed.h"
+#include "casetable/options/Options.h"
+#include "casetable/system/Console.h"
+#include "casetable/system/Interrupt.h"
+#include "casetable/system/Processors.h"
+#include "mpi/Mpi.h"
+
+namespace casetable {
+
+namespace {
+
+// Only the first process answers --help and --version.
+void silenceOutput()
+{
+    const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+    if (nowhere >= 0)
+        ::dup2(nowhere, STDOUT_FILENO);
+}
+
+// Tests cut messages into small parts by this.
+std::size_t mostBytesAtOnce()
+{
+    const char* const text = std::getenv("CASETABLE_MPI_BYTES");
+    const unsigned long long bytes = text == nullptr ? 0 : std::strtoull(text, nullptr, 10);
+    return bytes > 0 && bytes < Mail::mostBytes ? bytes : Mail::mostBytes;
+}
+
+} // namespace
+
+} // namespace casetable
+
+int main(int argc, char** argv)
+{
+    using namespace casetable;
+
+    useAllProcessors();
+    takeBrokenWritesAsFailures();
+    Mpi processes(argc, argv);
+    if (processes.number() != 0)
+        silenceOutput();
+    Console console;
+    return runDistributed([&] { return parseOptions(argc, argv, Program::CasetableMpi); },
+                          processes, console, mostBytesAtOnce());
+}
