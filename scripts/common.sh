@@ -9,6 +9,7 @@ build_packages=(
     libgoogle-perftools-dev
     libgtest-dev
 )
+mpi_packages=(libopenmpi-dev openmpi-bin)
 
 # Everything is said on standard error, so that a program's output stays alone on standard output.
 say() {
@@ -31,6 +32,13 @@ install_missing() {
     as_root apt-get update -qq >&2
     as_root env DEBIAN_FRONTEND=noninteractive \
         apt-get install -y -qq --no-install-recommends "${missing[@]}" >&2
+}
+
+# build_mpi PRESET [TARGET]: as build(), with casetable-mpi.
+build_mpi() {
+    grep -qs '^CRAWLER_BUILD_MPI:BOOL=ON' "$root/build/$1/CMakeCache.txt" ||
+        (cd "$root" && cmake --preset "$1" -DCRAWLER_BUILD_MPI=ON) >/dev/null || return
+    build "$@"
 }
 
 # build PRESET [TARGET]: configures where that was not done yet, and builds what is out of date.

@@ -18,8 +18,10 @@ namespace {
 
 using EntryPtr = boost::shared_ptr<FileInfoInterface const>;
 
-// Where there is but one folder in each, looking farther down would list the whole tree.
+// Every process looks at the top levels by itself. So no more of them are looked at where there are
+// few folders in each, or so many files for each piece.
 const std::size_t mostLevels = 8;
+const std::size_t mostEntriesPerPiece = 1000;
 
 // A folder of the top levels that was listed to divide the tree, and what came of that.
 struct Top {
@@ -33,8 +35,9 @@ struct Unit {
     enum class Kind { Top, File, Subtree };
 
     Kind kind;
-    std::size_t top; // A top that the walk enters here, or in which the file or subtree lies.
-    EntryPtr entry;  // Null for a top.
+    std::size_t top;      // A top that the walk enters here, or in which the file or subtree lies.
+    EntryPtr entry;       // Null for a top.
+    bool isWhole = false; // A subtree that is not divided: it has no folders, or cannot be read.
 };
 
 std::string pathBelow(const std::string& folder, const std::string& name)
@@ -106,27 +109,25 @@ private:
         units_.push_back({Unit::Kind::Subtree, 0, root_});
         for (std::size_t level = 0; level < mostLevels && subtreeCount() < wanted; ++level) {
             std::vector<Unit> below;
-            bool isAnyListed = false;
             for (Unit& unit : units_) {
-                if (unit.kind == Unit::Kind::Subtree && listTop(unit, below))
-                    isAnyListed = true;
-                else
+                const bool mayList = unit.kind == Unit::Kind::Subtree && !unit.isWhole &&
+                                     entriesSeen_ < wanted * mostEntriesPerPiece;
+                if (!mayList || !listTop(unit, below))
                     below.push_back(std::move(unit));
             }
             units_ = std::move(below);
-            if (!isAnyListed)
-                break;
         }
         fileSystem_->isSurveyed = false;
         fileSystem_->refused = FileSystem::Refused::Nothing;
         fileSystem_->hiddenLeftOut = 0; // The tops have it.
     }
 
-    // Lists the folder and appends what is in it. Where that fails, it stays a subtree, of which
-    // the walk will tell why.
-    bool listTop(const Unit& unit, std::vector<Unit>& below)
+    // Lists the folder and appends what is in it. Returns false where it stays whole. Where it
+    // cannot be read, the walk will tell why.
+    bool listTop(Unit& unit, std::vector<Unit>& below)
     {
         throwIfInterrupted();
+        unit.isWhole = true;
         Top top;
         fileSystem_->warn = [&top](const std::string& text) { top.warnings.push_back(text); };
         fileSystem_->hiddenLeftOut = 0;
@@ -142,6 +143,10 @@ private:
         if (unit.entry != root_)
             top.path = pathOf(unit);
         sights_.push_back({unit.entry->fullPath(), hashOf(entries)});
+        entriesSeen_ += entries.size();
+        if (std::all_of(entries.begin(), entries.end(),
+                        [](const EntryPtr& entry) { return entry->isFile(); }))
+            return false;
         const std::size_t index = tops_.size();
         tops_.push_back(std::move(top));
         below.push_back({Unit::Kind::Top, index, nullptr});
@@ -220,6 +225,7 @@ private:
     EntryPtr root_;
     std::vector<Top> tops_;
     std::vector<Sight> sights_;
+    std::size_t entriesSeen_ = 0;
     std::vector<Unit> units_;       // In the order of the walk.
     std::vector<std::size_t> ends_; // Of each piece, among the units.
 };
