@@ -7,12 +7,14 @@
 #include <set>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "casetable/explaining/Unmatched.h"
+#include "casetable/system/Bytes.h"
 #include "host/AuxFileInfoInterface.h"
 #include "tests/casetable/support/Importing.h"
 #include "tests/crawler/PlainMatching.h"
@@ -55,7 +57,20 @@ struct Imported {
         return tally;
     }
 
-    // Of parts of the files, merged until one is left.
+    // As another process would have it.
+    Tally throughBytes(const Tally& tally) const
+    {
+        ByteWriter writer;
+        tally.write(writer);
+        const std::string bytes = writer.take();
+        ByteReader reader(bytes);
+        Tally read(reading);
+        read.read(reader);
+        reader.end();
+        return read;
+    }
+
+    // Of parts of the files, merged until one is left; some have gone through bytes.
     Tally inRandomParts(Random& random) const
     {
         std::vector<std::pair<std::string, bool>> shuffled = files;
@@ -67,11 +82,11 @@ struct Imported {
             count(file, parts[below(random, parts.size())]);
         while (parts.size() > 1) {
             std::swap(parts[below(random, parts.size())], parts.back());
-            Tally last = std::move(parts.back());
+            Tally last = below(random, 2) == 0 ? std::move(parts.back()) : throughBytes(parts.back());
             parts.pop_back();
             parts[below(random, parts.size())].merge(std::move(last));
         }
-        return std::move(parts.front());
+        return throughBytes(parts.front());
     }
 
     const Reading& reading;
@@ -200,6 +215,24 @@ TEST(Tally, TriesTheSameFilesOfManyThatNoTemplateFits)
     ASSERT_GT(unmatchedPaths(imported.importing.importer).size(), 2000u);
     for (int round = 0; round < 5; ++round)
         EXPECT_EQ(sentencesOf(imported.inRandomParts(random)), sentences);
+}
+
+TEST(Tally, RefusesBytesThatAreCutOffOrOfAnotherReading)
+{
+    const Reading markers(Patterns{{"T", MetadataPattern::NumberValue}});
+    const Reading templates{TemplateList({"{a}[_{b:digits}].x"})};
+    for (const Reading* const reading : {&markers, &templates}) {
+        const Imported imported({"a/T1,5.x", "b_7.x", "c/Tx"}, *reading);
+        ByteWriter writer;
+        imported.inOrder().write(writer);
+        const std::string bytes = writer.take();
+        for (std::size_t size = 0; size < bytes.size(); ++size) {
+            ByteReader reader(std::string_view(bytes).substr(0, size));
+            EXPECT_THROW(Tally(*reading).read(reader), BrokenBytes) << size;
+        }
+        ByteReader reader(bytes);
+        EXPECT_THROW(Tally(reading == &markers ? templates : markers).read(reader), BrokenBytes);
+    }
 }
 
 TEST(Tally, NamesTheLeastPathWhicheverIsCountedFirst)
