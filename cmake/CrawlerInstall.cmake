@@ -1,5 +1,5 @@
 # Installs the library, its public headers and the files by which others find them, in three
-# components: `library`, `development` and `program`.
+# components: `library`, `development` and `program`; and `mpi` where casetable-mpi is built.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -92,30 +92,42 @@ if(CRAWLER_BUILD_CASETABLE)
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
     COMPONENT program)
 
-  # The manual page and the completions are made of the table of options.
+  if(CRAWLER_BUILD_MPI)
+    set_target_properties(casetable-mpi PROPERTIES INSTALL_RPATH "$ORIGIN/${crawler_lib_from_bin}")
+    install(
+      TARGETS casetable-mpi
+      RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+      COMPONENT mpi)
+  endif()
+
+  # The manual pages and the completions are made of the table of options.
   set(crawler_described)
-  foreach(template docs/casetable.1 completions/casetable.bash completions/_casetable
-                   completions/casetable.fish)
+  foreach(template docs/casetable.1 docs/casetable-mpi.1 completions/casetable.bash
+                   completions/_casetable completions/casetable.fish)
     get_filename_component(name ${template} NAME)
+    string(REGEX MATCH "casetable-mpi" program ${name})
     set(source ${PROJECT_SOURCE_DIR}/${template}.in)
     add_custom_command(
       OUTPUT ${PROJECT_BINARY_DIR}/${name}
-      COMMAND casetable_describe < ${source} > ${PROJECT_BINARY_DIR}/${name}
+      COMMAND casetable_describe ${program} < ${source} > ${PROJECT_BINARY_DIR}/${name}
       DEPENDS casetable_describe ${source}
       VERBATIM)
     list(APPEND crawler_described ${PROJECT_BINARY_DIR}/${name})
   endforeach()
   set(crawler_manual ${PROJECT_BINARY_DIR}/casetable.1)
+  set(crawler_manual_mpi ${PROJECT_BINARY_DIR}/casetable-mpi.1)
   set(crawler_zsh_dir ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
   if(CRAWLER_PACKAGE)
     # Debian's manner.
-    add_custom_command(
-      OUTPUT ${crawler_manual}.gz
-      COMMAND gzip -9 --no-name --keep --force ${crawler_manual}
-      DEPENDS ${crawler_manual}
-      VERBATIM)
-    set(crawler_manual ${crawler_manual}.gz)
-    list(APPEND crawler_described ${crawler_manual})
+    foreach(manual crawler_manual crawler_manual_mpi)
+      add_custom_command(
+        OUTPUT ${${manual}}.gz
+        COMMAND gzip -9 --no-name --keep --force ${${manual}}
+        DEPENDS ${${manual}}
+        VERBATIM)
+      set(${manual} ${${manual}}.gz)
+      list(APPEND crawler_described ${${manual}})
+    endforeach()
     set(crawler_zsh_dir ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
   endif()
   add_custom_target(crawler_described ALL DEPENDS ${crawler_described})
@@ -123,6 +135,12 @@ if(CRAWLER_BUILD_CASETABLE)
     FILES ${crawler_manual}
     DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
     COMPONENT program)
+  if(CRAWLER_BUILD_MPI)
+    install(
+      FILES ${crawler_manual_mpi}
+      DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
+      COMPONENT mpi)
+  endif()
   install(
     FILES ${PROJECT_BINARY_DIR}/casetable.bash
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions

@@ -1,5 +1,5 @@
-# Describes three Debian packages to cpack, one for each component of the installation: the shared
-# library, what a host is developed with, and the program.
+# Describes Debian packages to cpack, one for each component of the installation: the shared library,
+# what a host is developed with, the program and, where it is built, that for several processes.
 set(crawler_library_package libcrawler${PROJECT_VERSION_MAJOR})
 set(crawler_debian_version ${PROJECT_VERSION}-1)
 
@@ -61,6 +61,21 @@ groups files with equal values into numbered cases, and writes the table as
 CSV, TSV, JSON, XML, for people or as an SQLite database. It proposes markers,
 and tells how a path is read.")
 
+set(crawler_components LIBRARY DEVELOPMENT PROGRAM)
+if(CRAWLER_BUILD_MPI)
+  list(APPEND CPACK_COMPONENTS_ALL mpi)
+  list(APPEND crawler_components MPI)
+  set(CPACK_DEBIAN_MPI_PACKAGE_NAME casetable-mpi)
+  set(CPACK_DEBIAN_MPI_PACKAGE_SECTION utils)
+  set(CPACK_DEBIAN_MPI_PACKAGE_SHLIBDEPS ON)
+  set(CPACK_DEBIAN_MPI_PACKAGE_DEPENDS
+      "${crawler_library_package} (= ${crawler_debian_version}), openmpi-bin")
+  set(CPACK_DEBIAN_MPI_DESCRIPTION
+      "turns folder trees of results into case tables (in several processes)
+Does what casetable does, and writes the same bytes, but divides the work among
+processes of MPI, on one machine or many that see the same files.")
+endif()
+
 # What every package says of itself.
 function(crawler_gzip from to)
   execute_process(COMMAND gzip -9 --no-name --stdout ${from} OUTPUT_FILE ${to})
@@ -71,7 +86,7 @@ configure_file(${PROJECT_SOURCE_DIR}/cmake/debian/changelog.in ${crawler_doc_dir
 crawler_gzip(${crawler_doc_dir}/changelog.Debian ${crawler_doc_dir}/changelog.Debian.gz)
 crawler_gzip(${PROJECT_SOURCE_DIR}/CHANGELOG.md ${crawler_doc_dir}/changelog.gz)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/CHANGELOG.md)
-foreach(component LIBRARY DEVELOPMENT PROGRAM)
+foreach(component IN LISTS crawler_components)
   string(TOLOWER ${component} name)
   install(
     FILES ${PROJECT_SOURCE_DIR}/cmake/debian/copyright ${crawler_doc_dir}/changelog.Debian.gz
