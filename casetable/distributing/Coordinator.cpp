@@ -117,7 +117,7 @@ void Coordinator::tell()
 {
     for (auto report = reports_.find(told_); report != reports_.end();
          report = reports_.find(told_)) {
-        tellReport(std::move(report->second));
+        tellReport(report->second);
         reports_.erase(report);
         ++told_;
     }
@@ -136,7 +136,7 @@ void Coordinator::tell()
     }
 }
 
-void Coordinator::tellReport(PieceReport report)
+void Coordinator::tellReport(const PieceReport& report)
 {
     for (const std::string& warning : report.warnings)
         console_.warning(warning);

@@ -60,7 +60,7 @@ private:
     void admit(std::size_t from, const Ready& ready, const Begin& begin, const Send& send);
     void handOut(std::size_t to, const Send& send);
     void tell();
-    void tellReport(PieceReport report);
+    void tellReport(const PieceReport& report);
 
     const Source& source_;
     Console& console_;

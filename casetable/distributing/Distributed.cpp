@@ -36,22 +36,35 @@ const Milliseconds longInterval(10);
 // How often it is told what was met.
 const Milliseconds seenInterval(250);
 
-// As many threads as the machine has processors for each of its processes.
-std::size_t jobsHere(const Processes& processes)
+struct OptionsHere {
+    Options options;
+    bool readsAhead; // Whether threads may list folders ahead, which mostly wait.
+};
+
+// What the options say is the same for all processes. But where they leave that open, each imports
+// on as many threads as its machine has processors for each of its processes.
+std::optional<OptionsHere> optionsHere(const std::function<std::optional<Options>()>& parse,
+                                       const Processes& processes)
 {
-    return std::max<std::size_t>(availableProcessors() / processes.countHere(), 1);
+    std::optional<Options> options = parse();
+    if (!options)
+        return std::nullopt;
+    const bool readsAhead = options->jobs != 1; // One job is one thread.
+    if (!options->jobs)
+        options->jobs = std::max<std::size_t>(availableProcessors() / processes.countHere(), 1);
+    return OptionsHere{std::move(*options), readsAhead};
 }
 
 // One process of a run, with options.
 class Process {
 public:
-    Process(const Options& options, Processes& processes, Console& console, Mail& mail)
-        : options_(options), processes_(processes), mail_(mail), status_(console),
-          worker_(options, processes.machine(), processes.count())
+    Process(const OptionsHere& here, Processes& processes, Console& console, Mail& mail)
+        : options_(here.options), processes_(processes), mail_(mail), status_(console),
+          worker_(here.options, here.readsAhead, processes.machine(), processes.count())
     {
         begin_ = {console.showsRemarks(), console.showsRemarks()};
         if (isFirst())
-            coordinator_.emplace(processes.count(), options.source, console);
+            coordinator_.emplace(processes.count(), options_.source, console);
         for (const std::size_t child : {2 * number() + 1, 2 * number() + 2})
             missingResults_ += child < processes.count() ? 1 : 0;
     }
@@ -235,19 +248,9 @@ template <class Act> void tellIfItFails(Mail& mail, const std::string& machine, 
     }
 }
 
-// What the options say is the same for all processes, but not how many threads suit.
-std::optional<Options> optionsHere(const std::function<std::optional<Options>()>& parse,
-                                   const Processes& processes)
+ExitCode runFirst(const OptionsHere& here, Processes& processes, Console& console, Mail& mail)
 {
-    std::optional<Options> options = parse();
-    if (options && !options->jobs)
-        options->jobs = jobsHere(processes);
-    catchInterrupts();
-    return options;
-}
-
-ExitCode runFirst(const Options& options, Processes& processes, Console& console, Mail& mail)
-{
+    const Options& options = here.options;
     if (options.quiet)
         console.beQuiet();
     Output output(options.output);
@@ -256,7 +259,7 @@ ExitCode runFirst(const Options& options, Processes& processes, Console& console
     boost::shared_ptr<FileInfoInterface const> root;
     std::size_t hiddenLeftOut = 0;
     {
-        Process process(options, processes, console, mail);
+        Process process(here, processes, console, mail);
         const Ending ending = endingOf(
             [&] {
                 files = process.serve();
@@ -276,9 +279,9 @@ ExitCode runFirst(const Options& options, Processes& processes, Console& console
     return code;
 }
 
-void runOther(const Options& options, Processes& processes, Console& console, Mail& mail)
+void runOther(const OptionsHere& here, Processes& processes, Console& console, Mail& mail)
 {
-    Process process(options, processes, console, mail);
+    Process process(here, processes, console, mail);
     tellIfItFails(mail, processes.machine(), [&process] { process.serve(); });
 }
 
@@ -287,18 +290,19 @@ void runOther(const Options& options, Processes& processes, Console& console, Ma
 int runDistributed(const std::function<std::optional<Options>()>& parse, Processes& processes,
                    Console& console, std::size_t mostBytes)
 {
+    catchInterrupts();
     Mail mail(processes, mostBytes);
     if (processes.number() != first) {
         tellIfItFails(mail, processes.machine(), [&] {
-            if (const auto options = optionsHere(parse, processes))
-                runOther(*options, processes, console, mail);
+            if (const auto here = optionsHere(parse, processes))
+                runOther(*here, processes, console, mail);
         });
         return 0;
     }
     const Ending ending = endingOf(
         [&] {
-            const auto options = optionsHere(parse, processes);
-            return options ? runFirst(*options, processes, console, mail) : ExitCode::Cases;
+            const auto here = optionsHere(parse, processes);
+            return here ? runFirst(*here, processes, console, mail) : ExitCode::Cases;
         },
         console);
     if (ending.status > static_cast<int>(ExitCode::NoCases))

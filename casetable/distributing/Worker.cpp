@@ -14,9 +14,9 @@ const std::size_t piecesPerProcess = 16;
 
 } // namespace
 
-Worker::Worker(const Options& options, std::string machine, std::size_t processes)
-    : options_(options), machine_(std::move(machine)), processes_(processes),
-      thread_(Thread::start([this] { work(); }))
+Worker::Worker(const Options& options, bool readsAhead, std::string machine, std::size_t processes)
+    : options_(options), readsAhead_(readsAhead), machine_(std::move(machine)),
+      processes_(processes), thread_(Thread::start([this] { work(); }))
 {
     if (!thread_)
         throw Failure(ExitCode::ImportFailed, "the system has no thread left for the walk");
@@ -103,8 +103,7 @@ ImportedFiles Worker::import()
     const Source& source = options_.source;
     const std::size_t wanted = piecesPerProcess * processes_;
     const std::shared_ptr<Pieces> pieces =
-        source.list ? divideList(source, wanted)
-                    : divideTree(source, wanted, options_.jobs != std::size_t{1});
+        source.list ? divideList(source, wanted) : divideTree(source, wanted, readsAhead_);
     Begin begin;
     {
         std::unique_lock<std::mutex> lock(mutex_);

@@ -23,9 +23,10 @@ class Thread;
 /// that the main thread can serve the messages meanwhile.
 class Worker {
 public:
-    /// Starts. `options` must outlive it; `machine` is what this one is called, and `processes` how
-    /// many divide the source. Throws Failure with ExitCode::ImportFailed where there is no thread.
-    Worker(const Options& options, std::string machine, std::size_t processes);
+    /// Starts. `options` must outlive it; `readsAhead` says whether threads may list folders before
+    /// they are needed, `machine` is what this one is called, and `processes` how many divide the
+    /// source. Throws Failure with ExitCode::ImportFailed where there is no thread.
+    Worker(const Options& options, bool readsAhead, std::string machine, std::size_t processes);
 
     /// Waits until the threads have ended, which they do before the next piece.
     ~Worker();
@@ -61,6 +62,7 @@ private:
     void post(std::string message);
 
     const Options& options_;
+    const bool readsAhead_;
     const std::string machine_;
     const std::size_t processes_;
 

@@ -132,8 +132,8 @@ Partial readPartial(ByteReader& reader, std::size_t columns, std::size_t identif
     partial.validIdentifiers.resize(reader.count(1));
     if (!partial.validIdentifiers.empty() && partial.validIdentifiers.size() != identifiers)
         throw BrokenBytes("a partial result has other identifiers");
-    for (std::size_t k = 0; k < partial.validIdentifiers.size(); ++k)
-        partial.validIdentifiers[k] = reader.flag();
+    for (auto&& isValid : partial.validIdentifiers)
+        isValid = reader.flag();
     if (reader.flag()) {
         partial.matchFailure.emplace();
         partial.matchFailure->path = reader.text();
