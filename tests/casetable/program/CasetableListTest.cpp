@@ -1,5 +1,6 @@
 #include <csignal>
 #include <cstddef>
+#include <cstdio>
 #include <string>
 #include <utility>
 #include <vector>
@@ -355,6 +356,30 @@ TEST(CasetableList, ShowsHowManyPathsHaveComeWhileItKeepsWaiting)
     EXPECT_EQ(outcome.output, "");
     EXPECT_EQ(outcome.errors.find('\n'), std::string::npos);
     EXPECT_EQ(outcome.errors.substr(outcome.errors.size() - 4), "\r\x1b[K") << outcome;
+}
+
+TEST(CasetableList, ThatIsAFileShowsTheShareOfItsBytes)
+{
+    const TemporaryTree tree;
+    std::string paths;
+    for (int i = 0; i < 10'000'000; ++i)
+        paths += "T1/b\n";
+    tree.file("list", paths);
+
+    Program program({"-n", "T", "-j", "1", "--from-list", "list"},
+                    withErrors(tree, Stream::Terminal));
+    program.waitForErrors(
+        [](const std::string& errors) { return errors.find(" %: list") != std::string::npos; });
+    program.send(SIGINT);
+    const Outcome outcome = program.finish();
+
+    std::size_t count = 0;
+    int share = -1;
+    EXPECT_EQ(std::sscanf(outcome.errors.c_str(), "\r\x1b[K%zu paths, %d %%: list", &count, &share),
+              2)
+        << outcome;
+    EXPECT_GE(share, 0);
+    EXPECT_LE(share, 100);
 }
 
 TEST(CasetableList, ThatNobodyHasBegunToWriteCanBeInterrupted)
