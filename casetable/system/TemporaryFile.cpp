@@ -83,6 +83,9 @@ TemporaryFile makeTemporaryFile(const std::string& target)
 {
     for (;;) {
         throwIfInterrupted();
+        // A file without a name (O_TMPFILE) would go with its process. But it could not take the
+        // place of another one without a name of its own before, which would have to be cleaned up
+        // likewise, and not all file systems have it.
         TemporaryFile file;
         file.path = folderWithSlash(target) + beginningOfNames(target);
         file.path += anyLetters;
