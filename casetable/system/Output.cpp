@@ -206,10 +206,11 @@ Descriptor Output::openTemporary()
 {
     // Before the new one is made, which may need the room.
     removeAbandonedFiles(target_);
-    auto [path, opened] = makeTemporaryFile(target_);
+    TemporaryFile file = makeTemporaryFile(target_);
+    Descriptor opened = std::move(file.opened);
     if (!opened.isOpen())
-        return Descriptor();
-    temporary_ = path;
+        return opened;
+    temporary_ = file.path;
     lock_ = Descriptor(::fcntl(opened.number(), F_DUPFD_CLOEXEC, 0));
     if (!lock_.isOpen())
         fail(errno);
@@ -224,7 +225,7 @@ Descriptor Output::openTemporary()
     }
     if (::fchmod(opened.number(), mode) != 0)
         fail(errno);
-    return std::move(opened);
+    return opened;
 }
 
 int Output::descriptor() const

@@ -31,8 +31,8 @@ std::string beginningOfNames(const std::string& target)
 {
     const std::string name = target.substr(target.rfind('/') + 1);
     std::array<char, 9> digits = {};
-    std::snprintf(digits.data(), digits.size(), "%08x",
-                  static_cast<unsigned>(XXH3_64bits(name.data(), name.size())));
+    static_cast<void>(std::snprintf(digits.data(), digits.size(), "%08x",
+                                    static_cast<unsigned>(XXH3_64bits(name.data(), name.size()))));
     return ".casetable-" + std::string(digits.data()) + "-";
 }
 

@@ -30,6 +30,7 @@ const bool isSanitized = BUILT_WITH_ADDRESS_SANITIZER || BUILT_WITH_THREAD_SANIT
 
 // In each of four tests.
 const int rounds = isSanitized ? 6 : 54;
+const int files = isSanitized ? 5'000 : 25'000;
 
 // How a run is cut short.
 enum class Cut { Interrupt, Kill, Memory };
@@ -46,7 +47,7 @@ protected:
     CasetableKilled()
     {
         std::string paths;
-        for (int i = 0; i < 25'000; ++i) {
+        for (int i = 0; i < files; ++i) {
             const std::string path = "T" + std::to_string(i / 5) + "/P1_" + std::to_string(i);
             paths += path + "/" + std::string(50, 'x') + "\n";
             if (i % 10 == 0)
