@@ -2,6 +2,7 @@
 #define CASETABLE_SYSTEM_PROCESSORS_H
 
 #include <cstddef>
+#include <string>
 
 namespace casetable {
 
@@ -12,6 +13,16 @@ std::size_t availableProcessors();
 /// Lets this thread, and those that it starts, run on all processors that the system grants it,
 /// also where whoever started the program had bound it to fewer.
 void useAllProcessors();
+
+/// For how many processors at once the control groups of a process have time, rounded up, at least
+/// 1; `most` where they do not limit it to fewer, or cannot be read.
+///
+/// `membership` is the file that names the groups, as /proc/self/cgroup does; `hierarchies` the
+/// folder below which they stand, as /sys/fs/cgroup. Of a unified hierarchy "cpu.max" is read in
+/// each group, of others that have processors for their matter "cpu.cfs_quota_us" and
+/// "cpu.cfs_period_us".
+std::size_t processorsOfGroups(const std::string& membership, const std::string& hierarchies,
+                               std::size_t most);
 
 } // namespace casetable
 
