@@ -47,6 +47,8 @@ int main(int argc, char** argv)
     if (processes.number() != 0)
         silenceOutput();
     Console console;
+    DistributedLimits limits;
+    limits.mostBytes = mostBytesAtOnce();
     return runDistributed([&] { return parseOptions(argc, argv, Program::CasetableMpi); },
-                          processes, console, mostBytesAtOnce());
+                          processes, console, limits);
 }

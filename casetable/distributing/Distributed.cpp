@@ -58,11 +58,13 @@ std::optional<OptionsHere> optionsHere(const std::function<std::optional<Options
 // One process of a run, with options.
 class Process {
 public:
-    Process(const OptionsHere& here, Processes& processes, Console& console, Mail& mail)
-        : options_(here.options), processes_(processes), mail_(mail), status_(console),
+    Process(const OptionsHere& here, Processes& processes, Console& console, Mail& mail,
+            Milliseconds progressInterval = {})
+        : options_(here.options), processes_(processes), console_(console), mail_(mail),
+          status_(console), progressInterval_(progressInterval),
           worker_(here.options, here.readsAhead, processes.machine(), processes.count())
     {
-        begin_ = {console.showsRemarks(), console.showsRemarks()};
+        begin_ = {console.showsRemarks(), console.showsRemarks() || console.showsProgress()};
         if (isFirst())
             coordinator_.emplace(processes.count(), options_.source, console);
         for (const std::size_t child : {2 * number() + 1, 2 * number() + 2})
@@ -202,6 +204,10 @@ private:
         if (isFirst()) {
             coordinator_->seen(first, worker_.seen());
             status_.update([this] { return coordinator_->progress(); });
+            if (Clock::now() - progressTold_ >= progressInterval_) {
+                progressTold_ = Clock::now();
+                console_.progress(coordinator_->progress());
+            }
         } else if (begin_.showsProgress && !isSent_ && Clock::now() - seenTold_ > seenInterval) {
             seenTold_ = Clock::now();
             mail_.send(first, messageOf(MessageKind::Seen, worker_.seen()));
@@ -210,8 +216,11 @@ private:
 
     const Options& options_;
     Processes& processes_;
+    Console& console_;
     Mail& mail_;
     StatusLine status_;
+    const Milliseconds progressInterval_;
+    Clock::time_point progressTold_ = Clock::now();
     Begin begin_;
     std::optional<Coordinator> coordinator_; // Of the first process alone.
     std::vector<std::string> results_;       // Of other processes, not merged yet.
@@ -248,7 +257,8 @@ template <class Act> void tellIfItFails(Mail& mail, const std::string& machine, 
     }
 }
 
-ExitCode runFirst(const OptionsHere& here, Processes& processes, Console& console, Mail& mail)
+ExitCode runFirst(const OptionsHere& here, Processes& processes, Console& console, Mail& mail,
+                  Milliseconds progressInterval)
 {
     const Options& options = here.options;
     if (options.quiet)
@@ -259,7 +269,7 @@ ExitCode runFirst(const OptionsHere& here, Processes& processes, Console& consol
     boost::shared_ptr<FileInfoInterface const> root;
     std::size_t hiddenLeftOut = 0;
     {
-        Process process(here, processes, console, mail);
+        Process process(here, processes, console, mail, progressInterval);
         const Ending ending = endingOf(
             [&] {
                 files = process.serve();
@@ -288,10 +298,10 @@ void runOther(const OptionsHere& here, Processes& processes, Console& console, M
 } // namespace
 
 int runDistributed(const std::function<std::optional<Options>()>& parse, Processes& processes,
-                   Console& console, std::size_t mostBytes)
+                   Console& console, const DistributedLimits& limits)
 {
     catchInterrupts();
-    Mail mail(processes, mostBytes);
+    Mail mail(processes, limits.mostBytes);
     if (processes.number() != first) {
         tellIfItFails(mail, processes.machine(), [&] {
             if (const auto here = optionsHere(parse, processes))
@@ -302,7 +312,8 @@ int runDistributed(const std::function<std::optional<Options>()>& parse, Process
     const Ending ending = endingOf(
         [&] {
             const auto here = optionsHere(parse, processes);
-            return here ? runFirst(*here, processes, console, mail) : ExitCode::Cases;
+            return here ? runFirst(*here, processes, console, mail, limits.progressInterval)
+                        : ExitCode::Cases;
         },
         console);
     if (ending.status > static_cast<int>(ExitCode::NoCases))

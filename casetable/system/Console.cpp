@@ -65,6 +65,20 @@ void Console::remark(const std::string& message)
     writeLine("casetable: ", message);
 }
 
+void Console::progress(const std::string& message)
+{
+    if (!showsProgress())
+        return;
+    const std::lock_guard<std::mutex> lock(mutex_);
+    writeLine("casetable: ", message);
+}
+
+bool Console::showsProgress() const
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return !terminal_ && !quiet_;
+}
+
 bool Console::showsRemarks() const
 {
     const std::lock_guard<std::mutex> lock(mutex_);

@@ -30,6 +30,13 @@ public:
     /// quiet.
     void remark(const std::string& message);
 
+    /// Tells how far a long run has come, where there is no terminal for a status line; shown
+    /// unless quiet.
+    void progress(const std::string& message);
+
+    /// Whether there is no terminal, but what progress() tells is shown.
+    bool showsProgress() const;
+
     /// Whether remarks are shown, for callers to whom making them is costly.
     bool showsRemarks() const;
 

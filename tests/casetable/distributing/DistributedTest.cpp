@@ -1,6 +1,7 @@
 #include "casetable/distributing/Distributed.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <optional>
 #include <random>
@@ -63,8 +64,10 @@ Outcome runOf(std::size_t processes, std::size_t mostBytes, const TemporaryTree&
     return outcomeOf(tree, [&](Outcome& outcome) {
         outcome.aborted = runAsProcesses(processes, [&](Processes& each) {
             Console console;
-            const int status = runDistributed([&] { return optionsOf(tree, arguments); }, each,
-                                              console, mostBytes);
+            DistributedLimits limits;
+            limits.mostBytes = mostBytes;
+            const int status =
+                runDistributed([&] { return optionsOf(tree, arguments); }, each, console, limits);
             if (each.number() == 0)
                 outcome.status = status;
         });
@@ -226,6 +229,35 @@ TEST(Distributed, EndsAllWhereOneCannotGoOn)
     EXPECT_EQ(outcome.output, "as before");
     EXPECT_EQ(outcome.errors.find("casetable: " + tree.path("missing")), 0U) << outcome.errors;
     EXPECT_NE(outcome.errors.find(" (on machine"), std::string::npos) << outcome.errors;
+}
+
+TEST(Distributed, TellsNowAndThenHowFarAllHaveCome)
+{
+    const TemporaryTree tree({"root/a/P1", "root/b/P2", "root/c/P3"});
+    const std::string root = tree.path("root");
+    const std::string output = tree.path("output");
+    const auto errorsWith = [&](const std::vector<const char*>& argv) {
+        testing::internal::CaptureStderr();
+        runAsProcesses(2, [&](Processes& each) {
+            Console console;
+            DistributedLimits limits;
+            limits.progressInterval = std::chrono::milliseconds(0);
+            runDistributed(
+                [&argv] {
+                    return parseOptions(static_cast<int>(argv.size()), argv.data(),
+                                        Program::CasetableMpi);
+                },
+                each, console, limits);
+        });
+        return testing::internal::GetCapturedStderr();
+    };
+
+    const std::string told =
+        errorsWith({"casetable-mpi", "-n", "P", "-o", output.c_str(), root.c_str()});
+
+    EXPECT_NE(told.find(" pieces: " + root + "\n"), std::string::npos) << told;
+    EXPECT_EQ(errorsWith({"casetable-mpi", "-q", "-n", "P", "-o", output.c_str(), root.c_str()}),
+              "");
 }
 
 TEST(Distributed, FailsWhereProcessesDoNotSeeTheSame)
