@@ -6,10 +6,10 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
+#include <memory>
 #include <string_view>
-#include <system_error>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -108,12 +108,12 @@ void removeAbandonedFiles(const std::string& target)
 {
     const std::string folder = folderWithSlash(target);
     const std::string beginning = beginningOfNames(target);
-    std::error_code failure;
-    std::filesystem::directory_iterator entry(folder, failure);
-    for (; !failure && entry != std::filesystem::directory_iterator(); entry.increment(failure)) {
-        const std::string name = entry->path().filename().string();
-        if (isTemporaryName(name, beginning))
-            removeIfAbandoned(folder + name);
+    const std::unique_ptr<DIR, int (*)(DIR*)> listing(::opendir(folder.c_str()), ::closedir);
+    if (!listing)
+        return;
+    while (const dirent* const entry = ::readdir(listing.get())) {
+        if (isTemporaryName(entry->d_name, beginning))
+            removeIfAbandoned(folder + entry->d_name);
     }
 }
 

@@ -24,8 +24,9 @@ struct TemporaryFile {
 TemporaryFile makeTemporaryFile(const std::string& target);
 
 /// Removes the temporary files for `target` that nobody holds, as runs leave them that were killed,
-/// and that the user may open for writing. Where the system refuses anything, as on a file system
-/// without locks, they stay. May go on in several processes at once, and while others make theirs.
+/// and that the user may open for writing; reads all names in the folder for it. Where the system
+/// refuses anything, as on a file system without locks, they stay. May go on in several processes
+/// at once, and while others make theirs.
 void removeAbandonedFiles(const std::string& target);
 
 } // namespace casetable

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstddef>
+#include <ostream>
 #include <random>
 #include <set>
 #include <string>
@@ -41,6 +42,11 @@ struct Run {
     std::string output;
     std::string jobs;
 };
+
+std::ostream& operator<<(std::ostream& stream, const Run& run)
+{
+    return stream << run.source << " to " << run.output << ", " << run.jobs << " jobs";
+}
 
 class CasetableKilled : public testing::TestWithParam<Run> {
 protected:
