@@ -79,6 +79,7 @@ Setting asProcesses(std::size_t count, Setting setting, const std::string& prelo
     setting.program = {"env",
                        "OMPI_ALLOW_RUN_AS_ROOT=1",
                        "OMPI_ALLOW_RUN_AS_ROOT_CONFIRM=1",
+                       "OMPI_MCA_pml=ob1", // Looking for networks takes long.
                        "OMPI_MCA_btl_vader_single_copy_mechanism=none",
                        "sh",
                        "-c",
