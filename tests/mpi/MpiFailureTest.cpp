@@ -56,7 +56,7 @@ TEST(MpiFailure, NamesTheMachineAndTheFolderThatCannotBeRead)
         const Outcome seen = run(arguments, asProcesses(processes, setting));
 
         EXPECT_EQ(seen.exitCode, 3);
-        EXPECT_EQ(firstLine(seen.errors), firstLine(expected.errors) + " (on " + machine() + ")");
+        EXPECT_EQ(ownLine(seen.errors), ownLine(expected.errors) + " (on " + machine() + ")");
         EXPECT_EQ(tree.content("out"), "earlier");
         EXPECT_EQ(tree.names("."), Names({"out", "results"}));
     }
@@ -78,7 +78,7 @@ TEST(MpiFailure, HandsOnTheExitCodesAndMessagesOfOneProcess)
         const Outcome seen = runMpi(tree, 2, arguments);
         EXPECT_EQ(seen.exitCode, expected.exitCode) << seen;
         EXPECT_EQ(seen.output, expected.output) << seen;
-        EXPECT_EQ(firstLine(seen.errors), firstLine(expected.errors));
+        EXPECT_EQ(ownLine(seen.errors), ownLine(expected.errors));
     }
 }
 
@@ -99,7 +99,7 @@ TEST(MpiFailure, RefusesWhatNeedsOneProcess)
         const Outcome outcome = runMpi(tree, 2, each.arguments);
         EXPECT_EQ(outcome.exitCode, 2);
         EXPECT_EQ(outcome.output, "");
-        EXPECT_EQ(firstLine(outcome.errors), "casetable: " + each.message);
+        EXPECT_EQ(ownLine(outcome.errors), "casetable: " + each.message);
     }
 }
 

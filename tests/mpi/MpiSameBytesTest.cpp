@@ -67,7 +67,7 @@ void expectSame(const TemporaryTree& tree, const Arguments& source, std::size_t 
         if (expected.exitCode == 0)
             EXPECT_EQ(seen.errors, expected.errors);
         else
-            EXPECT_EQ(firstLine(seen.errors), firstLine(expected.errors));
+            EXPECT_EQ(ownLine(seen.errors), ownLine(expected.errors));
     }
 }
 
@@ -129,7 +129,7 @@ TEST(MpiSameBytes, ComeWithFewerFoldersThanProcesses)
     const Outcome none = runMpi(tree, 4, {"-n", "P", "empty"});
     EXPECT_EQ(none.exitCode, 1);
     EXPECT_EQ(none.output, "case,P,files\n");
-    EXPECT_EQ(firstLine(none.errors), "casetable: no file matched: there is no file below empty");
+    EXPECT_EQ(ownLine(none.errors), "casetable: no file matched: there is no file below empty");
 }
 
 TEST(MpiSameBytes, ComeWhateverIsTheMostThatIsSentAtOnce)

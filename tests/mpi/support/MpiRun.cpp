@@ -6,6 +6,7 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <sstream>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -117,9 +118,14 @@ bool waitUntilNoneIsLeft(const TemporaryTree& tree)
     return false;
 }
 
-std::string firstLine(const std::string& errors)
+std::string ownLine(const std::string& errors)
 {
-    return errors.substr(0, errors.find('\n'));
+    std::istringstream lines(errors);
+    for (std::string line; std::getline(lines, line);) {
+        if (line.compare(0, 10, "casetable:") == 0)
+            return line;
+    }
+    return "";
 }
 
 std::string machine()

@@ -26,8 +26,9 @@ std::vector<pid_t> processesAtWork(const TemporaryTree& tree, std::size_t count)
 /// Waits until none works there any more; false where that takes too long.
 bool waitUntilNoneIsLeft(const TemporaryTree& tree);
 
-/// The first line of errors, without its end: launchers have words of their own behind it.
-std::string firstLine(const std::string& errors);
+/// The first line of errors that is casetable's, without its end: launchers have words of their own
+/// before and behind it.
+std::string ownLine(const std::string& errors);
 
 /// What this machine is called.
 std::string machine();
