@@ -20,6 +20,9 @@ const std::size_t longestPath = std::size_t{16} * 1024 * 1024;
 // Of a refused path: what is no list at all may have lines of any length.
 const std::size_t shownBytes = 500;
 
+// Some dozens of paths, of which PathLines is told ahead.
+const std::size_t expectedBytes = 2048;
+
 const std::string_view byteOrderMark = "\xef\xbb\xbf";
 
 std::size_t commonLength(std::string_view left, std::string_view right)
@@ -67,7 +70,12 @@ ListReader::ListReader(Options options, std::function<void(std::string_view path
 void ListReader::append(std::string_view text)
 {
     beginning_ += text.substr(0, byteOrderMark.size() - beginning_.size());
-    split(text, separator_, rest_, [this](std::string_view path) { take(path); });
+    for (std::size_t begin = 0; begin < text.size(); begin += expectedBytes) {
+        const std::string_view piece = text.substr(begin, expectedBytes);
+        if (lines_)
+            expect(piece);
+        split(piece, separator_, rest_, [this](std::string_view path) { take(path); });
+    }
     // What is no list, such as a device, may never end a line, so what there is is checked too.
     if (separator_ != '\0' && text.find('\0') != std::string_view::npos)
         check(rest_, pathCount_ + 1);
@@ -114,6 +122,15 @@ void ListReader::take(std::string_view path)
     anyQuoted_ = anyQuoted_ || (path.size() > 1 && path.front() == '"' && path.back() == '"');
     if (!contradiction_ && isNew(path) && isSelected(path))
         take_(path);
+}
+
+void ListReader::expect(std::string_view piece) const
+{
+    std::string rest;
+    split(piece, separator_, rest, [this](std::string_view path) {
+        lines_->expect(path);
+        lines_->expect(path.substr(0, std::min(path.rfind('/'), path.size())));
+    });
 }
 
 // Whether no line before has the path. Finds contradictions.

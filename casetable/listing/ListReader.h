@@ -100,6 +100,7 @@ private:
     bool isNewInOrder(std::string_view path, std::size_t common);
     bool isNewInLines(std::string_view path, std::size_t common, std::size_t line);
     void rememberLines();
+    void expect(std::string_view piece) const;
     bool isSelected(std::string_view path);
     void check(std::string_view path, std::size_t number) const;
     std::string place(std::size_t number) const;
