@@ -254,7 +254,9 @@ void ListReader::check(std::string_view path, std::size_t number) const
     case PathFault::None:
         break;
     }
-    if (static_cast<std::size_t>(std::count(path.begin(), path.end(), '/')) > maxFolders)
+    // A folder takes two bytes or more.
+    if (path.size() > 2 * maxFolders &&
+        static_cast<std::size_t>(std::count(path.begin(), path.end(), '/')) > maxFolders)
         refuse(path, number,
                "the path lies below more than " + std::to_string(maxFolders) + " folders");
 }
