@@ -120,7 +120,17 @@ void ListReader::take(std::string_view path)
     check(path, ++pathCount_);
     allEndInReturn_ = allEndInReturn_ && path.back() == '\r';
     anyQuoted_ = anyQuoted_ || (path.size() > 1 && path.front() == '"' && path.back() == '"');
-    if (!contradiction_ && isNew(path) && isSelected(path))
+    if (contradiction_)
+        return;
+    const std::size_t common = commonLength(path, previous_);
+    if (!lines_ && standsBefore(path, previous_, common))
+        rememberLines();
+    const bool isNew = lines_ ? isNewInLines(path, common, pathCount_) : isNewInOrder(path, common);
+    if (contradiction_)
+        return;
+    const bool isTaken = isSelected(path, common);
+    previous_ = path;
+    if (isNew && isTaken)
         take_(path);
 }
 
@@ -133,20 +143,8 @@ void ListReader::expect(std::string_view piece) const
     });
 }
 
-// Whether no line before has the path. Finds contradictions.
-bool ListReader::isNew(std::string_view path)
-{
-    std::size_t common = commonLength(path, previous_);
-    if (!lines_ && standsBefore(path, previous_, common)) {
-        rememberLines();
-        common = commonLength(path, previous_);
-    }
-    const bool isNew = lines_ ? isNewInLines(path, common, pathCount_) : isNewInOrder(path, common);
-    previous_ = path;
-    return isNew;
-}
-
-// Of a path that does not stand before the previous one.
+// Whether no line before has the path, which does not stand before the previous one and begins with
+// `common` equal bytes. Finds contradictions.
 bool ListReader::isNewInOrder(std::string_view path, std::size_t common)
 {
     while (!beginnings_.empty() && beginnings_.back().length > common)
@@ -166,6 +164,7 @@ bool ListReader::isNewInOrder(std::string_view path, std::size_t common)
     return true;
 }
 
+// The same by all paths so far.
 bool ListReader::isNewInLines(std::string_view path, std::size_t common, std::size_t line)
 {
     const PathLines::Entry entry = lines_->insert(path, PathLines::Kind::File, line);
@@ -195,26 +194,24 @@ void ListReader::rememberLines()
 {
     lines_ = std::make_unique<PathLines>();
     beginnings_.clear();
-    previous_.clear();
+    std::string previous;
     std::string rest;
     std::size_t line = 0;
     options_.reread([&](std::string_view piece) {
         split(piece, separator_, rest, [&](std::string_view path) {
             if (++line >= pathCount_)
                 return;
-            isNewInLines(path, commonLength(path, previous_), line);
-            previous_ = path;
+            isNewInLines(path, commonLength(path, previous), line);
+            previous = path;
         });
     });
 }
 
-// Asks about the folders on the way too, but not about those that the path judged last lies in.
-bool ListReader::isSelected(std::string_view path)
+// Asks about the folders on the way too, but not about those that the previous path lies in.
+bool ListReader::isSelected(std::string_view path, std::size_t common)
 {
-    const std::size_t common = commonLength(path, judged_);
     while (!levels_.empty() && levels_.back().end >= common)
         levels_.pop_back();
-    judged_ = path;
     for (;;) {
         if (!levels_.empty() && !levels_.back().isTaken)
             return false;
