@@ -2,7 +2,7 @@
 
 #include <cstdint>
 #include <string>
-#include <unordered_map>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -17,52 +17,38 @@ const std::uint32_t version = 1;
 
 // What cases and files take at least.
 const std::size_t leastCaseBytes = 16;
-const std::size_t leastFilesBytes = 24;
+const std::size_t leastFilesBytes = 16;
 const std::size_t fileBytes = 12;
 
-// The cases in the order in which they are written.
-using CaseIndices = std::unordered_map<const Partial::Case*, std::uint32_t>;
-
-// `indices` are needed where there are files alone.
-void writeCases(ByteWriter& writer, const Partial& partial, CaseIndices& indices)
+void writeCases(ByteWriter& writer, const Cases& cases)
 {
-    writer.number(partial.cases.size());
-    for (const auto& [key, each] : partial.cases) {
-        if (!partial.files.empty())
-            indices.emplace(&each, static_cast<std::uint32_t>(indices.size()));
-        for (const std::string_view value : CaseKey::values(key))
+    writer.number(cases.size());
+    for (const Cases::Case& each : cases) {
+        for (const std::string_view value : CaseKey::values(each.key()))
             writer.text(value);
-        writer.text(each.leastPath);
-        writer.number(each.fileCount);
+        writer.text(each.leastPath());
+        writer.number(each.fileCount());
     }
 }
 
-std::vector<Partial::Case*> readCases(ByteReader& reader, std::size_t columns, Partial& partial)
+Cases readCases(ByteReader& reader, std::size_t columns)
 {
-    const std::size_t count = reader.count(leastCaseBytes);
-    std::vector<Partial::Case*> cases;
-    cases.reserve(count);
-    partial.cases.reserve(count);
+    Cases cases;
     std::string key;
-    for (std::size_t index = 0; index < count; ++index) {
+    for (std::size_t left = reader.count(leastCaseBytes); left > 0; --left) {
         key.clear();
         for (std::size_t k = 0; k < columns; ++k)
             CaseKey::append(key, reader.text());
-        const auto [place, isNew] = partial.cases.try_emplace(key);
-        if (!isNew)
+        const std::string_view leastPath = reader.text();
+        const std::size_t count = cases.size();
+        if (cases.add(key, leastPath, reader.number()) != count)
             throw BrokenBytes("a partial result has a case twice");
-        place->second.leastPath = reader.text();
-        place->second.fileCount = reader.number();
-        cases.push_back(&place->second);
     }
     return cases;
 }
 
-void writeFiles(ByteWriter& writer, const Partial::Files& files, const CaseIndices& indices)
+void writeFiles(ByteWriter& writer, const Partial::Files& files)
 {
-    writer.number(files.cases.size());
-    for (const Partial::Case* each : files.cases)
-        writer.number32(indices.at(each));
     writer.text(files.text);
     writer.number(files.files.size());
     for (const Partial::Files::File& file : files.files) {
@@ -72,8 +58,7 @@ void writeFiles(ByteWriter& writer, const Partial::Files& files, const CaseIndic
     }
 }
 
-Partial::Files readFiles(ByteReader& reader, const std::vector<Partial::Case*>& cases,
-                         std::size_t identifiers)
+Partial::Files readFiles(ByteReader& reader, std::size_t cases, std::size_t identifiers)
 {
     const auto checked = [](std::uint32_t index, std::size_t count) {
         if (index >= count && index != Partial::none)
@@ -81,13 +66,6 @@ Partial::Files readFiles(ByteReader& reader, const std::vector<Partial::Case*>& 
         return index;
     };
     Partial::Files files;
-    files.cases.resize(reader.count(sizeof(std::uint32_t)));
-    for (Partial::Case*& each : files.cases) {
-        const std::uint32_t index = reader.number32();
-        if (index >= cases.size())
-            throw BrokenBytes("a partial result refers to what it does not hold");
-        each = cases[index];
-    }
     files.text = reader.text();
     files.files.resize(reader.count(fileBytes));
     std::uint32_t end = 0;
@@ -95,7 +73,7 @@ Partial::Files readFiles(ByteReader& reader, const std::vector<Partial::Case*>& 
         file.end = reader.number32();
         if (file.end < std::exchange(end, file.end) || file.end > files.text.size())
             throw BrokenBytes("a partial result has a path that ends outside its text");
-        file.caseIndex = checked(reader.number32(), files.cases.size());
+        file.caseIndex = checked(reader.number32(), cases);
         file.identifier = checked(reader.number32(), identifiers);
     }
     return files;
@@ -116,11 +94,10 @@ void writePartial(ByteWriter& writer, const Partial& partial)
         writer.text(partial.matchFailure->path);
         writer.text(partial.matchFailure->message);
     }
-    CaseIndices indices;
-    writeCases(writer, partial, indices);
+    writeCases(writer, partial.cases);
     writer.number(partial.files.size());
     for (const Partial::Files& files : partial.files)
-        writeFiles(writer, files, indices);
+        writeFiles(writer, files);
 }
 
 Partial readPartial(ByteReader& reader, std::size_t columns, std::size_t identifiers)
@@ -139,10 +116,10 @@ Partial readPartial(ByteReader& reader, std::size_t columns, std::size_t identif
         partial.matchFailure->path = reader.text();
         partial.matchFailure->message = reader.text();
     }
-    const std::vector<Partial::Case*> cases = readCases(reader, columns, partial);
+    partial.cases = readCases(reader, columns);
     const std::size_t count = reader.count(leastFilesBytes);
     for (std::size_t k = 0; k < count; ++k) {
-        partial.files.push_back(readFiles(reader, cases, identifiers));
+        partial.files.push_back(readFiles(reader, partial.cases.size(), identifiers));
         if (partial.files.back().files.empty())
             throw BrokenBytes("a partial result has a part without files");
     }

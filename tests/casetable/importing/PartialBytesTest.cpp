@@ -1,6 +1,5 @@
 #include "casetable/importing/PartialBytes.h"
 
-#include <map>
 #include <random>
 #include <set>
 #include <sstream>
@@ -37,17 +36,16 @@ std::string textOf(const Partial& partial)
         text << isValid;
     if (partial.matchFailure)
         text << partial.matchFailure->path << partial.matchFailure->message;
-    std::map<const Partial::Case*, std::string> keys;
     std::set<std::string> lines;
-    for (const auto& [key, each] : partial.cases) {
-        keys[&each] = key;
-        lines.insert(key + ' ' + each.leastPath + ' ' + std::to_string(each.fileCount));
-    }
+    for (const Cases::Case& each : partial.cases)
+        lines.insert(std::string(each.key()) + ' ' + std::string(each.leastPath()) + ' ' +
+                     std::to_string(each.fileCount()));
     for (const Partial::Files& part : partial.files) {
         for (std::size_t i = 0; i < part.files.size(); ++i) {
             const Partial::Files::File& file = part.files[i];
-            const std::string key =
-                file.caseIndex == Partial::none ? "none" : keys.at(part.cases[file.caseIndex]);
+            const std::string key = file.caseIndex == Partial::none
+                                        ? "none"
+                                        : std::string(partial.cases[file.caseIndex].key());
             lines.insert(std::string(part.path(i)) + ' ' + key + ' ' +
                          std::to_string(file.identifier));
         }
