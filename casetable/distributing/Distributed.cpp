@@ -30,7 +30,7 @@ const std::size_t first = 0; // The number of the process that writes.
 
 // How long to sleep between two looks at the mail: where others may be waiting for an answer, and
 // where there is nothing left but to wait for the end.
-const Milliseconds interval(2);
+const Milliseconds interval(1);
 const Milliseconds longInterval(10);
 
 // How often it is told what was met.

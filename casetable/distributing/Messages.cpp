@@ -191,8 +191,8 @@ std::string resultMessage(ImportedFiles&& files, const Selection& selection)
 
 void mergeResult(ByteReader& reader, const Options& options, ImportedFiles& all)
 {
-    all.partial.merge(
-        readPartial(reader, options.reading.patterns().size(), options.identifiers.size()));
+    mergePartial(reader, options.reading.patterns().size(), options.identifiers.size(),
+                 all.partial);
     Tally tally(options.reading);
     tally.read(reader);
     all.tally.merge(std::move(tally));

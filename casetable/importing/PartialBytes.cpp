@@ -31,20 +31,19 @@ void writeCases(ByteWriter& writer, const Cases& cases)
     }
 }
 
-Cases readCases(ByteReader& reader, std::size_t columns)
+// Returns the index of each case in `all`.
+std::vector<std::uint32_t> mergeCases(ByteReader& reader, std::size_t columns, Cases& all)
 {
-    Cases cases;
+    std::vector<std::uint32_t> indices(reader.count(leastCaseBytes));
     std::string key;
-    for (std::size_t left = reader.count(leastCaseBytes); left > 0; --left) {
+    for (std::uint32_t& index : indices) {
         key.clear();
         for (std::size_t k = 0; k < columns; ++k)
             CaseKey::append(key, reader.text());
         const std::string_view leastPath = reader.text();
-        const std::size_t count = cases.size();
-        if (cases.add(key, leastPath, reader.number()) != count)
-            throw BrokenBytes("a partial result has a case twice");
+        index = all.add(key, leastPath, reader.number());
     }
-    return cases;
+    return indices;
 }
 
 void writeFiles(ByteWriter& writer, const Partial::Files& files)
@@ -58,12 +57,12 @@ void writeFiles(ByteWriter& writer, const Partial::Files& files)
     }
 }
 
-Partial::Files readFiles(ByteReader& reader, std::size_t cases, std::size_t identifiers)
+Partial::Files readFiles(ByteReader& reader, const std::vector<std::uint32_t>& cases,
+                         std::size_t identifiers)
 {
-    const auto checked = [](std::uint32_t index, std::size_t count) {
-        if (index >= count && index != Partial::none)
+    const auto check = [](bool refersToNone) {
+        if (refersToNone)
             throw BrokenBytes("a partial result refers to what it does not hold");
-        return index;
     };
     Partial::Files files;
     files.text = reader.text();
@@ -71,11 +70,14 @@ Partial::Files readFiles(ByteReader& reader, std::size_t cases, std::size_t iden
     std::uint32_t end = 0;
     for (Partial::Files::File& file : files.files) {
         file.end = reader.number32();
-        if (file.end < std::exchange(end, file.end) || file.end > files.text.size())
-            throw BrokenBytes("a partial result has a path that ends outside its text");
-        file.caseIndex = checked(reader.number32(), cases);
-        file.identifier = checked(reader.number32(), identifiers);
+        check(file.end < std::exchange(end, file.end) || file.end > files.text.size());
+        const std::uint32_t index = reader.number32();
+        check(index >= cases.size() && index != Partial::none);
+        file.caseIndex = index == Partial::none ? index : cases[index];
+        file.identifier = reader.number32();
+        check(file.identifier >= identifiers && file.identifier != Partial::none);
     }
+    check(files.files.empty());
     return files;
 }
 
@@ -100,10 +102,10 @@ void writePartial(ByteWriter& writer, const Partial& partial)
         writeFiles(writer, files);
 }
 
-Partial readPartial(ByteReader& reader, std::size_t columns, std::size_t identifiers)
+void mergePartial(ByteReader& reader, std::size_t columns, std::size_t identifiers, Partial& all)
 {
     reader.heading(name, version);
-    Partial partial;
+    Partial partial; // All but the cases and files.
     partial.fileCount = reader.number();
     partial.isWatchedMatched = reader.flag();
     partial.validIdentifiers.resize(reader.count(1));
@@ -116,14 +118,10 @@ Partial readPartial(ByteReader& reader, std::size_t columns, std::size_t identif
         partial.matchFailure->path = reader.text();
         partial.matchFailure->message = reader.text();
     }
-    partial.cases = readCases(reader, columns);
-    const std::size_t count = reader.count(leastFilesBytes);
-    for (std::size_t k = 0; k < count; ++k) {
-        partial.files.push_back(readFiles(reader, partial.cases.size(), identifiers));
-        if (partial.files.back().files.empty())
-            throw BrokenBytes("a partial result has a part without files");
-    }
-    return partial;
+    all.merge(std::move(partial));
+    const std::vector<std::uint32_t> cases = mergeCases(reader, columns, all.cases);
+    for (std::size_t left = reader.count(leastFilesBytes); left > 0; --left)
+        all.files.push_back(readFiles(reader, cases, identifiers));
 }
 
 } // namespace casetable

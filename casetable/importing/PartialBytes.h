@@ -10,12 +10,13 @@ namespace casetable {
 class ByteReader;
 class ByteWriter;
 
-/// Writes all that `partial` holds; readPartial() gives it again, in this process or another.
+/// Writes all that `partial` holds, for mergePartial() in this process or another.
 void writePartial(ByteWriter& writer, const Partial& partial);
 
-/// Reads what writePartial() wrote of an import with so many columns and identifiers. Throws
-/// BrokenBytes where the bytes cannot be that.
-Partial readPartial(ByteReader& reader, std::size_t columns, std::size_t identifiers);
+/// Reads what writePartial() wrote of an import with so many columns and identifiers, and merges it
+/// into `all`, as Partial::merge() would. Throws BrokenBytes where the bytes cannot be that; then
+/// `all` has some of it.
+void mergePartial(ByteReader& reader, std::size_t columns, std::size_t identifiers, Partial& all);
 
 } // namespace casetable
 
