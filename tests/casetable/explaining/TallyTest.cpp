@@ -82,7 +82,8 @@ struct Imported {
             count(file, parts[below(random, parts.size())]);
         while (parts.size() > 1) {
             std::swap(parts[below(random, parts.size())], parts.back());
-            Tally last = below(random, 2) == 0 ? std::move(parts.back()) : throughBytes(parts.back());
+            Tally last =
+                below(random, 2) == 0 ? std::move(parts.back()) : throughBytes(parts.back());
             parts.pop_back();
             parts[below(random, parts.size())].merge(std::move(last));
         }

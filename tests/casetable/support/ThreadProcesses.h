@@ -19,8 +19,8 @@ struct Aborted {
     int status;
 };
 
-/// Runs `act` on so many threads at once, each as a process with the others. Returns the status with
-/// which one of them aborted all; nothing if none did.
+/// Runs `act` on so many threads at once, each as a process with the others. Returns the status
+/// with which one of them aborted all; nothing if none did.
 std::optional<int> runAsProcesses(std::size_t count,
                                   const std::function<void(Processes& processes)>& act);
 
