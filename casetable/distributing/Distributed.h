@@ -14,6 +14,7 @@ namespace casetable {
 class Console;
 class Processes;
 
+/// How often and how much a run of several processes tells, or sends.
 struct DistributedLimits {
     std::size_t mostBytes = Mail::mostBytes; ///< That are sent at once.
     /// After how long it is told again how far the run has come, where there is no terminal.

@@ -13,7 +13,10 @@ namespace {
 // Reads the arguments one by one, some as the value of the one before.
 class Reader {
 public:
-    explicit Reader(const std::vector<std::string>& arguments) : arguments_(arguments) {}
+    Reader(const std::vector<std::string>& arguments, Program program)
+        : arguments_(arguments), program_(program)
+    {
+    }
 
     CommandLine read()
     {
@@ -71,7 +74,8 @@ private:
     void readLetters(const std::string& argument)
     {
         // Without this, -suggest would be -s with the marker "uggest".
-        if (optionNamed('-' + argument.substr(0, argument.find('='))) != nullptr)
+        const Option* const meant = optionNamed('-' + argument.substr(0, argument.find('=')));
+        if (meant != nullptr && meant->isOf(program_))
             failUsage(argument + ": it takes two dashes, as in -" + argument);
         for (std::size_t i = 1; i < argument.size(); ++i) {
             const Option* const option = optionOfLetter(argument[i]);
@@ -90,6 +94,7 @@ private:
     }
 
     const std::vector<std::string>& arguments_;
+    const Program program_;
     std::size_t next_ = 0;
     CommandLine line_;
 };
@@ -117,9 +122,9 @@ std::vector<std::string> CommandLine::valuesOf(OptionId id) const
     return values;
 }
 
-CommandLine readCommandLine(const std::vector<std::string>& arguments)
+CommandLine readCommandLine(const std::vector<std::string>& arguments, Program program)
 {
-    return Reader(arguments).read();
+    return Reader(arguments, program).read();
 }
 
 } // namespace casetable

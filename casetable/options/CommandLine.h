@@ -25,7 +25,8 @@ struct CommandLine {
     std::vector<std::string> valuesOf(OptionId id) const;
 };
 
-/// Reads arguments, without the program's name, by the table of options.
+/// Reads arguments, without the program's name, by the table of options. It has those that only
+/// another program than `program` has too, so that they can be refused by name.
 ///
 /// A long name must be written out; its value stands behind "=" or is the next argument. Letters
 /// may stand together behind one dash. The first that takes a value ends them: the value is the
@@ -34,8 +35,8 @@ struct CommandLine {
 /// everything behind "--".
 ///
 /// Throws Failure with ExitCode::WrongUsage where a value is missing, is empty behind "=" or is
-/// given to a flag, and where a long name has only one dash.
-CommandLine readCommandLine(const std::vector<std::string>& arguments);
+/// given to a flag, and where a long name of the program has only one dash.
+CommandLine readCommandLine(const std::vector<std::string>& arguments, Program program);
 
 /// Throws Failure with ExitCode::WrongUsage and the message, one line without its end.
 [[noreturn]] void failUsage(const std::string& message);

@@ -307,7 +307,7 @@ std::optional<Options> parseOptions(int argc, const char* const* argv, Program p
     std::vector<std::string> words;
     for (int i = 1; i < argc; ++i)
         words.emplace_back(argv[i]);
-    const CommandLine line = readCommandLine(words);
+    const CommandLine line = readCommandLine(words, program);
     Options options;
     options.source.selection.hidden = false;
     for (const CommandLine::Item& item : line.items)

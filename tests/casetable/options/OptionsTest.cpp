@@ -825,6 +825,44 @@ TEST(Options, TakeAnyNextArgumentAsTheValue)
     }
 }
 
+TEST(Options, AreThoseOfTheProgramThatReadsThem)
+{
+    const auto messageOf = [](std::vector<const char*> arguments, Program program) -> std::string {
+        arguments.insert(arguments.begin(), nameOf(program));
+        try {
+            parseOptions(static_cast<int>(arguments.size()), arguments.data(), program);
+        } catch (const Failure& failure) {
+            EXPECT_EQ(failure.code, ExitCode::WrongUsage);
+            return failure.what();
+        }
+        return "";
+    };
+    const std::vector<const char*> trusting = {"-n", "P", "--from-list", "list", "--no-duplicates"};
+
+    EXPECT_EQ(messageOf(trusting, Program::CasetableMpi), "");
+    EXPECT_EQ(messageOf(trusting, Program::Casetable),
+              "--no-duplicates: only casetable-mpi has this option");
+    EXPECT_EQ(messageOf({"--suggest", "root"}, Program::CasetableMpi),
+              "--suggest: only casetable has this option");
+    EXPECT_EQ(messageOf({"-no-duplicates", "root"}, Program::Casetable), "") << "a marker";
+    EXPECT_EQ(messageOf({"-n", "P", "root", "--no-duplicates"}, Program::CasetableMpi),
+              "--no-duplicates: there is no --from-list");
+}
+
+TEST(Options, OfSeveralProcessesAskForCsvWhereNothingElseIsSaid)
+{
+    const auto formatOf = [](std::vector<const char*> arguments) -> std::string {
+        arguments.insert(arguments.begin(), {"casetable-mpi", "-n", "P", "root"});
+        return parseOptions(static_cast<int>(arguments.size()), arguments.data(),
+                            Program::CasetableMpi)
+            ->format->name;
+    };
+    EXPECT_EQ(formatOf({}), "csv");
+    EXPECT_EQ(formatOf({"-f", "auto"}), "csv");
+    EXPECT_EQ(formatOf({"-o", "out.json"}), "json");
+    EXPECT_EQ(formatOf({"-f", "tsv", "-o", "out.json"}), "tsv");
+}
+
 TEST(Options, RefuseAnEmptyValueAlsoBehindAValueThatLooksLikeAnOption)
 {
     // The letters behind the first are the marker; it takes no further argument.
