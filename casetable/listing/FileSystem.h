@@ -51,6 +51,10 @@ struct FileSystem {
     std::atomic<Refused> refused{Refused::Nothing};
 };
 
+/// The sentence for people about a walk below `root` that ended with `error`, as crawl() returns it
+/// and which does not name the root, when `refused` was what was last refused.
+std::string walkFailure(std::string error, FileSystem::Refused refused, const std::string& root);
+
 /// The root of a tree on the real file system: the entry at `path`, which need not exist.
 ///
 /// A listing holds regular files, folders and links to files. Broken links, sockets, pipes and

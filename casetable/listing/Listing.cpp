@@ -39,16 +39,6 @@ void letGoIfInterrupted()
     throwIfInterrupted();
 }
 
-// The crawler's error text does not name the root.
-std::string failureText(std::string error, FileSystem::Refused refused, const std::string& root)
-{
-    if (refused == FileSystem::Refused::Root)
-        error = root + ": " + error;
-    if (refused == FileSystem::Refused::Folder)
-        error += " --keep-going leaves such folders out.";
-    return error;
-}
-
 // A walk on a thread of its own, which may be abandoned: so it shares this with the thread.
 struct TreeWalk {
     boost::shared_ptr<FileInfoInterface const> root;
@@ -180,7 +170,7 @@ void Listing::runTree(ShardCutter& cutter, const Taker& taker)
     const std::string error = ended.get();
     if (!error.empty())
         throw Failure(ExitCode::ImportFailed,
-                      failureText(error, fileSystem_->refused, source_.root));
+                      walkFailure(error, fileSystem_->refused, source_.root));
 }
 
 } // namespace casetable
