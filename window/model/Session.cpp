@@ -8,6 +8,7 @@
 #include "casetable/listing/ReadList.h"
 #include "casetable/options/ColumnNames.h"
 #include "casetable/system/ExitCode.h"
+#include "window/model/Saving.h"
 #include "window/model/Text.h"
 
 namespace casetable {
@@ -81,7 +82,8 @@ std::vector<MetadataPattern> patternsOf(const std::vector<Setup::Marker>& marker
 
 Session::Session(std::size_t jobs)
     : jobs_(jobs), matcher_(std::make_unique<Latest>()), orderer_(std::make_unique<Latest>()),
-      filterer_(std::make_unique<Latest>()), answerer_(std::make_unique<Latest>())
+      filterer_(std::make_unique<Latest>()), answerer_(std::make_unique<Latest>()),
+      saver_(std::make_unique<Latest>())
 {
     timer_.setInterval(lookMilliseconds);
     connect(&timer_, &QTimer::timeout, this, &Session::lookAtWalk);
@@ -482,9 +484,36 @@ void Session::suggest()
         });
 }
 
+void Session::save(const std::string& file)
+{
+    if (isSaving_ || !matching_ || !matching_->import) {
+        Q_EMIT saved(shown(file), isSaving_ ? tr("another file is still being written")
+                                            : tr("there is no table yet"));
+        return;
+    }
+    isSaving_ = true;
+    saver_->run([this, file, setup = effective_,
+                 matching = matching_](const std::atomic<bool>& /*isCancelled*/) {
+        QString error;
+        try {
+            saveTable(setup, *matching, file);
+        } catch (const std::exception& failure) {
+            error = shown(failure.what());
+        }
+        QMetaObject::invokeMethod(
+            this,
+            [this, file, error] {
+                isSaving_ = false;
+                Q_EMIT saved(shown(file), error);
+            },
+            Qt::QueuedConnection);
+    });
+}
+
 bool Session::isIdle() const
 {
-    return !isWalking() && !isMatching_ && !isOrdering_ && !isFiltering_ && !isAsking_;
+    return !isWalking() && !isMatching_ && !isOrdering_ && !isFiltering_ && !isAsking_ &&
+           !isSaving_;
 }
 
 } // namespace casetable

@@ -105,6 +105,9 @@ public:
     /// Looks for templates; they come by suggested().
     void suggest();
 
+    /// Writes the table that is shown to `file`, as saveTable() does; saved() tells the end.
+    void save(const std::string& file);
+
     /// Whether all that was begun has come to its end.
     bool isIdle() const;
 
@@ -122,6 +125,8 @@ Q_SIGNALS:
     /// What a name came to: the templates, or else a sentence that says why not.
     void named(const NamedTemplates& result, const QString& error);
     void suggested(const std::vector<Suggestion>& suggestions);
+    /// That the table was written to a file, or a sentence that says why not.
+    void saved(const QString& file, const QString& error);
     /// A sentence about something that failed.
     void failed(const QString& sentence);
 
@@ -172,12 +177,14 @@ private:
 
     std::size_t questions_ = 0;
     bool isAsking_ = false;
+    bool isSaving_ = false;
 
     // Joined before what their jobs answer to is gone.
     std::unique_ptr<Latest> matcher_;
     std::unique_ptr<Latest> orderer_;
     std::unique_ptr<Latest> filterer_;
     std::unique_ptr<Latest> answerer_;
+    std::unique_ptr<Latest> saver_;
 };
 
 } // namespace casetable
