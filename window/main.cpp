@@ -142,9 +142,15 @@ int run(int& argc, char** argv)
     if (typed.isDark)
         QApplication::setPalette(darkPalette());
 
-    // A picture shows the window as it is at first, and changes nothing of the user's.
+    // A picture shows the window as it is at first, and changes nothing of the user's. Without a
+    // screen there is no desktop either that says how large text is.
     if (!typed.grab.empty())
         QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, "/dev/null");
+    if (QApplication::platformName() == "offscreen") {
+        QFont font = QApplication::font();
+        font.setPointSizeF(10);
+        QApplication::setFont(font);
+    }
 
     Session session(availableProcessors());
     MainWindow window(session);

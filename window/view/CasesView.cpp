@@ -89,6 +89,8 @@ CasesView::CasesView(Session& session, CasesModel& model) : session_(session), m
     setHorizontalScrollMode(ScrollPerPixel);
     setAccessibleName(tr("Cases"));
     setAccessibleDescription(tr("The cases that are selected show their files"));
+    makeRoomy(*this);
+    makeRoomy(*header);
     verticalHeader()->hide();
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     verticalHeader()->setMinimumSectionSize(1);
@@ -111,10 +113,10 @@ void CasesView::fitColumns()
     const int rows = std::min(model_.rowCount(), measuredRows);
     for (int column = 0; column < model_.columnCount(); ++column) {
         int width = metrics.horizontalAdvance(header[static_cast<std::size_t>(column)]) +
-                    em(font(), 1.9);
+                    em(font(), 2.2);
         for (int row = 0; row < rows; ++row)
             width = std::max(width, metrics.horizontalAdvance(shown(model_.cell(row, column))) +
-                                        em(font(), 1.1));
+                                        em(font(), 1.4));
         setColumnWidth(column, std::min(width, em(font(), 24)));
     }
 }

@@ -4,7 +4,10 @@
 
 #include <QApplication>
 #include <QFontDatabase>
+#include <QFontInfo>
 #include <QFontMetricsF>
+#include <QProxyStyle>
+#include <QWidget>
 
 namespace casetable {
 
@@ -27,6 +30,18 @@ const std::array<Colours, 8> columnColours = {{{0xff0b5cba, 0xff78b7ff},
 const std::array<QTextCharFormat::UnderlineStyle, 4> underlines = {
     QTextCharFormat::SingleUnderline, QTextCharFormat::DashUnderline,
     QTextCharFormat::DotLine, QTextCharFormat::DashDotLine};
+
+// Cells with some room at their sides.
+class RoomyStyle : public QProxyStyle {
+public:
+    int pixelMetric(PixelMetric metric, const QStyleOption* option,
+                    const QWidget* widget) const override
+    {
+        if ((metric == PM_FocusFrameHMargin || metric == PM_HeaderMargin) && widget != nullptr)
+            return em(widget->font(), 0.35);
+        return QProxyStyle::pixelMetric(metric, option, widget);
+    }
+};
 
 QColor chosen(const Colours& colours, const QPalette& palette)
 {
@@ -111,8 +126,20 @@ QColor errorColour(const QPalette& palette)
 QFont pathFont()
 {
     QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    // Without a desktop there may be no such setting.
+    if (!QFontInfo(font).fixedPitch()) {
+        font.setFamily("monospace");
+        font.setStyleHint(QFont::TypeWriter);
+    }
     font.setPointSizeF(QApplication::font().pointSizeF());
     return font;
+}
+
+void makeRoomy(QWidget& widget)
+{
+    auto* const style = new RoomyStyle;
+    style->setParent(&widget);
+    widget.setStyle(style);
 }
 
 int em(const QFont& font, qreal count)

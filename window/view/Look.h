@@ -10,6 +10,8 @@
 #include <QString>
 #include <QTextCharFormat>
 
+class QWidget;
+
 namespace casetable {
 
 /// Whether the palette has light text on a dark ground.
@@ -36,6 +38,9 @@ QColor errorColour(const QPalette& palette);
 
 /// For paths, templates and commands: of a fixed width, and as large as other text.
 QFont pathFont();
+
+/// Gives the cells of a table, or of its head, some room at their sides.
+void makeRoomy(QWidget& widget);
 
 /// A part of a length in the font's own measure, so that distances scale with the text.
 int em(const QFont& font, qreal count);

@@ -278,8 +278,11 @@ void MainWindow::makeStatusBar()
     busy_->setAccessibleName(tr("Files are being read"));
     statusBar()->addWidget(message_, 1);
     statusBar()->addPermanentWidget(busy_);
-    statusBar()->addPermanentWidget(counts_);
-    statusBar()->addPermanentWidget(walked_);
+    for (QLabel* const label : {counts_, walked_}) {
+        label->setContentsMargins(em(font(), 0.6), 0, em(font(), 0.6), 0);
+        statusBar()->addPermanentWidget(label);
+    }
+    message_->setContentsMargins(em(font(), 0.6), 0, 0, 0);
 }
 
 QAction* MainWindow::add(QMenu* menu, const QString& text, const QKeySequence& key,
@@ -778,7 +781,7 @@ void MainWindow::restore()
     if (!restoreGeometry(settings.value("geometry").toByteArray()))
         resize(1280, 720);
     if (!rows_->restoreState(settings.value("rows").toByteArray()))
-        rows_->setSizes({em(font(), 7), em(font(), 30)});
+        rows_->setSizes({em(font(), 6.5), em(font(), 30)});
     if (!halves_->restoreState(settings.value("halves").toByteArray()))
         halves_->setSizes({760, 500});
 }

@@ -311,6 +311,7 @@ PathsView::PathsView(const Session& session, PathsModel& model)
     setHorizontalScrollMode(ScrollPerPixel);
     setAccessibleName(tr("Paths"));
     setAccessibleDescription(tr("Select a value in a path and press Enter to name it"));
+    makeRoomy(*horizontalHeader());
     verticalHeader()->hide();
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     verticalHeader()->setMinimumSectionSize(1);

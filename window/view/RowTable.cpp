@@ -13,6 +13,8 @@ namespace casetable {
 RowTable::RowTable(const QStringList& header) : QTableWidget(1, header.size())
 {
     setHorizontalHeaderLabels(header);
+    makeRoomy(*this);
+    makeRoomy(*horizontalHeader());
     horizontalHeader()->setHighlightSections(false);
     horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
