@@ -91,12 +91,12 @@ TEST(Matching, TellsWhatIsWrongWithARowAndLeavesItOut)
 
 TEST(Matching, TellsWhyItFailed)
 {
-    const Reading overlapping({{"aa", MetadataPattern::StringValue},
-                               {"a", MetadataPattern::StringValue}});
-    const auto matching = matchFiles(filesOf({"aa1/x"}), overlapping, {}, "root", 1,
-                                     notCancelled());
+    const Reading overlapping({{".ab", MetadataPattern::StringValue},
+                               {"b", MetadataPattern::StringValue}});
+    const auto matching =
+        matchFiles(filesOf({"y.ab"}), overlapping, {}, "root", 1, notCancelled());
     EXPECT_EQ(matching->table(), nullptr);
-    EXPECT_EQ(matching->failure.find("aa1/x: the markers overlap"), 0U) << matching->failure;
+    EXPECT_EQ(matching->failure.find("y.ab: the markers overlap"), 0U) << matching->failure;
 }
 
 TEST(Matching, ComesToNothingWhenItIsCancelled)

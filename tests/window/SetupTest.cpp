@@ -147,7 +147,7 @@ TEST(Setup, IsCheckedByTheProgramsOwnRules)
 {
     casetable::Setup setup;
     setup.root = "results";
-    setup.excluded = {"[a"};
+    setup.excluded = {"a//b"};
     EXPECT_THROW(checkedSource(setup), Failure);
     setup.excluded = {"a"};
     EXPECT_EQ(checkedSource(setup).root, "results");

@@ -78,6 +78,20 @@ std::vector<MetadataPattern> patternsOf(const std::vector<Setup::Marker>& marker
     return patterns;
 }
 
+bool areSame(const std::vector<SortKey>& left, const std::vector<SortKey>& right)
+{
+    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                      [](const SortKey& l, const SortKey& r) {
+                          return l.column == r.column && l.isDescending == r.isDescending;
+                      });
+}
+
+bool isAnyBad(const std::vector<AuxResult>& results)
+{
+    return std::any_of(results.begin(), results.end(),
+                       [](const AuxResult& result) { return !result.error.empty(); });
+}
+
 } // namespace
 
 Session::Session(std::size_t jobs)
@@ -302,13 +316,16 @@ void Session::startMatching()
         setup_.list ? listName(*setup_.list) : setup_.root;
     matcher_->run([this, number, rootName, files = files_, reading = *reading_,
                    rows = setup_.auxRows, keys = sortKeys_,
-                   jobs = jobs_](const std::atomic<bool>& isCancelled) {
+                   jobs = jobs_](const std::atomic<bool>& isCancelled) mutable {
         std::shared_ptr<const Matching> matching =
             matchFiles(files, reading, rows, rootName, jobs, isCancelled);
         if (!matching)
             return;
+        // Where a row of auxiliary files was left out, so were its columns.
+        if (!matching->import || isAnyBad(matching->aux))
+            keys.clear();
         std::vector<std::uint32_t> order;
-        if (matching->import && !keys.empty())
+        if (!keys.empty())
             order = casetable::caseOrder(matching->import->table(), keys);
         const auto finish = [this, number, matching, order = std::move(order), keys]() mutable {
             if (number != matchings_)
@@ -326,11 +343,7 @@ void Session::startMatching()
             if (!matching_->failure.empty())
                 Q_EMIT failed(shown(matching_->failure));
             takeSort();
-            if (keys.size() != sortKeys_.size() ||
-                !std::equal(keys.begin(), keys.end(), sortKeys_.begin(),
-                            [](const SortKey& l, const SortKey& r) {
-                                return l.column == r.column && l.isDescending == r.isDescending;
-                            }))
+            if (!areSame(keys, sortKeys_))
                 startOrdering();
             Q_EMIT matchingChanged();
             startFiltering();

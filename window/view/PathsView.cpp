@@ -39,33 +39,40 @@ template <class Is> ByteRange run(const std::string& path, std::size_t offset, c
     return range;
 }
 
-// Digits with a fraction. A "-" behind a word is taken for a sign where there is a fraction, as
-// names are divided by "-" too, but seldom in front of a decimal number.
+std::size_t skipDigits(const std::string& path, std::size_t at)
+{
+    while (at < path.size() && isDigit(path[at]))
+        ++at;
+    return at;
+}
+
+// Digits with a fraction and an exponent, of which the one at `offset` is part. A "-" behind a word
+// is taken for a sign where there is a fraction, as names are divided by "-" too, but seldom in
+// front of a decimal number.
 ByteRange numberAt(const std::string& path, std::size_t offset)
 {
-    ByteRange range = run(path, offset, isDigit);
-    const auto isPoint = [&path](std::size_t at) {
-        return at > 0 && at + 1 < path.size() && path[at] == '.' && isDigit(path[at - 1]) &&
-               isDigit(path[at + 1]);
-    };
-    bool hasFraction = false;
-    if (isPoint(range.end)) {
-        range.end = run(path, range.end + 1, isDigit).end;
-        hasFraction = true;
-    } else if (range.begin > 0 && isPoint(range.begin - 1)) {
-        range.begin = run(path, range.begin - 2, isDigit).begin;
-        hasFraction = true;
+    const auto digitAt = [&path](std::size_t at) { return at < path.size() && isDigit(path[at]); };
+    std::size_t begin = path.rfind('/', offset) + 1;
+    for (;;) {
+        while (!isDigit(path[begin]))
+            ++begin;
+        std::size_t end = skipDigits(path, begin);
+        const bool hasFraction = end < path.size() && path[end] == '.' && digitAt(end + 1);
+        if (hasFraction)
+            end = skipDigits(path, end + 1);
+        if (end < path.size() && (path[end] == 'e' || path[end] == 'E')) {
+            const bool hasSign =
+                end + 1 < path.size() && (path[end + 1] == '-' || path[end + 1] == '+');
+            const std::size_t exponent = end + (hasSign ? 2 : 1);
+            end = digitAt(exponent) ? skipDigits(path, exponent) : end;
+        }
+        if (offset < end) {
+            const bool hasSign = hasFraction && begin > 1 && path[begin - 1] == '-' &&
+                                 isLetter(path[begin - 2]);
+            return {hasSign ? begin - 1 : begin, end};
+        }
+        begin = end;
     }
-    const std::size_t e = range.end;
-    const bool hasSign = e + 1 < path.size() && (path[e + 1] == '-' || path[e + 1] == '+');
-    const std::size_t exponent = e + (hasSign ? 2 : 1);
-    if (e < path.size() && (path[e] == 'e' || path[e] == 'E') && exponent < path.size() &&
-        isDigit(path[exponent]))
-        range.end = run(path, exponent, isDigit).end;
-    if (hasFraction && range.begin > 1 && path[range.begin - 1] == '-' &&
-        isLetter(path[range.begin - 2]))
-        --range.begin;
-    return range;
 }
 
 } // namespace
