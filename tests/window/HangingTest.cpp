@@ -1,3 +1,4 @@
+#include <filesystem>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -26,6 +27,8 @@ TEST(Window, PutsAWalkAsideThatHangsInTheSystem)
     open.settle();
     EXPECT_TRUE(Walk::isAnyLeft());
     EXPECT_EQ(open.session.files().count(), 1U);
+    // Otherwise its removal would hang too.
+    std::filesystem::rename(hanging.path("hanging"), hanging.path("ended"));
 }
 
 } // namespace tests

@@ -406,6 +406,24 @@ TEST(Window, MarksABadAuxiliaryRowAndCountsTheFilesOfAGoodOne)
     EXPECT_EQ(open.window.command().edit().text().indexOf("nothing"), -1);
 }
 
+TEST(Window, LeavesACellAloneInWhichSomebodyTypes)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    open.read({both});
+    QTest::keyClick(&open.window, Qt::Key_3, Qt::AltModifier);
+    RowTable& table = open.window.aux().table();
+    type(table, 0, 0, "*.log");
+    table.setCurrentCell(0, 1);
+    table.editItem(table.item(0, 1));
+    QTest::keyClicks(QApplication::focusWidget(), "lo");
+    open.read({both, "{name}.txt"});
+    QTest::keyClicks(QApplication::focusWidget(), "g");
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    open.settle();
+    EXPECT_EQ(open.session.setup().auxRows[0].tag, "log");
+}
+
 TEST(Window, ShowsTheCasesOfAFieldOfTheGrid)
 {
     const TemporaryTree tree(campaign);

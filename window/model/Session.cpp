@@ -157,7 +157,8 @@ void Session::redo()
 void Session::take(const Setup& setup)
 {
     const bool isOtherSource = !haveSameSource(setup, setup_) || !walk_;
-    const Setup before = effective_;
+    const bool areOtherRows = !haveSameRows(setup_.auxRows, setup.auxRows);
+    const std::vector<std::string> sortBefore = effective_.sort;
     const bool hadReading = reading_ != nullptr;
     setup_ = setup;
     effective_ = withSourceOf(effective_, setup_);
@@ -168,11 +169,9 @@ void Session::take(const Setup& setup)
 
     if (isOtherSource && setup_.hasSource())
         startWalk();
-    else if (isOtherReading || !haveSameRows(before.auxRows, effective_.auxRows) ||
-             hadReading != (reading_ != nullptr) ||
-             (matching_ && matching_->aux.size() != setup_.auxRows.size()))
+    else if (isOtherReading || areOtherRows || hadReading != (reading_ != nullptr))
         startMatching();
-    else if (before.sort != effective_.sort)
+    else if (sortBefore != effective_.sort)
         startOrdering();
 }
 

@@ -80,9 +80,11 @@ void AuxEditor::takeSetup()
             const bool isRow = row < table_->filledRows();
             const Setup::AuxRow values = isRow ? rows[static_cast<std::size_t>(row)]
                                                : Setup::AuxRow();
-            table_->itemAt(row, WildcardColumn).setText(editable(values.wildcard));
-            table_->itemAt(row, WildcardColumn).setFont(pathFont());
-            table_->itemAt(row, TagColumn).setText(editable(values.tag));
+            for (const int column : {WildcardColumn, TagColumn}) {
+                QTableWidgetItem& item = table_->itemAt(row, column);
+                if (!table_->isEdited(row, column))
+                    item.setText(editable(column == TagColumn ? values.tag : values.wildcard));
+            }
             table_->itemAt(row, FilesColumn).setText({});
             table_->itemAt(row, FilesColumn).setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable);
         }
@@ -110,7 +112,10 @@ void AuxEditor::takeResults()
         for (const int column : {WildcardColumn, TagColumn}) {
             const bool isWrong =
                 !result.error.empty() && (column == TagColumn) == result.isTagWrong;
+            if (table_->isEdited(row, column))
+                continue;
             QTableWidgetItem* const item = table_->item(row, column);
+            item->setFont(column == WildcardColumn ? pathFont() : font());
             item->setForeground(isWrong ? QBrush(errorColour(palette())) : QBrush());
             item->setToolTip(isWrong ? shown(result.error) : QString());
         }

@@ -88,10 +88,12 @@ void MarkersEditor::takeSetup()
         const Setup::Marker marker = isRow ? markers[static_cast<std::size_t>(row)]
                                            : Setup::Marker();
         QTableWidgetItem& item = table_->itemAt(row, MarkerColumn);
-        item.setText(editable(marker.text));
-        item.setFont(pathFont());
-        item.setForeground(isRow ? columnColour(static_cast<std::size_t>(row), palette())
-                                 : palette().color(QPalette::Text));
+        if (!table_->isEdited(row, MarkerColumn)) {
+            item.setText(editable(marker.text));
+            item.setFont(pathFont());
+            item.setForeground(isRow ? columnColour(static_cast<std::size_t>(row), palette())
+                                     : palette().color(QPalette::Text));
+        }
         table_->itemAt(row, TypeColumn)
             .setFlags(isRow ? Qt::ItemIsEnabled | Qt::ItemIsSelectable : Qt::NoItemFlags);
         auto* combo = qobject_cast<QComboBox*>(table_->cellWidget(row, TypeColumn));

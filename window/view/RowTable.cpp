@@ -37,6 +37,11 @@ QTableWidgetItem& RowTable::itemAt(int row, int column)
     return *item(row, column);
 }
 
+bool RowTable::isEdited(int row, int column) const
+{
+    return state() == EditingState && currentRow() == row && currentColumn() == column;
+}
+
 void RowTable::keyPressEvent(QKeyEvent* event)
 {
     const int row = currentRow();

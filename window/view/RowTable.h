@@ -20,6 +20,9 @@ public:
     /// The item of a cell, made where there is none.
     QTableWidgetItem& itemAt(int row, int column);
 
+    /// Whether somebody types in the cell: what is set there now would take the place of that.
+    bool isEdited(int row, int column) const;
+
 Q_SIGNALS:
     void rowRemoved(int row);
     void rowMoved(int from, int to);
