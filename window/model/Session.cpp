@@ -4,6 +4,9 @@
 #include <exception>
 #include <utility>
 
+#include <QRunnable>
+#include <QThreadPool>
+
 #include "casetable/importing/PlainTagValidator.h"
 #include "casetable/listing/ReadList.h"
 #include "casetable/options/ColumnNames.h"
@@ -76,6 +79,26 @@ std::vector<MetadataPattern> patternsOf(const std::vector<Setup::Marker>& marker
                                                                : MetadataPattern::StringValue);
     }
     return patterns;
+}
+
+// Frees a matching on a thread of its own when nobody needs it any more: that takes long enough to
+// be felt.
+class Disposal : public QRunnable {
+public:
+    explicit Disposal(std::shared_ptr<const Matching> matching) : matching_(std::move(matching)) {}
+
+    void run() override { matching_.reset(); }
+
+private:
+    std::shared_ptr<const Matching> matching_;
+};
+
+std::shared_ptr<const Matching> freedElsewhere(std::shared_ptr<const Matching> matching)
+{
+    const Matching* const plain = matching.get();
+    return {plain, [matching = std::move(matching)](const Matching* /*plain*/) mutable {
+                QThreadPool::globalInstance()->start(new Disposal(std::move(matching)));
+            }};
 }
 
 bool areSame(const std::vector<SortKey>& left, const std::vector<SortKey>& right)
@@ -320,6 +343,7 @@ void Session::startMatching()
             matchFiles(files, reading, rows, rootName, jobs, isCancelled);
         if (!matching)
             return;
+        matching = freedElsewhere(std::move(matching));
         // Where a row of auxiliary files was left out, so were its columns.
         if (!matching->import || isAnyBad(matching->aux))
             keys.clear();

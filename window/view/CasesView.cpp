@@ -156,6 +156,9 @@ void CasesView::keyPressEvent(QKeyEvent* event)
 
 void CasesView::sortBy(int section)
 {
+    // The columns that are shown may no longer be those of the reading.
+    if (session_.isMatching() || section < 0 || section >= model_.columnCount())
+        return;
     const SortKey* const now = static_cast<Header*>(horizontalHeader())->keyOf(section);
     Setup setup = session_.setup();
     setup.sort.clear();

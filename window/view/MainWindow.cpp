@@ -51,6 +51,9 @@ namespace {
 const int mostRecent = 10;
 const int messageMilliseconds = 8000;
 
+// Of so many selected paths the cases are shown.
+const std::size_t mostFollowed = 1000;
+
 std::string bytesOfFile(const QString& file)
 {
     return QFile::encodeName(file).toStdString();
@@ -735,10 +738,11 @@ void MainWindow::followPath()
     if (!session_.filter().cases.empty())
         return;
     std::vector<std::uint32_t> cases;
-    const QModelIndexList rows = paths_->selectionModel()->selectedRows();
-    for (const QModelIndex& index : rows.mid(0, 1000)) {
-        if (const auto each = pathsModel_.caseOf(index.row()))
-            cases.push_back(static_cast<std::uint32_t>(*each));
+    for (const QItemSelectionRange& range : paths_->selectionModel()->selection()) {
+        for (int row = range.top(); row <= range.bottom() && cases.size() < mostFollowed; ++row) {
+            if (const auto each = pathsModel_.caseOf(row))
+                cases.push_back(static_cast<std::uint32_t>(*each));
+        }
     }
     cases_->follow(cases);
 }
