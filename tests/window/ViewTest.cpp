@@ -107,10 +107,13 @@ TEST(CaseOrder, IsThatOfTheSortedReport)
         for (std::size_t n = random() % 3; n > 0; --n)
             keys.push_back({random() % 4, random() % 2 == 0});
         const Report report = sorted(caseReport(table), keys);
-        const Indices order = caseOrder(table, keys);
+        const CaseOrder both = orderOf(table, keys);
+        const Indices& order = both.cases;
         ASSERT_EQ(order.size(), report.rowCount);
-        for (std::size_t row = 0; row < order.size(); ++row)
+        for (std::size_t row = 0; row < order.size(); ++row) {
             EXPECT_EQ(report.row(row).cells.front(), std::to_string(order[row]));
+            EXPECT_EQ(both.rows[order[row]], row);
+        }
     }
 }
 

@@ -430,6 +430,7 @@ TEST(Window, ShowsTheCasesOfAFieldOfTheGrid)
     OpenWindow open(tree.path());
     open.read({both});
     QTest::keyClick(&open.window, Qt::Key_6, Qt::AltModifier);
+    open.settle();
     GridPicture& picture = open.window.grid().picture();
     ASSERT_EQ(picture.grid().fields.size(), 4U);
     EXPECT_EQ(picture.grid().holes(), 1U);
@@ -448,6 +449,8 @@ TEST(Window, SavesThePictureOfTheGrid)
     const TemporaryTree tree(campaign);
     OpenWindow open(tree.path());
     open.read({both});
+    open.window.tables().setCurrentWidget(&open.window.grid());
+    open.settle();
     const QString file = QString::fromStdString(tree.path("grid.png"));
     open.window.savePicture(file);
     EXPECT_FALSE(QPixmap(file).isNull());

@@ -38,12 +38,6 @@ void CasesModel::take()
         columns_ = caseColumns(table.patterns, table.tags);
         header_ = uniqueHeader(columns_);
     }
-    rowOf_.clear();
-    if (const auto* order = session_.caseOrder()) {
-        rowOf_.resize(order->size());
-        for (std::size_t row = 0; row < order->size(); ++row)
-            rowOf_[(*order)[row]] = static_cast<std::uint32_t>(row);
-    }
     endResetModel();
 }
 
@@ -99,12 +93,15 @@ std::size_t CasesModel::caseOf(int row) const
 {
     const auto* const order = session_.caseOrder();
     const auto at = static_cast<std::size_t>(row);
-    return order != nullptr && at < order->size() ? (*order)[at] : at;
+    return order != nullptr && at < order->cases.size() ? order->cases[at] : at;
 }
 
 int CasesModel::rowOf(std::size_t caseIndex) const
 {
-    return static_cast<int>(rowOf_.empty() ? caseIndex : rowOf_[caseIndex]);
+    const auto* const order = session_.caseOrder();
+    return static_cast<int>(order != nullptr && caseIndex < order->rows.size()
+                                ? order->rows[caseIndex]
+                                : caseIndex);
 }
 
 std::string CasesModel::tabbed(const std::vector<int>& rows) const

@@ -46,7 +46,6 @@ private:
     std::shared_ptr<const Matching> matching_;
     std::vector<Column> columns_;
     std::vector<std::string> header_;
-    std::vector<std::uint32_t> rowOf_; // Of each case, where there is an order.
 };
 
 } // namespace casetable

@@ -120,7 +120,7 @@ bool isAnyBad(const std::vector<AuxResult>& results)
 Session::Session(std::size_t jobs)
     : jobs_(jobs), matcher_(std::make_unique<Latest>()), orderer_(std::make_unique<Latest>()),
       filterer_(std::make_unique<Latest>()), answerer_(std::make_unique<Latest>()),
-      saver_(std::make_unique<Latest>())
+      saver_(std::make_unique<Latest>()), gridMaker_(std::make_unique<Latest>())
 {
     timer_.setInterval(lookMilliseconds);
     connect(&timer_, &QTimer::timeout, this, &Session::lookAtWalk);
@@ -347,9 +347,9 @@ void Session::startMatching()
         // Where a row of auxiliary files was left out, so were its columns.
         if (!matching->import || isAnyBad(matching->aux))
             keys.clear();
-        std::vector<std::uint32_t> order;
+        std::optional<CaseOrder> order;
         if (!keys.empty())
-            order = casetable::caseOrder(matching->import->table(), keys);
+            order = orderOf(matching->import->table(), keys);
         const auto finish = [this, number, matching, order = std::move(order), keys]() mutable {
             if (number != matchings_)
                 return;
@@ -383,9 +383,9 @@ void Session::startOrdering()
     isOrdering_ = true;
     orderer_->run([this, number, matching = matching_,
                    keys = sortKeys_](const std::atomic<bool>& isCancelled) {
-        std::vector<std::uint32_t> order;
+        std::optional<CaseOrder> order;
         if (!keys.empty())
-            order = casetable::caseOrder(matching->import->table(), keys);
+            order = orderOf(matching->import->table(), keys);
         if (isCancelled)
             return;
         QMetaObject::invokeMethod(
@@ -438,11 +438,6 @@ void Session::startFiltering()
             },
             Qt::QueuedConnection);
     });
-}
-
-const std::vector<std::uint32_t>* Session::caseOrder() const
-{
-    return caseOrder_.empty() ? nullptr : &caseOrder_;
 }
 
 const std::vector<std::uint32_t>* Session::shownFiles() const
@@ -520,6 +515,27 @@ void Session::suggest()
         });
 }
 
+void Session::makeGrid(std::size_t rowColumn, std::size_t columnColumn)
+{
+    const std::size_t number = ++grids_;
+    isMakingGrid_ = true;
+    gridMaker_->run([this, number, rowColumn, columnColumn,
+                     matching = matching_](const std::atomic<bool>& isCancelled) {
+        Grid grid = gridOf(matching->import->table(), rowColumn, columnColumn);
+        if (isCancelled)
+            return;
+        QMetaObject::invokeMethod(
+            this,
+            [this, number, grid = std::move(grid)] {
+                if (number != grids_)
+                    return;
+                isMakingGrid_ = false;
+                Q_EMIT gridMade(grid);
+            },
+            Qt::QueuedConnection);
+    });
+}
+
 void Session::save(const std::string& file)
 {
     if (isSaving_ || !matching_ || !matching_->import) {
@@ -549,7 +565,7 @@ void Session::save(const std::string& file)
 bool Session::isIdle() const
 {
     return !isWalking() && !isMatching_ && !isOrdering_ && !isFiltering_ && !isAsking_ &&
-           !isSaving_;
+           !isSaving_ && !isMakingGrid_;
 }
 
 } // namespace casetable

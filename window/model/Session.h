@@ -16,6 +16,7 @@
 
 #include "casetable/importing/Sorting.h"
 #include "window/model/Files.h"
+#include "window/model/Grid.h"
 #include "window/model/Latest.h"
 #include "window/model/Matching.h"
 #include "window/model/Naming.h"
@@ -82,7 +83,7 @@ public:
     bool isMatching() const { return isMatching_; }
 
     /// The cases in the order of Setup::sort; null where they stand in their own.
-    const std::vector<std::uint32_t>* caseOrder() const;
+    const CaseOrder* caseOrder() const { return caseOrder_ ? &*caseOrder_ : nullptr; }
     const std::vector<SortKey>& sortKeys() const { return sortKeys_; }
 
     /// Shows the files that the filter says.
@@ -105,6 +106,10 @@ public:
     /// Looks for templates; they come by suggested().
     void suggest();
 
+    /// Makes the grid of two columns, different indices of Reading::patterns() of the matching; it
+    /// comes by gridMade(). A newer one takes the place of it.
+    void makeGrid(std::size_t rowColumn, std::size_t columnColumn);
+
     /// Writes the table that is shown to `file`, as saveTable() does; saved() tells the end.
     void save(const std::string& file);
 
@@ -124,6 +129,7 @@ Q_SIGNALS:
     void shownChanged();
     /// What a name came to: the templates, or else a sentence that says why not.
     void named(const NamedTemplates& result, const QString& error);
+    void gridMade(const Grid& grid);
     void suggested(const std::vector<Suggestion>& suggestions);
     /// That the table was written to a file, or a sentence that says why not.
     void saved(const QString& file, const QString& error);
@@ -166,7 +172,7 @@ private:
     std::shared_ptr<const Matching> matching_;
     bool isMatching_ = false;
     std::size_t matchings_ = 0; // Counts those that were begun.
-    std::vector<std::uint32_t> caseOrder_;
+    std::optional<CaseOrder> caseOrder_;
     std::size_t orders_ = 0;
     bool isOrdering_ = false;
 
@@ -178,6 +184,8 @@ private:
     std::size_t questions_ = 0;
     bool isAsking_ = false;
     bool isSaving_ = false;
+    std::size_t grids_ = 0;
+    bool isMakingGrid_ = false;
 
     // Joined before what their jobs answer to is gone.
     std::unique_ptr<Latest> matcher_;
@@ -185,6 +193,7 @@ private:
     std::unique_ptr<Latest> filterer_;
     std::unique_ptr<Latest> answerer_;
     std::unique_ptr<Latest> saver_;
+    std::unique_ptr<Latest> gridMaker_;
 };
 
 } // namespace casetable

@@ -4,6 +4,7 @@
 #include <cctype>
 #include <numeric>
 #include <string_view>
+#include <utility>
 
 #include "casetable/importing/CaseTable.h"
 #include "casetable/importing/CellOrder.h"
@@ -116,7 +117,7 @@ std::vector<std::uint32_t> shownFiles(const Files& files, const Matching* matchi
     return shown;
 }
 
-std::vector<std::uint32_t> caseOrder(const CaseTable& table, const std::vector<SortKey>& keys)
+CaseOrder orderOf(const CaseTable& table, const std::vector<SortKey>& keys)
 {
     std::vector<std::uint32_t> order(table.caseCount());
     std::iota(order.begin(), order.end(), 0U);
@@ -131,7 +132,10 @@ std::vector<std::uint32_t> caseOrder(const CaseTable& table, const std::vector<S
             return key->isDescending ? l > r : l < r;
         });
     }
-    return order;
+    std::vector<std::uint32_t> rows(order.size());
+    for (std::uint32_t row = 0; row < order.size(); ++row)
+        rows[order[row]] = row;
+    return {std::move(order), std::move(rows)};
 }
 
 } // namespace casetable

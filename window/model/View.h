@@ -41,8 +41,14 @@ std::vector<std::uint32_t> shownFiles(const Files& files, const Matching* matchi
                                       const PathFilter& filter,
                                       const std::atomic<bool>& isCancelled);
 
-/// The indices of the cases in the order of `keys`, columns of caseReport(), as sorted() has them.
-std::vector<std::uint32_t> caseOrder(const CaseTable& table, const std::vector<SortKey>& keys);
+/// Cases in an order.
+struct CaseOrder {
+    std::vector<std::uint32_t> cases; ///< Of each row the index of its case.
+    std::vector<std::uint32_t> rows;  ///< Of each case its row.
+};
+
+/// The cases in the order of `keys`, columns of caseReport(), as sorted() has them.
+CaseOrder orderOf(const CaseTable& table, const std::vector<SortKey>& keys);
 
 } // namespace casetable
 

@@ -80,6 +80,7 @@ CasesView::CasesView(Session& session, CasesModel& model) : session_(session), m
     auto* const header = new Header(model, session);
     setHorizontalHeader(header);
     setModel(&model);
+    ignoreSelectionInHeads(*this);
     setSelectionBehavior(SelectRows);
     setSelectionMode(ExtendedSelection);
     setAlternatingRowColors(true);

@@ -52,11 +52,9 @@ int widest(const std::vector<std::string>& texts, const QFontMetrics& metrics)
 
 } // namespace
 
-void GridPicture::setGrid(Grid grid, std::size_t rowColumn, std::size_t columnColumn)
+void GridPicture::setGrid(Grid grid)
 {
     grid_ = std::move(grid);
-    rowColumn_ = rowColumn;
-    columnColumn_ = columnColumn;
     current_.reset();
     measure();
     setMouseTracking(true);
@@ -257,7 +255,7 @@ GridView::GridView(Session& session)
     counted_->addItems({tr("cases"), tr("files")});
     for (QComboBox* const box : {rows_, columns_, counted_}) {
         box->setSizeAdjustPolicy(QComboBox::AdjustToContents);
-        connect(box, qOverload<int>(&QComboBox::activated), this, &GridView::takeGrid);
+        connect(box, qOverload<int>(&QComboBox::activated), this, &GridView::wantGrid);
     }
     area_->setWidget(picture_);
     area_->setBackgroundRole(QPalette::Base);
@@ -278,20 +276,21 @@ GridView::GridView(Session& session)
     layout->addWidget(told_);
     connect(picture_, &GridPicture::fieldChosen, this, &GridView::casesChosen);
     connect(picture_, &GridPicture::fieldPointed, this, [this](const QString& description) {
-        told_->setText(description.isEmpty() ? told_->property("summary").toString() : description);
+        told_->setText(description.isEmpty() ? summary_ : description);
     });
     connect(save_, &QPushButton::clicked, this, &GridView::saveWanted);
     connect(&session, &Session::matchingChanged, this, &GridView::takeTable);
+    connect(&session, &Session::gridMade, this, &GridView::takeGrid);
     takeTable();
 }
 
 // The columns that were chosen stay chosen while they are there.
 void GridView::takeTable()
 {
-    if (session_.isMatching())
+    if (session_.isMatching() || (matching_ != nullptr && matching_ == session_.matching()))
         return;
-    const auto& matching = session_.matching();
-    const CaseTable* const table = matching ? matching->table() : nullptr;
+    matching_ = session_.matching();
+    const CaseTable* const table = matching_ ? matching_->table() : nullptr;
     QStringList names;
     if (table != nullptr) {
         const std::vector<std::string> header = uniqueHeader(caseColumns(table->patterns, {}));
@@ -309,41 +308,57 @@ void GridView::takeTable()
     }
     if (rows_->currentIndex() == columns_->currentIndex() && names.size() > 1)
         columns_->setCurrentIndex(rows_->currentIndex() == 0 ? 1 : 0);
-    takeGrid();
+    wantGrid();
 }
 
-void GridView::takeGrid()
+void GridView::tell(const QString& sentence)
 {
-    const auto& matching = session_.matching();
-    const CaseTable* const table = matching ? matching->table() : nullptr;
+    summary_ = sentence;
+    told_->setText(sentence);
+}
+
+void GridView::showEvent(QShowEvent* event)
+{
+    QWidget::showEvent(event);
+    if (isWanted_)
+        wantGrid();
+}
+
+void GridView::wantGrid()
+{
+    isWanted_ = !isVisible();
+    const CaseTable* const table = matching_ ? matching_->table() : nullptr;
     const int row = rows_->currentIndex();
     const int column = columns_->currentIndex();
-    Grid grid;
-    QString told;
-    if (table == nullptr || table->patterns.size() < 2)
-        told = tr("A grid needs a reading with two columns or more.");
-    else if (row == column)
-        told = tr("Choose two different columns.");
-    else
-        grid = gridOf(*table, static_cast<std::size_t>(row), static_cast<std::size_t>(column));
-    if (grid.isTooLarge)
-        told = tr("One of these columns has more than %1 values; choose another.")
-                   .arg(Grid::mostValues);
-    else if (told.isEmpty())
-        told = (grid.holes() == 0 ? tr("Every combination has a case.")
-                                  : tr("%1 of %2 combinations are missing.")
-                                        .arg(grid.holes())
-                                        .arg(grid.fields.size())) +
-               (grid.leftOut > 0 ? ' ' + tr("Not shown, as they lack a value: %1.")
-                                             .arg(counted(grid.leftOut, tr("case"), tr("cases")))
-                                 : QString());
+    const bool hasTwo = table != nullptr && table->patterns.size() > 1;
+    if (hasTwo && row != column) {
+        if (!isWanted_)
+            session_.makeGrid(static_cast<std::size_t>(row), static_cast<std::size_t>(column));
+        return;
+    }
+    picture_->setGrid({});
+    save_->setEnabled(false);
+    tell(hasTwo ? tr("Choose two different columns.")
+                : tr("A grid needs a reading with two columns or more."));
+}
+
+void GridView::takeGrid(const Grid& grid)
+{
     picture_->count(counted_->currentIndex() == 0 ? GridPicture::Counted::Cases
                                                   : GridPicture::Counted::Files);
-    picture_->setGrid(std::move(grid), static_cast<std::size_t>(std::max(row, 0)),
-                      static_cast<std::size_t>(std::max(column, 0)));
-    save_->setEnabled(!picture_->grid().fields.empty());
-    told_->setProperty("summary", told);
-    told_->setText(told);
+    picture_->setGrid(grid);
+    save_->setEnabled(!grid.fields.empty());
+    if (grid.isTooLarge)
+        return tell(tr("One of these columns has more than %1 values; choose another.")
+                        .arg(Grid::mostValues));
+    QString told = grid.holes() == 0 ? tr("Every combination has a case.")
+                                     : tr("%1 of %2 combinations are missing.")
+                                           .arg(grid.holes())
+                                           .arg(grid.fields.size());
+    if (grid.leftOut > 0)
+        told += ' ' + tr("Not shown, as they lack a value: %1.")
+                          .arg(counted(grid.leftOut, tr("case"), tr("cases")));
+    tell(told);
 }
 
 QPixmap GridView::drawn() const

@@ -2,6 +2,7 @@
 #define WINDOW_VIEW_GRIDVIEW_H
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -18,6 +19,7 @@ class QScrollArea;
 namespace casetable {
 
 class Session;
+struct Matching;
 
 /// The picture of a grid: fields coloured by their counts, holes hatched. The arrows go from field
 /// to field; a click or Enter chooses the cases of one.
@@ -27,8 +29,7 @@ class GridPicture : public QWidget {
 public:
     enum class Counted { Cases, Files };
 
-    /// `rowColumn` and `columnColumn` give the colours of the heads.
-    void setGrid(Grid grid, std::size_t rowColumn, std::size_t columnColumn);
+    void setGrid(Grid grid);
     void count(Counted counted);
 
     const Grid& grid() const { return grid_; }
@@ -66,8 +67,6 @@ private:
     std::size_t countOf(const Grid::Field& field) const;
 
     Grid grid_;
-    std::size_t rowColumn_ = 0;
-    std::size_t columnColumn_ = 0;
     Counted counted_ = Counted::Cases;
     int headWidth_ = 0;
     int headHeight_ = 0;
@@ -95,9 +94,14 @@ Q_SIGNALS:
     void casesChosen(const std::vector<std::uint32_t>& cases);
     void saveWanted();
 
+protected:
+    void showEvent(QShowEvent* event) override;
+
 private:
     void takeTable();
-    void takeGrid();
+    void wantGrid();
+    void takeGrid(const Grid& grid);
+    void tell(const QString& sentence);
 
     Session& session_;
     QComboBox* rows_;
@@ -107,6 +111,9 @@ private:
     QScrollArea* area_;
     GridPicture* picture_;
     QLabel* told_;
+    QString summary_;
+    std::shared_ptr<const Matching> matching_; // Of which the columns are listed.
+    bool isWanted_ = false;                    // A grid is wanted once this is seen.
 };
 
 } // namespace casetable

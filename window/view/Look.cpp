@@ -6,7 +6,9 @@
 #include <QFontDatabase>
 #include <QFontInfo>
 #include <QFontMetricsF>
+#include <QHeaderView>
 #include <QProxyStyle>
+#include <QTableView>
 #include <QWidget>
 
 namespace casetable {
@@ -140,6 +142,12 @@ void makeRoomy(QWidget& widget)
     auto* const style = new RoomyStyle;
     style->setParent(&widget);
     widget.setStyle(style);
+}
+
+void ignoreSelectionInHeads(QTableView& table)
+{
+    for (QHeaderView* const head : {table.horizontalHeader(), table.verticalHeader()})
+        head->setSelectionModel(new QItemSelectionModel(table.model(), head));
 }
 
 int em(const QFont& font, qreal count)

@@ -10,6 +10,7 @@
 #include <QString>
 #include <QTextCharFormat>
 
+class QTableView;
 class QWidget;
 
 namespace casetable {
@@ -41,6 +42,10 @@ QFont pathFont();
 
 /// Gives the cells of a table, or of its head, some room at their sides.
 void makeRoomy(QWidget& widget);
+
+/// Keeps the heads of a table from looking at its selection, which costs a question for each row.
+/// The table has its model.
+void ignoreSelectionInHeads(QTableView& table);
 
 /// A part of a length in the font's own measure, so that distances scale with the text.
 int em(const QFont& font, qreal count);

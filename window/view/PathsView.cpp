@@ -308,6 +308,7 @@ PathsView::PathsView(const Session& session, PathsModel& model)
     : session_(session), model_(model), delegate_(new Delegate(*this))
 {
     setModel(&model);
+    ignoreSelectionInHeads(*this);
     setItemDelegate(delegate_);
     setSelectionBehavior(SelectRows);
     setSelectionMode(ExtendedSelection);
