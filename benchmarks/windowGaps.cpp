@@ -1,8 +1,8 @@
 // Measures how long the window is without an answer while it works on many files.
 //   windowGaps FOLDER|LIST TEMPLATE
-// The template is typed, and reads the files. Prints for each thing that a user does the longest gap
-// of the event loop, what part of the gaps is longer than 50 ms, and how long the work took until all
-// was shown.
+// The template is typed, and reads the files. Prints for each thing that a user does the longest
+// gap of the event loop, what part of the gaps is longer than 50 ms, and how long the work took
+// until all was shown.
 
 #include <algorithm>
 #include <cstddef>
@@ -59,9 +59,10 @@ public:
     void print(const char* what, double seconds)
     {
         note();
-        const auto late = std::count_if(gaps_.begin(), gaps_.end(), [](double gap) { return gap > 50; });
-        std::printf("%-28s %8.1f ms longest %6.2f %% above 50 ms %8.2f s until all is shown\n", what,
-                    *std::max_element(gaps_.begin(), gaps_.end()),
+        const auto late =
+            std::count_if(gaps_.begin(), gaps_.end(), [](double gap) { return gap > 50; });
+        std::printf("%-28s %8.1f ms longest %6.2f %% above 50 ms %8.2f s until all is shown\n",
+                    what, *std::max_element(gaps_.begin(), gaps_.end()),
                     100.0 * static_cast<double>(late) / static_cast<double>(gaps_.size()), seconds);
         static_cast<void>(std::fflush(stdout));
     }

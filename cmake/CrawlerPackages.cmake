@@ -1,5 +1,5 @@
-# Describes three Debian packages to cpack, one for each component of the installation: the shared
-# library, what a host is developed with, and the program.
+# Describes the Debian packages to cpack, one for each component of the installation: the shared
+# library, what a host is developed with, the program, and the window.
 set(crawler_library_package libcrawler${PROJECT_VERSION_MAJOR})
 set(crawler_debian_version ${PROJECT_VERSION}-1)
 
@@ -61,6 +61,23 @@ groups files with equal values into numbered cases, and writes the table as
 CSV, TSV, JSON, XML, for people or as an SQLite database. It proposes markers,
 and tells how a path is read.")
 
+set(crawler_components LIBRARY DEVELOPMENT PROGRAM)
+if(CRAWLER_BUILD_WINDOW)
+  list(APPEND crawler_components WINDOW)
+  set(CPACK_DEBIAN_WINDOW_PACKAGE_NAME casetable-window)
+  set(CPACK_DEBIAN_WINDOW_PACKAGE_SECTION science)
+  set(CPACK_DEBIAN_WINDOW_PACKAGE_SHLIBDEPS ON)
+  # The icon is a drawing, which only this plugin reads.
+  set(CPACK_DEBIAN_WINDOW_PACKAGE_DEPENDS
+      "${crawler_library_package} (= ${crawler_debian_version}), libqt5svg5")
+  set(CPACK_DEBIAN_WINDOW_PACKAGE_SUGGESTS casetable)
+  set(CPACK_DEBIAN_WINDOW_DESCRIPTION
+      "turns folder trees of results into case tables (window)
+Shows the files of a folder tree, what is read from each path, and the table
+of cases that comes of it. A value that is selected in a path and named
+becomes a column. A grid shows which combinations of values are missing.")
+endif()
+
 # What every package says of itself.
 function(crawler_gzip from to)
   execute_process(COMMAND gzip -9 --no-name --stdout ${from} OUTPUT_FILE ${to})
@@ -71,7 +88,7 @@ configure_file(${PROJECT_SOURCE_DIR}/cmake/debian/changelog.in ${crawler_doc_dir
 crawler_gzip(${crawler_doc_dir}/changelog.Debian ${crawler_doc_dir}/changelog.Debian.gz)
 crawler_gzip(${PROJECT_SOURCE_DIR}/CHANGELOG.md ${crawler_doc_dir}/changelog.gz)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/CHANGELOG.md)
-foreach(component LIBRARY DEVELOPMENT PROGRAM)
+foreach(component ${crawler_components})
   string(TOLOWER ${component} name)
   install(
     FILES ${PROJECT_SOURCE_DIR}/cmake/debian/copyright ${crawler_doc_dir}/changelog.Debian.gz

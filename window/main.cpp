@@ -13,8 +13,8 @@
 #include "casetable/options/OptionTable.h"
 #include "casetable/system/Console.h"
 #include "casetable/system/ExitCode.h"
-#include "casetable/system/OutputGuards.h"
 #include "casetable/system/Interrupt.h"
+#include "casetable/system/OutputGuards.h"
 #include "casetable/system/Processors.h"
 #include "window/model/Saving.h"
 #include "window/model/Session.h"
@@ -27,21 +27,23 @@ namespace casetable {
 namespace {
 
 // The options that the window has of its own.
-const char* const ownHelp = R"(  --grab FILE.png       Save a picture of the window once all is read, and exit
+const char* const ownHelp =
+    R"(  --grab FILE.png       Save a picture of the window once all is read, and exit
   --dark                Light text on a dark ground
   --help, --version     Print this help, or the version, and exit
 )";
 
-const OptionId ofReading[] = {OptionId::String,  OptionId::Number,   OptionId::Template,
-                              OptionId::Aux,     OptionId::FromList, OptionId::Null,
-                              OptionId::Exclude, OptionId::Hidden,   OptionId::MaxDepth,
+const OptionId ofReading[] = {OptionId::String,  OptionId::Number,    OptionId::Template,
+                              OptionId::Aux,     OptionId::FromList,  OptionId::Null,
+                              OptionId::Exclude, OptionId::Hidden,    OptionId::MaxDepth,
                               OptionId::Follow,  OptionId::KeepGoing, OptionId::Sort};
 
 std::string help()
 {
-    std::string text = "Shows the files below ROOT, what is read from their paths, and the cases.\n"
-                       "Usage: casetable-window [OPTIONS] [ROOT | SETUP.casetable]\n\nOptions, as of "
-                       "casetable:\n";
+    std::string text =
+        "Shows the files below ROOT, what is read from their paths, and the cases.\n"
+        "Usage: casetable-window [OPTIONS] [ROOT | SETUP.casetable]\n\nOptions, as of "
+        "casetable:\n";
     for (const OptionId id : ofReading) {
         const Option& option = optionOf(id);
         std::string line = "  ";
@@ -111,8 +113,8 @@ void grabWhenIdle(const Session& session, MainWindow& window, const std::string&
             const bool isSaved = window.grab().save(QFile::decodeName(file.c_str()), "PNG");
             if (!isSaved)
                 Console().error(file + ": the picture cannot be written");
-            QApplication::exit(static_cast<int>(isSaved ? ExitCode::Cases
-                                                        : ExitCode::OutputFailed));
+            QApplication::exit(
+                static_cast<int>(isSaved ? ExitCode::Cases : ExitCode::OutputFailed));
         });
     });
     timer->start(20);

@@ -72,8 +72,7 @@ TEST(Matching, CountsTheFilesOfEachRowOfAuxiliaryFiles)
                                   {{"*.log", "log"}, {"", ""}, {"*.dat", "data"}});
     EXPECT_EQ(matching->aux[0].fileCount, 2U);
     EXPECT_EQ(matching->aux[2].fileCount, 1U);
-    EXPECT_EQ(matching->auxOf,
-              std::vector<std::uint32_t>({0, 2, 0, Matching::none}));
+    EXPECT_EQ(matching->auxOf, std::vector<std::uint32_t>({0, 2, 0, Matching::none}));
     EXPECT_EQ(matching->table()->tags, Texts({"log", "data"}));
 }
 
@@ -91,10 +90,9 @@ TEST(Matching, TellsWhatIsWrongWithARowAndLeavesItOut)
 
 TEST(Matching, TellsWhyItFailed)
 {
-    const Reading overlapping({{".ab", MetadataPattern::StringValue},
-                               {"b", MetadataPattern::StringValue}});
-    const auto matching =
-        matchFiles(filesOf({"y.ab"}), overlapping, {}, "root", 1, notCancelled());
+    const Reading overlapping(
+        {{".ab", MetadataPattern::StringValue}, {"b", MetadataPattern::StringValue}});
+    const auto matching = matchFiles(filesOf({"y.ab"}), overlapping, {}, "root", 1, notCancelled());
     EXPECT_EQ(matching->table(), nullptr);
     EXPECT_EQ(matching->failure.find("y.ab: the markers overlap"), 0U) << matching->failure;
 }
@@ -102,9 +100,9 @@ TEST(Matching, TellsWhyItFailed)
 TEST(Matching, ComesToNothingWhenItIsCancelled)
 {
     const std::atomic<bool> isCancelled(true);
-    EXPECT_EQ(matchFiles(filesOf({"a"}), Reading(TemplateList({"{a}"})), {}, "root", 1,
-                         isCancelled),
-              nullptr);
+    EXPECT_EQ(
+        matchFiles(filesOf({"a"}), Reading(TemplateList({"{a}"})), {}, "root", 1, isCancelled),
+        nullptr);
 }
 
 TEST(PathReader, SaysWhatEachByteIsToATemplate)
@@ -132,8 +130,8 @@ TEST(PathReader, SaysWhyAPathIsUnmatched)
     const PathRead read = reader.read("ab/foo");
     EXPECT_EQ(read.reason, "'{n:number}' does not fit behind 'a'");
     EXPECT_EQ(read.fitting, 1U);
-    PathReader byMarkers(std::make_shared<const Reading>(
-        Reading({{"T", MetadataPattern::NumberValue}})));
+    PathReader byMarkers(
+        std::make_shared<const Reading>(Reading({{"T", MetadataPattern::NumberValue}})));
     EXPECT_EQ(byMarkers.read("ab/foo").reason, "'T': not found");
 }
 

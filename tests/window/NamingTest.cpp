@@ -19,8 +19,7 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-const Texts campaign = {"geometry/planform.txt",
-                        "wingA/Mach0.80/AoA-2.5/run_0001_Re6.5e6/flow.vtu",
+const Texts campaign = {"geometry/planform.txt", "wingA/Mach0.80/AoA-2.5/run_0001_Re6.5e6/flow.vtu",
                         "wingA/Mach0.80/AoA0.0/run_0002_Re6.5e6/flow.vtu",
                         "wingA/Mach0.85/AoA2.5/run_0007_Re6.8e6/flow.vtu",
                         "wingB/Mach0.80/AoA2.5/run_0012_Re1.2E+07/flow.vtu"};
@@ -36,8 +35,7 @@ NamedTemplates name(const std::string& marked, const std::string& name, const Te
     bytes.path.erase(bytes.path.find('<'), 1);
     bytes.path.erase(bytes.path.find('>'), 1);
     bytes.name = name;
-    return nameBytes(bytes, templates,
-                     findNeighbours(filesOf(paths), bytes.path, notCancelled()));
+    return nameBytes(bytes, templates, findNeighbours(filesOf(paths), bytes.path, notCancelled()));
 }
 
 std::string refusal(const std::string& marked, const std::string& column,
@@ -67,17 +65,15 @@ std::string value(const std::string& pathTemplate, const std::string& path,
 
 TEST(NameBytes, MakesATemplateOfWhatNeighboursHaveInCommon)
 {
-    EXPECT_EQ(name("wingA/Mach<0.80>/AoA-2.5/run_0001_Re6.5e6/flow.vtu", "Mach", campaign)
-                  .templates,
-              Texts({"*/Mach{Mach:number}/*/*/flow.vtu"}));
-    EXPECT_EQ(name("wing<A>/Mach0.80/AoA-2.5/run_0001_Re6.5e6/flow.vtu", "wing", campaign)
-                  .templates,
-              Texts({"wing{wing:word}/*/*/*/flow.vtu"}));
-    EXPECT_EQ(name("wingA/Mach0.80/AoA-2.5/run_<0001>_Re6.5e6/flow.vtu", "run", campaign)
-                  .templates,
+    EXPECT_EQ(
+        name("wingA/Mach<0.80>/AoA-2.5/run_0001_Re6.5e6/flow.vtu", "Mach", campaign).templates,
+        Texts({"*/Mach{Mach:number}/*/*/flow.vtu"}));
+    EXPECT_EQ(
+        name("wing<A>/Mach0.80/AoA-2.5/run_0001_Re6.5e6/flow.vtu", "wing", campaign).templates,
+        Texts({"wing{wing:word}/*/*/*/flow.vtu"}));
+    EXPECT_EQ(name("wingA/Mach0.80/AoA-2.5/run_<0001>_Re6.5e6/flow.vtu", "run", campaign).templates,
               Texts({"*/*/*/run_{run:digits}_Re*/flow.vtu"}));
-    EXPECT_EQ(name("wingA/Mach0.80/AoA-2.5/run_0001_Re<6.5e6>/flow.vtu", "Re", campaign)
-                  .templates,
+    EXPECT_EQ(name("wingA/Mach0.80/AoA-2.5/run_0001_Re<6.5e6>/flow.vtu", "Re", campaign).templates,
               Texts({"*/*/*/*_Re{Re:number}/flow.vtu"}));
 }
 
@@ -88,16 +84,15 @@ TEST(NameBytes, KeepsTheColumnsThatTheTemplateHas)
     const Texts two =
         name("wingA/Mach0.80/AoA<-2.5>/run_0001_Re6.5e6/flow.vtu", "AoA", campaign, one).templates;
     EXPECT_EQ(two, Texts({"*/Mach{Mach:number}/AoA{AoA:number}/*/flow.vtu"}));
-    EXPECT_EQ(name("wingA/Mach0.80/AoA-2.5/run_0001_Re<6.5e6>/flow.vtu", "Re", campaign, two)
-                  .templates,
-              Texts({"*/Mach{Mach:number}/AoA{AoA:number}/*_Re{Re:number}/flow.vtu"}));
+    EXPECT_EQ(
+        name("wingA/Mach0.80/AoA-2.5/run_0001_Re<6.5e6>/flow.vtu", "Re", campaign, two).templates,
+        Texts({"*/Mach{Mach:number}/AoA{AoA:number}/*_Re{Re:number}/flow.vtu"}));
 }
 
 TEST(NameBytes, AddsATemplateWhereNoneFits)
 {
-    const NamedTemplates result =
-        name("wingA/Mach<0.80>/AoA-2.5/run_0001_Re6.5e6/flow.vtu", "Mach", campaign,
-             {"", "{other}.txt"});
+    const NamedTemplates result = name("wingA/Mach<0.80>/AoA-2.5/run_0001_Re6.5e6/flow.vtu", "Mach",
+                                       campaign, {"", "{other}.txt"});
     EXPECT_EQ(result.templates.size(), 3U);
     EXPECT_EQ(result.index, 2U);
     EXPECT_EQ(result.templates[1], "{other}.txt");
@@ -114,8 +109,10 @@ TEST(NameBytes, LeavesAloneWhatIsTypedElsewhereInTheTemplate)
 TEST(NameBytes, TakesTheNarrowestTypeThatAllNeighboursFit)
 {
     const std::vector<std::pair<Texts, std::string>> rows = {
-        {{"a<1>_x", "a2_x"}, "a{v:number}_x"},   {{"a<01>_x", "a12_x"}, "a{v:digits}_x"},
-        {{"a<1>_x", "ab2_x"}, "a{v:word}_x"},    {{"a<1>_x", "ab-2_x"}, "a{v}_x"},
+        {{"a<1>_x", "a2_x"}, "a{v:number}_x"},
+        {{"a<01>_x", "a12_x"}, "a{v:digits}_x"},
+        {{"a<1>_x", "ab2_x"}, "a{v:word}_x"},
+        {{"a<1>_x", "ab-2_x"}, "a{v}_x"},
         {{"a<1.5>_x", "a-2_x"}, "a{v:number}_x"}};
     for (const auto& [paths, expected] : rows) {
         std::string plain = paths[0];
@@ -134,8 +131,7 @@ TEST(NameBytes, SaysWhatCannotBeNamed)
               "a value stands between two \"/\"; select part of one name");
     EXPECT_EQ(refusal(path, "m", {"*/Mach{Mach:number}/**"}),
               "this belongs to the column \"Mach\" already");
-    EXPECT_EQ(refusal(path, "wing", {"{wing}/**"}),
-              "the template has a column \"wing\" already");
+    EXPECT_EQ(refusal(path, "wing", {"{wing}/**"}), "the template has a column \"wing\" already");
     EXPECT_NE(refusal(path, "a b!"), "no refusal");
     EXPECT_NE(refusal(path, "path"), "no refusal");
     EXPECT_NE(refusal(path, "wing", {"{wing}.txt"}), "no refusal");
@@ -146,7 +142,8 @@ TEST(NameBytes, SaysWhatCannotBeNamed)
 TEST(NameBytes, ReadsExactlyTheBytesOfAnyPath)
 {
     std::mt19937 random(13);
-    const Texts parts = {"a", "b", "1", "20", ".", "_", "-", "/", "é", "\xff", "*", "{", "run", "["};
+    const Texts parts = {"a", "b", "1",    "20", ".", "_",   "-",
+                         "/", "é", "\xff", "*",  "{", "run", "["};
     int named = 0;
     for (int i = 0; i < 400; ++i) {
         std::set<std::string> paths;

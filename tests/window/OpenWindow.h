@@ -59,8 +59,7 @@ public:
         const QAbstractItemModel& model = *window.cases().model();
         std::vector<std::vector<std::string>> rows(1);
         for (int column = 0; column < model.columnCount(); ++column)
-            rows[0].push_back(
-                model.headerData(column, Qt::Horizontal).toString().toStdString());
+            rows[0].push_back(model.headerData(column, Qt::Horizontal).toString().toStdString());
         for (int row = 0; row < model.rowCount(); ++row) {
             rows.emplace_back();
             for (int column = 0; column < model.columnCount(); ++column)

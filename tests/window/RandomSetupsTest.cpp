@@ -54,13 +54,11 @@ public:
         } else {
             setup.by = Setup::By::Markers;
             for (std::size_t n = 1 + choose(2); n > 0; --n)
-                setup.markers.push_back(
-                    {oneOf({"wing", "T", "run_", "/"}), choose(2) == 0});
+                setup.markers.push_back({oneOf({"wing", "T", "run_", "/"}), choose(2) == 0});
         }
         for (std::size_t n = choose(3); n > 0; --n)
-            setup.auxRows.push_back(
-                {oneOf({"*.log", "*.vtu", "solver.*", "*.nothing", "*"}),
-                 oneOf({"log", "field", ""})});
+            setup.auxRows.push_back({oneOf({"*.log", "*.vtu", "solver.*", "*.nothing", "*"}),
+                                     oneOf({"log", "field", ""})});
         for (std::size_t n = choose(3); n > 0; --n)
             setup.sort.push_back(oneOf({"T", "-T", "files", "-case", "wing", "missing"}));
         return setup;

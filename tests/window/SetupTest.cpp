@@ -139,8 +139,7 @@ TEST(Setup, RefusesWhatNoCommandLineSays)
     EXPECT_EQ(refusal({"--from-list", "a", "b"}), "--from-list and ROOT exclude each other");
     EXPECT_EQ(refusal({"-n", "T", "-t", "{a}"}), "--template and markers exclude each other");
     EXPECT_EQ(refusal({"--aux", "x"}), "--aux 'x': expected SYNTAX=TAG");
-    EXPECT_EQ(refusal({"--max-depth", "0"}),
-              "--max-depth '0': expected a whole number from 1");
+    EXPECT_EQ(refusal({"--max-depth", "0"}), "--max-depth '0': expected a whole number from 1");
 }
 
 TEST(Setup, IsCheckedByTheProgramsOwnRules)

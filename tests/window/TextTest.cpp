@@ -16,10 +16,21 @@ namespace {
 // Often UTF-8, and often nearly.
 std::string randomBytes(std::mt19937& random)
 {
-    const std::string pieces[] = {"a",        "/",        "\n",           "\xff",
-                                  "\xc3\xa9", "\xc3",     "\xe2\x80\xae", "\xed\xa0\x80",
-                                  "\xe2\x80", "\\",       "\xf0\x9f\x98\x80",
-                                  "\x7f",     "\xef\xbb\xbf", "\xc0\x80", "\xf4\x90\x80\x80"};
+    const std::string pieces[] = {"a",
+                                  "/",
+                                  "\n",
+                                  "\xff",
+                                  "\xc3\xa9",
+                                  "\xc3",
+                                  "\xe2\x80\xae",
+                                  "\xed\xa0\x80",
+                                  "\xe2\x80",
+                                  "\\",
+                                  "\xf0\x9f\x98\x80",
+                                  "\x7f",
+                                  "\xef\xbb\xbf",
+                                  "\xc0\x80",
+                                  "\xf4\x90\x80\x80"};
     std::string bytes;
     for (std::size_t n = random() % 8; n > 0; --n)
         bytes += pieces[random() % std::size(pieces)];
@@ -60,8 +71,8 @@ TEST(ShownText, KnowsWhichBytesStandWhere)
 {
     const ShownText text("a\nb\xff\xc3\xa9z");
     ASSERT_EQ(text.text(), QString::fromUtf8("a\\nb\\xfféz"));
-    const std::pair<std::size_t, int> places[] = {{0, 0}, {1, 1}, {2, 3}, {3, 4}, {4, 8}, {6, 9},
-                                                  {7, 10}};
+    const std::pair<std::size_t, int> places[] = {{0, 0}, {1, 1}, {2, 3}, {3, 4},
+                                                  {4, 8}, {6, 9}, {7, 10}};
     for (const auto& [offset, place] : places) {
         EXPECT_EQ(text.placeOf(offset), place);
         EXPECT_EQ(text.offsetAt(place), offset);

@@ -42,22 +42,19 @@ bool isShown(const Matching& matching, std::size_t file, const PathFilter& filte
         return false;
     if (filter.which == PathFilter::Which::Unmatched && isMatched)
         return false;
-    if (!filter.cases.empty() &&
-        (!isMatched ||
-         std::find(filter.cases.begin(), filter.cases.end(), index) == filter.cases.end()))
+    if (!filter.cases.empty() && (!isMatched || std::find(filter.cases.begin(), filter.cases.end(),
+                                                          index) == filter.cases.end()))
         return false;
     return !filter.value ||
-           (isMatched &&
-            matching.table()->cell(index, filter.value->column) == filter.value->text);
+           (isMatched && matching.table()->cell(index, filter.value->column) == filter.value->text);
 }
 
 Texts somePaths(std::mt19937& random, std::size_t most)
 {
     Texts paths;
     for (std::size_t n = 1 + random() % most; n > 0; --n)
-        paths.push_back((random() % 2 == 0 ? "Run" : "run") + std::to_string(random() % 12) +
-                        "/T" + std::to_string(random() % 4) + (random() % 3 == 0 ? "x" : "") +
-                        "/f");
+        paths.push_back((random() % 2 == 0 ? "Run" : "run") + std::to_string(random() % 12) + "/T" +
+                        std::to_string(random() % 4) + (random() % 3 == 0 ? "x" : "") + "/f");
     return paths;
 }
 
@@ -68,8 +65,7 @@ TEST(PathFilter, ShowsWhatFitsAllOfIt)
     std::mt19937 random(7);
     const Texts searched = {"", "run", "Run", "1/t", "x/", "q"};
     for (int i = 0; i < 500; ++i) {
-        const auto matching =
-            matched(somePaths(random, 40), {"?un{run:number}/T{T:number}/*"});
+        const auto matching = matched(somePaths(random, 40), {"?un{run:number}/T{T:number}/*"});
         PathFilter filter;
         filter.text = searched[random() % searched.size()];
         filter.which = static_cast<PathFilter::Which>(random() % 3);
@@ -100,8 +96,7 @@ TEST(CaseOrder, IsThatOfTheSortedReport)
 {
     std::mt19937 random(8);
     for (int i = 0; i < 300; ++i) {
-        const auto matching =
-            matched(somePaths(random, 60), {"?un{run:number}/T{T:number}[x]/*"});
+        const auto matching = matched(somePaths(random, 60), {"?un{run:number}/T{T:number}[x]/*"});
         const CaseTable& table = *matching->table();
         std::vector<SortKey> keys;
         for (std::size_t n = random() % 3; n > 0; --n)
@@ -121,8 +116,7 @@ TEST(Grid, HasAsManyHolesAsCombinationsAreMissing)
 {
     std::mt19937 random(9);
     for (int i = 0; i < 200; ++i) {
-        const auto matching =
-            matched(somePaths(random, 30), {"?un{run:number}/T{T:number}[x]/*"});
+        const auto matching = matched(somePaths(random, 30), {"?un{run:number}/T{T:number}[x]/*"});
         const CaseTable& table = *matching->table();
         const Grid grid = gridOf(table, 0, 1);
         const Missing missing = findMissing(table, {0, 1});

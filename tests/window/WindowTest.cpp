@@ -48,7 +48,7 @@ namespace {
 using Texts = std::vector<std::string>;
 using Table = std::vector<Texts>;
 
-const Texts campaign = {"notes.txt",        "wingA/Mach0.80/flow.vtu", "wingA/Mach0.80/solver.log",
+const Texts campaign = {"notes.txt", "wingA/Mach0.80/flow.vtu", "wingA/Mach0.80/solver.log",
                         "wingA/Mach0.85/flow.vtu", "wingB/Mach0.80/flow.vtu"};
 const std::string both = "wing{wing}/Mach{Mach:number}/*";
 
@@ -154,8 +154,8 @@ TEST(Window, ShowsWhereATemplateIsWrongUntilItIsMended)
     EXPECT_FALSE(open.window.templates().reason().text().isEmpty());
     bool isUnderlined = false;
     for (const auto& range : edit.document()->firstBlock().layout()->formats())
-        isUnderlined = isUnderlined ||
-                       range.format.underlineStyle() == QTextCharFormat::WaveUnderline;
+        isUnderlined =
+            isUnderlined || range.format.underlineStyle() == QTextCharFormat::WaveUnderline;
     EXPECT_TRUE(isUnderlined);
 
     QTest::keyClicks(&edit, "r}/*");
@@ -206,8 +206,8 @@ TEST(Window, ReadsByMarkersThatAreTypedAndOrdered)
     table.setCurrentCell(0, 0);
     QTest::keyClick(&table, Qt::Key_Delete);
     open.settle();
-    EXPECT_EQ(open.table(), Table({{"case", "Mach", "files"}, {"0", "0.80", "3"},
-                                   {"1", "0.85", "1"}}));
+    EXPECT_EQ(open.table(),
+              Table({{"case", "Mach", "files"}, {"0", "0.80", "3"}, {"1", "0.85", "1"}}));
 }
 
 TEST(Window, SuggestsTemplatesAndShowsWhatTheyGive)
@@ -507,8 +507,8 @@ TEST(Window, TakesACommandThatIsPasted)
     QLineEdit& edit = open.window.command().edit();
     QTest::keyClick(&open.window, Qt::Key_7, Qt::AltModifier);
     edit.clear();
-    QApplication::clipboard()->setText(QString::fromStdString(
-        "casetable -n Mach --aux '*.log=log' -o out.csv " + tree.path()));
+    QApplication::clipboard()->setText(
+        QString::fromStdString("casetable -n Mach --aux '*.log=log' -o out.csv " + tree.path()));
     QTest::keyClick(&edit, Qt::Key_V, Qt::ControlModifier);
     QTest::keyClick(&edit, Qt::Key_Return);
     open.settle();
@@ -620,10 +620,19 @@ TEST(Window, HasANameForAllThatCanBeReachedByKeys)
 TEST(WordAt, FindsNumbersAndWords)
 {
     const std::vector<std::tuple<std::string, std::size_t, std::string>> rows = {
-        {"Mach0.80/x", 1, "Mach"}, {"Mach0.80/x", 4, "0.80"}, {"Mach0.80/x", 5, "0.80"},
-        {"AoA-2.5", 4, "-2.5"},    {"run-12", 5, "12"},       {"Re6.5e6/x", 2, "6.5e6"},
-        {"Re1.2E+07", 8, "1.2E+07"}, {"a_b", 1, "_"},         {"v1.", 2, "."},
-        {"1e", 0, "1"},            {"größe1", 1, "größe"},    {"a", 9, "a"},           {"r2c3", 3, "3"}};
+        {"Mach0.80/x", 1, "Mach"},
+        {"Mach0.80/x", 4, "0.80"},
+        {"Mach0.80/x", 5, "0.80"},
+        {"AoA-2.5", 4, "-2.5"},
+        {"run-12", 5, "12"},
+        {"Re6.5e6/x", 2, "6.5e6"},
+        {"Re1.2E+07", 8, "1.2E+07"},
+        {"a_b", 1, "_"},
+        {"v1.", 2, "."},
+        {"1e", 0, "1"},
+        {"größe1", 1, "größe"},
+        {"a", 9, "a"},
+        {"r2c3", 3, "3"}};
     for (const auto& [path, offset, expected] : rows) {
         const ByteRange range = wordAt(path, offset);
         EXPECT_EQ(path.substr(range.begin, range.end - range.begin), expected) << path;

@@ -99,9 +99,8 @@ std::size_t CasesModel::caseOf(int row) const
 int CasesModel::rowOf(std::size_t caseIndex) const
 {
     const auto* const order = session_.caseOrder();
-    return static_cast<int>(order != nullptr && caseIndex < order->rows.size()
-                                ? order->rows[caseIndex]
-                                : caseIndex);
+    return static_cast<int>(
+        order != nullptr && caseIndex < order->rows.size() ? order->rows[caseIndex] : caseIndex);
 }
 
 std::string CasesModel::tabbed(const std::vector<int>& rows) const

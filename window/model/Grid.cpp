@@ -40,9 +40,8 @@ template <class Count> std::size_t most(const std::vector<Grid::Field>& fields, 
 
 std::size_t Grid::holes() const
 {
-    return static_cast<std::size_t>(
-        std::count_if(fields.begin(), fields.end(),
-                      [](const Field& field) { return field.cases.empty(); }));
+    return static_cast<std::size_t>(std::count_if(
+        fields.begin(), fields.end(), [](const Field& field) { return field.cases.empty(); }));
 }
 
 std::size_t Grid::mostCases() const

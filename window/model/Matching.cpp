@@ -110,9 +110,8 @@ std::vector<Selected> selectedFiles(const Partial& all, const RowIndices& indice
                 selected.push_back({part.path(i), indices[part.files[i].identifier]});
         }
     }
-    std::sort(
-        selected.begin(), selected.end(),
-        [](const Selected& left, const Selected& right) { return left.path < right.path; });
+    std::sort(selected.begin(), selected.end(),
+              [](const Selected& left, const Selected& right) { return left.path < right.path; });
     return selected;
 }
 
@@ -183,9 +182,9 @@ void match(Matching& matching, const std::vector<Setup::AuxRow>& rows, const std
         takeSelected(all, indices, matching);
     // The walk has judged the root, and may have been put aside since; nothing is asked of it.
     const std::vector<std::string_view> noPaths;
-    matching.import = std::make_unique<const Import>(std::move(all), shardRoot(noPaths, rootName),
-                                                     *matching.reading,
-                                                     identifiersOf(rows, indices), kept);
+    matching.import =
+        std::make_unique<const Import>(std::move(all), shardRoot(noPaths, rootName),
+                                       *matching.reading, identifiersOf(rows, indices), kept);
     if (!isCancelled)
         takeCases(matching);
 }

@@ -95,17 +95,15 @@ std::string around(std::string_view text, Side side, const Views& components, Lo
         return "";
     if (looseness == Looseness::Exact)
         return literal(text);
-    const std::string_view next =
-        side == Side::Between && !standsIn(text, components)
-            ? std::string_view()
-            : commonNext(text, components, side == Side::Before);
+    const std::string_view next = side == Side::Between && !standsIn(text, components)
+                                      ? std::string_view()
+                                      : commonNext(text, components, side == Side::Before);
     if (next.size() == text.size() &&
         (side == Side::Between ||
          std::all_of(components.begin(), components.end(), [&](std::string_view each) {
-             return side == Side::Before
-                        ? each.substr(0, text.size()) == text
-                        : each.size() >= text.size() &&
-                              each.substr(each.size() - text.size()) == text;
+             return side == Side::Before ? each.substr(0, text.size()) == text
+                                         : each.size() >= text.size() &&
+                                               each.substr(each.size() - text.size()) == text;
          })))
         return literal(text);
     return side == Side::Before ? "*" + literal(next) : literal(next) + "*";
@@ -355,8 +353,7 @@ private:
         const std::vector<Span> spans = Matcher(*old).columnSpans(named_.path);
         for (std::size_t i = 0; i < spans.size(); ++i) {
             if (!spans[i].isLeftOut)
-                columns.push_back(
-                    {{spans[i].begin, spans[i].begin + spans[i].length}, texts[i]});
+                columns.push_back({{spans[i].begin, spans[i].begin + spans[i].length}, texts[i]});
         }
         return columns;
     }

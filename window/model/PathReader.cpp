@@ -86,8 +86,8 @@ PathRead PathReader::readByMarkers(const std::string& path)
     read.isMatched = infos.size() == patterns.size();
     for (std::size_t column = 0; column < infos.size(); ++column) {
         const MetadataInfo& info = infos[column];
-        read.pieces.push_back({PathPiece::Kind::Quiet, info.patternPosition,
-                               patterns[column].pattern.size(), 0});
+        read.pieces.push_back(
+            {PathPiece::Kind::Quiet, info.patternPosition, patterns[column].pattern.size(), 0});
         read.pieces.push_back(
             {PathPiece::Kind::Value, info.valuePosition, info.value.size(), column});
     }

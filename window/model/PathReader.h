@@ -31,7 +31,7 @@ struct PathRead {
     bool isMatched = false;
     std::vector<PathPiece> pieces; ///< In no order; bytes in none are what wildcards fit.
     std::size_t templateIndex = 0; ///< Of the template that fits, where there are templates.
-    std::string reason; ///< Why it is unmatched, in half a sentence of bytes; else empty.
+    std::string reason;      ///< Why it is unmatched, in half a sentence of bytes; else empty.
     std::size_t fitting = 0; ///< Of an unmatched one: so many bytes fit a beginning.
 };
 

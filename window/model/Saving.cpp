@@ -56,8 +56,7 @@ void saveTable(const Setup& setup, const Matching& matching, const std::string& 
     if (options.source.list)
         spareInput(file, *options.source.list, "the list itself");
     else
-        spareMatchedFile(file,
-                         isMatched(matching, pathBelow(options.source.root, file)));
+        spareMatchedFile(file, isMatched(matching, pathBelow(options.source.root, file)));
     const Format& format = options.format != nullptr ? *options.format : *formatNamed("csv");
     if (format.isDatabase())
         checkDatabase(caseColumns(options.reading.patterns(), {}), output);

@@ -214,8 +214,7 @@ bool Session::takeReading()
         else
             reading_ = std::make_shared<const Reading>(TemplateList(templates.texts));
     } catch (const TemplateError& failure) {
-        const auto text =
-            std::find(templates.texts.begin(), templates.texts.end(), failure.text);
+        const auto text = std::find(templates.texts.begin(), templates.texts.end(), failure.text);
         const auto index = static_cast<std::size_t>(text - templates.texts.begin());
         problem_ = ReadingProblem{templates.lines[std::min(index, templates.lines.size() - 1)],
                                   failure.position, failure.what()};
@@ -334,8 +333,7 @@ void Session::startMatching()
     }
     isMatching_ = true;
     Q_EMIT matchingChanged();
-    const std::string rootName =
-        setup_.list ? listName(*setup_.list) : setup_.root;
+    const std::string rootName = setup_.list ? listName(*setup_.list) : setup_.root;
     matcher_->run([this, number, rootName, files = files_, reading = *reading_,
                    rows = setup_.auxRows, keys = sortKeys_,
                    jobs = jobs_](const std::atomic<bool>& isCancelled) mutable {
@@ -423,8 +421,8 @@ void Session::startFiltering()
     filterer_->run([this, number, files = files_, matching = matching_,
                     filter = filter_](const std::atomic<bool>& isCancelled) {
         const bool isOfFiles = matching && matching->files.count() == files.count();
-        std::vector<std::uint32_t> found = casetable::shownFiles(
-            files, isOfFiles ? matching.get() : nullptr, filter, isCancelled);
+        std::vector<std::uint32_t> found =
+            casetable::shownFiles(files, isOfFiles ? matching.get() : nullptr, filter, isCancelled);
         if (isCancelled)
             return;
         QMetaObject::invokeMethod(

@@ -51,8 +51,7 @@ std::vector<bool> shownCases(const CaseTable& table, const PathFilter& filter)
     }
     if (filter.value && filter.value->column < table.patterns.size()) {
         for (std::size_t i = 0; i < areShown.size(); ++i)
-            areShown[i] =
-                areShown[i] && table.cell(i, filter.value->column) == filter.value->text;
+            areShown[i] = areShown[i] && table.cell(i, filter.value->column) == filter.value->text;
     }
     return areShown;
 }

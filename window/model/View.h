@@ -28,10 +28,7 @@ struct PathFilter {
     std::optional<Value> value;
     std::vector<std::uint32_t> cases; ///< In ascending order; if empty, files of any case or none.
 
-    bool isEmpty() const
-    {
-        return text.empty() && which == Which::All && !value && cases.empty();
-    }
+    bool isEmpty() const { return text.empty() && which == Which::All && !value && cases.empty(); }
 };
 
 /// The indices of the files that the filter shows, in ascending order. `matching` is of these

@@ -96,8 +96,7 @@ void Walk::State::walkTree(ShardCutter& cutter)
     }
     ahead->close();
     if (!error.empty())
-        throw Failure(ExitCode::ImportFailed,
-                      walkFailure(error, fileSystem->refused, source.root));
+        throw Failure(ExitCode::ImportFailed, walkFailure(error, fileSystem->refused, source.root));
     const std::lock_guard<std::mutex> lock(mutex);
     end.hiddenLeftOut = fileSystem->hiddenLeftOut;
 }

@@ -78,8 +78,8 @@ void AuxEditor::takeSetup()
         table_->setRowCount(static_cast<int>(rows.size()) + 1);
         for (int row = 0; row < table_->rowCount(); ++row) {
             const bool isRow = row < table_->filledRows();
-            const Setup::AuxRow values = isRow ? rows[static_cast<std::size_t>(row)]
-                                               : Setup::AuxRow();
+            const Setup::AuxRow values =
+                isRow ? rows[static_cast<std::size_t>(row)] : Setup::AuxRow();
             for (const int column : {WildcardColumn, TagColumn}) {
                 QTableWidgetItem& item = table_->itemAt(row, column);
                 if (!table_->isEdited(row, column))

@@ -113,8 +113,8 @@ void CasesView::fitColumns()
     const QFontMetrics metrics(font());
     const int rows = std::min(model_.rowCount(), measuredRows);
     for (int column = 0; column < model_.columnCount(); ++column) {
-        int width = metrics.horizontalAdvance(header[static_cast<std::size_t>(column)]) +
-                    em(font(), 2.2);
+        int width =
+            metrics.horizontalAdvance(header[static_cast<std::size_t>(column)]) + em(font(), 2.2);
         for (int row = 0; row < rows; ++row)
             width = std::max(width, metrics.horizontalAdvance(shown(model_.cell(row, column))) +
                                         em(font(), 1.4));

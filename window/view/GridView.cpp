@@ -56,18 +56,27 @@ void GridPicture::setGrid(Grid grid)
 {
     grid_ = std::move(grid);
     current_.reset();
-    measure();
     setMouseTracking(true);
     setFocusPolicy(Qt::StrongFocus);
-    setAccessibleName(tr("Grid of %1 by %2 values").arg(grid_.rows.size()).arg(grid_.columns.size()));
-    updateGeometry();
-    resize(sizeHint());
-    update();
+    setAccessibleName(
+        tr("Grid of %1 by %2 values").arg(grid_.rows.size()).arg(grid_.columns.size()));
+    layOut();
 }
 
 void GridPicture::count(Counted counted)
 {
     counted_ = counted;
+    layOut();
+}
+
+void GridPicture::fill(const QSize& room)
+{
+    room_ = room;
+    layOut();
+}
+
+void GridPicture::layOut()
+{
     measure();
     updateGeometry();
     resize(sizeHint());
@@ -81,13 +90,22 @@ void GridPicture::measure()
     const int limit = em(font(), 12);
     headWidth_ = std::min(widest(grid_.rows, metrics), limit) + em(font(), 0.8);
     const int headText = std::min(widest(grid_.columns, metrics), limit);
-    const int countText = metrics.horizontalAdvance(QString::number(
-        counted_ == Counted::Cases ? grid_.mostCases() : grid_.mostFiles()));
+    const int countText = metrics.horizontalAdvance(
+        QString::number(counted_ == Counted::Cases ? grid_.mostCases() : grid_.mostFiles()));
     const int narrow = std::max(em(font(), 1.6), countText + em(font(), 0.8));
     areHeadsTurned_ = headText + em(font(), 0.8) > 3 * narrow;
     fieldSize_ = QSize(areHeadsTurned_ ? narrow : std::max(narrow, headText + em(font(), 0.8)),
                        em(font(), 1.7));
     headHeight_ = areHeadsTurned_ ? headText + em(font(), 0.8) : em(font(), 1.6);
+    if (grid_.fields.empty())
+        return;
+    const auto grown = [](int least, int room, std::size_t count, int most) {
+        return std::max(least, std::min(room / static_cast<int>(count), most));
+    };
+    fieldSize_ = QSize(grown(fieldSize_.width(), room_.width() - headWidth_ - 2,
+                             grid_.columns.size(), em(font(), 6)),
+                       grown(fieldSize_.height(), room_.height() - headHeight_ - 2,
+                             grid_.rows.size(), em(font(), 3)));
 }
 
 QSize GridPicture::sizeHint() const
@@ -118,9 +136,9 @@ void GridPicture::paintEvent(QPaintEvent* /*event*/)
     for (std::size_t row = 0; row < grid_.rows.size(); ++row) {
         const QRect field = fieldRect(row, 0);
         const int width = headWidth_ - em(font(), 0.4);
-        painter.drawText(
-            QRect(0, field.top(), width, field.height()), Qt::AlignRight | Qt::AlignVCenter,
-            metrics.elidedText(shown(grid_.rows[row]), Qt::ElideMiddle, width));
+        painter.drawText(QRect(0, field.top(), width, field.height()),
+                         Qt::AlignRight | Qt::AlignVCenter,
+                         metrics.elidedText(shown(grid_.rows[row]), Qt::ElideMiddle, width));
     }
     for (std::size_t column = 0; column < grid_.columns.size(); ++column) {
         const QRect field = fieldRect(0, column);
@@ -324,6 +342,12 @@ void GridView::showEvent(QShowEvent* event)
         wantGrid();
 }
 
+void GridView::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    picture_->fill(area_->viewport()->size());
+}
+
 void GridView::wantGrid()
 {
     isWanted_ = !isVisible();
@@ -346,15 +370,16 @@ void GridView::takeGrid(const Grid& grid)
 {
     picture_->count(counted_->currentIndex() == 0 ? GridPicture::Counted::Cases
                                                   : GridPicture::Counted::Files);
+    picture_->fill(area_->viewport()->size());
     picture_->setGrid(grid);
     save_->setEnabled(!grid.fields.empty());
     if (grid.isTooLarge)
         return tell(tr("One of these columns has more than %1 values; choose another.")
                         .arg(Grid::mostValues));
-    QString told = grid.holes() == 0 ? tr("Every combination has a case.")
-                                     : tr("%1 of %2 combinations are missing.")
-                                           .arg(grid.holes())
-                                           .arg(grid.fields.size());
+    QString told =
+        grid.holes() == 0
+            ? tr("Every combination has a case.")
+            : tr("%1 of %2 combinations are missing.").arg(grid.holes()).arg(grid.fields.size());
     if (grid.leftOut > 0)
         told += ' ' + tr("Not shown, as they lack a value: %1.")
                           .arg(counted(grid.leftOut, tr("case"), tr("cases")));

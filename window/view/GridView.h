@@ -32,6 +32,9 @@ public:
     void setGrid(Grid grid);
     void count(Counted counted);
 
+    /// Lets the fields grow, as far as they then still look like fields, to fill so much room.
+    void fill(const QSize& room);
+
     const Grid& grid() const { return grid_; }
 
     /// Where a field is drawn.
@@ -64,9 +67,11 @@ private:
     std::optional<Place> placeAt(const QPoint& point) const;
     void choose(const Place& place);
     void measure();
+    void layOut();
     std::size_t countOf(const Grid::Field& field) const;
 
     Grid grid_;
+    QSize room_;
     Counted counted_ = Counted::Cases;
     int headWidth_ = 0;
     int headHeight_ = 0;
@@ -96,6 +101,7 @@ Q_SIGNALS:
 
 protected:
     void showEvent(QShowEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     void takeTable();

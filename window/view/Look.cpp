@@ -30,8 +30,8 @@ const std::array<Colours, 8> columnColours = {{{0xff0b5cba, 0xff78b7ff},
                                                {0xff6b4a26, 0xffd9b48c}}};
 
 const std::array<QTextCharFormat::UnderlineStyle, 4> underlines = {
-    QTextCharFormat::SingleUnderline, QTextCharFormat::DashUnderline,
-    QTextCharFormat::DotLine, QTextCharFormat::DashDotLine};
+    QTextCharFormat::SingleUnderline, QTextCharFormat::DashUnderline, QTextCharFormat::DotLine,
+    QTextCharFormat::DashDotLine};
 
 // Cells with some room at their sides.
 class RoomyStyle : public QProxyStyle {
@@ -72,7 +72,12 @@ QPalette darkPalette()
     palette.setColor(QPalette::ToolTipText, text);
     palette.setColor(QPalette::PlaceholderText, quiet);
     palette.setColor(QPalette::Text, text);
-    palette.setColor(QPalette::Button, QColor(0x37, 0x3a, 0x3e));
+    palette.setColor(QPalette::Button, QColor(0x3b, 0x3e, 0x43));
+    palette.setColor(QPalette::Light, QColor(0x4a, 0x4e, 0x54));
+    palette.setColor(QPalette::Midlight, QColor(0x43, 0x46, 0x4b));
+    palette.setColor(QPalette::Mid, QColor(0x26, 0x28, 0x2b));
+    palette.setColor(QPalette::Dark, QColor(0x1a, 0x1c, 0x1e));
+    palette.setColor(QPalette::Shadow, QColor(0x10, 0x11, 0x12));
     palette.setColor(QPalette::ButtonText, text);
     palette.setColor(QPalette::BrightText, Qt::white);
     palette.setColor(QPalette::Link, QColor(0x78, 0xb7, 0xff));

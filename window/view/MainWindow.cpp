@@ -73,7 +73,8 @@ QString filtersOfFormats()
         for (const char* const ending : format.endings)
             endings.push_back(QString("*") + ending);
         if (!endings.isEmpty())
-            filters.push_back(QString("%1 (%2)").arg(QString(format.name).toUpper(), endings.join(' ')));
+            filters.push_back(
+                QString("%1 (%2)").arg(QString(format.name).toUpper(), endings.join(' ')));
     }
     return filters.join(";;");
 }
@@ -210,6 +211,12 @@ QWidget* MainWindow::makeReadingPanel()
         auto* const button = new QToolButton;
         button->setText(text);
         button->setCheckable(true);
+        // The one that is down is told by its text too.
+        connect(button, &QToolButton::toggled, button, [button](bool isDown) {
+            QFont font = button->font();
+            font.setBold(isDown);
+            button->setFont(font);
+        });
         button->setToolButtonStyle(Qt::ToolButtonTextOnly);
         panels_->addButton(button, id++);
         head->addWidget(button);
@@ -365,9 +372,8 @@ void MainWindow::makeFilesMenu()
     QAction* const folder = add(menu, tr("&Open the file's folder"), QKeySequence("Ctrl+Return"),
                                 [this] { openContainingFolder(); });
     QAction* const copyPaths = new QAction(tr("Copy path"), paths_);
-    connect(copyPaths, &QAction::triggered, this, [this] {
-        QApplication::clipboard()->setText(paths_->copyable());
-    });
+    connect(copyPaths, &QAction::triggered, this,
+            [this] { QApplication::clipboard()->setText(paths_->copyable()); });
     paths_->addActions({copyPaths, folder});
 }
 
@@ -506,9 +512,9 @@ void MainWindow::savePicture(const QString& file)
 
 void MainWindow::askForFolder()
 {
-    const QString folder = QFileDialog::getExistingDirectory(
-        this, tr("Open the folder of a campaign"),
-        QFile::decodeName(session_.setup().root.c_str()));
+    const QString folder =
+        QFileDialog::getExistingDirectory(this, tr("Open the folder of a campaign"),
+                                          QFile::decodeName(session_.setup().root.c_str()));
     if (!folder.isEmpty())
         openFolder(bytesOfFile(folder));
 }
@@ -522,17 +528,16 @@ void MainWindow::askForList()
 
 void MainWindow::askForSetup()
 {
-    const QString file = QFileDialog::getOpenFileName(this, tr("Open a setup"), {},
-                                                      tr("Setups (*.casetable)"));
+    const QString file =
+        QFileDialog::getOpenFileName(this, tr("Open a setup"), {}, tr("Setups (*.casetable)"));
     if (!file.isEmpty())
         openSetup(bytesOfFile(file));
 }
 
 void MainWindow::askWhereToSave()
 {
-    const QString file =
-        QFileDialog::getSaveFileName(this, tr("Save the table; the ending says the format"),
-                                     "cases.csv", filtersOfFormats());
+    const QString file = QFileDialog::getSaveFileName(
+        this, tr("Save the table; the ending says the format"), "cases.csv", filtersOfFormats());
     if (!file.isEmpty())
         session_.save(bytesOfFile(file));
 }
@@ -634,7 +639,8 @@ void MainWindow::takeSetup()
     const std::string source = setup.list ? *setup.list : setup.root;
     root_->setText(source.empty() ? tr("No folder is open") : shown(source));
     root_->setToolTip(shown(source));
-    setWindowTitle(source.empty() ? "casetable" : shown(source) + QString::fromUtf8(" — casetable"));
+    setWindowTitle(source.empty() ? "casetable"
+                                  : shown(source) + QString::fromUtf8(" — casetable"));
     undo_->setEnabled(session_.canUndo());
     redo_->setEnabled(session_.canRedo());
     saveSetup_->setEnabled(setup.hasSource() || setup.hasReading());

@@ -85,8 +85,8 @@ void MarkersEditor::takeSetup()
     table_->setRowCount(static_cast<int>(markers.size()) + 1);
     for (int row = 0; row < table_->rowCount(); ++row) {
         const bool isRow = row < table_->filledRows();
-        const Setup::Marker marker = isRow ? markers[static_cast<std::size_t>(row)]
-                                           : Setup::Marker();
+        const Setup::Marker marker =
+            isRow ? markers[static_cast<std::size_t>(row)] : Setup::Marker();
         QTableWidgetItem& item = table_->itemAt(row, MarkerColumn);
         if (!table_->isEdited(row, MarkerColumn)) {
             item.setText(editable(marker.text));

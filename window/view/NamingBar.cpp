@@ -64,6 +64,11 @@ NamingBar::NamingBar(Session& session)
     connect(name_, &QLineEdit::returnPressed, this, &NamingBar::accept);
     connect(add_, &QPushButton::clicked, this, &NamingBar::accept);
     connect(&session, &Session::named, this, &NamingBar::show);
+    // What was found for the templates of before would undo what was done to them since.
+    connect(&session, &Session::setupChanged, this, [this] {
+        if (isVisible())
+            lookUp();
+    });
     setVisible(false);
 }
 

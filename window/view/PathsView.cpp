@@ -67,12 +67,28 @@ ByteRange numberAt(const std::string& path, std::size_t offset)
             end = digitAt(exponent) ? skipDigits(path, exponent) : end;
         }
         if (offset < end) {
-            const bool hasSign = hasFraction && begin > 1 && path[begin - 1] == '-' &&
-                                 isLetter(path[begin - 2]);
+            const bool hasSign =
+                hasFraction && begin > 1 && path[begin - 1] == '-' && isLetter(path[begin - 2]);
             return {hasSign ? begin - 1 : begin, end};
         }
         begin = end;
     }
+}
+
+// Values keep their colours in a selected row, and can be read there.
+QPalette tintedPalette(QPalette palette)
+{
+    const QColor base = palette.color(QPalette::Base);
+    const QColor full = palette.color(QPalette::Highlight);
+    const double part = isDark(palette) ? 0.3 : 0.16;
+    const auto mixed = [part](int to, int from) {
+        return static_cast<int>(part * to + (1 - part) * from);
+    };
+    palette.setColor(QPalette::Highlight,
+                     {mixed(full.red(), base.red()), mixed(full.green(), base.green()),
+                      mixed(full.blue(), base.blue())});
+    palette.setColor(QPalette::HighlightedText, palette.color(QPalette::Text));
+    return palette;
 }
 
 } // namespace
@@ -82,9 +98,8 @@ ByteRange wordAt(const std::string& path, std::size_t offset)
     if (path.empty())
         return {0, 0};
     offset = std::min(offset, path.size() - 1);
-    if (isDigit(path[offset]) || (path[offset] == '.' && offset + 1 < path.size() &&
-                                  offset > 0 && isDigit(path[offset - 1]) &&
-                                  isDigit(path[offset + 1])))
+    if (isDigit(path[offset]) || (path[offset] == '.' && offset + 1 < path.size() && offset > 0 &&
+                                  isDigit(path[offset - 1]) && isDigit(path[offset + 1])))
         return numberAt(path, isDigit(path[offset]) ? offset : offset + 1);
     if (isLetter(path[offset]))
         return run(path, offset, isLetter);
@@ -161,8 +176,7 @@ private:
             add(0, read->fitting, quiet);
             const std::string path = view_.model_.path(row);
             if (read->fitting > 0 || path.find('/') != std::string::npos)
-                add(read->fitting, std::min(path.find('/', read->fitting + 1), path.size()),
-                    wrong);
+                add(read->fitting, std::min(path.find('/', read->fitting + 1), path.size()), wrong);
         }
         if (read != nullptr) {
             for (const PathPiece& piece : read->pieces) {
@@ -175,8 +189,8 @@ private:
         }
         if (view_.selected_ && view_.selected_->file == view_.model_.fileOf(row)) {
             QTextCharFormat selected;
-            selected.setForeground(palette.color(QPalette::HighlightedText));
-            selected.setBackground(palette.color(QPalette::Highlight));
+            selected.setForeground(QApplication::palette().color(QPalette::HighlightedText));
+            selected.setBackground(QApplication::palette().color(QPalette::Highlight));
             add(view_.selected_->begin(), view_.selected_->end(), selected);
         }
         return formats;
@@ -184,13 +198,11 @@ private:
 
     void paintGround(QPainter* painter, const QStyleOptionViewItem& option, int row) const
     {
-        if (option.state & QStyle::State_Selected) {
-            QColor ground = option.palette.color(QPalette::Highlight);
-            ground.setAlpha(isDark(option.palette) ? 70 : 34);
-            painter->fillRect(option.rect, ground);
-        } else if (row % 2 == 1) {
+        const bool isSelected = option.state & QStyle::State_Selected;
+        if (isSelected)
+            painter->fillRect(option.rect, option.palette.color(QPalette::Highlight));
+        else if (row % 2 == 1)
             painter->fillRect(option.rect, option.palette.color(QPalette::AlternateBase));
-        }
     }
 
     void paintCase(QPainter* painter, const QStyleOptionViewItem& option,
@@ -200,8 +212,7 @@ private:
         const bool isUnmatched = read != nullptr && !read->isMatched;
         painter->save();
         painter->setFont(option.font);
-        painter->setPen(isUnmatched ? errorColour(option.palette)
-                                    : quietColour(option.palette));
+        painter->setPen(isUnmatched ? errorColour(option.palette) : quietColour(option.palette));
         const QString text =
             isUnmatched ? QString(QChar(0x2717)) : index.data(Qt::DisplayRole).toString();
         painter->drawText(option.rect.adjusted(0, 0, -margin(), 0),
@@ -257,8 +268,7 @@ private:
             view_.selected_->file != view_.model_.fileOf(row))
             return;
         const QTextLine textLine = line.layout->lineAt(0);
-        const qreal x =
-            origin.x() + textLine.cursorToX(line.text.placeOf(view_.selected_->caret));
+        const qreal x = origin.x() + textLine.cursorToX(line.text.placeOf(view_.selected_->caret));
         painter->setPen(QPen(option.palette.color(QPalette::Text), 1.5));
         painter->drawLine(QPointF(x, origin.y()), QPointF(x, origin.y() + textLine.height()));
     }
@@ -297,8 +307,7 @@ private:
         painter->setPen(errorColour(option.palette));
         painter->drawText(QRectF(left, option.rect.top(), space, option.rect.height()),
                           Qt::AlignLeft | Qt::AlignVCenter,
-                          QFontMetrics(font).elidedText(shown(read.reason), Qt::ElideRight,
-                                                        space));
+                          QFontMetrics(font).elidedText(shown(read.reason), Qt::ElideRight, space));
     }
 
     PathsView& view_;
@@ -310,6 +319,7 @@ PathsView::PathsView(const Session& session, PathsModel& model)
     setModel(&model);
     ignoreSelectionInHeads(*this);
     setItemDelegate(delegate_);
+    setPalette(tintedPalette(palette()));
     setSelectionBehavior(SelectRows);
     setSelectionMode(ExtendedSelection);
     setShowGrid(false);
@@ -330,8 +340,7 @@ PathsView::PathsView(const Session& session, PathsModel& model)
     horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     connect(&model, &QAbstractItemModel::modelReset, this, &PathsView::fitColumns);
     connect(&model, &QAbstractItemModel::rowsInserted, this, &PathsView::fitColumns);
-    connect(&model, &QAbstractItemModel::dataChanged, viewport(),
-            qOverload<>(&QWidget::update));
+    connect(&model, &QAbstractItemModel::dataChanged, viewport(), qOverload<>(&QWidget::update));
     fitColumns();
 }
 
@@ -340,7 +349,8 @@ PathsView::~PathsView() = default;
 // Rows that are not seen may have longer paths; what is cut of them comes with scrolling.
 void PathsView::fitColumns()
 {
-    const int digits = QString::number(std::max<std::size_t>(session_.files().count(), 1000)).size();
+    const int digits =
+        QString::number(std::max<std::size_t>(session_.files().count(), 1000)).size();
     const int caseWidth = QFontMetrics(font()).horizontalAdvance('0') * digits + em(font(), 1.6);
     std::size_t longest = 0;
     const int sampled = std::min(model_.rowCount(), 200);
@@ -465,9 +475,8 @@ void PathsView::mouseDoubleClickEvent(QMouseEvent* event)
         return;
     const QRect rect = visualRect(index);
     const Delegate::Line line = delegate_->lineOf(index.row());
-    const int place =
-        line.layout->lineAt(0).xToCursor(event->pos().x() - rect.left() - delegate_->margin(),
-                                         QTextLine::CursorOnCharacter);
+    const int place = line.layout->lineAt(0).xToCursor(
+        event->pos().x() - rect.left() - delegate_->margin(), QTextLine::CursorOnCharacter);
     const ByteRange word = wordAt(model_.path(index.row()), line.text.offsetAt(place));
     selectBytes(index.row(), word.begin, word.end);
 }
@@ -527,8 +536,8 @@ void PathsView::keyPressEvent(QKeyEvent* event)
         offset = byWord && caret < selected_->path.size() ? wordAt(selected_->path, caret).end
                                                           : text.next(caret);
     else
-        offset = byWord && caret > 0 ? wordAt(selected_->path, caret - 1).begin
-                                     : text.previous(caret);
+        offset =
+            byWord && caret > 0 ? wordAt(selected_->path, caret - 1).begin : text.previous(caret);
     moveCaret(offset, selects);
 }
 

@@ -35,7 +35,8 @@ SuggestionsDialog::SuggestionsDialog(Session& session, QWidget* parent)
     connect(buttons_, &QDialogButtonBox::accepted, this, &SuggestionsDialog::take);
     connect(buttons_, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(&session, &Session::suggested, this, &SuggestionsDialog::display);
-    resize(em(font(), 46), em(font(), 22));
+    setModal(true);
+    resize(em(font(), 58), em(font(), 22));
     session.suggest();
 }
 

@@ -196,8 +196,7 @@ void TemplateEditor::takeSetup()
     const bool isShown = problem && session_.setup().by == Setup::By::Templates;
     reason_->setVisible(isShown);
     if (isShown) {
-        const QString line =
-            lines.size() > 1 ? tr("Line %1: ").arg(problem->line + 1) : QString();
+        const QString line = lines.size() > 1 ? tr("Line %1: ").arg(problem->line + 1) : QString();
         reason_->setText(line + shown(problem->reason));
     }
 }
