@@ -94,7 +94,7 @@ public:
         gaps_.print(what, static_cast<double>(time.nsecsElapsed()) / 1e9);
     }
 
-    void types(QWidget& widget, const QString& text)
+    static void types(QWidget& widget, const QString& text)
     {
         for (const QChar c : text) {
             QKeyEvent press(QEvent::KeyPress, 0, Qt::NoModifier, QString(c));

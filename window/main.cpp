@@ -101,23 +101,23 @@ Setup setupOf(const std::vector<std::string>& words)
     return setup;
 }
 
-// Once nothing is being read any more, and what came of it is drawn.
+// Once nothing has been read or looked for since it was last looked, all is drawn.
 void grabWhenIdle(const Session& session, MainWindow& window, const std::string& file)
 {
     auto* const timer = new QTimer(&window);
-    QObject::connect(timer, &QTimer::timeout, &window, [timer, &session, &window, file] {
-        if (!session.isIdle())
+    const auto look = [timer, wasIdle = false, &session, &window, file]() mutable {
+        if (!session.isIdle() || !wasIdle) {
+            wasIdle = session.isIdle();
             return;
+        }
         timer->stop();
-        QTimer::singleShot(50, &window, [&window, file] {
-            const bool isSaved = window.grab().save(QFile::decodeName(file.c_str()), "PNG");
-            if (!isSaved)
-                Console().error(file + ": the picture cannot be written");
-            QApplication::exit(
-                static_cast<int>(isSaved ? ExitCode::Cases : ExitCode::OutputFailed));
-        });
-    });
-    timer->start(20);
+        const bool isSaved = window.grab().save(QFile::decodeName(file.c_str()), "PNG");
+        if (!isSaved)
+            Console().error(file + ": the picture cannot be written");
+        QApplication::exit(static_cast<int>(isSaved ? ExitCode::Cases : ExitCode::OutputFailed));
+    };
+    QObject::connect(timer, &QTimer::timeout, &window, look);
+    timer->start(30);
 }
 
 int run(int& argc, char** argv)
@@ -130,9 +130,12 @@ int run(int& argc, char** argv)
         return 0;
     }
     const Setup setup = setupOf(typed.words);
-    // Without a screen there must be none to look for.
-    if (!typed.grab.empty() && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
+    // A picture needs no screen, nor what Qt says about that.
+    if (!typed.grab.empty()) {
+        if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+            qputenv("QT_QPA_PLATFORM", "offscreen");
+        qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+    }
     QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     int qtArguments = 1;

@@ -334,6 +334,37 @@ TEST(Window, FiltersPathsByTextMatchAndValue)
     EXPECT_EQ(open.shownPaths(), Texts({campaign[3]}));
 }
 
+TEST(Window, CopiesPathsAndSelectedBytes)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    PathsView& paths = open.window.paths();
+    paths.setFocus();
+    clickCell(paths, 1, 0);
+    clickCell(paths, 3, 0, Qt::ShiftModifier);
+    QTest::keyClick(&paths, Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QApplication::clipboard()->text().toStdString(),
+              campaign[1] + '\n' + campaign[2] + '\n' + campaign[3]);
+    drag(paths, 1, 0, 5);
+    QTest::keyClick(&paths, Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QApplication::clipboard()->text(), "wingA");
+}
+
+TEST(Window, KeepsTheFolderWhenAReadingIsUndone)
+{
+    const TemporaryTree tree(campaign);
+    const TemporaryTree other(Texts{"wingC/Mach1/x"});
+    OpenWindow open(tree.path());
+    open.read({both});
+    open.window.openFolder(other.path());
+    open.settle();
+    EXPECT_EQ(open.table().size(), 2U);
+    QTest::keyClick(&open.window, Qt::Key_Z, Qt::ControlModifier);
+    open.settle();
+    EXPECT_TRUE(open.session.setup().templates.empty());
+    EXPECT_EQ(open.session.setup().root, other.path());
+}
+
 TEST(Window, SortsCasesAtAClickOnTheHead)
 {
     const TemporaryTree tree(campaign);

@@ -19,6 +19,7 @@
 #include <QMimeData>
 #include <QPlainTextEdit>
 #include <QProgressBar>
+#include <QRegExp>
 #include <QSettings>
 #include <QSplitter>
 #include <QStackedWidget>
@@ -65,18 +66,31 @@ QString counted(std::size_t count, const QString& one, const QString& many)
            (count == 1 ? one : many);
 }
 
-QString filtersOfFormats()
+// Of a file dialog, a line for each format. That which spreadsheets take comes first.
+QStringList filtersOfFormats()
 {
     QStringList filters;
     for (const Format& format : formats()) {
         QStringList endings;
         for (const char* const ending : format.endings)
             endings.push_back(QString("*") + ending);
-        if (!endings.isEmpty())
-            filters.push_back(
-                QString("%1 (%2)").arg(QString(format.name).toUpper(), endings.join(' ')));
+        const QString filter =
+            QString("%1 (%2)").arg(QString(format.name).toUpper(), endings.join(' '));
+        if (&format == formatNamed("csv"))
+            filters.push_front(filter);
+        else if (!endings.isEmpty())
+            filters.push_back(filter);
     }
-    return filters.join(";;");
+    return filters;
+}
+
+// A name without an ending gets the first of the filter that was chosen.
+QString withEnding(const QString& file, const QString& filter)
+{
+    if (!QFileInfo(file).suffix().isEmpty())
+        return file;
+    const int begin = filter.indexOf('*') + 1;
+    return file + filter.mid(begin, filter.indexOf(QRegExp("[ )]"), begin) - begin);
 }
 
 void setQuiet(QLabel* label)
@@ -536,10 +550,13 @@ void MainWindow::askForSetup()
 
 void MainWindow::askWhereToSave()
 {
-    const QString file = QFileDialog::getSaveFileName(
-        this, tr("Save the table; the ending says the format"), "cases.csv", filtersOfFormats());
+    const QStringList filters = filtersOfFormats();
+    QString filter = filters.front();
+    const QString file =
+        QFileDialog::getSaveFileName(this, tr("Save the table; the ending says the format"),
+                                     "cases.csv", filters.join(";;"), &filter);
     if (!file.isEmpty())
-        session_.save(bytesOfFile(file));
+        session_.save(bytesOfFile(withEnding(file, filter)));
 }
 
 void MainWindow::askWhereToSaveSetup()
