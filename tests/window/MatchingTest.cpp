@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <map>
+#include <optional>
 #include <random>
 #include <string>
 #include <vector>
@@ -129,7 +130,7 @@ TEST(PathReader, SaysWhyAPathIsUnmatched)
     PathReader reader(std::make_shared<const Reading>(TemplateList({"a{n:number}/*"})));
     const PathRead read = reader.read("ab/foo");
     EXPECT_EQ(read.reason, "'{n:number}' does not fit behind 'a'");
-    EXPECT_EQ(read.fitting, 1U);
+    EXPECT_EQ(read.fitting, std::optional<std::size_t>(1));
     PathReader byMarkers(
         std::make_shared<const Reading>(Reading({{"T", MetadataPattern::NumberValue}})));
     EXPECT_EQ(byMarkers.read("ab/foo").reason, "'T': not found");

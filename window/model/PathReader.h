@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,8 +32,9 @@ struct PathRead {
     bool isMatched = false;
     std::vector<PathPiece> pieces; ///< In no order; bytes in none are what wildcards fit.
     std::size_t templateIndex = 0; ///< Of the template that fits, where there are templates.
-    std::string reason;      ///< Why it is unmatched, in half a sentence of bytes; else empty.
-    std::size_t fitting = 0; ///< Of an unmatched one: so many bytes fit a beginning.
+    std::string reason; ///< Why it is unmatched, in half a sentence of bytes; else empty.
+    /// Of one that no template fits: so many bytes fit a beginning.
+    std::optional<std::size_t> fitting;
 };
 
 /// Reads single paths as an import does, for those that are seen. Used by one thread.

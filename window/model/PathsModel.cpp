@@ -96,9 +96,8 @@ const PathRead* PathsModel::read(int row) const
     const std::size_t file = fileOf(row);
     if (const PathRead* const known = reads_.object(file))
         return known;
-    auto* const found = new PathRead(reader_->read(path(row)));
-    reads_.insert(file, found);
-    return found;
+    reads_.insert(file, new PathRead(reader_->read(path(row))));
+    return reads_.object(file);
 }
 
 std::optional<std::size_t> PathsModel::caseOf(int row) const

@@ -1,8 +1,8 @@
 #include "window/view/AuxEditor.h"
 
+#include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
-#include <QVBoxLayout>
 
 #include "window/model/Session.h"
 #include "window/model/Text.h"
@@ -30,11 +30,12 @@ AuxEditor::AuxEditor(Session& session)
     QPalette quiet = palette();
     quiet.setColor(QPalette::WindowText, quietColour(palette()));
     hint->setPalette(quiet);
-    auto* const layout = new QVBoxLayout(this);
+    hint->setAlignment(Qt::AlignTop);
+    hint->setContentsMargins(em(font(), 0.5), 0, 0, 0);
+    auto* const layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(em(font(), 0.2));
-    layout->addWidget(table_, 1);
-    layout->addWidget(hint);
+    layout->addWidget(table_, 3);
+    layout->addWidget(hint, 2);
     setFocusProxy(table_);
     connect(table_, &QTableWidget::cellChanged, this, &AuxEditor::takeText);
     connect(table_, &RowTable::rowRemoved, this, [this](int row) {

@@ -808,7 +808,7 @@ void MainWindow::restore()
     if (!restoreGeometry(settings.value("geometry").toByteArray()))
         resize(1280, 720);
     if (!rows_->restoreState(settings.value("rows").toByteArray()))
-        rows_->setSizes({em(font(), 6.5), em(font(), 30)});
+        rows_->setSizes({em(font(), 8), em(font(), 30)});
     if (!halves_->restoreState(settings.value("halves").toByteArray()))
         halves_->setSizes({760, 500});
 }

@@ -1,9 +1,9 @@
 #include "window/view/MarkersEditor.h"
 
 #include <QComboBox>
+#include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
-#include <QVBoxLayout>
 
 #include "window/model/Session.h"
 #include "window/model/Text.h"
@@ -31,11 +31,12 @@ MarkersEditor::MarkersEditor(Session& session)
     QPalette quiet = palette();
     quiet.setColor(QPalette::WindowText, quietColour(palette()));
     hint->setPalette(quiet);
-    auto* const layout = new QVBoxLayout(this);
+    hint->setAlignment(Qt::AlignTop);
+    hint->setContentsMargins(em(font(), 0.5), 0, 0, 0);
+    auto* const layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(em(font(), 0.2));
-    layout->addWidget(table_, 1);
-    layout->addWidget(hint);
+    layout->addWidget(table_, 3);
+    layout->addWidget(hint, 2);
     setFocusProxy(table_);
     connect(table_, &QTableWidget::cellChanged, this, &MarkersEditor::takeText);
     connect(table_, &RowTable::rowRemoved, this, [this](int row) {

@@ -168,15 +168,14 @@ private:
         QTextCharFormat quiet;
         quiet.setForeground(quietColour(palette));
         const PathRead* const read = view_.model_.read(row);
-        if (read != nullptr && !read->isMatched) {
+        if (read != nullptr && read->fitting) {
             QTextCharFormat wrong;
             wrong.setForeground(errorColour(palette));
             wrong.setUnderlineStyle(QTextCharFormat::WaveUnderline);
             wrong.setUnderlineColor(errorColour(palette));
-            add(0, read->fitting, quiet);
             const std::string path = view_.model_.path(row);
-            if (read->fitting > 0 || path.find('/') != std::string::npos)
-                add(read->fitting, std::min(path.find('/', read->fitting + 1), path.size()), wrong);
+            add(0, *read->fitting, quiet);
+            add(*read->fitting, std::min(path.find('/', *read->fitting + 1), path.size()), wrong);
         }
         if (read != nullptr) {
             for (const PathPiece& piece : read->pieces) {
