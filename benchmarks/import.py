@@ -1,4 +1,5 @@
 """import.py ROOT MARKER...: the import of number markers as a page of plain Python, for comparison.
+import.py --list FILE MARKER...: the same of the paths in a file, a line each.
 
 Prints the seconds of the import and what it found. On the campaign that is the same as floor's; a
 marker that no number follows, or a number such as 5.e6, is read otherwise.
@@ -34,9 +35,17 @@ def group(files, markers):
     return cases
 
 
-def main(root, *markers):
+def read(file):
+    with open(file, "rb") as lines:
+        return lines.read().splitlines()
+
+
+def main(*words):
     start = time.perf_counter()
-    files = walk(root)
+    if words[0] == b"--list":
+        files, markers = read(words[1]), words[2:]
+    else:
+        files, markers = walk(words[0]), words[1:]
     cases = group(files, markers)
     table = list(zip(*cases))
     seconds = time.perf_counter() - start

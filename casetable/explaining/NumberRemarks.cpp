@@ -12,13 +12,14 @@ namespace casetable {
 namespace {
 
 using Texts = std::vector<std::string>;
+using Paths = std::vector<std::string_view>;
 
 bool isNumberColumn(const CaseTable& table, std::size_t column)
 {
     return table.patterns[column].valueType == MetadataPattern::NumberValue;
 }
 
-void remarkOnCellsWithoutNumber(const CaseTable& table, std::size_t column, const Texts& files,
+void remarkOnCellsWithoutNumber(const CaseTable& table, std::size_t column, const Paths& files,
                                 const MetadataInfoProviderInterface& values, Texts& lines)
 {
     std::size_t count = 0;
@@ -26,9 +27,10 @@ void remarkOnCellsWithoutNumber(const CaseTable& table, std::size_t column, cons
     for (std::size_t row = 0; row < table.caseCount(); ++row) {
         if (!table.cell(row, column).empty())
             continue;
-        const std::string value = values.metadataInfoList(files[row])[column].value;
+        const std::string file(files[row]);
+        const std::string value = values.metadataInfoList(file)[column].value;
         if (!value.empty() && ++count == 1)
-            example = files[row] + ", which gives '" + value + "'";
+            example = file + ", which gives '" + value + "'";
     }
     if (count > 0)
         lines.push_back(std::to_string(count) + (count == 1 ? " cell" : " cells") + " of '" +
@@ -75,7 +77,7 @@ bool hasEqualNumbersWrittenDifferently(const CaseTable& table, std::size_t colum
     return false;
 }
 
-void remarkOnEqualCases(const CaseTable& table, const Texts& files, Texts& lines)
+void remarkOnEqualCases(const CaseTable& table, const Paths& files, Texts& lines)
 {
     std::size_t count = 0;
     std::pair<std::size_t, std::size_t> example;
@@ -94,16 +96,16 @@ void remarkOnEqualCases(const CaseTable& table, const Texts& files, Texts& lines
         ++column;
     lines.push_back(std::to_string(count) + (count == 1 ? " case differs" : " cases differ") +
                     " from another only in how numbers are written, as '" +
-                    table.patterns[column].pattern + "' in " + files[example.first] +
+                    table.patterns[column].pattern + "' in " + std::string(files[example.first]) +
                     ", which gives '" + table.cell(example.first, column) + "', and in " +
-                    files[example.second] + ", which gives '" + table.cell(example.second, column) +
-                    "'");
+                    std::string(files[example.second]) + ", which gives '" +
+                    table.cell(example.second, column) + "'");
 }
 
 } // namespace
 
 std::vector<std::string> numberRemarks(const CaseTable& table,
-                                       const std::vector<std::string>& firstFiles,
+                                       const std::vector<std::string_view>& firstFiles,
                                        const MetadataInfoProviderInterface& values)
 {
     Texts lines;

@@ -2,6 +2,7 @@
 #define CASETABLE_EXPLAINING_NUMBERREMARKS_H
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "crawler/MetadataInfoProviderInterface.h"
@@ -17,7 +18,7 @@ struct CaseTable;
 /// `firstFiles` are the least paths by bytes of the cases, by index, and `values` answers what was
 /// read from these.
 std::vector<std::string> numberRemarks(const CaseTable& table,
-                                       const std::vector<std::string>& firstFiles,
+                                       const std::vector<std::string_view>& firstFiles,
                                        const MetadataInfoProviderInterface& values);
 
 } // namespace casetable

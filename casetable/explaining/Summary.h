@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "casetable/explaining/Tally.h"
@@ -30,10 +31,10 @@ void remarkOnEnding(const std::string& output, Console& console);
 
 /// A finished import, as far as its summary is about it.
 struct CountedImport {
-    std::size_t files;                           ///< All that took part, in a case or not.
-    std::size_t hiddenLeftOut;                   ///< Hidden entries, which did not.
-    const CaseTable& table;                      ///< The cases.
-    const std::vector<std::string>& firstFiles;  ///< As numberRemarks() takes them.
+    std::size_t files;                               ///< All that took part, in a case or not.
+    std::size_t hiddenLeftOut;                       ///< Hidden entries, which did not.
+    const CaseTable& table;                          ///< The cases.
+    const std::vector<std::string_view>& firstFiles; ///< As numberRemarks() takes them.
     const MetadataInfoProviderInterface& values; ///< Answers what was read from the first files.
     Tally tally; ///< Of the matched files if remarks are shown; of the others if the output
                  ///< does not list them, or if there are no cases.

@@ -36,7 +36,7 @@ public:
     void clear() { values_.clear(); }
 
     // The key must stay where it is until the next clear().
-    void add(const std::string& key) { values_.push_back(CaseKey::values(key)); }
+    void add(std::string_view key) { values_.push_back(CaseKey::values(key)); }
 
     std::size_t numDefinedCases() const override { return values_.size(); }
 
@@ -124,8 +124,6 @@ void appendCells(vtkTable& table, const std::vector<MetadataPattern>& patterns,
     }
 }
 
-using CasePtr = Partial::Cases::value_type*;
-
 // Has the module's importer make the cells of the table.
 class Extraction {
 public:
@@ -153,14 +151,14 @@ public:
     }
 
     // The root has been checked.
-    std::vector<std::string> cells(const std::vector<CasePtr>& cases)
+    std::vector<std::string> cells(const std::vector<const Cases::Case*>& cases)
     {
         std::vector<std::string> cells;
         cells.reserve(cases.size() * patterns_.size());
         for (std::size_t begin = 0; begin < cases.size(); begin += batchSize) {
             cases_->clear();
             for (std::size_t i = begin; i < std::min(begin + batchSize, cases.size()); ++i)
-                cases_->add(cases[i]->first);
+                cases_->add(cases[i]->key());
             TableContext context;
             importer_.extract(context);
             appendCells(*context.table, patterns_, cells);
@@ -174,30 +172,36 @@ private:
     MetadataFileCrawler importer_;
 };
 
-// The cases, numbered in byte order of their least paths, in this order.
-std::vector<CasePtr> numberedCases(Partial::Cases& cases)
+// The cases in byte order of their least paths, by which they are numbered.
+std::vector<const Cases::Case*> inOrder(const Cases& cases)
 {
-    std::vector<CasePtr> order;
+    std::vector<const Cases::Case*> order;
     order.reserve(cases.size());
-    for (auto& each : cases)
+    for (const Cases::Case& each : cases)
         order.push_back(&each);
-    std::sort(order.begin(), order.end(), [](const auto* left, const auto* right) {
-        return left->second.leastPath < right->second.leastPath;
-    });
-    for (std::size_t index = 0; index < order.size(); ++index)
-        order[index]->second.index = index;
+    const auto standsBefore = [](const Cases::Case* left, const Cases::Case* right) {
+        return left->leastPath() < right->leastPath();
+    };
+    // Those of a list in byte order mostly stand so.
+    if (!std::is_sorted(order.begin(), order.end(), standsBefore))
+        std::sort(order.begin(), order.end(), standsBefore);
     return order;
 }
 
-// Numbers the files' cases as these are.
-void numberFiles(std::vector<Partial::Files>& parts)
+// Gives the files the numbers of their cases, which are `cases` in the order of these.
+void numberFiles(const Cases& cases, const std::vector<const Cases::Case*>& order,
+                 std::vector<Partial::Files>& parts)
 {
+    if (parts.empty())
+        return;
+    std::vector<std::uint32_t> numbers(order.size());
+    for (std::uint32_t number = 0; number < order.size(); ++number)
+        numbers[static_cast<std::size_t>(order[number] - &cases[0])] = number;
     for (Partial::Files& part : parts) {
         for (Partial::Files::File& file : part.files) {
             if (file.caseIndex != Partial::none)
-                file.caseIndex = static_cast<std::uint32_t>(part.cases[file.caseIndex]->index);
+                file.caseIndex = numbers[file.caseIndex];
         }
-        part.cases.clear();
     }
 }
 
@@ -359,15 +363,16 @@ Import::Import(Partial all, const boost::shared_ptr<FileInfoInterface const>& ro
 
     table_.patterns = reading.patterns();
     table_.tags = tagsOf(identifiers);
-    const std::vector<Partial::Cases::value_type*> cases = numberedCases(all.cases);
-    table_.cells = extraction.cells(cases);
-    table_.fileCounts.reserve(cases.size());
-    firstFiles_.reserve(cases.size());
-    for (auto* each : cases) {
-        table_.fileCounts.push_back(each->second.fileCount);
-        firstFiles_.push_back(std::move(each->second.leastPath));
+    cases_ = std::move(all.cases);
+    const std::vector<const Cases::Case*> order = inOrder(cases_);
+    table_.cells = extraction.cells(order);
+    table_.fileCounts.reserve(order.size());
+    firstFiles_.reserve(order.size());
+    for (const Cases::Case* const each : order) {
+        table_.fileCounts.push_back(each->fileCount());
+        firstFiles_.push_back(each->leastPath());
     }
-    numberFiles(all.files);
+    numberFiles(cases_, order, all.files);
     const auto files = boost::make_shared<Files>(std::move(all.files));
     if (hasIdentifiers) {
         files->keepLastOfSameText();

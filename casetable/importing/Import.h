@@ -4,11 +4,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <boost/shared_ptr.hpp>
 
 #include "casetable/importing/CaseTable.h"
+#include "casetable/importing/Cases.h"
 #include "casetable/importing/FileRows.h"
 #include "casetable/importing/Partial.h"
 #include "casetable/importing/Reading.h"
@@ -46,8 +48,8 @@ public:
     /// Whether the watched file is there and in a case.
     bool isWatchedMatched() const { return isWatchedMatched_; }
 
-    /// The least path of each case in byte order, by the case's index.
-    const std::vector<std::string>& firstFiles() const { return firstFiles_; }
+    /// The least path of each case in byte order, by the case's index. They refer to this import.
+    const std::vector<std::string_view>& firstFiles() const { return firstFiles_; }
 
     /// The files that are in a case; none unless they were kept. They refer to this import.
     FileRows matchedFiles() const { return rowsOf(matched_); }
@@ -67,7 +69,8 @@ private:
     FileRows rowsOf(const std::vector<Place>& places) const;
 
     CaseTable table_;
-    std::vector<std::string> firstFiles_;
+    Cases cases_;
+    std::vector<std::string_view> firstFiles_;
     const std::size_t fileCount_;
     const std::size_t matchedCount_;
     const bool isWatchedMatched_;

@@ -19,15 +19,6 @@ Length checkedLength(std::size_t length)
     return static_cast<Length>(length);
 }
 
-// Adds `from`, a case with the same key.
-void mergeCase(Partial::Case& into, Partial::Case& from)
-{
-    into.fileCount += from.fileCount;
-    if (from.leastPath < into.leastPath)
-        into.leastPath = std::move(from.leastPath);
-    from.mergedInto = &into;
-}
-
 } // namespace
 
 void Partial::Files::append(std::string_view path, std::uint32_t caseIndex,
@@ -56,12 +47,15 @@ void Partial::merge(Partial&& other)
     for (std::size_t k = 0; k < other.validIdentifiers.size(); ++k)
         validIdentifiers[k] = validIdentifiers[k] || other.validIdentifiers[k];
 
-    cases.merge(other.cases); // Leaves those that are here already.
-    for (auto& [key, known] : other.cases)
-        mergeCase(cases.find(key)->second, known);
+    std::vector<std::uint32_t> indices; // Of the other's cases, here.
+    indices.reserve(other.cases.size());
+    for (const Cases::Case& each : other.cases)
+        indices.push_back(cases.add(each.key(), each.leastPath(), each.fileCount()));
     for (Files& kept : other.files) {
-        for (Case*& each : kept.cases)
-            each = each->mergedInto != nullptr ? each->mergedInto : each;
+        for (Files::File& file : kept.files) {
+            if (file.caseIndex != none)
+                file.caseIndex = indices[file.caseIndex];
+        }
         files.push_back(std::move(kept));
     }
     other = Partial();
@@ -71,7 +65,7 @@ std::size_t Partial::matchedCount() const
 {
     return std::accumulate(
         cases.begin(), cases.end(), std::size_t{0},
-        [](std::size_t count, const auto& each) { return count + each.second.fileCount; });
+        [](std::size_t count, const Cases::Case& each) { return count + each.fileCount(); });
 }
 
 void CaseKey::append(std::string& key, std::string_view value)

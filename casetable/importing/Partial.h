@@ -6,8 +6,9 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
+
+#include "casetable/importing/Cases.h"
 
 namespace casetable {
 
@@ -24,30 +25,18 @@ struct KeptFiles {
 /// Used by one thread at a time.
 class Partial {
 public:
-    /// The files of equal values.
-    struct Case {
-        std::string leastPath; ///< In byte order.
-        std::size_t fileCount = 0;
-        std::size_t index = 0; ///< Its number; set by number() alone.
-        Case* mergedInto = nullptr;
-    };
-
-    /// By the key of their values.
-    using Cases = std::unordered_map<std::string, Case>;
-
     static constexpr std::uint32_t none = UINT32_MAX;
 
     /// Some files that are kept, which take their bytes and 12 more each.
     struct Files {
         struct File {
             std::uint32_t end;        ///< Of its path in `text`.
-            std::uint32_t caseIndex;  ///< Into `cases`, or none if it is not matched.
+            std::uint32_t caseIndex;  ///< Of its case, or none if it is not matched.
             std::uint32_t identifier; ///< The first that selects it, or none.
         };
 
         std::string text; ///< All paths, without anything between them.
         std::vector<File> files;
-        std::vector<Case*> cases;
 
         void append(std::string_view path, std::uint32_t caseIndex, std::uint32_t identifier);
         std::string_view path(std::size_t index) const;
@@ -66,8 +55,8 @@ public:
     bool isWatchedMatched = false;            ///< Whether the watched file is there and in a case.
     std::optional<MatchFailure> matchFailure; ///< With it, all else is incomplete.
 
-    /// Takes over what `other` has, which has the same identifiers. Takes time for the smaller one
-    /// of the two.
+    /// Takes over what `other` has, which has the same identifiers. The indices of cases may
+    /// change. Takes time for the cases and files of the one that has fewer cases.
     void merge(Partial&& other);
 
     /// The number of files that are in a case.

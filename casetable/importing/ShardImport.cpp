@@ -82,20 +82,23 @@ std::optional<Partial::MatchFailure> match(Importer& importer, const Paths& path
     return std::nullopt;
 }
 
-// The cases, by their index in the parser.
-std::vector<Partial::Case*> addCases(const CrawlerImporterParserInterface& parser,
-                                     std::size_t valueCount, Partial& partial)
+// What the files of a case come to.
+struct FoundFiles {
+    std::string_view leastPath;
+    std::size_t count = 0;
+};
+
+// Adds the cases of the parser, of which each has some of the files. They keep their indices.
+void addCases(const CrawlerImporterParserInterface& parser, std::size_t valueCount,
+              const std::vector<FoundFiles>& files, Cases& cases)
 {
-    std::vector<Partial::Case*> cases(parser.numDefinedCases());
     std::string key;
-    partial.cases.reserve(cases.size());
-    for (std::size_t index = 0; index < cases.size(); ++index) {
+    for (std::size_t index = 0; index < files.size(); ++index) {
         key.clear();
         for (std::size_t k = 0; k < valueCount; ++k)
             CaseKey::append(key, parser.caseMetadataSValue(index, k));
-        cases[index] = &partial.cases[key];
+        cases.add(key, files[index].leastPath, files[index].count);
     }
-    return cases;
 }
 
 // For each of `paths`, the index of the first identifier that selects it, or Partial::none. Each
@@ -144,7 +147,7 @@ Partial importShard(const Shard& shard, const Reading& reading,
         return partial;
 
     Partial::Files kept;
-    kept.cases = addCases(importer.parser, reading.patterns().size(), partial);
+    std::vector<FoundFiles> found(importer.parser.numDefinedCases());
     std::vector<std::uint32_t> selecting;
     if (!identifiers.empty())
         selecting =
@@ -152,7 +155,7 @@ Partial importShard(const Shard& shard, const Reading& reading,
     // The parser has the paths in the same order. Therefore the first file of a case has its least.
     const auto files = importer.parser.crawlerFilePathList();
     const bool visitsUnmatched =
-        visitor.unmatched && (partial.cases.empty() || !visitor.unmatchedOnlyWithoutCases);
+        visitor.unmatched && (found.empty() || !visitor.unmatchedOnlyWithoutCases);
     for (std::size_t i = 0; i < files.size(); ++i) {
         if (!files[i]->isMatched()) {
             if (visitsUnmatched)
@@ -164,13 +167,14 @@ Partial importShard(const Shard& shard, const Reading& reading,
         if (visitor.matched)
             visitor.matched(std::string(paths[i]), importer.crawler);
         const std::size_t index = files[i]->caseIndex();
-        if (kept.cases[index]->fileCount++ == 0)
-            kept.cases[index]->leastPath = paths[i];
+        if (found[index].count++ == 0)
+            found[index].leastPath = paths[i];
         partial.isWatchedMatched = partial.isWatchedMatched || paths[i] == keptFiles.watched;
         const std::uint32_t identifier = selecting.empty() ? Partial::none : selecting[i];
         if (keptFiles.matched || identifier != Partial::none)
             kept.append(paths[i], static_cast<std::uint32_t>(index), identifier);
     }
+    addCases(importer.parser, reading.patterns().size(), found, partial.cases);
     if (kept.files.empty())
         return partial;
     kept.text.shrink_to_fit();

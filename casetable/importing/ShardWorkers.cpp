@@ -28,14 +28,16 @@ void ShardWorkers::give(Shard shard)
         const std::lock_guard<std::mutex> lock(mutex_);
         if (failure_)
             std::rethrow_exception(failure_);
-        if (waiting_.size() == threads_.size() && threads_.size() + 1 < jobs_) {
+        if (waiting_.size() >= threads_.size() && threads_.size() + 1 < jobs_) {
             std::unique_ptr<Thread> thread = Thread::start([this] { workOnAll(); });
             if (thread)
                 threads_.push_back(std::move(thread));
             else
                 jobs_ = threads_.size() + 1;
         }
-        if (waiting_.size() < threads_.size()) {
+        // One for each of the others and one more, so that none runs out of them while the caller
+        // works on its own and then makes the next.
+        if (!threads_.empty() && waiting_.size() <= threads_.size()) {
             waiting_.push_back(std::move(shard));
             changed_.notify_one();
             return;

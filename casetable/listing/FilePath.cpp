@@ -1,25 +1,8 @@
 #include "casetable/listing/FilePath.h"
 
-#include <algorithm>
 #include <cstddef>
 
 namespace casetable {
-
-namespace {
-
-// Whether one of the components is `component`.
-bool hasComponent(std::string_view path, std::string_view component)
-{
-    for (std::size_t begin = 0; begin <= path.size();) {
-        const std::size_t end = std::min(path.find('/', begin), path.size());
-        if (path.substr(begin, end - begin) == component)
-            return true;
-        begin = end + 1;
-    }
-    return false;
-}
-
-} // namespace
 
 PathFault pathFault(std::string_view path)
 {
@@ -29,11 +12,17 @@ PathFault pathFault(std::string_view path)
         return PathFault::Absolute;
     if (path.back() == '/')
         return PathFault::NamesFolder;
-    if (hasComponent(path, ""))
-        return PathFault::EmptyComponent;
-    if (path.substr(path.rfind('/') + 1) == ".")
+    std::string_view component;
+    bool climbsOut = false;
+    for (std::size_t begin = 0; begin <= path.size(); begin += component.size() + 1) {
+        component = path.substr(begin, path.find('/', begin) - begin);
+        if (component.empty())
+            return PathFault::EmptyComponent;
+        climbsOut = climbsOut || component == "..";
+    }
+    if (component == ".")
         return PathFault::NamesFolder;
-    return hasComponent(path, "..") ? PathFault::ClimbsOut : PathFault::None;
+    return climbsOut ? PathFault::ClimbsOut : PathFault::None;
 }
 
 } // namespace casetable

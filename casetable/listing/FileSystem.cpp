@@ -114,7 +114,6 @@ private:
         for (const std::string& warning : listing.warnings)
             fileSystem().warn(warning);
         fileSystem().hiddenLeftOut += listing.hiddenLeftOut;
-        fileSystem().filesSeen += listing.files;
     }
 
     const std::shared_ptr<const Tree>& tree_;

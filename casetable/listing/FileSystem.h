@@ -35,19 +35,21 @@ struct FileSystem {
     /// not look at. What it throws comes out of the asking. Does nothing unless it is set.
     std::function<void(const std::string&)> warn = [](const std::string&) {};
 
-    /// The number of files in the folders whose entries were asked for so far; may be read from any
-    /// thread at any time.
-    std::atomic<std::size_t> filesSeen{0};
+    /// The number of files that were listed so far, ahead of the walk too, and while a folder is
+    /// still being listed; those of a listing that failed and is made again count twice. May be
+    /// read from any thread at any time.
+    std::atomic<std::size_t> filesListed{0};
 
     /// The number of entries that were left out so far only because they are hidden: files,
-    /// folders, and all links, as it is not asked what these lead to. May be read like `filesSeen`.
+    /// folders, and all links, as it is not asked what these lead to. May be read like
+    /// `filesListed`.
     std::atomic<std::size_t> hiddenLeftOut{0};
 
     /// What an answer that ends a walk was about: the root, or an entry below it.
     enum class Refused { Nothing, Root, Folder };
 
     /// What was last said not to exist or not to be readable. A walk fails at that, with an error
-    /// text that does not tell which it was. May be read like `filesSeen`.
+    /// text that does not tell which it was. May be read like `filesListed`.
     std::atomic<Refused> refused{Refused::Nothing};
 };
 

@@ -123,9 +123,11 @@ public:
     void list(ReadAhead::Meter* ahead)
     {
         std::size_t known = 0;
+        std::size_t counted = 0;
         readEntries(
             descriptor_, [this](const char* name, unsigned char type) { look(name, type); },
             [&] {
+                fileSystem_.filesListed += listing_.files - std::exchange(counted, listing_.files);
                 if (ahead != nullptr)
                     ahead->grow(bytes() - std::exchange(known, bytes()));
             });
@@ -228,7 +230,7 @@ private:
     }
 
     Folder& folder_;
-    const FileSystem& fileSystem_;
+    FileSystem& fileSystem_;
     const int descriptor_;
     FolderListing& listing_;
     Judge judge_;

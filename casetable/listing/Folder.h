@@ -51,7 +51,7 @@ struct Tree {
 };
 
 /// A folder that is to be listed, is, or was, by whatever thread. Listing it reads the options of
-/// the file system, and changes nothing but the folder.
+/// the file system, and changes nothing but the folder and the count of files listed.
 class Folder : public ReadAhead::Job {
 public:
     /// `parent` is null for the root, whose `name` is its path.

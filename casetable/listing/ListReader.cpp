@@ -20,6 +20,9 @@ const std::size_t longestPath = std::size_t{16} * 1024 * 1024;
 // Of a refused path: what is no list at all may have lines of any length.
 const std::size_t shownBytes = 500;
 
+// Some dozens of paths, of which PathLines is told ahead.
+const std::size_t expectedBytes = 2048;
+
 const std::string_view byteOrderMark = "\xef\xbb\xbf";
 
 std::size_t commonLength(std::string_view left, std::string_view right)
@@ -67,7 +70,12 @@ ListReader::ListReader(Options options, std::function<void(std::string_view path
 void ListReader::append(std::string_view text)
 {
     beginning_ += text.substr(0, byteOrderMark.size() - beginning_.size());
-    split(text, separator_, rest_, [this](std::string_view path) { take(path); });
+    for (std::size_t begin = 0; begin < text.size(); begin += expectedBytes) {
+        const std::string_view piece = text.substr(begin, expectedBytes);
+        if (lines_)
+            expect(piece);
+        split(piece, separator_, rest_, [this](std::string_view path) { take(path); });
+    }
     // What is no list, such as a device, may never end a line, so what there is is checked too.
     if (separator_ != '\0' && text.find('\0') != std::string_view::npos)
         check(rest_, pathCount_ + 1);
@@ -112,24 +120,31 @@ void ListReader::take(std::string_view path)
     check(path, ++pathCount_);
     allEndInReturn_ = allEndInReturn_ && path.back() == '\r';
     anyQuoted_ = anyQuoted_ || (path.size() > 1 && path.front() == '"' && path.back() == '"');
-    if (!contradiction_ && isNew(path) && isSelected(path))
+    if (contradiction_)
+        return;
+    const std::size_t common = commonLength(path, previous_);
+    if (!lines_ && standsBefore(path, previous_, common))
+        rememberLines();
+    const bool isNew = lines_ ? isNewInLines(path, common, pathCount_) : isNewInOrder(path, common);
+    if (contradiction_)
+        return;
+    const bool isTaken = isSelected(path, common);
+    previous_ = path;
+    if (isNew && isTaken)
         take_(path);
 }
 
-// Whether no line before has the path. Finds contradictions.
-bool ListReader::isNew(std::string_view path)
+void ListReader::expect(std::string_view piece) const
 {
-    std::size_t common = commonLength(path, previous_);
-    if (!lines_ && standsBefore(path, previous_, common)) {
-        rememberLines();
-        common = commonLength(path, previous_);
-    }
-    const bool isNew = lines_ ? isNewInLines(path, common, pathCount_) : isNewInOrder(path, common);
-    previous_ = path;
-    return isNew;
+    std::string rest;
+    split(piece, separator_, rest, [this](std::string_view path) {
+        lines_->expect(path);
+        lines_->expect(path.substr(0, std::min(path.rfind('/'), path.size())));
+    });
 }
 
-// Of a path that does not stand before the previous one.
+// Whether no line before has the path, which does not stand before the previous one and begins with
+// `common` equal bytes. Finds contradictions.
 bool ListReader::isNewInOrder(std::string_view path, std::size_t common)
 {
     while (!beginnings_.empty() && beginnings_.back().length > common)
@@ -149,6 +164,7 @@ bool ListReader::isNewInOrder(std::string_view path, std::size_t common)
     return true;
 }
 
+// The same by all paths so far.
 bool ListReader::isNewInLines(std::string_view path, std::size_t common, std::size_t line)
 {
     const PathLines::Entry entry = lines_->insert(path, PathLines::Kind::File, line);
@@ -178,26 +194,24 @@ void ListReader::rememberLines()
 {
     lines_ = std::make_unique<PathLines>();
     beginnings_.clear();
-    previous_.clear();
+    std::string previous;
     std::string rest;
     std::size_t line = 0;
     options_.reread([&](std::string_view piece) {
         split(piece, separator_, rest, [&](std::string_view path) {
             if (++line >= pathCount_)
                 return;
-            isNewInLines(path, commonLength(path, previous_), line);
-            previous_ = path;
+            isNewInLines(path, commonLength(path, previous), line);
+            previous = path;
         });
     });
 }
 
-// Asks about the folders on the way too, but not about those that the path judged last lies in.
-bool ListReader::isSelected(std::string_view path)
+// Asks about the folders on the way too, but not about those that the previous path lies in.
+bool ListReader::isSelected(std::string_view path, std::size_t common)
 {
-    const std::size_t common = commonLength(path, judged_);
     while (!levels_.empty() && levels_.back().end >= common)
         levels_.pop_back();
-    judged_ = path;
     for (;;) {
         if (!levels_.empty() && !levels_.back().isTaken)
             return false;
@@ -237,7 +251,9 @@ void ListReader::check(std::string_view path, std::size_t number) const
     case PathFault::None:
         break;
     }
-    if (static_cast<std::size_t>(std::count(path.begin(), path.end(), '/')) > maxFolders)
+    // A folder takes two bytes or more.
+    if (path.size() > 2 * maxFolders &&
+        static_cast<std::size_t>(std::count(path.begin(), path.end(), '/')) > maxFolders)
         refuse(path, number,
                "the path lies below more than " + std::to_string(maxFolders) + " folders");
 }

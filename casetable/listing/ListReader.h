@@ -80,7 +80,7 @@ private:
         std::size_t line;
     };
 
-    // A folder on the way to the path that was judged last.
+    // A folder on the way to a path.
     struct Level {
         std::size_t end; // Of its path.
         std::size_t depth;
@@ -96,11 +96,11 @@ private:
     };
 
     void take(std::string_view path);
-    bool isNew(std::string_view path);
     bool isNewInOrder(std::string_view path, std::size_t common);
     bool isNewInLines(std::string_view path, std::size_t common, std::size_t line);
     void rememberLines();
-    bool isSelected(std::string_view path);
+    void expect(std::string_view piece) const;
+    bool isSelected(std::string_view path, std::size_t common);
     void check(std::string_view path, std::size_t number) const;
     std::string place(std::size_t number) const;
     [[noreturn]] void refuse(std::string_view path, std::size_t number,
@@ -118,8 +118,7 @@ private:
     std::unique_ptr<PathLines> lines_;  // From when they are not.
     std::optional<Contradiction> contradiction_;
 
-    std::string judged_; // The path that was judged last.
-    std::vector<Level> levels_;
+    std::vector<Level> levels_; // Of the path before, as far as they were judged.
 
     bool allEndInReturn_ = true;
     bool anyQuoted_ = false;

@@ -24,6 +24,8 @@ namespace casetable {
 
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
 // How often an interrupt is looked for.
 const std::chrono::milliseconds interruptInterval(50);
 
@@ -115,6 +117,7 @@ void Listing::run(const ShardSize& size, const Taker& taker)
 
 void Listing::runList(ShardCutter& cutter, const Taker& taker)
 {
+    const Clock::time_point start = Clock::now();
     StatusLine status(console_);
     ListFile file(*source_.list);
     ListReader reader(
@@ -130,8 +133,10 @@ void Listing::runList(ShardCutter& cutter, const Taker& taker)
         },
         [&] {
             letGoIfInterrupted();
-            status.update([&reader] {
-                return std::to_string(reader.pathCount()) + " paths: " + reader.name();
+            status.update([&] {
+                const std::chrono::duration<double> elapsed = Clock::now() - start;
+                return listProgress(reader.name(), reader.pathCount(), file.bytesRead(),
+                                    file.bytes(), elapsed);
             });
         });
 }
@@ -163,7 +168,7 @@ void Listing::runTree(ShardCutter& cutter, const Taker& taker)
             }
             break;
         }
-        status.update([&] { return walk->progress.text(fileSystem_->filesSeen); });
+        status.update([&] { return walk->progress.text(fileSystem_->filesListed); });
     }
     thread.reset();
     throwIfInterrupted();

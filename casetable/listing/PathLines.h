@@ -27,6 +27,10 @@ public:
     /// are told apart.
     Entry insert(std::string_view path, Kind kind, std::size_t line);
 
+    /// Has the processor fetch what insert() of the path needs, and does not wait for it. Told of
+    /// some dozens of paths ahead, insert() takes less time in all. Changes nothing.
+    void expect(std::string_view path) const;
+
 private:
     // The first word is the half of the hash by which a slot is found; the second holds the kind,
     // the line and the rest of the hash. A slot with the line 0 is free.
@@ -36,8 +40,13 @@ private:
     };
 
     // So that only a small part of all is copied at a time when it grows.
+    //
+    // The slots that are taken stand in the order of their hashes: each where its hash belongs, or
+    // behind others that do not leave it that place. So a search ends at the first larger hash,
+    // which is soon also where nearly all slots are taken.
     struct Part {
-        std::vector<Slot> slots;
+        std::vector<Slot> slots; // At the end some more than hashes belong in.
+        std::size_t homes = 0;   // Slots that hashes belong in.
         std::size_t used = 0;
     };
 

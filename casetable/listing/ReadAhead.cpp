@@ -5,13 +5,13 @@
 #include <new>
 #include <stdexcept>
 #include <system_error>
-#include <thread>
 #include <utility>
 
 #include <pthread.h>
 #include <sys/resource.h>
 
 #include "casetable/system/Interrupt.h"
+#include "casetable/system/Processors.h"
 
 namespace casetable {
 
@@ -106,8 +106,7 @@ ReadAhead::Limits ReadAhead::usualLimits()
 }
 
 ReadAhead::ReadAhead(const Limits& limits, Duration beforeThreads)
-    : cores_(std::max(1U, std::thread::hardware_concurrency())), beforeThreads_(beforeThreads),
-      limits_(limits)
+    : cores_(availableProcessors()), beforeThreads_(beforeThreads), limits_(limits)
 {
 }
 

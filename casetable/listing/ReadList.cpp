@@ -24,14 +24,6 @@ const int intervalMilliseconds = 50;
 // How much is read at once.
 const std::size_t pieceBytes = std::size_t{64} * 1024;
 
-// Where a regular file is read from; negative for all else.
-off_t beginOf(int descriptor)
-{
-    struct stat status = {};
-    const bool isRegular = ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
-    return isRegular ? ::lseek(descriptor, 0, SEEK_CUR) : -1;
-}
-
 } // namespace
 
 std::string listName(const std::string& file)
@@ -50,7 +42,12 @@ ListFile::ListFile(const std::string& file) : name_(listName(file))
     } else if (::fcntl(STDIN_FILENO, F_GETFD) < 0) {
         fail(errno); // Otherwise what is opened next would be taken for the list.
     }
-    begin_ = beginOf(descriptor());
+    struct stat status = {};
+    if (::fstat(descriptor(), &status) != 0 || !S_ISREG(status.st_mode))
+        return;
+    begin_ = ::lseek(descriptor(), 0, SEEK_CUR);
+    if (begin_ >= 0 && begin_ < status.st_size)
+        bytes_ = static_cast<std::size_t>(status.st_size - begin_);
 }
 
 ListReader::Reread ListFile::reread() const
@@ -59,10 +56,11 @@ ListReader::Reread ListFile::reread() const
         return nullptr;
     return [this](const auto& take) {
         std::array<char, pieceBytes> buffer;
-        for (std::size_t done = 0; done < bytesRead_;) {
+        const std::size_t all = bytesRead_;
+        for (std::size_t done = 0; done < all;) {
             throwIfInterrupted();
             const ssize_t size =
-                ::pread(descriptor(), buffer.data(), std::min(buffer.size(), bytesRead_ - done),
+                ::pread(descriptor(), buffer.data(), std::min(buffer.size(), all - done),
                         begin_ + static_cast<off_t>(done));
             if (size < 0 && errno == EINTR)
                 continue;

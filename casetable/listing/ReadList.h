@@ -1,6 +1,7 @@
 #ifndef CASETABLE_LISTING_READLIST_H
 #define CASETABLE_LISTING_READLIST_H
 
+#include <atomic>
 #include <cstddef>
 #include <string>
 
@@ -27,6 +28,13 @@ public:
     /// or the like.
     ListReader::Reread reread() const;
 
+    /// How many bytes it had from where it is read on when it was opened; 0 where only its end will
+    /// tell, as for a pipe.
+    std::size_t bytes() const { return bytes_; }
+
+    /// How many bytes have been read so far; may be asked from any thread at any time.
+    std::size_t bytesRead() const { return bytesRead_; }
+
     /// Gives `reader` all of the file, and finishes it. Throws also what it throws.
     void readInto(ListReader& reader);
 
@@ -38,7 +46,8 @@ private:
     const std::string name_;
     Descriptor opened_; // Nothing for standard input, which is not ours to close.
     off_t begin_ = -1;  // Of the list in the file; negative where it cannot be read again.
-    std::size_t bytesRead_ = 0;
+    std::size_t bytes_ = 0;
+    std::atomic<std::size_t> bytesRead_{0};
 };
 
 } // namespace casetable

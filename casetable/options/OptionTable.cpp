@@ -118,7 +118,11 @@ May be given several times; a file belongs to the first that selects it.
 .I FILE
 instead of standard output. It is replaced once all is written, unless it is one of the matched files or the list;
 .B \-
-is standard output.
+is standard output. Until then a file
+.I .casetable\-*
+stands beside it. Where a run is killed, that may stay; the next run with the same
+.I FILE
+removes it.
 )"},
 
         {Id::FromList,

@@ -142,11 +142,14 @@ ExitCode finishImport(const Options& options, ImportedFiles all,
                       std::size_t hiddenLeftOut, Output& output, Console& console)
 {
     const Format& format = formatOf(options, output);
+    // Nothing is half-written yet, so an interrupt may end the program at once.
+    releaseInterrupts();
+    throwIfInterrupted();
     const Import import(std::move(all.partial), root, options.reading, options.identifiers,
                         keptFiles(options, format));
-    throwIfInterrupted();
     if (options.output)
         spareMatchedFile(*options.output, import.isWatchedMatched());
+    catchInterrupts();
     const std::optional<Missing> missing = writeImport(options, import, format, output);
     output.commit();
     if (options.output && options.format == nullptr && !output.isTerminal())

@@ -3,6 +3,8 @@
 #include <atomic>
 #include <initializer_list>
 
+#include <unistd.h>
+
 namespace casetable {
 
 namespace {
@@ -15,6 +17,11 @@ static_assert(std::atomic<int>::is_always_lock_free,
 extern "C" void rememberSignal(int signal)
 {
     caughtSignal = signal;
+}
+
+extern "C" void endProgram(int signal)
+{
+    ::_exit(128 + signal);
 }
 
 void handleSignals(void (*handler)(int))
@@ -45,7 +52,7 @@ void takeBrokenWritesAsFailures()
 
 void releaseInterrupts()
 {
-    handleSignals(SIG_DFL);
+    handleSignals(endProgram);
 }
 
 bool isInterrupted()

@@ -23,7 +23,8 @@ void catchInterrupts();
 /// Otherwise SIGPIPE or SIGXFSZ would end the program without a message.
 void takeBrokenWritesAsFailures();
 
-/// Undoes catchInterrupts(): from now on the interrupts end the program at once.
+/// From now on the interrupts end the program at once, with 128 + the signal's number, and nothing
+/// is destroyed: for when nothing is half-written. Those that are ignored stay so.
 void releaseInterrupts();
 
 /// Whether an interrupt has come in since catchInterrupts(). May be asked from any thread.

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdlib>
 #include <system_error>
+#include <utility>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -15,6 +16,7 @@
 #include "casetable/system/Colour.h"
 #include "casetable/system/ExitCode.h"
 #include "casetable/system/Interrupt.h"
+#include "casetable/system/TemporaryFile.h"
 
 namespace casetable {
 
@@ -187,6 +189,7 @@ void Output::commit()
     if (::rename(temporary_.c_str(), target_.c_str()) != 0)
         fail(errno);
     temporary_.clear();
+    lock_ = Descriptor();
 }
 
 Descriptor Output::open()
@@ -201,11 +204,16 @@ Descriptor Output::open()
 
 Descriptor Output::openTemporary()
 {
-    std::string name = folderOf(target_) + "/.casetable-XXXXXX";
-    Descriptor opened(::mkostemp(name.data(), O_CLOEXEC));
+    // Before the new one is made, which may need the room.
+    removeAbandonedFiles(target_);
+    TemporaryFile file = makeTemporaryFile(target_);
+    Descriptor opened = std::move(file.opened);
     if (!opened.isOpen())
         return opened;
-    temporary_ = name;
+    temporary_ = file.path;
+    lock_ = Descriptor(::fcntl(opened.number(), F_DUPFD_CLOEXEC, 0));
+    if (!lock_.isOpen())
+        fail(errno);
 
     mode_t mode = creationMode();
     struct stat earlier = {};

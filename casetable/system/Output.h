@@ -12,7 +12,9 @@ namespace casetable {
 /// Where the output of a run goes: standard output, or a file.
 ///
 /// A file is written under a temporary name in its folder, and commit() renames it. So until then
-/// an earlier file stays as it was, and without commit() nothing is left behind. The new file gets
+/// an earlier file stays as it was, and without commit() nothing is left behind. A program that is
+/// killed leaves its temporary file, which the next output to the same file removes when it begins
+/// its own; never one that another output, of any process, is being written to. The new file gets
 /// the mode of an earlier one, and its owner if the user may set it. Links are followed. What is
 /// not a regular file, such as a device or a pipe, is written to directly; so is an inherited
 /// descriptor that is named by /dev/stdout, /dev/stderr, /dev/fd/N or /proc/self/fd/N.
@@ -66,6 +68,7 @@ private:
     std::string target_;    // With links followed; empty for standard output.
     std::string temporary_; // Empty while there is none.
     Descriptor opened_;     // Nothing for standard output, which is not ours to close.
+    Descriptor lock_;       // Keeps the temporary file locked when `opened_` is closed.
     std::string buffer_;
 };
 

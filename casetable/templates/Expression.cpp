@@ -161,7 +161,7 @@ Expression::~Expression() = default;
 
 struct ExpressionMatcher::Memory {
     std::unique_ptr<pcre2_match_context, FreeMatchContext> context;
-    std::unique_ptr<pcre2_jit_stack, FreeJitStack> stack;
+    std::unique_ptr<pcre2_jit_stack, FreeJitStack> stack; // Once it is needed.
     std::unique_ptr<pcre2_match_data, FreeMatchData> data;
 };
 
@@ -171,9 +171,6 @@ ExpressionMatcher::ExpressionMatcher() : memory_(new Memory)
 {
     using Context = decltype(memory_->context);
     memory_->context = allocated<Context>(pcre2_match_context_create(nullptr));
-    // Null where the engine has no JIT.
-    memory_->stack.reset(pcre2_jit_stack_create(firstJitStack, largestJitStack, nullptr));
-    pcre2_jit_stack_assign(memory_->context.get(), nullptr, memory_->stack.get());
     pcre2_set_match_limit(memory_->context.get(), matchLimit);
     pcre2_set_heap_limit(memory_->context.get(), heapLimitInKibibytes);
 }
@@ -189,8 +186,19 @@ const std::size_t* ExpressionMatcher::match(const Expression& expression, std::s
         data = allocated<std::remove_reference_t<decltype(data)>>(
             pcre2_match_data_create_from_pattern(code, nullptr));
     }
-    const int result = pcre2_match(code, bytesOf(subject), subject.size(), 0, 0, data.get(),
-                                   memory_->context.get());
+    const auto matched = [&] {
+        return pcre2_match(code, bytesOf(subject), subject.size(), 0, 0, data.get(),
+                           memory_->context.get());
+    };
+    int result = matched();
+    // For nearly all paths what the engine takes of the thread's own stack is enough, and to make
+    // another for each matcher would take longer than to match some hundred paths.
+    if (result == PCRE2_ERROR_JIT_STACKLIMIT && !memory_->stack) {
+        memory_->stack = allocated<decltype(memory_->stack)>(
+            pcre2_jit_stack_create(firstJitStack, largestJitStack, nullptr));
+        pcre2_jit_stack_assign(memory_->context.get(), nullptr, memory_->stack.get());
+        result = matched();
+    }
     if (result == PCRE2_ERROR_NOMATCH)
         return nullptr;
     if (result < 0)

@@ -159,7 +159,7 @@ Outcome mergedImport(const Texts& paths, std::size_t files, std::size_t jobs,
         outcome.takeTable(import.table());
         EXPECT_EQ(import.fileCount(), paths.size());
         EXPECT_EQ(import.matchedCount(), import.matchedFiles().count);
-        outcome.firstFiles = import.firstFiles();
+        outcome.firstFiles.assign(import.firstFiles().begin(), import.firstFiles().end());
         const FileRows matched = import.matchedFiles();
         for (std::size_t index = 0; index < matched.count; ++index) {
             const FileRow file = matched.file(index);

@@ -44,16 +44,14 @@ Content contentOf(const Partial& partial)
 {
     Content content;
     content.fileCount = partial.fileCount;
-    for (const auto& [key, each] : partial.cases)
-        content.cases[key] = {each.leastPath, each.fileCount};
+    for (const Cases::Case& each : partial.cases)
+        content.cases[std::string(each.key())] = {std::string(each.leastPath()), each.fileCount()};
     for (const Partial::Files& part : partial.files) {
         for (std::size_t i = 0; i < part.files.size(); ++i) {
             const Partial::Files::File& file = part.files[i];
             std::string key;
-            for (const auto& each : partial.cases) {
-                if (file.caseIndex != Partial::none && &each.second == part.cases[file.caseIndex])
-                    key = each.first;
-            }
+            if (file.caseIndex != Partial::none)
+                key = partial.cases[file.caseIndex].key();
             content.files.emplace(part.path(i), key, file.identifier);
         }
     }
@@ -77,7 +75,6 @@ Partial partialOf(const std::vector<OneFile>& files)
     Partial partial;
     partial.validIdentifiers.resize(3);
     Partial::Files kept;
-    std::map<std::string, std::uint32_t> indices;
     for (const OneFile& file : files) {
         ++partial.fileCount;
         if (fails(file.path) && (!partial.matchFailure || file.path < partial.matchFailure->path))
@@ -86,16 +83,11 @@ Partial partialOf(const std::vector<OneFile>& files)
             kept.append(file.path, Partial::none, Partial::none);
             continue;
         }
-        const auto index = indices.emplace(file.key, indices.size());
-        Partial::Case& owner = partial.cases[file.key];
-        if (index.second)
-            kept.cases.push_back(&owner);
-        if (owner.fileCount++ == 0 || file.path < owner.leastPath)
-            owner.leastPath = file.path;
+        const std::uint32_t index = partial.cases.add(file.key, file.path, 1);
         const std::uint32_t identifier = file.path.back() % 3;
         partial.validIdentifiers[identifier] = true;
         partial.isWatchedMatched = partial.isWatchedMatched || file.path == watched;
-        kept.append(file.path, index.first->second, identifier);
+        kept.append(file.path, index, identifier);
     }
     if (!kept.files.empty())
         partial.files.push_back(std::move(kept));

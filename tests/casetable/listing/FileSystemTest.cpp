@@ -19,6 +19,7 @@
 
 #include "crawler/FolderCrawler.h"
 #include "host/ExceptionBase.h"
+#include "tests/casetable/support/ListingCalls.h"
 #include "tests/casetable/support/OrdinaryUser.h"
 #include "tests/casetable/support/TemporaryTree.h"
 #include "tests/support/Sanitizer.h"
@@ -161,7 +162,7 @@ TEST(FileSystem, LeavesOutHiddenEntriesWhenToldToAndCountsThem)
     EXPECT_EQ(fileSystem.hiddenLeftOut, 3u) << ".a, .folder and .link";
     EXPECT_EQ(entriesByName(*entries.at("folder")).size(), 1u);
     EXPECT_EQ(fileSystem.hiddenLeftOut, 4u);
-    EXPECT_EQ(fileSystem.filesSeen, 3u);
+    EXPECT_EQ(fileSystem.filesListed, 3u);
 }
 
 TEST(FileSystem, CountsNoHiddenEntriesWhereTheyAreTaken)
@@ -473,9 +474,30 @@ TEST(FileSystem, CountsTheFilesListed)
     FileSystem fileSystem;
     const auto entries = entriesByName(*fileSystemRoot(fileSystem, tree.path()));
 
-    EXPECT_EQ(fileSystem.filesSeen, 2u);
+    EXPECT_EQ(fileSystem.filesListed, 2u);
     EXPECT_EQ(entriesByName(*entries.at("folder")).size(), 1u);
-    EXPECT_EQ(fileSystem.filesSeen, 3u);
+    EXPECT_EQ(fileSystem.filesListed, 3u);
+}
+
+TEST(FileSystem, CountsTheFilesOfALargeFolderWhileItIsListed)
+{
+    const TemporaryTree tree;
+    const std::size_t files = 2000;
+    for (std::size_t i = 0; i < files; ++i)
+        tree.file(std::string(50, 'x') + std::to_string(i));
+    FileSystem fileSystem;
+    std::vector<std::size_t> counts;
+    beforeListing = [&] { counts.push_back(fileSystem.filesListed); };
+
+    fileSystemRoot(fileSystem, tree.path())->entries("");
+
+    beforeListing = nullptr;
+    ASSERT_GT(counts.size(), 2u);
+    EXPECT_EQ(counts.front(), 0u);
+    EXPECT_GT(counts[1], 0u);
+    EXPECT_LT(counts[1], files);
+    EXPECT_EQ(counts.back(), files);
+    EXPECT_EQ(fileSystem.filesListed, files);
 }
 
 TEST(FileSystem, ReachesFoldersOfAnyDepthWithFewDescriptors)

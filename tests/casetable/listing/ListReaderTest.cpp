@@ -324,6 +324,27 @@ TEST(ListReader, IsTheSameHoweverItsTextIsCut)
     EXPECT_EQ(bytes.reader.pathCount(), 5u);
 }
 
+TEST(ListReader, IsTheSameHoweverManyLinesAPieceHas)
+{
+    const unsigned seed = 9;
+    std::mt19937 random(seed);
+    std::string text;
+    std::set<std::string> expected;
+    for (int i = 0; i < 20'000; ++i) {
+        const auto path = std::to_string(random() % 100) + "/" + std::string(random() % 40, 'a') +
+                          std::to_string(random() % 1'000);
+        expected.insert(path);
+        text += path + "\n";
+    }
+    for (const std::size_t size : {100u, 5'000u, 1'000'000u}) {
+        ListReading reading;
+        for (std::size_t begin = 0; begin < text.size(); begin += size)
+            reading.append(text.substr(begin, size));
+        reading.reader.finish();
+        EXPECT_EQ(reading.sortedFiles(), Texts(expected.begin(), expected.end())) << size;
+    }
+}
+
 TEST(ListReader, ReadsALineOnceMoreOnlyWhereLinesAreNotInByteOrder)
 {
     std::size_t count = 0;

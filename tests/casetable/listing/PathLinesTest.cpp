@@ -28,6 +28,23 @@ TEST(PathLines, KeepsWhatWasFirstRecordedOfEachPath)
     }
 }
 
+TEST(PathLines, IsTheSameWhateverWasExpected)
+{
+    const unsigned seed = 7;
+    std::mt19937 random(seed);
+    const auto path = [&random] { return std::to_string(random() % 1'000); };
+    PathLines lines;
+    std::map<std::string, std::size_t> plain;
+    for (std::size_t line = 1; line < 5'000; ++line) {
+        lines.expect(path());
+        const std::string inserted = path();
+
+        const PathLines::Entry entry = lines.insert(inserted, PathLines::Kind::File, line);
+
+        ASSERT_EQ(entry.line, plain.emplace(inserted, line).first->second) << inserted;
+    }
+}
+
 TEST(PathLines, TellsLinesApartHoweverLateTheyAre)
 {
     const std::size_t late = (std::size_t{1} << 39) - 1;

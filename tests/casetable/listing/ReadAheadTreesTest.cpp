@@ -36,7 +36,6 @@ struct Told {
     std::list<std::string> files;
     std::string error;
     std::vector<std::string> warnings;
-    std::size_t filesSeen = 0;
     std::size_t hiddenLeftOut = 0;
     FileSystem::Refused refused = FileSystem::Refused::Nothing;
 };
@@ -44,15 +43,14 @@ struct Told {
 bool operator==(const Told& a, const Told& b)
 {
     return a.files == b.files && a.error == b.error && a.warnings == b.warnings &&
-           a.filesSeen == b.filesSeen && a.hiddenLeftOut == b.hiddenLeftOut &&
-           a.refused == b.refused;
+           a.hiddenLeftOut == b.hiddenLeftOut && a.refused == b.refused;
 }
 
 std::ostream& operator<<(std::ostream& stream, const Told& told)
 {
     return stream << testing::PrintToString(told.files) << " error: " << told.error
-                  << " warnings: " << testing::PrintToString(told.warnings) << ' ' << told.filesSeen
-                  << ' ' << told.hiddenLeftOut;
+                  << " warnings: " << testing::PrintToString(told.warnings) << ' '
+                  << told.hiddenLeftOut;
 }
 
 struct Options {
@@ -77,7 +75,6 @@ Told toldOf(const Options& options, const std::string& root,
         ahead->close();
     told.files = crawler.result().files;
     told.error = crawler.result().errorString.toStdString();
-    told.filesSeen = fileSystem->filesSeen;
     told.hiddenLeftOut = fileSystem->hiddenLeftOut;
     told.refused = fileSystem->refused;
     return told;

@@ -83,12 +83,17 @@ TEST(CasetableInterrupt, EndsAWalkThatTheSystemKeepsWaiting)
         tree.file("begun/T" + std::to_string(i) + "/inner/file");
     }
     tree.file("begun/T2/hanging/file");
+    struct Walk {
+        std::string root;
+        std::string jobs;
+    };
     // The system keeps the walk itself waiting, or what lists folders ahead of it.
-    for (const std::string root : {"hanging", "begun"}) {
-        SCOPED_TRACE(root);
+    for (const auto& [root, jobs] : {Walk{"hanging", "1"}, Walk{"hanging", "2"}, Walk{"begun", "1"},
+                                     Walk{"begun", "2"}, Walk{"begun", "8"}}) {
+        SCOPED_TRACE(root + ", " + jobs);
         Setting setting = withErrors(tree, Stream::Terminal);
         setting.program = {"env", "LD_PRELOAD=" CASETABLE_HANGING_FOLDERS};
-        Program program({"-n", "T", "-o", "out", root}, setting);
+        Program program({"-n", "T", "-j", jobs, "-o", "out", root}, setting);
         program.waitForWalk();
 
         program.send(SIGINT);

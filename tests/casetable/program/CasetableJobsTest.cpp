@@ -1,10 +1,16 @@
+#include <functional>
 #include <string>
 #include <vector>
+
+#include <grp.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
 #include "tests/casetable/support/Program.h"
 #include "tests/casetable/support/TemporaryTree.h"
+#include "tests/support/Sanitizer.h"
 
 namespace casetable {
 namespace tests {
@@ -42,7 +48,100 @@ void expectSameForAnyJobs(const TemporaryTree& tree, const Arguments& arguments)
     }
 }
 
+// A tree of many folders, for anybody to read.
+class CasetableJobsWithLittle : public testing::Test {
+protected:
+    CasetableJobsWithLittle()
+    {
+        std::string paths;
+        for (int i = 0; i < 80; ++i) {
+            const std::string path =
+                "T" + std::to_string(i / 10) + "/P" + std::to_string(i % 10) + "_/";
+            for (const char* const file : {"a.dat", "deeper/b.dat"}) {
+                tree_.file("results/" + path + file);
+                paths += path + file + "\n";
+            }
+        }
+        tree_.file("list", paths);
+        tree_.setMode(".", 0755);
+    }
+
+    // What comes of the tree and of the list, where `prepare` has limited what a run may have.
+    Outcome runWith(const std::string& jobs, const std::string& source,
+                    const std::function<void()>& prepare) const
+    {
+        Arguments arguments = {"-n", "T", "-n", "P", "--files", "-j", jobs};
+        if (source == "list")
+            arguments.emplace_back("--from-list");
+        arguments.push_back(source);
+        Setting setting = in(tree_);
+        // Opening a folder takes so long that many threads are wanted for it.
+        setting.program = {"env", "LD_PRELOAD=" CASETABLE_HANGING_FOLDERS};
+        setting.prepare = prepare;
+        return run(arguments, setting);
+    }
+
+    void expectSameWith(const std::function<void()>& prepare) const
+    {
+        for (const std::string source : {"results", "list"}) {
+            const Outcome plain = runWith("1", source, nullptr);
+            EXPECT_EQ(plain.exitCode, 0) << plain;
+            for (const std::string jobs : {"1", "2", "8"}) {
+                SCOPED_TRACE(jobs);
+                EXPECT_EQ(runWith(jobs, source, prepare), plain);
+            }
+        }
+    }
+
+    const TemporaryTree tree_;
+};
+
+// The system counts the threads of a user, and never too many for root; so another one, of whom
+// nothing else runs. Ends the process where there is none.
+void becomeNobodyElse()
+{
+    const uid_t user = 1'234'567'890;
+    if (setgroups(0, nullptr) != 0 || setgid(user) != 0 || setuid(user) != 0)
+        _exit(1);
+}
+
+void limitTo(int resource, rlim_t most)
+{
+    const rlimit limit = {most, most};
+    setrlimit(static_cast<__rlimit_resource_t>(resource), &limit);
+}
+
 } // namespace
+
+TEST_F(CasetableJobsWithLittle, ChangeNothingWhereDescriptorsAreFew)
+{
+    SKIP_WHERE_SANITIZERS_COME_FIRST();
+    for (const rlim_t most : {16, 20, 64}) {
+        SCOPED_TRACE(most);
+        expectSameWith([most] { limitTo(RLIMIT_NOFILE, most); });
+    }
+}
+
+TEST_F(CasetableJobsWithLittle, ChangeNothingWhereThreadsAreFew)
+{
+    SKIP_WHERE_SANITIZERS_COME_FIRST();
+    if (geteuid() != 0)
+        GTEST_SKIP() << "only root can become another user";
+    if (runWith("1", "results", becomeNobodyElse).exitCode != 0)
+        GTEST_SKIP() << "another user cannot run the program here";
+    for (const rlim_t most : {2, 3, 8}) {
+        SCOPED_TRACE(most);
+        expectSameWith([most] {
+            becomeNobodyElse();
+            limitTo(RLIMIT_NPROC, most);
+        });
+    }
+    const Outcome outcome = runWith("8", "results", [] {
+        becomeNobodyElse();
+        limitTo(RLIMIT_NPROC, 1);
+    });
+    EXPECT_EQ(outcome, fails(3, "the system has no thread left for the walk"));
+}
 
 TEST(CasetableJobs, ChangeNothingInTheOutput)
 {

@@ -1,5 +1,8 @@
 #include <csignal>
 #include <cstddef>
+#include <cstdio>
+#include <cstdlib>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -357,6 +360,30 @@ TEST(CasetableList, ShowsHowManyPathsHaveComeWhileItKeepsWaiting)
     EXPECT_EQ(outcome.errors.substr(outcome.errors.size() - 4), "\r\x1b[K") << outcome;
 }
 
+TEST(CasetableList, ThatIsAFileShowsTheShareOfItsBytes)
+{
+    const TemporaryTree tree;
+    std::string paths;
+    for (int i = 0; i < 5'000'000; ++i)
+        paths += "T2/b\nT1/b\n";
+    tree.file("list", paths);
+
+    Program program({"-n", "T", "-j", "1", "--from-list", "list"},
+                    withErrors(tree, Stream::Terminal));
+    program.waitForErrors(
+        [](const std::string& errors) { return errors.find(" %: list") != std::string::npos; });
+    program.send(SIGINT);
+    const Outcome outcome = program.finish();
+
+    std::size_t count = 0;
+    int share = -1;
+    EXPECT_EQ(std::sscanf(outcome.errors.c_str(), "\r\x1b[K%zu paths, %d %%: list", &count, &share),
+              2)
+        << outcome;
+    EXPECT_GE(share, 0);
+    EXPECT_LE(share, 100);
+}
+
 TEST(CasetableList, ThatNobodyHasBegunToWriteCanBeInterrupted)
 {
     const TemporaryTree tree;
@@ -387,6 +414,31 @@ TEST(CasetableList, ThatKeepsWaitingOnStandardInputCanBeInterrupted)
     program.send(SIGINT);
     EXPECT_EQ(program.finish(), ends(130, ""));
     EXPECT_FALSE(tree.exists("out"));
+}
+
+TEST(CasetableList, ThatNeverEndsCanBeInterrupted)
+{
+    const TemporaryTree tree;
+    tree.pipe("pipe");
+    for (const std::string jobs : {"1", "2", "8"}) {
+        SCOPED_TRACE(jobs);
+        Setting setting = withErrors(tree, Stream::Terminal);
+        // The lister ends when nobody reads the pipe any more.
+        setting.program = {
+            "sh", "-c",
+            "(i=0; while :; do i=$((i + 1)); echo T$i/$i; done) > pipe 2> /dev/null & exec \"$@\"",
+            "sh"};
+        Program program({"-n", "T", "-j", jobs, "--from-list", "pipe", "-o", "out"}, setting);
+        program.waitForErrors([](const std::string& errors) {
+            const std::size_t line = errors.rfind("\r\x1b[K");
+            return line != std::string::npos && std::atoi(errors.c_str() + line + 4) > 0;
+        });
+        program.send(SIGINT);
+        const Outcome outcome = program.finish();
+
+        EXPECT_EQ(outcome.exitCode, 130) << outcome;
+        EXPECT_EQ(tree.names("."), std::set<std::string>{"pipe"});
+    }
 }
 
 TEST(CasetableList, ThatNeverEndsALineIsRefused)

@@ -9,6 +9,7 @@
 
 #include <fcntl.h>
 #include <sched.h>
+#include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
@@ -59,6 +60,29 @@ protected:
     {
         EXPECT_EQ(outcome.exitCode, 4) << outcome.errors;
         EXPECT_EQ(message(outcome.errors), text);
+    }
+
+    // Waits until a program writes into the folder; the name of its temporary file.
+    std::string waitForTemporaryFile() const
+    {
+        const auto giveUp = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+        while (std::chrono::steady_clock::now() < giveUp) {
+            for (const std::string& name : tree_.names(".")) {
+                if (name.front() == '.')
+                    return name;
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        ADD_FAILURE() << "no temporary file";
+        return "";
+    }
+
+    // Kills a program while it writes. The name of what it leaves.
+    std::string abandonTemporaryFile() const
+    {
+        Program program(writing("csv", "out"), withInjection(tree_, "fsync", "signal=SIGKILL"));
+        program.finish();
+        return waitForTemporaryFile();
     }
 
     static const int files = 2000;
@@ -170,6 +194,39 @@ TEST_F(CasetableOutputFaults, OfAnyStepLeaveTheEarlierFileAndNoOther)
         expectFailure(outcome, "out: " + fault.text);
         expectEarlierFileAlone();
     }
+}
+
+TEST_F(CasetableOutputFaults, OfLocksLetTheOutputPassAndRemoveNothing)
+{
+    SKIP_UNLESS_FAULTS_CAN_BE_INJECTED(tree_);
+    const Outcome whole = run(tree_, writing("csv", "-"));
+    const std::string abandoned = abandonTemporaryFile();
+
+    EXPECT_EQ(run(writing("csv", "out"), withInjection(tree_, "flock", "error=ENOLCK")),
+              prints(""));
+
+    EXPECT_EQ(tree_.content("out"), whole.output);
+    EXPECT_EQ(tree_.names("."), Names({abandoned, "out", "results"}));
+    EXPECT_EQ(run(tree_, writing("csv", "out")), prints(""));
+    EXPECT_EQ(tree_.names("."), Names({"out", "results"}));
+}
+
+TEST_F(CasetableOutputFaults, DoNotComeOfAnotherRunThatIsAboutToRemoveTheTemporaryFile)
+{
+    SKIP_UNLESS_FAULTS_CAN_BE_INJECTED(tree_);
+    const Outcome whole = run(tree_, writing("csv", "-"));
+    // So that there is time to lock the file first, as a run does that takes it for abandoned.
+    Program program(writing("csv", "out"), withInjection(tree_, "flock", "delay_enter=1000000"));
+    const std::string taken = waitForTemporaryFile();
+    const int other = open(tree_.path(taken).c_str(), O_WRONLY | O_CLOEXEC);
+    ASSERT_EQ(flock(other, LOCK_EX | LOCK_NB), 0);
+
+    EXPECT_EQ(program.finish(), prints(""));
+
+    EXPECT_EQ(tree_.content("out"), whole.output);
+    EXPECT_EQ(tree_.content(taken), "");
+    EXPECT_EQ(tree_.names("."), Names({taken, "out", "results"}));
+    close(other);
 }
 
 TEST_F(CasetableOutputFaults, OfTheCloseLeaveTheEarlierFileAndNoOther)

@@ -14,6 +14,7 @@ namespace tests {
 
 std::atomic<bool> kindsAreHidden{false};
 std::atomic<unsigned> longestDelay{0};
+std::function<void()> beforeListing;
 
 namespace {
 
@@ -45,6 +46,8 @@ std::size_t threadsThatListed()
 extern "C" ssize_t getdents64(int folder, void* buffer, size_t length) noexcept
 {
     using namespace casetable::tests;
+    if (beforeListing)
+        beforeListing();
     const unsigned delay = delayOfNext();
     if (delay > 0)
         usleep(delay);

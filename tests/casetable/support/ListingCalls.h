@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <functional>
 
 namespace casetable {
 namespace tests {
@@ -13,6 +14,9 @@ extern std::atomic<bool> kindsAreHidden;
 
 /// Up to how many microseconds they take longer, each another random time.
 extern std::atomic<unsigned> longestDelay;
+
+/// Called before each, if it is set; only while one thread reads listings.
+extern std::function<void()> beforeListing;
 
 /// How many threads have read listings since the last call.
 std::size_t threadsThatListed();

@@ -59,7 +59,7 @@ TEST(Interrupt, EndsTheProgramOnceItIsReleased)
                 releaseInterrupts();
                 raise(signal);
             },
-            testing::KilledBySignal(signal), "");
+            testing::ExitedWithCode(128 + signal), "");
     }
 }
 

@@ -15,6 +15,7 @@
 
 #include "casetable/system/ExitCode.h"
 #include "casetable/system/Interrupt.h"
+#include "casetable/system/TemporaryFile.h"
 #include "tests/casetable/support/OrdinaryUser.h"
 #include "tests/casetable/support/TemporaryTree.h"
 
@@ -284,6 +285,40 @@ TEST(Output, RemovesATemporaryFileThatIsNotCommitted)
 
     EXPECT_EQ(tree.names("."), Names());
     EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST(Output, RemovesTheTemporaryFileOfAProgramThatWasKilled)
+{
+    const TemporaryTree tree;
+    makeTemporaryFile(tree.path("file")); // Which nobody holds when it is closed.
+    EXPECT_EQ(tree.names(".").size(), 1u);
+
+    Output output(tree.path("file"));
+    output.write("text");
+    output.commit();
+
+    EXPECT_EQ(tree.names("."), Names({"file"}));
+}
+
+TEST(Output, LeavesTheTemporaryFilesOfOthersThatWriteTheSameFile)
+{
+    const TemporaryTree tree;
+    Output first(tree.path("file"));
+    first.write(plenty);
+    Output second(tree.path("file"));
+    second.temporaryFile();
+    Output third(tree.path("file"));
+    third.write(plenty);
+    EXPECT_EQ(tree.names(".").size(), 3u);
+
+    third.commit();
+    EXPECT_EQ(tree.content("file"), plenty);
+    second.commit();
+    EXPECT_EQ(tree.content("file"), "");
+    first.write("first");
+    first.commit();
+    EXPECT_EQ(tree.content("file"), plenty + "first");
+    EXPECT_EQ(tree.names("."), Names({"file"}));
 }
 
 TEST(Output, ReplacesNoFileWhereItWritesDirectly)
