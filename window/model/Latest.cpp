@@ -2,10 +2,21 @@
 
 #include <utility>
 
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
 #include "casetable/system/ExitCode.h"
 #include "casetable/system/Thread.h"
 
 namespace casetable {
+
+namespace {
+
+// Where there is too much to do for all processors, the window's thread goes first.
+const int lowerPriority = 5;
+
+} // namespace
 
 Latest::Latest() : isCancelled_(std::make_shared<std::atomic<bool>>(false))
 {
@@ -34,8 +45,11 @@ void Latest::run(Job job)
     changed_.notify_all();
 }
 
+// The threads that a job starts take its priority.
 void Latest::work()
 {
+    static_cast<void>(::setpriority(PRIO_PROCESS, static_cast<id_t>(::syscall(SYS_gettid)),
+                                    lowerPriority));
     for (;;) {
         Job job;
         std::shared_ptr<std::atomic<bool>> isCancelled;
