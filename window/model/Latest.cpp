@@ -48,8 +48,8 @@ void Latest::run(Job job)
 // The threads that a job starts take its priority.
 void Latest::work()
 {
-    static_cast<void>(::setpriority(PRIO_PROCESS, static_cast<id_t>(::syscall(SYS_gettid)),
-                                    lowerPriority));
+    static_cast<void>(
+        ::setpriority(PRIO_PROCESS, static_cast<id_t>(::syscall(SYS_gettid)), lowerPriority));
     for (;;) {
         Job job;
         std::shared_ptr<std::atomic<bool>> isCancelled;

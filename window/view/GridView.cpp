@@ -29,7 +29,7 @@ QColor fieldColour(std::size_t count, std::size_t most, const QPalette& palette)
         most <= 1 ? 0.55
                   : 0.25 + 0.75 * std::sqrt(static_cast<double>(count) / static_cast<double>(most));
     const QColor full = columnColour(0, palette);
-    const QColor ground = palette.color(QPalette::Base);
+    const QColor& ground = palette.color(QPalette::Base);
     const auto mixed = [part](int to, int from) {
         return static_cast<int>(part * to + (1 - part) * from);
     };

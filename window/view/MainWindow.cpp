@@ -100,6 +100,17 @@ void setQuiet(QLabel* label)
     label->setPalette(quiet);
 }
 
+// Puts a folder or a setup first among the recent ones.
+void remember(const std::string& root)
+{
+    QSettings settings;
+    QStringList recent = settings.value("recent").toStringList();
+    const QString name = QFileInfo(QFile::decodeName(root.c_str())).absoluteFilePath();
+    recent.removeAll(name);
+    recent.push_front(name);
+    settings.setValue("recent", QStringList(recent.mid(0, mostRecent)));
+}
+
 } // namespace
 
 MainWindow::MainWindow(Session& session)
@@ -301,6 +312,8 @@ void MainWindow::makeStatusBar()
     busy_->setFixedSize(em(font(), 5), em(font(), 0.6));
     busy_->setAccessibleName(tr("Files are being read"));
     statusBar()->addWidget(message_, 1);
+    fading_.setSingleShot(true);
+    connect(&fading_, &QTimer::timeout, message_, &QLabel::clear);
     statusBar()->addPermanentWidget(busy_);
     for (QLabel* const label : {counts_, walked_}) {
         label->setContentsMargins(em(font(), 0.6), 0, em(font(), 0.6), 0);
@@ -385,7 +398,7 @@ void MainWindow::makeFilesMenu()
     menu->addSeparator();
     QAction* const folder = add(menu, tr("&Open the file's folder"), QKeySequence("Ctrl+Return"),
                                 [this] { openContainingFolder(); });
-    QAction* const copyPaths = new QAction(tr("Copy path"), paths_);
+    auto* const copyPaths = new QAction(tr("Copy path"), paths_);
     connect(copyPaths, &QAction::triggered, this,
             [this] { QApplication::clipboard()->setText(paths_->copyable()); });
     paths_->addActions({copyPaths, folder});
@@ -442,14 +455,12 @@ void MainWindow::tell(const QString& sentence)
     message_->setPalette(palette());
     message_->setText(sentence);
     message_->setToolTip({});
-    QTimer::singleShot(messageMilliseconds, message_, [this, sentence] {
-        if (message_->text() == sentence)
-            message_->clear();
-    });
+    fading_.start(messageMilliseconds);
 }
 
 void MainWindow::tellFailure(const QString& sentence)
 {
+    fading_.stop();
     QPalette wrong = palette();
     wrong.setColor(QPalette::WindowText, errorColour(palette()));
     message_->setPalette(wrong);
@@ -779,16 +790,6 @@ void MainWindow::openContainingFolder()
     const QString folder = QFile::decodeName(path.substr(0, path.rfind('/')).c_str());
     if (!QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(folder).absoluteFilePath())))
         tellFailure(tr("%1: there is no program that shows folders").arg(folder));
-}
-
-void MainWindow::remember(const std::string& root)
-{
-    QSettings settings;
-    QStringList recent = settings.value("recent").toStringList();
-    const QString name = QFileInfo(QFile::decodeName(root.c_str())).absoluteFilePath();
-    recent.removeAll(name);
-    recent.push_front(name);
-    settings.setValue("recent", QStringList(recent.mid(0, mostRecent)));
 }
 
 void MainWindow::takeRecent()

@@ -4,6 +4,7 @@
 #include <string>
 
 #include <QMainWindow>
+#include <QTimer>
 
 #include "window/model/CasesModel.h"
 #include "window/model/PathsModel.h"
@@ -111,7 +112,6 @@ private:
     void chooseCases(std::vector<std::uint32_t> cases);
     void followPath();
     void openContainingFolder();
-    void remember(const std::string& root);
     void takeRecent();
     void restore();
 
@@ -141,6 +141,7 @@ private:
     QSplitter* rows_ = nullptr;
     QSplitter* halves_ = nullptr;
     QLabel* message_ = nullptr;
+    QTimer fading_; // Takes a sentence away that is no failure.
     QLabel* walked_ = nullptr;
     QLabel* counts_ = nullptr;
     QProgressBar* busy_ = nullptr;
