@@ -81,7 +81,7 @@ private:
 
 class User {
 public:
-    User(Session& session, MainWindow& window) : session_(session), window_(window) {}
+    explicit User(Session& session) : session_(session) {}
 
     void does(const char* what, const std::function<void()>& act)
     {
@@ -114,7 +114,6 @@ private:
     }
 
     Session& session_;
-    MainWindow& window_;
     Gaps gaps_;
 };
 
@@ -124,7 +123,7 @@ void measure(const std::string& path, const QString& typed)
     MainWindow window(session);
     window.resize(1280, 720);
     window.show();
-    User user(session, window);
+    User user(session);
     user.does("nothing", [] {});
     user.does("walking", [&] { window.openPath(path); });
     user.does("typing a template", [&] {
