@@ -11,6 +11,7 @@
 
 #include "crawler/FolderCrawler.h"
 #include "tests/crawler/Doubles.h"
+#include "tests/support/Sanitizer.h"
 
 namespace casetable {
 namespace tests {
@@ -120,8 +121,10 @@ TEST(Shard, IsWalkedWhateverItsFoldersAre)
 
 TEST(Shard, IsWalkedAsDeepAsAListMayBe)
 {
+    // On each level the thread sanitizer takes some hundred kilobytes of its own.
+    const int depth = BUILT_WITH_THREAD_SANITIZER ? 2'000 : 20'000;
     std::string path;
-    for (int depth = 0; depth < 20'000; ++depth)
+    for (int level = 0; level < depth; ++level)
         path += "a/";
     path += "a";
     EXPECT_EQ(walked(shardOf({path})), Texts({path}));

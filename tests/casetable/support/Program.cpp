@@ -1,5 +1,6 @@
 #include "tests/casetable/support/Program.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
@@ -30,6 +31,21 @@ using Clock = std::chrono::steady_clock;
 
 // Only a safety net: far more than any test takes, under sanitizers too.
 const std::chrono::seconds patience(180);
+
+// A status line ends in no line feed; what erases it stands behind it.
+std::string withoutStatus(const std::string& errors)
+{
+    const std::string eraseLine = "\r\x1b[K";
+    std::string kept;
+    std::size_t begin = 0;
+    for (std::size_t end = 0; end < errors.size(); begin = end + eraseLine.size()) {
+        end = std::min(errors.find(eraseLine, begin), errors.size());
+        const std::string piece = errors.substr(begin, end - begin);
+        if (begin == 0 || end == errors.size() || piece.find('\n') != std::string::npos)
+            kept += piece;
+    }
+    return kept;
+}
 
 int checked(int result, const char* what)
 {
@@ -320,7 +336,9 @@ Outcome Program::finish()
 
 Outcome run(const Arguments& arguments, const Setting& setting)
 {
-    return Program(arguments, setting).finish();
+    Outcome outcome = Program(arguments, setting).finish();
+    outcome.errors = withoutStatus(outcome.errors);
+    return outcome;
 }
 
 Outcome run(const TemporaryTree& tree, const Arguments& arguments)

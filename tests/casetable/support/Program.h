@@ -100,6 +100,8 @@ private:
     Outcome outcome_;
 };
 
+/// Runs it to its end. On a terminal, its errors are what stays there: without the status lines,
+/// which it shows when it takes long, as on a busy machine.
 Outcome run(const Arguments& arguments, const Setting& setting);
 
 /// Runs in `tree`, with pipes.
