@@ -1,5 +1,5 @@
 # Installs the library, its public headers and the files by which others find them, in three
-# components: `library`, `development` and `program`; and `mpi` where casetable-mpi is built.
+# components: `library`, `development` and `program`; and `mpi` and `window` where these are built.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -154,4 +154,35 @@ if(CRAWLER_BUILD_CASETABLE)
     FILES ${PROJECT_BINARY_DIR}/casetable.fish
     DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d
     COMPONENT program)
+endif()
+
+if(CRAWLER_BUILD_WINDOW)
+  set_target_properties(casetable_window PROPERTIES INSTALL_RPATH "$ORIGIN/${crawler_lib_from_bin}")
+  install(
+    TARGETS casetable_window
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+    COMPONENT window)
+  install(
+    FILES ${PROJECT_SOURCE_DIR}/window/casetable-window.desktop
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/applications
+    COMPONENT window)
+  install(
+    FILES ${PROJECT_SOURCE_DIR}/window/casetable-window.xml
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/mime/packages
+    COMPONENT window)
+  install(
+    FILES ${PROJECT_SOURCE_DIR}/window/casetable.svg
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps
+    RENAME casetable-window.svg
+    COMPONENT window)
+  set(crawler_window_manual ${PROJECT_SOURCE_DIR}/docs/casetable-window.1)
+  if(CRAWLER_PACKAGE)
+    set(crawler_window_manual ${PROJECT_BINARY_DIR}/casetable-window.1.gz)
+    execute_process(COMMAND gzip -9 --no-name --stdout ${PROJECT_SOURCE_DIR}/docs/casetable-window.1
+                    OUTPUT_FILE ${crawler_window_manual})
+  endif()
+  install(
+    FILES ${crawler_window_manual}
+    DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
+    COMPONENT window)
 endif()

@@ -1,5 +1,6 @@
-# Describes Debian packages to cpack, one for each component of the installation: the shared library,
-# what a host is developed with, the program and, where it is built, that for several processes.
+# Describes the Debian packages to cpack, one for each component of the installation: the shared
+# library, what a host is developed with, the program and, where they are built, the window and the
+# program for several processes.
 set(crawler_library_package libcrawler${PROJECT_VERSION_MAJOR})
 set(crawler_debian_version ${PROJECT_VERSION}-1)
 
@@ -21,6 +22,9 @@ set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # Each package's description begins wi
 set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
 set(CPACK_STRIP_FILES ON)
 set(CPACK_COMPONENTS_ALL library development program)
+if(CRAWLER_BUILD_WINDOW)
+  list(APPEND CPACK_COMPONENTS_ALL window)
+endif()
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
@@ -74,6 +78,21 @@ if(CRAWLER_BUILD_MPI)
       "turns folder trees of results into case tables (in several processes)
 Does what casetable does, and writes the same bytes, but divides the work among
 processes of MPI, on one machine or many that see the same files.")
+endif()
+if(CRAWLER_BUILD_WINDOW)
+  list(APPEND crawler_components WINDOW)
+  set(CPACK_DEBIAN_WINDOW_PACKAGE_NAME casetable-window)
+  set(CPACK_DEBIAN_WINDOW_PACKAGE_SECTION science)
+  set(CPACK_DEBIAN_WINDOW_PACKAGE_SHLIBDEPS ON)
+  # The icon is a drawing, which only this plugin reads.
+  set(CPACK_DEBIAN_WINDOW_PACKAGE_DEPENDS
+      "${crawler_library_package} (= ${crawler_debian_version}), libqt5svg5")
+  set(CPACK_DEBIAN_WINDOW_PACKAGE_SUGGESTS casetable)
+  set(CPACK_DEBIAN_WINDOW_DESCRIPTION
+      "turns folder trees of results into case tables (window)
+Shows the files of a folder tree, what is read from each path, and the table
+of cases that comes of it. A value that is selected in a path and named
+becomes a column. A grid shows which combinations of values are missing.")
 endif()
 
 # What every package says of itself.

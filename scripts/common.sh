@@ -4,7 +4,7 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 build_packages=(
     g++ cmake ninja-build
-    qtbase5-dev libvtk9-dev libboost-dev
+    qtbase5-dev libqt5svg5-dev libvtk9-dev libboost-dev
     nlohmann-json3-dev libutfcpp-dev libpcre2-dev libsqlite3-dev libxxhash-dev
     libgoogle-perftools-dev
     libgtest-dev

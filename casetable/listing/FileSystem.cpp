@@ -208,6 +208,15 @@ private:
 
 } // namespace
 
+std::string walkFailure(std::string error, FileSystem::Refused refused, const std::string& root)
+{
+    if (refused == FileSystem::Refused::Root)
+        error = root + ": " + error;
+    if (refused == FileSystem::Refused::Folder)
+        error += " --keep-going leaves such folders out.";
+    return error;
+}
+
 boost::shared_ptr<FileInfoInterface const> fileSystemRoot(std::shared_ptr<FileSystem> fileSystem,
                                                           const std::string& path,
                                                           std::shared_ptr<ReadAhead> ahead)
@@ -236,15 +245,6 @@ boost::shared_ptr<FileInfoInterface const> fileSystemRoot(FileSystem& fileSystem
 {
     return fileSystemRoot(std::shared_ptr<FileSystem>(std::shared_ptr<void>(), &fileSystem), path,
                           nullptr);
-}
-
-std::string walkFailure(std::string error, FileSystem::Refused refused, const std::string& root)
-{
-    if (refused == FileSystem::Refused::Root)
-        error = root + ": " + error;
-    if (refused == FileSystem::Refused::Folder)
-        error += " --keep-going leaves such folders out.";
-    return error;
 }
 
 } // namespace casetable

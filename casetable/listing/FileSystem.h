@@ -61,6 +61,10 @@ struct FileSystem {
     std::atomic<Refused> refused{Refused::Nothing};
 };
 
+/// The sentence for people about a walk below `root` that ended with `error`, as crawl() returns it
+/// and which does not name the root, when `refused` was what was last refused.
+std::string walkFailure(std::string error, FileSystem::Refused refused, const std::string& root);
+
 /// The root of a tree on the real file system: the entry at `path`, which need not exist.
 ///
 /// A listing holds regular files, folders and links to files. Broken links, sockets, pipes and
@@ -92,10 +96,6 @@ void listAhead(const std::vector<boost::shared_ptr<FileInfoInterface const>>& en
 /// The same without threads. `fileSystem` must outlive the entries.
 boost::shared_ptr<FileInfoInterface const> fileSystemRoot(FileSystem& fileSystem,
                                                           const std::string& path);
-
-/// What is said of a walk below `root` that failed with this error text, which does not name the
-/// root, at what was last refused.
-std::string walkFailure(std::string error, FileSystem::Refused refused, const std::string& root);
 
 } // namespace casetable
 

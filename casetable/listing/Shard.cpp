@@ -110,6 +110,12 @@ void Shard::append(std::string_view path)
     ends_.push_back(text_.size());
 }
 
+std::string_view Shard::path(std::size_t index) const
+{
+    const std::size_t begin = index == 0 ? 0 : ends_[index - 1];
+    return std::string_view(text_).substr(begin, ends_[index] - begin);
+}
+
 std::vector<std::string_view> Shard::paths() const
 {
     std::vector<std::string_view> paths;

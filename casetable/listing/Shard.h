@@ -27,6 +27,10 @@ public:
     /// The length of all paths together.
     std::size_t byteCount() const { return text_.size(); }
 
+    /// The path of the file that was added at `index`, below fileCount(). It refers to the shard as
+    /// it is now.
+    std::string_view path(std::size_t index) const;
+
     /// The paths in byte order, each once. They refer to the shard as it is now.
     std::vector<std::string_view> paths() const;
 

@@ -1,0 +1,63 @@
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "tests/casetable/support/Program.h"
+#include "tests/casetable/support/TemporaryTree.h"
+
+namespace casetable {
+namespace tests {
+
+namespace {
+
+std::string messageOf(const TemporaryTree& tree, const Arguments& arguments)
+{
+    const Outcome outcome = run(tree, arguments);
+    EXPECT_EQ(outcome.exitCode, 2);
+    return message(outcome.errors);
+}
+
+} // namespace
+
+TEST(WindowProgram, SavesItsPictureAndEnds)
+{
+    const TemporaryTree tree({"campaign/T1/x", "campaign/T2/x"});
+    EXPECT_EQ(run(tree, {"--grab", "w.png", "-n", "T", "campaign"}), prints(""));
+    EXPECT_EQ(tree.content("w.png").substr(1, 3), "PNG");
+}
+
+TEST(WindowProgram, OpensASetupByName)
+{
+    const TemporaryTree tree({"campaign/T1/x"});
+    tree.file("c.casetable", "casetable -n T " + tree.path("campaign") + "\n");
+    EXPECT_EQ(run(tree, {"--dark", "--grab=w.png", "c.casetable"}), prints(""));
+    tree.file("c.casetable", "casetable --nonsense\n");
+    EXPECT_NE(messageOf(tree, {"--grab=w.png", "c.casetable"}).find("c.casetable: --nonsense"),
+              std::string::npos);
+}
+
+TEST(WindowProgram, RefusesWhatItCannotDo)
+{
+    const TemporaryTree tree;
+    EXPECT_EQ(messageOf(tree, {"--grab"}), "--grab: its FILE.png is missing");
+    EXPECT_EQ(messageOf(tree, {"-o", "x.csv", "."}),
+              "--output: casetable-window has no such option; it saves by menu");
+    EXPECT_EQ(messageOf(tree, {"--exclude", "a//b", "."}),
+              "--exclude 'a//b': a component is empty");
+    EXPECT_EQ(run(tree, {"--grab", "missing/w.png", "."}),
+              fails(4, "missing/w.png: the picture cannot be written"));
+}
+
+TEST(WindowProgram, TellsItsOptionsAndItsVersion)
+{
+    const TemporaryTree tree;
+    const Outcome help = run(tree, {"--help"});
+    EXPECT_EQ(help.exitCode, 0);
+    for (const std::string option : {"--string", "--template", "--from-list", "--sort", "--grab"})
+        EXPECT_NE(help.output.find(option), std::string::npos) << option;
+    EXPECT_EQ(help.output.find("--output"), std::string::npos);
+    EXPECT_EQ(run(tree, {"--version"}).output.find("casetable-window "), 0U);
+}
+
+} // namespace tests
+} // namespace casetable

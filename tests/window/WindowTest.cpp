@@ -1,0 +1,674 @@
+#include "window/view/MainWindow.h"
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <QClipboard>
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QDropEvent>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMimeData>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QSettings>
+#include <QTabWidget>
+#include <QTableWidget>
+#include <QTextBlock>
+#include <QTextLayout>
+#include <QToolButton>
+#include <QTreeWidget>
+#include <QUrl>
+
+#include "tests/casetable/support/Program.h"
+#include "tests/casetable/support/TemporaryTree.h"
+#include "tests/window/OpenWindow.h"
+#include "window/view/AuxEditor.h"
+#include "window/view/CasesView.h"
+#include "window/view/CommandBar.h"
+#include "window/view/FilterBar.h"
+#include "window/view/GridView.h"
+#include "window/view/MarkersEditor.h"
+#include "window/view/NamingBar.h"
+#include "window/view/PathsView.h"
+#include "window/view/RowTable.h"
+#include "window/view/SuggestionsDialog.h"
+#include "window/view/TemplateEditor.h"
+
+namespace casetable {
+namespace tests {
+
+namespace {
+
+using Texts = std::vector<std::string>;
+using Table = std::vector<Texts>;
+
+const Texts campaign = {"notes.txt", "wingA/Mach0.80/flow.vtu", "wingA/Mach0.80/solver.log",
+                        "wingA/Mach0.85/flow.vtu", "wingB/Mach0.80/flow.vtu"};
+const std::string both = "wing{wing}/Mach{Mach:number}/*";
+
+// Selects bytes with the mouse.
+void drag(PathsView& paths, int row, std::size_t begin, std::size_t end)
+{
+    paths.scrollTo(paths.model()->index(row, 0));
+    const QPoint from = paths.placeOf(row, begin);
+    const QPoint to = paths.placeOf(row, end);
+    QTest::mousePress(paths.viewport(), Qt::LeftButton, {}, from);
+    QTest::mouseMove(paths.viewport(), (from + to) / 2);
+    // As the mouse of the test does not hold its button while it moves.
+    QMouseEvent move(QEvent::MouseMove, to, Qt::NoButton, Qt::LeftButton, {});
+    QApplication::sendEvent(paths.viewport(), &move);
+    QTest::mouseRelease(paths.viewport(), Qt::LeftButton, {}, to);
+}
+
+void clickHead(CasesView& cases, int column)
+{
+    QHeaderView& head = *cases.horizontalHeader();
+    QTest::mouseClick(head.viewport(), Qt::LeftButton, {},
+                      QPoint(head.sectionViewportPosition(column) + head.sectionSize(column) / 2,
+                             head.height() / 2));
+}
+
+void clickCell(QAbstractItemView& view, int row, int column,
+               Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+{
+    QTest::mouseClick(view.viewport(), Qt::LeftButton, modifiers,
+                      view.visualRect(view.model()->index(row, column)).center());
+}
+
+// Types into a cell, and ends with Enter.
+void type(QTableWidget& table, int row, int column, const QString& text)
+{
+    table.setCurrentCell(row, column);
+    table.editItem(table.item(row, column));
+    auto* const edit = qobject_cast<QLineEdit*>(QApplication::focusWidget());
+    ASSERT_NE(edit, nullptr);
+    edit->selectAll();
+    QTest::keyClicks(edit, text);
+    QTest::keyClick(edit, Qt::Key_Return);
+    QCoreApplication::processEvents();
+}
+
+} // namespace
+
+TEST(Window, ListsTheFilesOfAFolderAtOnce)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    EXPECT_EQ(open.shownPaths(), campaign);
+    EXPECT_FALSE(open.window.stop().isVisible());
+}
+
+TEST(Window, TakesAFolderThatIsDropped)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open;
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(QString::fromStdString(tree.path()))});
+    QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&open.window, &enter);
+    EXPECT_TRUE(enter.isAccepted());
+    QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&open.window, &drop);
+    open.settle();
+    EXPECT_EQ(open.session.setup().root, tree.path());
+    EXPECT_EQ(open.shownPaths(), campaign);
+}
+
+TEST(Window, RemembersTheFoldersOpenedLast)
+{
+    const TemporaryTree tree(campaign);
+    const TemporaryTree other(Texts{"a"});
+    {
+        OpenWindow open(tree.path());
+        open.window.openFolder(other.path());
+        open.settle();
+    }
+    const QStringList recent = QSettings().value("recent").toStringList();
+    EXPECT_EQ(recent.mid(0, 2), QStringList({QString::fromStdString(other.path()),
+                                             QString::fromStdString(tree.path())}));
+}
+
+TEST(Window, TellsWhyAFolderCannotBeRead)
+{
+    const TemporaryTree tree;
+    OpenWindow open(tree.path("missing"));
+    EXPECT_NE(open.window.message().text().indexOf("missing"), -1)
+        << open.window.message().text().toStdString();
+}
+
+TEST(Window, ShowsWhereATemplateIsWrongUntilItIsMended)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    QPlainTextEdit& edit = open.window.templates().edit();
+    QTest::keyClicks(&edit, "wing{wing}/Mach{Mach:numbe");
+    open.settle();
+    ASSERT_TRUE(open.session.problem().has_value());
+    EXPECT_TRUE(open.window.templates().reason().isVisible());
+    EXPECT_FALSE(open.window.templates().reason().text().isEmpty());
+    bool isUnderlined = false;
+    for (const auto& range : edit.document()->firstBlock().layout()->formats())
+        isUnderlined =
+            isUnderlined || range.format.underlineStyle() == QTextCharFormat::WaveUnderline;
+    EXPECT_TRUE(isUnderlined);
+
+    QTest::keyClicks(&edit, "r}/*");
+    open.settle();
+    EXPECT_FALSE(open.session.problem().has_value());
+    EXPECT_FALSE(open.window.templates().reason().isVisible());
+    EXPECT_EQ(open.table(), Table({{"case", "wing", "Mach", "files"},
+                                   {"0", "A", "0.80", "2"},
+                                   {"1", "A", "0.85", "1"},
+                                   {"2", "B", "0.80", "1"}}));
+}
+
+TEST(Window, KeepsTheTableOfBeforeWhileATemplateIsWrong)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    open.read({both});
+    const Table before = open.table();
+    const QString command = open.window.command().edit().text();
+    open.window.templates().edit().moveCursor(QTextCursor::End);
+    QTest::keyClicks(&open.window.templates().edit(), "{");
+    open.settle();
+    EXPECT_TRUE(open.session.problem().has_value());
+    EXPECT_EQ(open.table(), before);
+    EXPECT_EQ(open.window.command().edit().text(), command);
+}
+
+TEST(Window, ReadsByMarkersThatAreTypedAndOrdered)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    QTest::keyClick(&open.window, Qt::Key_2, Qt::AltModifier);
+    RowTable& table = open.window.markers().table();
+    type(table, 0, 0, "Mach");
+    type(table, 1, 0, "wing");
+    qobject_cast<QComboBox*>(table.cellWidget(0, 1))->setFocus();
+    QTest::keyClick(table.cellWidget(0, 1), Qt::Key_Down);
+    open.settle();
+    EXPECT_EQ(open.table().size(), 1U); // "wing" is not behind "Mach".
+    table.setCurrentCell(1, 0);
+    QTest::keyClick(&table, Qt::Key_Up, Qt::AltModifier);
+    open.settle();
+    EXPECT_EQ(open.table(), Table({{"case", "wing", "Mach", "files"},
+                                   {"0", "A", "0.80", "2"},
+                                   {"1", "A", "0.85", "1"},
+                                   {"2", "B", "0.80", "1"}}));
+
+    table.setCurrentCell(0, 0);
+    QTest::keyClick(&table, Qt::Key_Delete);
+    open.settle();
+    EXPECT_EQ(open.table(),
+              Table({{"case", "Mach", "files"}, {"0", "0.80", "3"}, {"1", "0.85", "1"}}));
+}
+
+TEST(Window, SuggestsTemplatesAndShowsWhatTheyGive)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    QTest::keyClick(&open.window, Qt::Key_G, Qt::ControlModifier);
+    auto* const dialog = open.window.findChild<SuggestionsDialog*>();
+    ASSERT_NE(dialog, nullptr);
+    open.settle();
+    ASSERT_GT(dialog->list().topLevelItemCount(), 0);
+    EXPECT_NE(dialog->list().topLevelItem(0)->text(1).indexOf(" of 5"), -1);
+    EXPECT_TRUE(open.session.setup().templates.empty());
+    QTest::keyClick(dialog->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok),
+                    Qt::Key_Space);
+    open.settle();
+    EXPECT_FALSE(open.session.setup().templates.empty());
+    EXPECT_GT(open.table().size(), 1U);
+}
+
+TEST(Window, MakesATemplateOfAValueThatIsSelectedAndNamed)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    PathsView& paths = open.window.paths();
+    drag(paths, 1, 10, 14);
+    ASSERT_TRUE(paths.selectedBytes().has_value());
+    EXPECT_EQ(paths.selectedBytes()->bytes(), "0.80");
+    QTest::keyClick(&paths, Qt::Key_Return);
+    EXPECT_EQ(open.window.naming().nameEdit().text(), "Mach");
+    QTest::keyClicks(&open.window.naming().nameEdit(), "m");
+    QTest::keyClick(&open.window.naming().nameEdit(), Qt::Key_Return);
+    open.settle();
+    EXPECT_EQ(open.session.setup().templates, Texts({"*/Mach{m:number}/flow.vtu"}));
+    EXPECT_FALSE(open.window.naming().isVisible());
+    EXPECT_EQ(open.table(),
+              Table({{"case", "m", "files"}, {"0", "0.80", "2"}, {"1", "0.85", "1"}}));
+}
+
+TEST(Window, SelectsValuesWithTheKeysToo)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    PathsView& paths = open.window.paths();
+    paths.setFocus();
+    paths.setCurrentIndex(paths.model()->index(1, 1));
+    for (int i = 0; i < 4; ++i)
+        QTest::keyClick(&paths, Qt::Key_Right);
+    QTest::keyClick(&paths, Qt::Key_Right, Qt::ShiftModifier);
+    ASSERT_TRUE(paths.selectedBytes().has_value());
+    EXPECT_EQ(paths.selectedBytes()->bytes(), "A");
+    QTest::keyClick(&paths, Qt::Key_Left, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(paths.selectedBytes()->bytes(), "wing");
+    QTest::keyClick(&paths, Qt::Key_Escape);
+    QTest::keyClick(&paths, Qt::Key_Return);
+    EXPECT_FALSE(open.window.naming().isVisible());
+    EXPECT_FALSE(open.window.message().text().isEmpty());
+}
+
+TEST(Window, SelectsANumberByADoubleClick)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    PathsView& paths = open.window.paths();
+    QTest::mouseDClick(paths.viewport(), Qt::LeftButton, {}, paths.placeOf(1, 12));
+    ASSERT_TRUE(paths.selectedBytes().has_value());
+    EXPECT_EQ(paths.selectedBytes()->bytes(), "0.80");
+}
+
+TEST(Window, SaysWhyBytesCannotBeNamed)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    PathsView& paths = open.window.paths();
+    drag(paths, 1, 2, 8);
+    QTest::keyClick(&paths, Qt::Key_F2);
+    QTest::keyClicks(&open.window.naming().nameEdit(), "x");
+    QTest::keyClick(&open.window.naming().nameEdit(), Qt::Key_Return);
+    open.settle();
+    EXPECT_TRUE(open.window.naming().isVisible());
+    EXPECT_TRUE(open.session.setup().templates.empty());
+    QTest::keyClick(&open.window.naming().nameEdit(), Qt::Key_Escape);
+    EXPECT_FALSE(open.window.naming().isVisible());
+}
+
+TEST(Window, SaysOfEachPathWhatIsReadOrWhyNot)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    open.read({both});
+    const QAbstractItemModel& model = *open.window.paths().model();
+    EXPECT_EQ(model.data(model.index(0, 1), Qt::ToolTipRole).toString(),
+              "Not matched: 'wing' does not fit the beginning of the path");
+    EXPECT_EQ(model.data(model.index(1, 0)).toString(), "0");
+    EXPECT_EQ(model.data(model.index(4, 0)).toString(), "2");
+}
+
+TEST(Window, FiltersPathsByTextMatchAndValue)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    open.read({both});
+    FilterBar& filters = open.window.filters();
+    QTest::keyClick(&open.window, Qt::Key_F, Qt::ControlModifier);
+    QTest::keyClicks(&filters.text(), "log");
+    open.settle();
+    EXPECT_EQ(open.shownPaths(), Texts({campaign[2]}));
+    QTest::keyClick(&filters.text(), Qt::Key_Escape);
+    open.settle();
+    EXPECT_EQ(open.shownPaths(), campaign);
+
+    filters.which().setFocus();
+    QTest::keyClick(&filters.which(), Qt::Key_End);
+    open.settle();
+    EXPECT_EQ(open.shownPaths(), Texts({campaign[0]}));
+    QTest::keyClick(&filters.which(), Qt::Key_Home);
+
+    filters.column().setFocus();
+    QTest::keyClick(&filters.column(), Qt::Key_End);
+    open.settle();
+    filters.value().setFocus();
+    QTest::keyClick(&filters.value(), Qt::Key_End);
+    open.settle();
+    EXPECT_EQ(open.shownPaths(), Texts({campaign[3]}));
+}
+
+TEST(Window, CopiesPathsAndSelectedBytes)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    PathsView& paths = open.window.paths();
+    paths.setFocus();
+    clickCell(paths, 1, 0);
+    clickCell(paths, 3, 0, Qt::ShiftModifier);
+    QTest::keyClick(&paths, Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QApplication::clipboard()->text().toStdString(),
+              campaign[1] + '\n' + campaign[2] + '\n' + campaign[3]);
+    drag(paths, 1, 0, 5);
+    QTest::keyClick(&paths, Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QApplication::clipboard()->text(), "wingA");
+}
+
+TEST(Window, KeepsTheFolderWhenAReadingIsUndone)
+{
+    const TemporaryTree tree(campaign);
+    const TemporaryTree other(Texts{"wingC/Mach1/x"});
+    OpenWindow open(tree.path());
+    open.read({both});
+    open.window.openFolder(other.path());
+    open.settle();
+    EXPECT_EQ(open.table().size(), 2U);
+    QTest::keyClick(&open.window, Qt::Key_Z, Qt::ControlModifier);
+    open.settle();
+    EXPECT_TRUE(open.session.setup().templates.empty());
+    EXPECT_EQ(open.session.setup().root, other.path());
+}
+
+TEST(Window, SortsCasesAtAClickOnTheHead)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    open.read({both});
+    CasesView& cases = open.window.cases();
+    clickHead(cases, 2);
+    open.settle();
+    EXPECT_EQ(open.session.setup().sort, Texts({"Mach"}));
+    clickHead(cases, 2);
+    open.settle();
+    EXPECT_EQ(open.session.setup().sort, Texts({"-Mach"}));
+    EXPECT_EQ(open.table()[1], Texts({"1", "A", "0.85", "1"}));
+    clickHead(cases, 2);
+    open.settle();
+    EXPECT_TRUE(open.session.setup().sort.empty());
+    EXPECT_EQ(open.table()[1], Texts({"0", "A", "0.80", "2"}));
+}
+
+TEST(Window, ShowsTheFilesOfSelectedCases)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    open.read({both});
+    CasesView& cases = open.window.cases();
+    clickCell(cases, 0, 1);
+    open.settle();
+    EXPECT_EQ(open.shownPaths(), Texts({campaign[1], campaign[2]}));
+    clickCell(cases, 2, 1, Qt::ControlModifier);
+    open.settle();
+    EXPECT_EQ(open.shownPaths(), Texts({campaign[1], campaign[2], campaign[4]}));
+    QTest::keyClick(&cases, Qt::Key_Escape);
+    open.settle();
+    EXPECT_EQ(open.shownPaths(), campaign);
+}
+
+TEST(Window, ShowsTheCaseOfASelectedPath)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    open.read({both});
+    PathsView& paths = open.window.paths();
+    clickCell(paths, 4, 0);
+    open.settle();
+    EXPECT_EQ(open.window.cases().selectedCases(), std::vector<std::uint32_t>({2}));
+    EXPECT_EQ(open.shownPaths(), campaign);
+}
+
+TEST(Window, MarksABadAuxiliaryRowAndCountsTheFilesOfAGoodOne)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    open.read({both});
+    QTest::keyClick(&open.window, Qt::Key_3, Qt::AltModifier);
+    RowTable& table = open.window.aux().table();
+    type(table, 0, 0, "*.log");
+    type(table, 0, 1, "a=b");
+    open.settle();
+    EXPECT_FALSE(table.item(0, 1)->toolTip().isEmpty());
+    type(table, 0, 1, "log");
+    type(table, 1, 0, "*.nothing");
+    type(table, 1, 1, "nothing");
+    open.settle();
+    EXPECT_EQ(table.item(0, 2)->text(), "1");
+    EXPECT_TRUE(table.item(0, 1)->toolTip().isEmpty());
+    EXPECT_EQ(table.item(1, 0)->toolTip(), "Invalid pattern.");
+    EXPECT_EQ(open.window.paths().paths().auxOf(2), std::optional<std::size_t>(0));
+    EXPECT_EQ(open.window.paths().paths().auxOf(1), std::nullopt);
+    EXPECT_EQ(open.table()[0], Texts({"case", "wing", "Mach", "log", "log files", "files"}));
+    EXPECT_EQ(open.window.command().edit().text().indexOf("nothing"), -1);
+}
+
+TEST(Window, LeavesACellAloneInWhichSomebodyTypes)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    open.read({both});
+    QTest::keyClick(&open.window, Qt::Key_3, Qt::AltModifier);
+    RowTable& table = open.window.aux().table();
+    type(table, 0, 0, "*.log");
+    table.setCurrentCell(0, 1);
+    table.editItem(table.item(0, 1));
+    QTest::keyClicks(QApplication::focusWidget(), "lo");
+    open.read({both, "{name}.txt"});
+    QTest::keyClicks(QApplication::focusWidget(), "g");
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    open.settle();
+    EXPECT_EQ(open.session.setup().auxRows[0].tag, "log");
+}
+
+TEST(Window, ShowsTheCasesOfAFieldOfTheGrid)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    open.read({both});
+    QTest::keyClick(&open.window, Qt::Key_6, Qt::AltModifier);
+    open.settle();
+    GridPicture& picture = open.window.grid().picture();
+    ASSERT_EQ(picture.grid().fields.size(), 4U);
+    EXPECT_EQ(picture.grid().holes(), 1U);
+    EXPECT_EQ(picture.description(0, 1), QString::fromUtf8("A × 0.85: 1 case, 1 file"));
+    QTest::mouseClick(&picture, Qt::LeftButton, {}, picture.fieldRect(0, 1).center());
+    open.settle();
+    EXPECT_EQ(open.shownPaths(), Texts({campaign[3]}));
+    QTest::keyClick(&picture, Qt::Key_Left);
+    QTest::keyClick(&picture, Qt::Key_Return);
+    open.settle();
+    EXPECT_EQ(open.shownPaths(), Texts({campaign[1], campaign[2]}));
+}
+
+TEST(Window, SavesThePictureOfTheGrid)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    open.read({both});
+    open.window.tables().setCurrentWidget(&open.window.grid());
+    open.settle();
+    const QString file = QString::fromStdString(tree.path("grid.png"));
+    open.window.savePicture(file);
+    EXPECT_FALSE(QPixmap(file).isNull());
+    open.window.savePicture(QString::fromStdString(tree.path("missing/grid.png")));
+    EXPECT_NE(open.window.message().text().indexOf("cannot be written"), -1);
+}
+
+TEST(Window, UndoesAndRedoesWhatWasTyped)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    open.read({both});
+    QPlainTextEdit& edit = open.window.templates().edit();
+    edit.setFocus();
+    edit.moveCursor(QTextCursor::End);
+    QTest::keyClicks(&edit, ".vtu");
+    open.settle();
+    EXPECT_EQ(open.session.setup().templates, Texts({both + ".vtu"}));
+    QTest::keyClick(&edit, Qt::Key_Z, Qt::ControlModifier);
+    open.settle();
+    EXPECT_EQ(open.session.setup().templates, Texts({both}));
+    EXPECT_EQ(edit.toPlainText().toStdString(), both);
+    QTest::keyClick(&edit, Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+    open.settle();
+    EXPECT_EQ(edit.toPlainText().toStdString(), both + ".vtu");
+    QTest::keyClick(&edit, Qt::Key_Z, Qt::ControlModifier);
+    QTest::keyClick(&edit, Qt::Key_Z, Qt::ControlModifier);
+    open.settle();
+    EXPECT_TRUE(open.session.setup().templates.empty());
+    EXPECT_EQ(open.table(), Table({{}}));
+}
+
+TEST(Window, CopiesACommandThatGivesItsTable)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    open.read({both});
+    clickHead(open.window.cases(), 3);
+    open.settle();
+    QTest::keyClick(&open.window, Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
+    const std::string command = QApplication::clipboard()->text().toStdString();
+    EXPECT_EQ(command, "casetable -t '" + both + "' --sort=files " + tree.path());
+    QTest::keyClick(&open.window, Qt::Key_T, Qt::ControlModifier);
+    std::string table = QApplication::clipboard()->text().toStdString();
+    for (char& c : table)
+        c = c == '\t' ? ',' : c;
+    EXPECT_EQ(run(tree, {"-t", both, "--sort=files", "-f", "csv", tree.path()}), prints(table));
+}
+
+TEST(Window, TakesACommandThatIsPasted)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open;
+    QLineEdit& edit = open.window.command().edit();
+    QTest::keyClick(&open.window, Qt::Key_7, Qt::AltModifier);
+    edit.clear();
+    QApplication::clipboard()->setText(
+        QString::fromStdString("casetable -n Mach --aux '*.log=log' -o out.csv " + tree.path()));
+    QTest::keyClick(&edit, Qt::Key_V, Qt::ControlModifier);
+    QTest::keyClick(&edit, Qt::Key_Return);
+    open.settle();
+    EXPECT_EQ(open.table().size(), 3U);
+    EXPECT_EQ(open.session.setup().auxRows.size(), 1U);
+    EXPECT_NE(open.window.message().text().indexOf("--output"), -1);
+
+    edit.selectAll();
+    QTest::keyClicks(&edit, "casetable 'a");
+    QTest::keyClick(&edit, Qt::Key_Return);
+    EXPECT_EQ(open.window.message().text(), "the quote ' is not closed");
+    EXPECT_EQ(edit.text(), "casetable 'a");
+    EXPECT_EQ(open.table().size(), 3U);
+}
+
+TEST(Window, SavesTheTableInTheFormatOfTheEnding)
+{
+    const TemporaryTree tree(campaign);
+    const TemporaryTree target;
+    OpenWindow open(tree.path());
+    open.read({both});
+    for (const std::string name : {"t.csv", "t.tsv", "t.json", "t.vtt"}) {
+        open.session.save(target.path(name));
+        open.settle();
+        run(tree, {"-t", both, "-o", target.path("expected-" + name), tree.path()});
+        EXPECT_EQ(target.content(name), target.content("expected-" + name));
+    }
+    open.session.save(target.path("t.sqlite"));
+    open.settle();
+    EXPECT_TRUE(target.exists("t.sqlite")) << open.window.message().text().toStdString();
+}
+
+TEST(Window, TellsWhyATableCannotBeSavedAndLosesNothing)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    open.read({both});
+    const Table table = open.table();
+    open.session.save(tree.path("missing/t.csv"));
+    open.settle();
+    EXPECT_NE(open.window.message().text().indexOf("missing/t.csv"), -1);
+    open.session.save(tree.path("wingA/Mach0.80/flow.vtu"));
+    open.settle();
+    EXPECT_NE(open.window.message().text().indexOf("flow.vtu"), -1);
+    EXPECT_EQ(tree.content("wingA/Mach0.80/flow.vtu"), "");
+    EXPECT_EQ(open.table(), table);
+}
+
+TEST(Window, OpensASetupThatItHasSaved)
+{
+    const TemporaryTree tree(campaign);
+    const TemporaryTree target;
+    casetable::Setup saved;
+    {
+        OpenWindow open(tree.path());
+        open.read({both, "{name}.txt"});
+        casetable::Setup setup = open.session.setup();
+        setup.auxRows = {{"*.log", "log"}};
+        open.session.change(setup);
+        saved = open.session.setup();
+        open.window.saveSetup(target.path("c.casetable"));
+    }
+    EXPECT_EQ(target.content("c.casetable"), commandLine(saved) + '\n');
+    OpenWindow open;
+    open.window.openPath(target.path("c.casetable"));
+    open.settle();
+    EXPECT_TRUE(open.session.setup() == saved);
+    EXPECT_EQ(open.table().size(), 5U);
+}
+
+TEST(Window, TellsWhatIsWrongWithASetup)
+{
+    const TemporaryTree tree;
+    tree.file("bad.casetable", "casetable --nonsense x\n");
+    OpenWindow open;
+    open.window.openPath(tree.path("bad.casetable"));
+    EXPECT_NE(open.window.message().text().indexOf("--nonsense"), -1);
+    open.window.openSetup(tree.path("none.casetable"));
+    EXPECT_NE(open.window.message().text().indexOf("none.casetable"), -1);
+}
+
+TEST(Window, ReadsAListOfPaths)
+{
+    const TemporaryTree tree;
+    tree.file("list.txt", "b/T2\na/T1\n");
+    OpenWindow open;
+    open.window.openPath(tree.path("list.txt"));
+    open.read({"*/T{T:number}"});
+    EXPECT_EQ(open.shownPaths(), Texts({"a/T1", "b/T2"}));
+    EXPECT_EQ(open.table().size(), 3U);
+}
+
+TEST(Window, HasANameForAllThatCanBeReachedByKeys)
+{
+    OpenWindow open;
+    for (const QWidget* widget : open.window.findChildren<QWidget*>()) {
+        const bool isReached = (widget->focusPolicy() & Qt::TabFocus) && widget->isVisible() &&
+                               widget->focusProxy() == nullptr;
+        const auto* const button = qobject_cast<const QAbstractButton*>(widget);
+        const bool isInside = widget->objectName().startsWith("qt_");
+        if (!isReached || isInside)
+            continue;
+        EXPECT_TRUE(!widget->accessibleName().isEmpty() ||
+                    (button != nullptr && !button->text().isEmpty()))
+            << widget->metaObject()->className() << ' ' << widget->objectName().toStdString();
+    }
+}
+
+TEST(WordAt, FindsNumbersAndWords)
+{
+    const std::vector<std::tuple<std::string, std::size_t, std::string>> rows = {
+        {"Mach0.80/x", 1, "Mach"},
+        {"Mach0.80/x", 4, "0.80"},
+        {"Mach0.80/x", 5, "0.80"},
+        {"AoA-2.5", 4, "-2.5"},
+        {"run-12", 5, "12"},
+        {"Re6.5e6/x", 2, "6.5e6"},
+        {"Re1.2E+07", 8, "1.2E+07"},
+        {"a_b", 1, "_"},
+        {"v1.", 2, "."},
+        {"1e", 0, "1"},
+        {"größe1", 1, "größe"},
+        {"a", 9, "a"},
+        {"r2c3", 3, "3"}};
+    for (const auto& [path, offset, expected] : rows) {
+        const ByteRange range = wordAt(path, offset);
+        EXPECT_EQ(path.substr(range.begin, range.end - range.begin), expected) << path;
+    }
+}
+
+} // namespace tests
+} // namespace casetable

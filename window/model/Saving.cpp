@@ -1,0 +1,102 @@
+#include "window/model/Saving.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <optional>
+#include <stdexcept>
+
+#include "casetable/importing/Report.h"
+#include "casetable/running/Run.h"
+#include "casetable/system/ExitCode.h"
+#include "casetable/system/Output.h"
+#include "casetable/system/OutputGuards.h"
+#include "casetable/system/ReadFile.h"
+#include "casetable/writing/SqliteWriter.h"
+#include "window/model/CommandText.h"
+
+namespace casetable {
+
+namespace {
+
+const std::string setupEnding = ".casetable";
+
+// Of a file of a setup.
+const std::size_t mostBytes = std::size_t{16} * 1024 * 1024;
+
+// Whether the file at `path` is there and in a case.
+bool isMatched(const Matching& matching, const std::string& path)
+{
+    std::size_t begin = 0;
+    std::size_t end = matching.files.count();
+    while (begin < end) {
+        const std::size_t middle = begin + (end - begin) / 2;
+        if (matching.files.path(middle) < path)
+            begin = middle + 1;
+        else
+            end = middle;
+    }
+    return begin < matching.files.count() && matching.files.path(begin) == path &&
+           matching.caseOf[begin] != Matching::none;
+}
+
+std::string absolute(const std::string& path)
+{
+    return path.empty() || path == "-" ? path : std::filesystem::absolute(path).string();
+}
+
+} // namespace
+
+void saveTable(const Setup& setup, const Matching& matching, const std::string& file)
+{
+    Options options = checked(setup);
+    options.output = file;
+    options.format = formatOfEnding(file);
+    options.words.push_back("--output=" + file);
+    Output output(file);
+    if (options.source.list)
+        spareInput(file, *options.source.list, "the list itself");
+    else
+        spareMatchedFile(file, isMatched(matching, pathBelow(options.source.root, file)));
+    const Format& format = options.format != nullptr ? *options.format : *formatNamed("csv");
+    if (format.isDatabase())
+        checkDatabase(caseColumns(options.reading.patterns(), {}), output);
+    writeImport(options, *matching.import, format, output);
+    output.commit();
+}
+
+void saveSetup(const Setup& setup, const std::string& file)
+{
+    Output output(file);
+    output.write(commandLine(withAbsolutePaths(setup)) + '\n');
+    output.commit();
+}
+
+Setup readSetupFile(const std::string& file)
+{
+    try {
+        std::vector<std::string> words = commandWords(readFile(file, mostBytes));
+        if (!words.empty() && words.front() == "casetable")
+            words.erase(words.begin());
+        return readSetup(words).setup;
+    } catch (const std::exception& failure) {
+        const std::string reason = failure.what();
+        const bool namesFile = reason.find(file) != std::string::npos;
+        throw Failure(ExitCode::WrongUsage, namesFile ? reason : file + ": " + reason);
+    }
+}
+
+bool isSetupFile(const std::string& file)
+{
+    return file.size() > setupEnding.size() &&
+           file.compare(file.size() - setupEnding.size(), setupEnding.size(), setupEnding) == 0;
+}
+
+Setup withAbsolutePaths(Setup setup)
+{
+    setup.root = absolute(setup.root);
+    if (setup.list)
+        setup.list = absolute(*setup.list);
+    return setup;
+}
+
+} // namespace casetable

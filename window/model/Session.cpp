@@ -1,0 +1,569 @@
+#include "window/model/Session.h"
+
+#include <algorithm>
+#include <exception>
+#include <utility>
+
+#include <QRunnable>
+#include <QThreadPool>
+
+#include "casetable/importing/PlainTagValidator.h"
+#include "casetable/listing/ReadList.h"
+#include "casetable/options/ColumnNames.h"
+#include "casetable/system/ExitCode.h"
+#include "window/model/Saving.h"
+#include "window/model/Text.h"
+
+namespace casetable {
+
+namespace {
+
+// How often it is looked whether a walk has ended, and how often its progress is told.
+const int lookMilliseconds = 15;
+const int progressMilliseconds = 100;
+
+// Keys that follow each other so soon are one change.
+const int stepMilliseconds = 1500;
+
+const std::size_t mostUndone = 1000;
+
+bool isBlank(const std::string& text)
+{
+    return text.find_first_not_of(" \t") == std::string::npos;
+}
+
+void takeReadingOf(Setup& setup, const Setup& other)
+{
+    setup.by = other.by;
+    setup.templates = other.templates;
+    setup.markers = other.markers;
+}
+
+bool haveSameRows(const std::vector<Setup::AuxRow>& left, const std::vector<Setup::AuxRow>& right)
+{
+    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                      [](const Setup::AuxRow& l, const Setup::AuxRow& r) {
+                          return l.wildcard == r.wildcard && l.tag == r.tag;
+                      });
+}
+
+bool haveSameReading(const Setup& left, const Setup& right)
+{
+    Setup other = left;
+    takeReadingOf(other, right);
+    return other == left;
+}
+
+// The templates that count, and the index of each among all.
+struct CountingTemplates {
+    std::vector<std::string> texts;
+    std::vector<std::size_t> lines;
+
+    explicit CountingTemplates(const std::vector<std::string>& all)
+    {
+        for (std::size_t i = 0; i < all.size(); ++i) {
+            if (isBlank(all[i]))
+                continue;
+            texts.push_back(all[i]);
+            lines.push_back(i);
+        }
+    }
+};
+
+std::vector<MetadataPattern> patternsOf(const std::vector<Setup::Marker>& markers)
+{
+    std::vector<MetadataPattern> patterns;
+    for (const Setup::Marker& marker : markers) {
+        if (!marker.text.empty())
+            patterns.emplace_back(marker.text, marker.isNumber ? MetadataPattern::NumberValue
+                                                               : MetadataPattern::StringValue);
+    }
+    return patterns;
+}
+
+// Frees a matching on a thread of its own when nobody needs it any more: that takes long enough to
+// be felt.
+class Disposal : public QRunnable {
+public:
+    explicit Disposal(std::shared_ptr<const Matching> matching) : matching_(std::move(matching)) {}
+
+    void run() override { matching_.reset(); }
+
+private:
+    std::shared_ptr<const Matching> matching_;
+};
+
+std::shared_ptr<const Matching> freedElsewhere(std::shared_ptr<const Matching> matching)
+{
+    const Matching* const plain = matching.get();
+    return {plain, [matching = std::move(matching)](const Matching* /*plain*/) mutable {
+                QThreadPool::globalInstance()->start(new Disposal(std::move(matching)));
+            }};
+}
+
+bool areSame(const std::vector<SortKey>& left, const std::vector<SortKey>& right)
+{
+    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                      [](const SortKey& l, const SortKey& r) {
+                          return l.column == r.column && l.isDescending == r.isDescending;
+                      });
+}
+
+bool isAnyBad(const std::vector<AuxResult>& results)
+{
+    return std::any_of(results.begin(), results.end(),
+                       [](const AuxResult& result) { return !result.error.empty(); });
+}
+
+} // namespace
+
+Session::Session(std::size_t jobs)
+    : jobs_(jobs), matcher_(std::make_unique<Latest>()), orderer_(std::make_unique<Latest>()),
+      filterer_(std::make_unique<Latest>()), answerer_(std::make_unique<Latest>()),
+      saver_(std::make_unique<Latest>()), gridMaker_(std::make_unique<Latest>())
+{
+    timer_.setInterval(lookMilliseconds);
+    connect(&timer_, &QTimer::timeout, this, &Session::lookAtWalk);
+}
+
+Session::~Session() = default;
+
+void Session::open(const Setup& setup)
+{
+    undone_ = {};
+    lastStep_.clear();
+    if (setup != setup_ || !walk_)
+        take(setup);
+    else
+        walkAgain();
+}
+
+void Session::change(const Setup& setup, const QString& step)
+{
+    if (setup == setup_)
+        return;
+    const bool isOneStep = !step.isEmpty() && step == lastStep_ && canUndo() &&
+                           sinceStep_.elapsed() < stepMilliseconds;
+    if (haveSameSource(setup, setup_) && !isOneStep) {
+        undone_.past.push_back(setup_);
+        if (undone_.past.size() > mostUndone)
+            undone_.past.erase(undone_.past.begin());
+    }
+    undone_.future.clear();
+    lastStep_ = step;
+    sinceStep_.start();
+    take(setup);
+}
+
+void Session::undo()
+{
+    if (!canUndo())
+        return;
+    const Setup setup = withSourceOf(undone_.past.back(), setup_);
+    undone_.past.pop_back();
+    undone_.future.push_back(setup_);
+    lastStep_.clear();
+    take(setup);
+}
+
+void Session::redo()
+{
+    if (!canRedo())
+        return;
+    const Setup setup = withSourceOf(undone_.future.back(), setup_);
+    undone_.future.pop_back();
+    undone_.past.push_back(setup_);
+    lastStep_.clear();
+    take(setup);
+}
+
+void Session::take(const Setup& setup)
+{
+    const bool isOtherSource = !haveSameSource(setup, setup_) || !walk_;
+    const bool areOtherRows = !haveSameRows(setup_.auxRows, setup.auxRows);
+    const std::vector<std::string> sortBefore = effective_.sort;
+    const bool hadReading = reading_ != nullptr;
+    setup_ = setup;
+    effective_ = withSourceOf(effective_, setup_);
+    const bool isOtherReading = takeReading();
+    effective_.auxRows = goodRows();
+    takeSort();
+    Q_EMIT setupChanged();
+
+    if (isOtherSource && setup_.hasSource())
+        startWalk();
+    else if (isOtherReading || areOtherRows || hadReading != (reading_ != nullptr))
+        startMatching();
+    else if (sortBefore != effective_.sort)
+        startOrdering();
+}
+
+// Returns whether another reading is in effect now.
+bool Session::takeReading()
+{
+    problem_.reset();
+    const CountingTemplates templates(setup_.templates);
+    Setup wanted = effective_;
+    takeReadingOf(wanted, setup_);
+    const bool isOther = !haveSameReading(effective_, wanted);
+    try {
+        if (!setup_.hasReading())
+            reading_.reset();
+        else if (setup_.by == Setup::By::Markers)
+            reading_ = std::make_shared<const Reading>(patternsOf(setup_.markers));
+        else
+            reading_ = std::make_shared<const Reading>(TemplateList(templates.texts));
+    } catch (const TemplateError& failure) {
+        const auto text = std::find(templates.texts.begin(), templates.texts.end(), failure.text);
+        const auto index = static_cast<std::size_t>(text - templates.texts.begin());
+        problem_ = ReadingProblem{templates.lines[std::min(index, templates.lines.size() - 1)],
+                                  failure.position, failure.what()};
+        return false;
+    }
+    effective_ = std::move(wanted);
+    return isOther;
+}
+
+// A column to sort by may have gone.
+void Session::takeSort()
+{
+    effective_.sort = setup_.sort;
+    sortKeys_.clear();
+    if (!reading_ || !setup_.hasSource() || setup_.sort.empty())
+        return;
+    try {
+        sortKeys_ = checked(effective_).sortKeys;
+    } catch (const Failure&) {
+        effective_.sort.clear();
+    }
+}
+
+// The rows whose tags are good, and whose wildcards are not known to select nothing.
+std::vector<Setup::AuxRow> Session::goodRows() const
+{
+    std::vector<Setup::AuxRow> rows;
+    for (const Setup::AuxRow& row : setup_.auxRows) {
+        if (!row.wildcard.empty() && PlainTagValidator().validate(row.tag).isValid() &&
+            row.tag.find('=') == std::string::npos)
+            rows.push_back(row);
+    }
+    return rows;
+}
+
+void Session::walkAgain()
+{
+    if (setup_.hasSource())
+        startWalk();
+}
+
+void Session::stopWalk()
+{
+    if (walk_)
+        walk_->stop();
+}
+
+void Session::startWalk()
+{
+    walk_.reset();
+    hasWalked_ = false;
+    walkEnd_ = {};
+    matching_.reset();
+    isMatching_ = false;
+    ++matchings_;
+    matcher_->cancel();
+    files_ = Files();
+    filter_.cases.clear();
+    shown_.reset();
+    try {
+        walk_ = std::make_unique<Walk>(checkedSource(setup_));
+        timer_.start();
+        sinceProgress_.start();
+    } catch (const Failure& failure) {
+        walkEnd_.error = failure.what();
+        hasWalked_ = true;
+        Q_EMIT failed(shown(failure.what()));
+    }
+    Q_EMIT filesChanged();
+    Q_EMIT matchingChanged();
+    Q_EMIT shownChanged();
+    Q_EMIT progressed();
+}
+
+void Session::lookAtWalk()
+{
+    if (!walk_ || hasWalked_) {
+        timer_.stop();
+        return;
+    }
+    const bool hasEnded = walk_->hasEnded();
+    if (!hasEnded && sinceProgress_.elapsed() < progressMilliseconds)
+        return;
+    sinceProgress_.start();
+    Files files = walk_->files();
+    const bool hasMore = files.count() != files_.count() || hasEnded;
+    files_ = std::move(files);
+    if (hasEnded) {
+        hasWalked_ = true;
+        walkEnd_ = walk_->end();
+        timer_.stop();
+    }
+    if (hasMore)
+        Q_EMIT filesChanged();
+    Q_EMIT progressed();
+    if (!hasEnded)
+        return;
+    if (!walkEnd_.error.empty())
+        Q_EMIT failed(shown(walkEnd_.error));
+    startMatching();
+    startFiltering();
+}
+
+void Session::startMatching()
+{
+    const std::size_t number = ++matchings_;
+    if (isWalking() || !walk_)
+        return;
+    if (!reading_) {
+        matcher_->cancel();
+        isMatching_ = false;
+        matching_.reset();
+        Q_EMIT matchingChanged();
+        startFiltering();
+        return;
+    }
+    isMatching_ = true;
+    Q_EMIT matchingChanged();
+    const std::string rootName = setup_.list ? listName(*setup_.list) : setup_.root;
+    matcher_->run([this, number, rootName, files = files_, reading = *reading_,
+                   rows = setup_.auxRows, keys = sortKeys_,
+                   jobs = jobs_](const std::atomic<bool>& isCancelled) mutable {
+        std::shared_ptr<const Matching> matching =
+            matchFiles(files, reading, rows, rootName, jobs, isCancelled);
+        if (!matching)
+            return;
+        matching = freedElsewhere(std::move(matching));
+        // Where a row of auxiliary files was left out, so were its columns.
+        if (!matching->import || isAnyBad(matching->aux))
+            keys.clear();
+        std::optional<CaseOrder> order;
+        if (!keys.empty())
+            order = orderOf(matching->import->table(), keys);
+        const auto finish = [this, number, matching, order = std::move(order), keys]() mutable {
+            if (number != matchings_)
+                return;
+            isMatching_ = false;
+            matching_ = std::move(matching);
+            caseOrder_ = std::move(order);
+            filter_.cases.clear();
+            effective_.auxRows.clear();
+            for (std::size_t i = 0; i < matching_->aux.size(); ++i) {
+                const Setup::AuxRow& row = setup_.auxRows[i];
+                if (matching_->aux[i].error.empty() && !row.tag.empty())
+                    effective_.auxRows.push_back(row);
+            }
+            if (!matching_->failure.empty())
+                Q_EMIT failed(shown(matching_->failure));
+            takeSort();
+            if (!areSame(keys, sortKeys_))
+                startOrdering();
+            Q_EMIT matchingChanged();
+            startFiltering();
+        };
+        QMetaObject::invokeMethod(this, finish, Qt::QueuedConnection);
+    });
+}
+
+void Session::startOrdering()
+{
+    const std::size_t number = ++orders_;
+    if (!matching_ || !matching_->import || isMatching_)
+        return;
+    isOrdering_ = true;
+    orderer_->run([this, number, matching = matching_,
+                   keys = sortKeys_](const std::atomic<bool>& isCancelled) {
+        std::optional<CaseOrder> order;
+        if (!keys.empty())
+            order = orderOf(matching->import->table(), keys);
+        if (isCancelled)
+            return;
+        QMetaObject::invokeMethod(
+            this,
+            [this, number, matching, order = std::move(order)]() mutable {
+                if (number != orders_)
+                    return;
+                isOrdering_ = false;
+                if (matching != matching_)
+                    return;
+                caseOrder_ = std::move(order);
+                Q_EMIT matchingChanged();
+            },
+            Qt::QueuedConnection);
+    });
+}
+
+void Session::filter(const PathFilter& filter)
+{
+    filter_ = filter;
+    startFiltering();
+}
+
+void Session::startFiltering()
+{
+    const std::size_t number = ++filters_;
+    if (filter_.isEmpty()) {
+        filterer_->cancel();
+        isFiltering_ = false;
+        shown_.reset();
+        Q_EMIT shownChanged();
+        return;
+    }
+    isFiltering_ = true;
+    filterer_->run([this, number, files = files_, matching = matching_,
+                    filter = filter_](const std::atomic<bool>& isCancelled) {
+        const bool isOfFiles = matching && matching->files.count() == files.count();
+        std::vector<std::uint32_t> found =
+            casetable::shownFiles(files, isOfFiles ? matching.get() : nullptr, filter, isCancelled);
+        if (isCancelled)
+            return;
+        QMetaObject::invokeMethod(
+            this,
+            [this, number, found = std::move(found)]() mutable {
+                if (number != filters_)
+                    return;
+                isFiltering_ = false;
+                shown_ = std::move(found);
+                Q_EMIT shownChanged();
+            },
+            Qt::QueuedConnection);
+    });
+}
+
+const std::vector<std::uint32_t>* Session::shownFiles() const
+{
+    return shown_ ? &*shown_ : nullptr;
+}
+
+std::string Session::sortValue(const SortKey& key) const
+{
+    Setup unsorted = effective_;
+    unsorted.sort.clear();
+    Options options = checked(unsorted);
+    options.sortKeys = {key};
+    return sortValues(options).front();
+}
+
+void Session::name(const NamedBytes& bytes)
+{
+    const std::size_t number = ++questions_;
+    isAsking_ = true;
+    std::vector<std::string> templates;
+    if (setup_.by == Setup::By::Templates)
+        templates = setup_.templates;
+    answerer_->run([this, number, bytes, templates,
+                    files = files_](const std::atomic<bool>& isCancelled) {
+        NamedTemplates result;
+        QString error;
+        try {
+            result = nameBytes(bytes, templates, findNeighbours(files, bytes.path, isCancelled));
+        } catch (const TemplateError& failure) {
+            error = "mend the template first: " + shown(failure.what());
+        } catch (const std::exception& failure) {
+            error = shown(failure.what());
+        }
+        if (isCancelled)
+            return;
+        QMetaObject::invokeMethod(
+            this,
+            [this, number, result, error] {
+                if (number != questions_)
+                    return;
+                isAsking_ = false;
+                Q_EMIT named(result, error);
+            },
+            Qt::QueuedConnection);
+    });
+}
+
+void Session::suggest()
+{
+    const std::size_t number = ++questions_;
+    isAsking_ = true;
+    answerer_->run(
+        [this, number, files = files_, jobs = jobs_](const std::atomic<bool>& isCancelled) {
+            std::vector<Suggestion> found;
+            QString error;
+            try {
+                found = suggestionsFor(files, jobs, isCancelled);
+            } catch (const std::exception& failure) {
+                error = shown(failure.what());
+            }
+            if (isCancelled)
+                return;
+            QMetaObject::invokeMethod(
+                this,
+                [this, number, found, error] {
+                    if (number != questions_)
+                        return;
+                    isAsking_ = false;
+                    if (!error.isEmpty())
+                        Q_EMIT failed(error);
+                    Q_EMIT suggested(found);
+                },
+                Qt::QueuedConnection);
+        });
+}
+
+void Session::makeGrid(std::size_t rowColumn, std::size_t columnColumn)
+{
+    const std::size_t number = ++grids_;
+    isMakingGrid_ = true;
+    gridMaker_->run([this, number, rowColumn, columnColumn,
+                     matching = matching_](const std::atomic<bool>& isCancelled) {
+        Grid grid = gridOf(matching->import->table(), rowColumn, columnColumn);
+        if (isCancelled)
+            return;
+        QMetaObject::invokeMethod(
+            this,
+            [this, number, grid = std::move(grid)] {
+                if (number != grids_)
+                    return;
+                isMakingGrid_ = false;
+                Q_EMIT gridMade(grid);
+            },
+            Qt::QueuedConnection);
+    });
+}
+
+void Session::save(const std::string& file)
+{
+    if (isSaving_ || !matching_ || !matching_->import) {
+        Q_EMIT saved(shown(file), isSaving_ ? tr("another file is still being written")
+                                            : tr("there is no table yet"));
+        return;
+    }
+    isSaving_ = true;
+    saver_->run([this, file, setup = effective_,
+                 matching = matching_](const std::atomic<bool>& /*isCancelled*/) {
+        QString error;
+        try {
+            saveTable(setup, *matching, file);
+        } catch (const std::exception& failure) {
+            error = shown(failure.what());
+        }
+        QMetaObject::invokeMethod(
+            this,
+            [this, file, error] {
+                isSaving_ = false;
+                Q_EMIT saved(shown(file), error);
+            },
+            Qt::QueuedConnection);
+    });
+}
+
+bool Session::isIdle() const
+{
+    return !isWalking() && !isMatching_ && !isOrdering_ && !isFiltering_ && !isAsking_ &&
+           !isSaving_ && !isMakingGrid_;
+}
+
+} // namespace casetable
