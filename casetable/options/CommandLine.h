@@ -36,7 +36,8 @@ struct CommandLine {
 ///
 /// Throws Failure with ExitCode::WrongUsage where a value is missing, is empty behind "=" or is
 /// given to a flag, and where a long name of the program has only one dash.
-CommandLine readCommandLine(const std::vector<std::string>& arguments, Program program);
+CommandLine readCommandLine(const std::vector<std::string>& arguments,
+                            Program program = Program::Casetable);
 
 /// Throws Failure with ExitCode::WrongUsage and the message, one line without its end.
 [[noreturn]] void failUsage(const std::string& message);
