@@ -16,9 +16,9 @@ import time
 
 SOURCES = pathlib.Path(__file__).resolve().parent
 BUILD = SOURCES.parent / "build" / "benchmark"
-PROGRAMS = BUILD / "release" / "benchmarks"
+PROGRAMS = BUILD / "benchmarks"
 OUTPUT = BUILD / "output"
-CASETABLE = BUILD / "release" / "casetable" / "casetable"
+CASETABLE = BUILD / "casetable" / "casetable"
 
 MARKERS = ["Mach", "AoA", "Re", "run_"]
 # Reads the same values; Campaign.cpp has it too.
@@ -150,7 +150,7 @@ def ratio(left, right):
 
 def machine():
     cpu = re.search(r"^model name\s*: (.*)", pathlib.Path("/proc/cpuinfo").read_text(), re.M)
-    cache = (BUILD / "release" / "CMakeCache.txt").read_text()
+    cache = (BUILD / "CMakeCache.txt").read_text()
     compiler = re.search(r"^CMAKE_CXX_COMPILER:\w+=(.*)", cache, re.M).group(1)
     version = subprocess.run([compiler, "--version"], capture_output=True, text=True, check=True)
     return ", ".join(
