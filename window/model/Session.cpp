@@ -190,7 +190,7 @@ void Session::take(const Setup& setup)
     takeSort();
     Q_EMIT setupChanged();
 
-    if (isOtherSource && setup_.hasSource())
+    if (isOtherSource && (setup_.hasSource() || walk_ || hasWalked_))
         startWalk();
     else if (isOtherReading || areOtherRows || hadReading != (reading_ != nullptr))
         startMatching();
@@ -273,11 +273,13 @@ void Session::startWalk()
     matcher_->cancel();
     files_ = Files();
     filter_.cases.clear();
-    shown_.reset();
+    dropShown();
     try {
-        walk_ = std::make_unique<Walk>(checkedSource(setup_));
-        timer_.start();
-        sinceProgress_.start();
+        if (setup_.hasSource()) {
+            walk_ = std::make_unique<Walk>(checkedSource(setup_));
+            timer_.start();
+            sinceProgress_.start();
+        }
     } catch (const Failure& failure) {
         walkEnd_.error = failure.what();
         hasWalked_ = true;
@@ -306,6 +308,8 @@ void Session::lookAtWalk()
         hasWalked_ = true;
         walkEnd_ = walk_->end();
         timer_.stop();
+        // The files stand in another order now.
+        dropShown();
     }
     if (hasMore)
         Q_EMIT filesChanged();
@@ -405,6 +409,15 @@ void Session::filter(const PathFilter& filter)
 {
     filter_ = filter;
     startFiltering();
+}
+
+// What is shown, or about to be, are indices of files that are no longer there.
+void Session::dropShown()
+{
+    ++filters_;
+    filterer_->cancel();
+    isFiltering_ = false;
+    shown_.reset();
 }
 
 void Session::startFiltering()
@@ -539,6 +552,10 @@ void Session::save(const std::string& file)
     if (isSaving_ || !matching_ || !matching_->import) {
         Q_EMIT saved(shown(file), isSaving_ ? tr("another file is still being written")
                                             : tr("there is no table yet"));
+        return;
+    }
+    if (!walkEnd_.error.empty()) {
+        Q_EMIT saved(shown(file), shown(walkEnd_.error));
         return;
     }
     isSaving_ = true;

@@ -110,7 +110,8 @@ public:
     /// comes by gridMade(). A newer one takes the place of it.
     void makeGrid(std::size_t rowColumn, std::size_t columnColumn);
 
-    /// Writes the table that is shown to `file`, as saveTable() does; saved() tells the end.
+    /// Writes the table that is shown to `file`, as saveTable() does; saved() tells the end. That
+    /// of a walk that failed is refused, as casetable makes none.
     void save(const std::string& file);
 
     /// Whether all that was begun has come to its end.
@@ -150,6 +151,7 @@ private:
     void startMatching();
     void startOrdering();
     void startFiltering();
+    void dropShown();
     std::vector<Setup::AuxRow> goodRows() const;
 
     const std::size_t jobs_;
