@@ -114,7 +114,11 @@ void grabWhenIdle(const Session& session, MainWindow& window, const std::string&
         const bool isSaved = window.grab().save(QFile::decodeName(file.c_str()), "PNG");
         if (!isSaved)
             Console().error(file + ": the picture cannot be written");
-        QApplication::exit(static_cast<int>(isSaved ? ExitCode::Cases : ExitCode::OutputFailed));
+        const std::string& error = session.walkEnd().error;
+        if (!error.empty())
+            Console().error(error);
+        const ExitCode code = error.empty() ? ExitCode::Cases : ExitCode::ImportFailed;
+        QApplication::exit(static_cast<int>(isSaved ? code : ExitCode::OutputFailed));
     };
     QObject::connect(timer, &QTimer::timeout, &window, look);
     timer->start(30);

@@ -26,6 +26,14 @@ TEST(WindowProgram, SavesItsPictureAndEnds)
     EXPECT_EQ(tree.content("w.png").substr(1, 3), "PNG");
 }
 
+TEST(WindowProgram, FailsWithAWalkThatFailed)
+{
+    const TemporaryTree tree;
+    const Outcome outcome = run(tree, {"--grab", "w.png", "-n", "T", "missing"});
+    EXPECT_EQ(outcome.exitCode, 3);
+    EXPECT_NE(message(outcome.errors).find("missing"), std::string::npos);
+}
+
 TEST(WindowProgram, OpensASetupByName)
 {
     const TemporaryTree tree({"campaign/T1/x"});

@@ -1,5 +1,7 @@
 #include "window/view/MainWindow.h"
 
+#include <cstdint>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -619,6 +621,99 @@ TEST(Window, TellsWhatIsWrongWithASetup)
     EXPECT_NE(open.window.message().text().indexOf("--nonsense"), -1);
     open.window.openSetup(tree.path("none.casetable"));
     EXPECT_NE(open.window.message().text().indexOf("none.casetable"), -1);
+}
+
+TEST(Window, TakesAPastedReadingForTheOpenFolder)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    QLineEdit& edit = open.window.command().edit();
+    edit.setText(QString::fromStdString("casetable -t '" + both + "'"));
+    QTest::keyClick(&edit, Qt::Key_Return);
+    open.settle();
+    EXPECT_EQ(open.session.setup().root, tree.path());
+    clickHead(open.window.cases(), 3);
+    open.settle();
+    EXPECT_EQ(open.session.setup().sort, Texts({"files"}));
+}
+
+TEST(Window, DropsTheFilesOfASourceThatIsGone)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    open.read({both});
+    casetable::Setup setup = open.session.setup();
+    setup.root.clear();
+    open.session.open(setup);
+    open.settle();
+    EXPECT_EQ(open.shownPaths(), Texts());
+    EXPECT_EQ(open.session.matching(), nullptr);
+    EXPECT_EQ(open.table(), Table({{}}));
+}
+
+TEST(Window, SavesNoTableOfAWalkThatFailed)
+{
+    const TemporaryTree tree;
+    OpenWindow open(tree.path("missing"));
+    open.read({both});
+    const std::string error = open.session.walkEnd().error;
+    ASSERT_NE(error, "");
+    open.window.message().clear();
+    open.session.save(tree.path("t.csv"));
+    open.settle();
+    EXPECT_FALSE(tree.exists("t.csv"));
+    EXPECT_EQ(open.window.message().text().toStdString(), error);
+}
+
+TEST(Window, ShowsNoFilesOfAFilterThatTheyHaveOutrun)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    PathFilter filter;
+    filter.text = "vtu";
+    open.session.filter(filter);
+    open.session.walkAgain();
+    EXPECT_EQ(open.session.shownFiles(), nullptr);
+    std::size_t early = 0;
+    QObject::connect(&open.session, &Session::shownChanged, [&] {
+        const std::vector<std::uint32_t>* const shown = open.session.shownFiles();
+        if (shown != nullptr && !shown->empty() && shown->back() >= open.session.files().count())
+            ++early;
+    });
+    open.settle();
+    EXPECT_EQ(early, 0U);
+    EXPECT_EQ(open.shownPaths().size(), 3U);
+}
+
+TEST(Window, DropsSelectedBytesWithTheirPath)
+{
+    const TemporaryTree tree(campaign);
+    const TemporaryTree other(Texts{"a", "b"});
+    OpenWindow open(tree.path());
+    open.window.paths().selectBytes(1, 10, 14);
+    ASSERT_TRUE(open.window.paths().selectedBytes().has_value());
+    open.window.openFolder(other.path());
+    open.settle();
+    EXPECT_FALSE(open.window.paths().selectedBytes().has_value());
+}
+
+TEST(Window, TellsWhereTheWorkingFolderOfASetupIsGone)
+{
+    const TemporaryTree tree;
+    tree.file("gone/x", "");
+    const std::filesystem::path before = std::filesystem::current_path();
+    OpenWindow open;
+    casetable::Setup setup;
+    setup.root = "relative";
+    open.session.change(setup);
+    open.settle();
+    std::filesystem::current_path(tree.path("gone"));
+    std::filesystem::remove_all(tree.path("gone"));
+    open.window.message().clear();
+    open.window.saveSetup(tree.path("c.casetable"));
+    std::filesystem::current_path(before);
+    EXPECT_NE(open.window.message().text(), "");
+    EXPECT_FALSE(tree.exists("c.casetable"));
 }
 
 TEST(Window, ReadsAListOfPaths)

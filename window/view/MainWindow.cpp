@@ -1,6 +1,7 @@
 #include "window/view/MainWindow.h"
 
 #include <algorithm>
+#include <exception>
 
 #include <QAction>
 #include <QApplication>
@@ -152,10 +153,12 @@ MainWindow::MainWindow(Session& session)
     connect(&session, &Session::shownChanged, this, &MainWindow::takeMatching);
     connect(&session, &Session::failed, this, &MainWindow::tellFailure);
     connect(&session, &Session::saved, this, [this](const QString& file, const QString& error) {
-        if (error.isEmpty())
-            tell(tr("Saved: %1").arg(file));
-        else
+        if (!error.isEmpty())
             tellFailure(error);
+        else if (session_.walkEnd().isStopped)
+            tell(tr("Saved, of the files read before the stop only: %1").arg(file));
+        else
+            tell(tr("Saved: %1").arg(file));
     });
     connect(command_, &CommandBar::told, this, &MainWindow::tell);
     connect(paths_, &PathsView::nameWanted, this, &MainWindow::askForName);
@@ -313,7 +316,7 @@ void MainWindow::makeStatusBar()
     busy_->setAccessibleName(tr("Files are being read"));
     statusBar()->addWidget(message_, 1);
     fading_.setSingleShot(true);
-    connect(&fading_, &QTimer::timeout, message_, &QLabel::clear);
+    connect(&fading_, &QTimer::timeout, this, &MainWindow::endMessage);
     statusBar()->addPermanentWidget(busy_);
     for (QLabel* const label : {counts_, walked_}) {
         label->setContentsMargins(em(font(), 0.6), 0, em(font(), 0.6), 0);
@@ -458,6 +461,16 @@ void MainWindow::tell(const QString& sentence)
     fading_.start(messageMilliseconds);
 }
 
+// That files are missing is told as long as they are.
+void MainWindow::endMessage()
+{
+    const std::string& error = session_.walkEnd().error;
+    if (error.empty())
+        message_->clear();
+    else
+        tellFailure(shown(error));
+}
+
 void MainWindow::tellFailure(const QString& sentence)
 {
     fading_.stop();
@@ -519,7 +532,7 @@ void MainWindow::saveSetup(const std::string& file)
         casetable::saveSetup(session_.setup(), file);
         setupFile_ = file;
         tell(tr("Saved: %1").arg(shown(file)));
-    } catch (const Failure& failure) {
+    } catch (const std::exception& failure) {
         tellFailure(shown(failure.what()));
     }
 }
@@ -689,6 +702,8 @@ void MainWindow::takeSetup()
         ->setText(auxRows == 0 ? tr("Auxiliary files") : tr("Auxiliary files (%1)").arg(auxRows));
     if (session_.problem())
         counts_->setToolTip(tr("The template is not complete; the table is that of before."));
+    else
+        counts_->setToolTip({});
     takeMatching();
 }
 
@@ -709,6 +724,8 @@ void MainWindow::takeProgress()
     text += QString(", %1 s").arg(progress.seconds, 0, 'f', 1);
     if (end.isStopped)
         text += tr(", stopped");
+    if (!end.error.empty())
+        text += tr(", failed");
     if (end.hiddenLeftOut > 0)
         text += tr(", %1 hidden left out").arg(end.hiddenLeftOut);
     if (!end.warnings.empty())
