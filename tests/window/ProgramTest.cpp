@@ -44,6 +44,14 @@ TEST(WindowProgram, OpensASetupByName)
               std::string::npos);
 }
 
+TEST(WindowProgram, TakesNoValueOrRootForAnOptionOfItsOwn)
+{
+    const TemporaryTree tree({"campaign/-hx"});
+    EXPECT_EQ(run(tree, {"--grab", "w.png", "-s", "-h", "campaign"}), prints(""));
+    EXPECT_TRUE(tree.exists("w.png"));
+    EXPECT_EQ(run(tree, {"--grab", "w.png", "-n", "T", "--", "--dark"}).exitCode, 3);
+}
+
 TEST(WindowProgram, RefusesWhatItCannotDo)
 {
     const TemporaryTree tree;

@@ -516,6 +516,43 @@ TEST(Window, UndoesAndRedoesWhatWasTyped)
     EXPECT_EQ(open.table(), Table({{}}));
 }
 
+TEST(Window, BringsBackAReadingThatACommandOrASetupReplaced)
+{
+    const TemporaryTree tree(campaign);
+    const TemporaryTree other(Texts{"T1"});
+    OpenWindow open(tree.path());
+    open.read({both});
+    casetable::Setup setup;
+    setup.root = other.path();
+    setup.templates = {"T{T}"};
+    open.session.change(setup);
+    open.session.undo();
+    open.settle();
+    EXPECT_EQ(open.session.setup().templates, Texts({both}));
+    EXPECT_EQ(open.session.setup().root, other.path());
+    setup.root = tree.path();
+    open.session.open(setup);
+    open.session.undo();
+    open.settle();
+    EXPECT_EQ(open.session.setup().templates, Texts({both}));
+}
+
+TEST(Window, RedoesAfterAnotherChoiceOfFiles)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    open.read({both});
+    open.session.undo();
+    casetable::Setup setup = open.session.setup();
+    setup.hidden = true;
+    open.session.change(setup);
+    ASSERT_TRUE(open.session.canRedo());
+    open.session.redo();
+    open.settle();
+    EXPECT_EQ(open.session.setup().templates, Texts({both}));
+    EXPECT_TRUE(open.session.setup().hidden);
+}
+
 TEST(Window, CopiesACommandThatGivesItsTable)
 {
     const TemporaryTree tree(campaign);
@@ -610,6 +647,29 @@ TEST(Window, OpensASetupThatItHasSaved)
     open.settle();
     EXPECT_TRUE(open.session.setup() == saved);
     EXPECT_EQ(open.table().size(), 5U);
+}
+
+TEST(Window, TellsWhatASetupCannotKeep)
+{
+    const TemporaryTree tree;
+    OpenWindow open;
+    casetable::Setup setup;
+    setup.root = tree.path();
+    setup.auxRows = {{"*.log", "a=b"}};
+    open.session.change(setup);
+    open.window.saveSetup(tree.path("c.casetable"));
+    EXPECT_FALSE(tree.exists("c.casetable"));
+    EXPECT_NE(open.window.message().text().indexOf("a=b"), -1);
+    setup.auxRows.clear();
+    setup.by = casetable::Setup::By::Markers;
+    setup.markers = {{"T", true}};
+    setup.templates = {both};
+    open.session.change(setup);
+    open.window.saveSetup(tree.path("c.casetable"));
+    EXPECT_NE(open.window.message().text().indexOf("without the templates"), -1);
+    tree.file("left.casetable", "casetable -n T -o out.csv " + tree.path() + "\n");
+    open.window.openSetup(tree.path("left.casetable"));
+    EXPECT_NE(open.window.message().text().indexOf("--output"), -1);
 }
 
 TEST(Window, TellsWhatIsWrongWithASetup)

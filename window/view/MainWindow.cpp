@@ -506,10 +506,16 @@ void MainWindow::openList(const std::string& file)
 void MainWindow::openSetup(const std::string& file)
 {
     try {
-        session_.open(readSetupFile(file));
+        const ReadSetup read = readSetupFile(file);
+        session_.open(read.setup);
         setupFile_ = file;
         remember(file);
-        tell(tr("Opened: %1").arg(shown(file)));
+        QStringList leftOut;
+        for (const std::string& option : read.leftOut)
+            leftOut.push_back(shown(option));
+        tell(leftOut.isEmpty() ? tr("Opened: %1").arg(shown(file))
+                               : tr("Opened, but for what says nothing about reading: %1.")
+                                     .arg(leftOut.join(", ")));
     } catch (const Failure& failure) {
         tellFailure(shown(failure.what()));
     }
@@ -531,7 +537,14 @@ void MainWindow::saveSetup(const std::string& file)
     try {
         casetable::saveSetup(session_.setup(), file);
         setupFile_ = file;
-        tell(tr("Saved: %1").arg(shown(file)));
+        const Setup& setup = session_.setup();
+        const bool isByMarkers = setup.by == Setup::By::Markers;
+        if (isByMarkers ? !setup.templates.empty() : !setup.markers.empty())
+            tell((isByMarkers ? tr("Saved, without the templates, which are not used: %1")
+                              : tr("Saved, without the markers, which are not used: %1"))
+                     .arg(shown(file)));
+        else
+            tell(tr("Saved: %1").arg(shown(file)));
     } catch (const std::exception& failure) {
         tellFailure(shown(failure.what()));
     }
