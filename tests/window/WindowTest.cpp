@@ -477,6 +477,20 @@ TEST(Window, ShowsTheCasesOfAFieldOfTheGrid)
     EXPECT_EQ(open.shownPaths(), Texts({campaign[1], campaign[2]}));
 }
 
+TEST(Window, SaysThatAGridHasNoCases)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    open.read({"none{a}/{b}"});
+    open.window.tables().setCurrentWidget(&open.window.grid());
+    open.settle();
+    QStringList told;
+    for (const QLabel* const label : open.window.grid().findChildren<QLabel*>())
+        told.push_back(label->text());
+    EXPECT_TRUE(told.contains("There are no cases with both values."))
+        << told.join('|').toStdString();
+}
+
 TEST(Window, SavesThePictureOfTheGrid)
 {
     const TemporaryTree tree(campaign);
@@ -487,6 +501,9 @@ TEST(Window, SavesThePictureOfTheGrid)
     const QString file = QString::fromStdString(tree.path("grid.png"));
     open.window.savePicture(file);
     EXPECT_FALSE(QPixmap(file).isNull());
+    tree.file("grid.nonsense", "before");
+    open.window.savePicture(QString::fromStdString(tree.path("grid.nonsense")));
+    EXPECT_EQ(tree.content("grid.nonsense"), "before");
     open.window.savePicture(QString::fromStdString(tree.path("missing/grid.png")));
     EXPECT_NE(open.window.message().text().indexOf("cannot be written"), -1);
 }

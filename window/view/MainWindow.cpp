@@ -21,6 +21,7 @@
 #include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QRegExp>
+#include <QSaveFile>
 #include <QSettings>
 #include <QSplitter>
 #include <QStackedWidget>
@@ -553,9 +554,11 @@ void MainWindow::saveSetup(const std::string& file)
 void MainWindow::savePicture(const QString& file)
 {
     const QPixmap picture = grid_->drawn();
+    const QByteArray format = QFileInfo(file).suffix().toLatin1();
+    QSaveFile output(file); // Keeps the file of before where it fails.
     if (picture.isNull())
         tellFailure(tr("There is no grid to save."));
-    else if (picture.save(file))
+    else if (output.open(QIODevice::WriteOnly) && picture.save(&output, format) && output.commit())
         tell(tr("Saved: %1").arg(file));
     else
         tellFailure(tr("%1: the picture cannot be written").arg(file));
