@@ -65,6 +65,23 @@ struct Typed {
     bool wantsVersion = false;
 };
 
+// Whether the next word is the value of an option that ends this one.
+bool awaitsValue(const std::string& word)
+{
+    if (word.size() < 2 || word[0] != '-')
+        return false;
+    if (word[1] == '-') {
+        const Option* const option = optionNamed(word);
+        return option != nullptr && takesValue(*option);
+    }
+    for (std::size_t i = 1; i < word.size(); ++i) {
+        const Option* const option = optionOfLetter(word[i]);
+        if (option != nullptr && takesValue(*option))
+            return i + 1 == word.size();
+    }
+    return false;
+}
+
 Typed readTyped(int argc, char** argv)
 {
     Typed typed;
@@ -82,20 +99,32 @@ Typed readTyped(int argc, char** argv)
             typed.wantsHelp = true;
         else if (word == "--version")
             typed.wantsVersion = true;
-        else
+        else if (word == "--") {
+            typed.words.insert(typed.words.end(), argv + i, argv + argc);
+            break;
+        } else {
             typed.words.push_back(word);
+            if (awaitsValue(word) && i + 1 < argc)
+                typed.words.emplace_back(argv[++i]);
+        }
     }
     return typed;
 }
 
+bool namesSetupFile(const Setup& setup)
+{
+    return isSetupFile(setup.root) && QFileInfo(QFile::decodeName(setup.root.c_str())).isFile();
+}
+
+// Where a setup file is named, that is the root of it.
 Setup setupOf(const std::vector<std::string>& words)
 {
     const ReadSetup read = readSetup(words);
     if (!read.leftOut.empty())
         failUsage(read.leftOut.front() + ": casetable-window has no such option; it saves by menu");
     const Setup& setup = read.setup;
-    if (isSetupFile(setup.root) && QFileInfo(QFile::decodeName(setup.root.c_str())).isFile())
-        return readSetupFile(setup.root);
+    if (namesSetupFile(setup))
+        return setup;
     if (setup.hasSource())
         static_cast<void>(checkedSource(setup));
     return setup;
@@ -114,7 +143,11 @@ void grabWhenIdle(const Session& session, MainWindow& window, const std::string&
         const bool isSaved = window.grab().save(QFile::decodeName(file.c_str()), "PNG");
         if (!isSaved)
             Console().error(file + ": the picture cannot be written");
-        QApplication::exit(static_cast<int>(isSaved ? ExitCode::Cases : ExitCode::OutputFailed));
+        const std::string& error = session.walkEnd().error;
+        if (!error.empty())
+            Console().error(error);
+        const ExitCode code = error.empty() ? ExitCode::Cases : ExitCode::ImportFailed;
+        QApplication::exit(static_cast<int>(isSaved ? code : ExitCode::OutputFailed));
     };
     QObject::connect(timer, &QTimer::timeout, &window, look);
     timer->start(30);
@@ -130,6 +163,9 @@ int run(int& argc, char** argv)
         return 0;
     }
     const Setup setup = setupOf(typed.words);
+    // Nobody would see in the window what is wrong with it.
+    if (!typed.grab.empty() && namesSetupFile(setup))
+        static_cast<void>(readSetupFile(setup.root));
     // A picture needs no screen, nor what Qt says about that.
     if (!typed.grab.empty()) {
         if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
@@ -162,7 +198,9 @@ int run(int& argc, char** argv)
     if (!typed.grab.empty())
         window.resize(1280, 720);
     window.show();
-    if (setup != Setup())
+    if (namesSetupFile(setup))
+        window.openSetup(setup.root);
+    else if (setup != Setup())
         session.open(setup);
     if (!typed.grab.empty())
         grabWhenIdle(session, window, typed.grab);

@@ -26,6 +26,14 @@ TEST(WindowProgram, SavesItsPictureAndEnds)
     EXPECT_EQ(tree.content("w.png").substr(1, 3), "PNG");
 }
 
+TEST(WindowProgram, FailsWithAWalkThatFailed)
+{
+    const TemporaryTree tree;
+    const Outcome outcome = run(tree, {"--grab", "w.png", "-n", "T", "missing"});
+    EXPECT_EQ(outcome.exitCode, 3);
+    EXPECT_NE(message(outcome.errors).find("missing"), std::string::npos);
+}
+
 TEST(WindowProgram, OpensASetupByName)
 {
     const TemporaryTree tree({"campaign/T1/x"});
@@ -34,6 +42,14 @@ TEST(WindowProgram, OpensASetupByName)
     tree.file("c.casetable", "casetable --nonsense\n");
     EXPECT_NE(messageOf(tree, {"--grab=w.png", "c.casetable"}).find("c.casetable: --nonsense"),
               std::string::npos);
+}
+
+TEST(WindowProgram, TakesNoValueOrRootForAnOptionOfItsOwn)
+{
+    const TemporaryTree tree({"campaign/-hx"});
+    EXPECT_EQ(run(tree, {"--grab", "w.png", "-s", "-h", "campaign"}), prints(""));
+    EXPECT_TRUE(tree.exists("w.png"));
+    EXPECT_EQ(run(tree, {"--grab", "w.png", "-n", "T", "--", "--dark"}).exitCode, 3);
 }
 
 TEST(WindowProgram, RefusesWhatItCannotDo)

@@ -1,5 +1,7 @@
 #include "window/view/MainWindow.h"
 
+#include <cstdint>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -475,6 +477,20 @@ TEST(Window, ShowsTheCasesOfAFieldOfTheGrid)
     EXPECT_EQ(open.shownPaths(), Texts({campaign[1], campaign[2]}));
 }
 
+TEST(Window, SaysThatAGridHasNoCases)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    open.read({"none{a}/{b}"});
+    open.window.tables().setCurrentWidget(&open.window.grid());
+    open.settle();
+    QStringList told;
+    for (const QLabel* const label : open.window.grid().findChildren<QLabel*>())
+        told.push_back(label->text());
+    EXPECT_TRUE(told.contains("There are no cases with both values."))
+        << told.join('|').toStdString();
+}
+
 TEST(Window, SavesThePictureOfTheGrid)
 {
     const TemporaryTree tree(campaign);
@@ -485,6 +501,9 @@ TEST(Window, SavesThePictureOfTheGrid)
     const QString file = QString::fromStdString(tree.path("grid.png"));
     open.window.savePicture(file);
     EXPECT_FALSE(QPixmap(file).isNull());
+    tree.file("grid.nonsense", "before");
+    open.window.savePicture(QString::fromStdString(tree.path("grid.nonsense")));
+    EXPECT_EQ(tree.content("grid.nonsense"), "before");
     open.window.savePicture(QString::fromStdString(tree.path("missing/grid.png")));
     EXPECT_NE(open.window.message().text().indexOf("cannot be written"), -1);
 }
@@ -512,6 +531,43 @@ TEST(Window, UndoesAndRedoesWhatWasTyped)
     open.settle();
     EXPECT_TRUE(open.session.setup().templates.empty());
     EXPECT_EQ(open.table(), Table({{}}));
+}
+
+TEST(Window, BringsBackAReadingThatACommandOrASetupReplaced)
+{
+    const TemporaryTree tree(campaign);
+    const TemporaryTree other(Texts{"T1"});
+    OpenWindow open(tree.path());
+    open.read({both});
+    casetable::Setup setup;
+    setup.root = other.path();
+    setup.templates = {"T{T}"};
+    open.session.change(setup);
+    open.session.undo();
+    open.settle();
+    EXPECT_EQ(open.session.setup().templates, Texts({both}));
+    EXPECT_EQ(open.session.setup().root, other.path());
+    setup.root = tree.path();
+    open.session.open(setup);
+    open.session.undo();
+    open.settle();
+    EXPECT_EQ(open.session.setup().templates, Texts({both}));
+}
+
+TEST(Window, RedoesAfterAnotherChoiceOfFiles)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    open.read({both});
+    open.session.undo();
+    casetable::Setup setup = open.session.setup();
+    setup.hidden = true;
+    open.session.change(setup);
+    ASSERT_TRUE(open.session.canRedo());
+    open.session.redo();
+    open.settle();
+    EXPECT_EQ(open.session.setup().templates, Texts({both}));
+    EXPECT_TRUE(open.session.setup().hidden);
 }
 
 TEST(Window, CopiesACommandThatGivesItsTable)
@@ -610,6 +666,29 @@ TEST(Window, OpensASetupThatItHasSaved)
     EXPECT_EQ(open.table().size(), 5U);
 }
 
+TEST(Window, TellsWhatASetupCannotKeep)
+{
+    const TemporaryTree tree;
+    OpenWindow open;
+    casetable::Setup setup;
+    setup.root = tree.path();
+    setup.auxRows = {{"*.log", "a=b"}};
+    open.session.change(setup);
+    open.window.saveSetup(tree.path("c.casetable"));
+    EXPECT_FALSE(tree.exists("c.casetable"));
+    EXPECT_NE(open.window.message().text().indexOf("a=b"), -1);
+    setup.auxRows.clear();
+    setup.by = casetable::Setup::By::Markers;
+    setup.markers = {{"T", true}};
+    setup.templates = {both};
+    open.session.change(setup);
+    open.window.saveSetup(tree.path("c.casetable"));
+    EXPECT_NE(open.window.message().text().indexOf("without the templates"), -1);
+    tree.file("left.casetable", "casetable -n T -o out.csv " + tree.path() + "\n");
+    open.window.openSetup(tree.path("left.casetable"));
+    EXPECT_NE(open.window.message().text().indexOf("--output"), -1);
+}
+
 TEST(Window, TellsWhatIsWrongWithASetup)
 {
     const TemporaryTree tree;
@@ -619,6 +698,99 @@ TEST(Window, TellsWhatIsWrongWithASetup)
     EXPECT_NE(open.window.message().text().indexOf("--nonsense"), -1);
     open.window.openSetup(tree.path("none.casetable"));
     EXPECT_NE(open.window.message().text().indexOf("none.casetable"), -1);
+}
+
+TEST(Window, TakesAPastedReadingForTheOpenFolder)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    QLineEdit& edit = open.window.command().edit();
+    edit.setText(QString::fromStdString("casetable -t '" + both + "'"));
+    QTest::keyClick(&edit, Qt::Key_Return);
+    open.settle();
+    EXPECT_EQ(open.session.setup().root, tree.path());
+    clickHead(open.window.cases(), 3);
+    open.settle();
+    EXPECT_EQ(open.session.setup().sort, Texts({"files"}));
+}
+
+TEST(Window, DropsTheFilesOfASourceThatIsGone)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    open.read({both});
+    casetable::Setup setup = open.session.setup();
+    setup.root.clear();
+    open.session.open(setup);
+    open.settle();
+    EXPECT_EQ(open.shownPaths(), Texts());
+    EXPECT_EQ(open.session.matching(), nullptr);
+    EXPECT_EQ(open.table(), Table({{}}));
+}
+
+TEST(Window, SavesNoTableOfAWalkThatFailed)
+{
+    const TemporaryTree tree;
+    OpenWindow open(tree.path("missing"));
+    open.read({both});
+    const std::string error = open.session.walkEnd().error;
+    ASSERT_NE(error, "");
+    open.window.message().clear();
+    open.session.save(tree.path("t.csv"));
+    open.settle();
+    EXPECT_FALSE(tree.exists("t.csv"));
+    EXPECT_EQ(open.window.message().text().toStdString(), error);
+}
+
+TEST(Window, ShowsNoFilesOfAFilterThatTheyHaveOutrun)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    PathFilter filter;
+    filter.text = "vtu";
+    open.session.filter(filter);
+    open.session.walkAgain();
+    EXPECT_EQ(open.session.shownFiles(), nullptr);
+    std::size_t early = 0;
+    QObject::connect(&open.session, &Session::shownChanged, [&] {
+        const std::vector<std::uint32_t>* const shown = open.session.shownFiles();
+        if (shown != nullptr && !shown->empty() && shown->back() >= open.session.files().count())
+            ++early;
+    });
+    open.settle();
+    EXPECT_EQ(early, 0U);
+    EXPECT_EQ(open.shownPaths().size(), 3U);
+}
+
+TEST(Window, DropsSelectedBytesWithTheirPath)
+{
+    const TemporaryTree tree(campaign);
+    const TemporaryTree other(Texts{"a", "b"});
+    OpenWindow open(tree.path());
+    open.window.paths().selectBytes(1, 10, 14);
+    ASSERT_TRUE(open.window.paths().selectedBytes().has_value());
+    open.window.openFolder(other.path());
+    open.settle();
+    EXPECT_FALSE(open.window.paths().selectedBytes().has_value());
+}
+
+TEST(Window, TellsWhereTheWorkingFolderOfASetupIsGone)
+{
+    const TemporaryTree tree;
+    tree.file("gone/x", "");
+    const std::filesystem::path before = std::filesystem::current_path();
+    OpenWindow open;
+    casetable::Setup setup;
+    setup.root = "relative";
+    open.session.change(setup);
+    open.settle();
+    std::filesystem::current_path(tree.path("gone"));
+    std::filesystem::remove_all(tree.path("gone"));
+    open.window.message().clear();
+    open.window.saveSetup(tree.path("c.casetable"));
+    std::filesystem::current_path(before);
+    EXPECT_NE(open.window.message().text(), "");
+    EXPECT_FALSE(tree.exists("c.casetable"));
 }
 
 TEST(Window, ReadsAListOfPaths)

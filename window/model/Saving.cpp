@@ -66,18 +66,23 @@ void saveTable(const Setup& setup, const Matching& matching, const std::string& 
 
 void saveSetup(const Setup& setup, const std::string& file)
 {
+    // A value of --aux has its tag behind the last '='.
+    for (const Setup::AuxRow& row : setup.auxRows) {
+        if (row.tag.find('=') != std::string::npos)
+            throw Failure(ExitCode::WrongUsage, "the tag '" + row.tag + "' has a '='");
+    }
     Output output(file);
     output.write(commandLine(withAbsolutePaths(setup)) + '\n');
     output.commit();
 }
 
-Setup readSetupFile(const std::string& file)
+ReadSetup readSetupFile(const std::string& file)
 {
     try {
         std::vector<std::string> words = commandWords(readFile(file, mostBytes));
         if (!words.empty() && words.front() == "casetable")
             words.erase(words.begin());
-        return readSetup(words).setup;
+        return readSetup(words);
     } catch (const std::exception& failure) {
         const std::string reason = failure.what();
         const bool namesFile = reason.find(file) != std::string::npos;

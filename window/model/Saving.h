@@ -14,11 +14,12 @@ namespace casetable {
 void saveTable(const Setup& setup, const Matching& matching, const std::string& file);
 
 /// Writes the quoted command line of the setup to `file`, its root as an absolute path. Throws
-/// Failure with ExitCode::OutputFailed.
+/// Failure: with ExitCode::WrongUsage where it cannot be read back, else ExitCode::OutputFailed.
 void saveSetup(const Setup& setup, const std::string& file);
 
-/// The setup that saveSetup() has written, or somebody by hand. Throws Failure.
-Setup readSetupFile(const std::string& file);
+/// The setup that saveSetup() has written, or somebody by hand, and what it leaves out. Throws
+/// Failure.
+ReadSetup readSetupFile(const std::string& file);
 
 /// Whether the name is one that setups are saved under, "*.casetable".
 bool isSetupFile(const std::string& file);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <new>
 #include <utility>
 
 #include <QRunnable>
@@ -130,7 +131,9 @@ Session::~Session() = default;
 
 void Session::open(const Setup& setup)
 {
-    undone_ = {};
+    // Where the window was as it begins, there is nothing to come back to.
+    if (setup_ != Setup() && withSourceOf(setup, setup_) != setup_)
+        keepForUndo();
     lastStep_.clear();
     if (setup != setup_ || !walk_)
         take(setup);
@@ -144,15 +147,23 @@ void Session::change(const Setup& setup, const QString& step)
         return;
     const bool isOneStep = !step.isEmpty() && step == lastStep_ && canUndo() &&
                            sinceStep_.elapsed() < stepMilliseconds;
-    if (haveSameSource(setup, setup_) && !isOneStep) {
-        undone_.past.push_back(setup_);
-        if (undone_.past.size() > mostUndone)
-            undone_.past.erase(undone_.past.begin());
+    // Only of the source nothing is undone.
+    if (withSourceOf(setup, setup_) != setup_) {
+        if (!isOneStep)
+            keepForUndo();
+        undone_.future.clear();
     }
-    undone_.future.clear();
     lastStep_ = step;
     sinceStep_.start();
     take(setup);
+}
+
+void Session::keepForUndo()
+{
+    undone_.future.clear();
+    undone_.past.push_back(setup_);
+    if (undone_.past.size() > mostUndone)
+        undone_.past.erase(undone_.past.begin());
 }
 
 void Session::undo()
@@ -190,7 +201,7 @@ void Session::take(const Setup& setup)
     takeSort();
     Q_EMIT setupChanged();
 
-    if (isOtherSource && setup_.hasSource())
+    if (isOtherSource && (setup_.hasSource() || walk_ || hasWalked_))
         startWalk();
     else if (isOtherReading || areOtherRows || hadReading != (reading_ != nullptr))
         startMatching();
@@ -273,11 +284,13 @@ void Session::startWalk()
     matcher_->cancel();
     files_ = Files();
     filter_.cases.clear();
-    shown_.reset();
+    dropShown();
     try {
-        walk_ = std::make_unique<Walk>(checkedSource(setup_));
-        timer_.start();
-        sinceProgress_.start();
+        if (setup_.hasSource()) {
+            walk_ = std::make_unique<Walk>(checkedSource(setup_));
+            timer_.start();
+            sinceProgress_.start();
+        }
     } catch (const Failure& failure) {
         walkEnd_.error = failure.what();
         hasWalked_ = true;
@@ -306,6 +319,8 @@ void Session::lookAtWalk()
         hasWalked_ = true;
         walkEnd_ = walk_->end();
         timer_.stop();
+        // The files stand in another order now.
+        dropShown();
     }
     if (hasMore)
         Q_EMIT filesChanged();
@@ -316,6 +331,32 @@ void Session::lookAtWalk()
         Q_EMIT failed(shown(walkEnd_.error));
     startMatching();
     startFiltering();
+}
+
+// Tells of what a job throws, such as that memory is out, and ends what it was to do.
+void Session::runGuarded(Latest& thread, bool& isBusy, const std::size_t& latest, Latest::Job job)
+{
+    thread.run([this, &isBusy, &latest, number = latest,
+                job = std::move(job)](const std::atomic<bool>& isCancelled) {
+        QString error;
+        try {
+            return job(isCancelled);
+        } catch (const std::bad_alloc&) {
+            error = tr("not enough memory");
+        } catch (const std::exception& failure) {
+            error = shown(failure.what());
+        }
+        QMetaObject::invokeMethod(
+            this,
+            [this, &isBusy, &latest, number, error] {
+                if (number != latest)
+                    return;
+                isBusy = false;
+                Q_EMIT failed(error);
+                Q_EMIT matchingChanged();
+            },
+            Qt::QueuedConnection);
+    });
 }
 
 void Session::startMatching()
@@ -334,43 +375,44 @@ void Session::startMatching()
     isMatching_ = true;
     Q_EMIT matchingChanged();
     const std::string rootName = setup_.list ? listName(*setup_.list) : setup_.root;
-    matcher_->run([this, number, rootName, files = files_, reading = *reading_,
-                   rows = setup_.auxRows, keys = sortKeys_,
-                   jobs = jobs_](const std::atomic<bool>& isCancelled) mutable {
-        std::shared_ptr<const Matching> matching =
-            matchFiles(files, reading, rows, rootName, jobs, isCancelled);
-        if (!matching)
-            return;
-        matching = freedElsewhere(std::move(matching));
-        // Where a row of auxiliary files was left out, so were its columns.
-        if (!matching->import || isAnyBad(matching->aux))
-            keys.clear();
-        std::optional<CaseOrder> order;
-        if (!keys.empty())
-            order = orderOf(matching->import->table(), keys);
-        const auto finish = [this, number, matching, order = std::move(order), keys]() mutable {
-            if (number != matchings_)
-                return;
-            isMatching_ = false;
-            matching_ = std::move(matching);
-            caseOrder_ = std::move(order);
-            filter_.cases.clear();
-            effective_.auxRows.clear();
-            for (std::size_t i = 0; i < matching_->aux.size(); ++i) {
-                const Setup::AuxRow& row = setup_.auxRows[i];
-                if (matching_->aux[i].error.empty() && !row.tag.empty())
-                    effective_.auxRows.push_back(row);
-            }
-            if (!matching_->failure.empty())
-                Q_EMIT failed(shown(matching_->failure));
-            takeSort();
-            if (!areSame(keys, sortKeys_))
-                startOrdering();
-            Q_EMIT matchingChanged();
-            startFiltering();
-        };
-        QMetaObject::invokeMethod(this, finish, Qt::QueuedConnection);
-    });
+    runGuarded(*matcher_, isMatching_, matchings_,
+               [this, number, rootName, files = files_, reading = *reading_, rows = setup_.auxRows,
+                keys = sortKeys_, jobs = jobs_](const std::atomic<bool>& isCancelled) mutable {
+                   std::shared_ptr<const Matching> matching =
+                       matchFiles(files, reading, rows, rootName, jobs, isCancelled);
+                   if (!matching)
+                       return;
+                   matching = freedElsewhere(std::move(matching));
+                   // Where a row of auxiliary files was left out, so were its columns.
+                   if (!matching->import || isAnyBad(matching->aux))
+                       keys.clear();
+                   std::optional<CaseOrder> order;
+                   if (!keys.empty())
+                       order = orderOf(matching->import->table(), keys);
+                   const auto finish = [this, number, matching, order = std::move(order),
+                                        keys]() mutable {
+                       if (number != matchings_)
+                           return;
+                       isMatching_ = false;
+                       matching_ = std::move(matching);
+                       caseOrder_ = std::move(order);
+                       filter_.cases.clear();
+                       effective_.auxRows.clear();
+                       for (std::size_t i = 0; i < matching_->aux.size(); ++i) {
+                           const Setup::AuxRow& row = setup_.auxRows[i];
+                           if (matching_->aux[i].error.empty() && !row.tag.empty())
+                               effective_.auxRows.push_back(row);
+                       }
+                       if (!matching_->failure.empty())
+                           Q_EMIT failed(shown(matching_->failure));
+                       takeSort();
+                       if (!areSame(keys, sortKeys_))
+                           startOrdering();
+                       Q_EMIT matchingChanged();
+                       startFiltering();
+                   };
+                   QMetaObject::invokeMethod(this, finish, Qt::QueuedConnection);
+               });
 }
 
 void Session::startOrdering()
@@ -379,32 +421,42 @@ void Session::startOrdering()
     if (!matching_ || !matching_->import || isMatching_)
         return;
     isOrdering_ = true;
-    orderer_->run([this, number, matching = matching_,
-                   keys = sortKeys_](const std::atomic<bool>& isCancelled) {
-        std::optional<CaseOrder> order;
-        if (!keys.empty())
-            order = orderOf(matching->import->table(), keys);
-        if (isCancelled)
-            return;
-        QMetaObject::invokeMethod(
-            this,
-            [this, number, matching, order = std::move(order)]() mutable {
-                if (number != orders_)
-                    return;
-                isOrdering_ = false;
-                if (matching != matching_)
-                    return;
-                caseOrder_ = std::move(order);
-                Q_EMIT matchingChanged();
-            },
-            Qt::QueuedConnection);
-    });
+    runGuarded(*orderer_, isOrdering_, orders_,
+               [this, number, matching = matching_,
+                keys = sortKeys_](const std::atomic<bool>& isCancelled) {
+                   std::optional<CaseOrder> order;
+                   if (!keys.empty())
+                       order = orderOf(matching->import->table(), keys);
+                   if (isCancelled)
+                       return;
+                   QMetaObject::invokeMethod(
+                       this,
+                       [this, number, matching, order = std::move(order)]() mutable {
+                           if (number != orders_)
+                               return;
+                           isOrdering_ = false;
+                           if (matching != matching_)
+                               return;
+                           caseOrder_ = std::move(order);
+                           Q_EMIT matchingChanged();
+                       },
+                       Qt::QueuedConnection);
+               });
 }
 
 void Session::filter(const PathFilter& filter)
 {
     filter_ = filter;
     startFiltering();
+}
+
+// What is shown, or about to be, are indices of files that are no longer there.
+void Session::dropShown()
+{
+    ++filters_;
+    filterer_->cancel();
+    isFiltering_ = false;
+    shown_.reset();
 }
 
 void Session::startFiltering()
@@ -418,24 +470,25 @@ void Session::startFiltering()
         return;
     }
     isFiltering_ = true;
-    filterer_->run([this, number, files = files_, matching = matching_,
-                    filter = filter_](const std::atomic<bool>& isCancelled) {
-        const bool isOfFiles = matching && matching->files.count() == files.count();
-        std::vector<std::uint32_t> found =
-            casetable::shownFiles(files, isOfFiles ? matching.get() : nullptr, filter, isCancelled);
-        if (isCancelled)
-            return;
-        QMetaObject::invokeMethod(
-            this,
-            [this, number, found = std::move(found)]() mutable {
-                if (number != filters_)
-                    return;
-                isFiltering_ = false;
-                shown_ = std::move(found);
-                Q_EMIT shownChanged();
-            },
-            Qt::QueuedConnection);
-    });
+    runGuarded(*filterer_, isFiltering_, filters_,
+               [this, number, files = files_, matching = matching_,
+                filter = filter_](const std::atomic<bool>& isCancelled) {
+                   const bool isOfFiles = matching && matching->files.count() == files.count();
+                   std::vector<std::uint32_t> found = casetable::shownFiles(
+                       files, isOfFiles ? matching.get() : nullptr, filter, isCancelled);
+                   if (isCancelled)
+                       return;
+                   QMetaObject::invokeMethod(
+                       this,
+                       [this, number, found = std::move(found)]() mutable {
+                           if (number != filters_)
+                               return;
+                           isFiltering_ = false;
+                           shown_ = std::move(found);
+                           Q_EMIT shownChanged();
+                       },
+                       Qt::QueuedConnection);
+               });
 }
 
 const std::vector<std::uint32_t>* Session::shownFiles() const
@@ -517,21 +570,22 @@ void Session::makeGrid(std::size_t rowColumn, std::size_t columnColumn)
 {
     const std::size_t number = ++grids_;
     isMakingGrid_ = true;
-    gridMaker_->run([this, number, rowColumn, columnColumn,
-                     matching = matching_](const std::atomic<bool>& isCancelled) {
-        Grid grid = gridOf(matching->import->table(), rowColumn, columnColumn);
-        if (isCancelled)
-            return;
-        QMetaObject::invokeMethod(
-            this,
-            [this, number, grid = std::move(grid)] {
-                if (number != grids_)
-                    return;
-                isMakingGrid_ = false;
-                Q_EMIT gridMade(grid);
-            },
-            Qt::QueuedConnection);
-    });
+    runGuarded(*gridMaker_, isMakingGrid_, grids_,
+               [this, number, rowColumn, columnColumn,
+                matching = matching_](const std::atomic<bool>& isCancelled) {
+                   Grid grid = gridOf(matching->import->table(), rowColumn, columnColumn);
+                   if (isCancelled)
+                       return;
+                   QMetaObject::invokeMethod(
+                       this,
+                       [this, number, grid = std::move(grid)] {
+                           if (number != grids_)
+                               return;
+                           isMakingGrid_ = false;
+                           Q_EMIT gridMade(grid);
+                       },
+                       Qt::QueuedConnection);
+               });
 }
 
 void Session::save(const std::string& file)
@@ -539,6 +593,10 @@ void Session::save(const std::string& file)
     if (isSaving_ || !matching_ || !matching_->import) {
         Q_EMIT saved(shown(file), isSaving_ ? tr("another file is still being written")
                                             : tr("there is no table yet"));
+        return;
+    }
+    if (!walkEnd_.error.empty()) {
+        Q_EMIT saved(shown(file), shown(walkEnd_.error));
         return;
     }
     isSaving_ = true;

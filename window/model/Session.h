@@ -50,11 +50,11 @@ public:
 
     const Setup& setup() const { return setup_; }
 
-    /// Takes a setup in place of the present one, from which nothing is undone.
+    /// Takes a setup in place of the present one. Where the reading is another, that can be undone.
     void open(const Setup& setup);
 
-    /// Takes a changed setup. Where the source is the same this can be undone: with the change
-    /// before if both have the same `step`, which is not empty, and come soon after each other.
+    /// Takes a changed setup. All but the source of it can be undone: with the change before if
+    /// both have the same `step`, which is not empty, and come soon after each other.
     void change(const Setup& setup, const QString& step = {});
 
     bool canUndo() const { return !undone_.past.empty(); }
@@ -110,7 +110,8 @@ public:
     /// comes by gridMade(). A newer one takes the place of it.
     void makeGrid(std::size_t rowColumn, std::size_t columnColumn);
 
-    /// Writes the table that is shown to `file`, as saveTable() does; saved() tells the end.
+    /// Writes the table that is shown to `file`, as saveTable() does; saved() tells the end. That
+    /// of a walk that failed is refused, as casetable makes none.
     void save(const std::string& file);
 
     /// Whether all that was begun has come to its end.
@@ -142,6 +143,8 @@ private:
         std::vector<Setup> future;
     };
 
+    void keepForUndo();
+    void runGuarded(Latest& thread, bool& isBusy, const std::size_t& latest, Latest::Job job);
     void take(const Setup& setup);
     bool takeReading();
     void takeSort();
@@ -150,6 +153,7 @@ private:
     void startMatching();
     void startOrdering();
     void startFiltering();
+    void dropShown();
     std::vector<Setup::AuxRow> goodRows() const;
 
     const std::size_t jobs_;

@@ -137,8 +137,13 @@ std::string Walk::State::runToEnd()
 
 void Walk::State::run()
 {
-    const std::string error = runToEnd();
-    Files::Shards ordered = Files(shards).inByteOrder().shards();
+    std::string error = runToEnd();
+    Files::Shards ordered;
+    try {
+        ordered = Files(shards).inByteOrder().shards();
+    } catch (const std::bad_alloc&) {
+        error = "not enough memory";
+    }
     {
         const std::lock_guard<std::mutex> lock(mutex);
         shards = std::move(ordered);

@@ -6,6 +6,7 @@
 #include <QKeyEvent>
 #include <QPainter>
 
+#include "casetable/system/ExitCode.h"
 #include "window/model/Text.h"
 #include "window/view/Look.h"
 
@@ -163,8 +164,13 @@ void CasesView::sortBy(int section)
     const SortKey* const now = static_cast<Header*>(horizontalHeader())->keyOf(section);
     Setup setup = session_.setup();
     setup.sort.clear();
-    if (now == nullptr || !now->isDescending)
-        setup.sort = {session_.sortValue({static_cast<std::size_t>(section), now != nullptr})};
+    try {
+        if (now == nullptr || !now->isDescending)
+            setup.sort = {session_.sortValue({static_cast<std::size_t>(section), now != nullptr})};
+    } catch (const Failure& failure) {
+        Q_EMIT session_.failed(shown(failure.what()));
+        return;
+    }
     session_.change(setup);
 }
 

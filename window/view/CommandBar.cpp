@@ -64,7 +64,13 @@ void CommandBar::accept()
         std::vector<std::string> words = commandWords(bytesOf(edit_->text()));
         if (!words.empty() && (words.front() == "casetable" || words.front() == "$"))
             words.erase(words.begin());
-        const ReadSetup read = readSetup(words);
+        ReadSetup read = readSetup(words);
+        // A reading alone is for the files that are open.
+        if (!read.setup.hasSource()) {
+            read.setup.root = session_.setup().root;
+            read.setup.list = session_.setup().list;
+            read.setup.nullSeparated = session_.setup().nullSeparated;
+        }
         edit_->setModified(false);
         session_.change(read.setup);
         takeCommand();

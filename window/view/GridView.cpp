@@ -377,7 +377,8 @@ void GridView::takeGrid(const Grid& grid)
         return tell(tr("One of these columns has more than %1 values; choose another.")
                         .arg(Grid::mostValues));
     QString told =
-        grid.holes() == 0
+        grid.fields.empty() ? tr("There are no cases with both values.")
+        : grid.holes() == 0
             ? tr("Every combination has a case.")
             : tr("%1 of %2 combinations are missing.").arg(grid.holes()).arg(grid.fields.size());
     if (grid.leftOut > 0)

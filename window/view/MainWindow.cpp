@@ -1,6 +1,7 @@
 #include "window/view/MainWindow.h"
 
 #include <algorithm>
+#include <exception>
 
 #include <QAction>
 #include <QApplication>
@@ -20,6 +21,7 @@
 #include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QRegExp>
+#include <QSaveFile>
 #include <QSettings>
 #include <QSplitter>
 #include <QStackedWidget>
@@ -152,10 +154,12 @@ MainWindow::MainWindow(Session& session)
     connect(&session, &Session::shownChanged, this, &MainWindow::takeMatching);
     connect(&session, &Session::failed, this, &MainWindow::tellFailure);
     connect(&session, &Session::saved, this, [this](const QString& file, const QString& error) {
-        if (error.isEmpty())
-            tell(tr("Saved: %1").arg(file));
-        else
+        if (!error.isEmpty())
             tellFailure(error);
+        else if (session_.walkEnd().isStopped)
+            tell(tr("Saved, of the files read before the stop only: %1").arg(file));
+        else
+            tell(tr("Saved: %1").arg(file));
     });
     connect(command_, &CommandBar::told, this, &MainWindow::tell);
     connect(paths_, &PathsView::nameWanted, this, &MainWindow::askForName);
@@ -313,7 +317,7 @@ void MainWindow::makeStatusBar()
     busy_->setAccessibleName(tr("Files are being read"));
     statusBar()->addWidget(message_, 1);
     fading_.setSingleShot(true);
-    connect(&fading_, &QTimer::timeout, message_, &QLabel::clear);
+    connect(&fading_, &QTimer::timeout, this, &MainWindow::endMessage);
     statusBar()->addPermanentWidget(busy_);
     for (QLabel* const label : {counts_, walked_}) {
         label->setContentsMargins(em(font(), 0.6), 0, em(font(), 0.6), 0);
@@ -458,6 +462,16 @@ void MainWindow::tell(const QString& sentence)
     fading_.start(messageMilliseconds);
 }
 
+// That files are missing is told as long as they are.
+void MainWindow::endMessage()
+{
+    const std::string& error = session_.walkEnd().error;
+    if (error.empty())
+        message_->clear();
+    else
+        tellFailure(shown(error));
+}
+
 void MainWindow::tellFailure(const QString& sentence)
 {
     fading_.stop();
@@ -493,10 +507,16 @@ void MainWindow::openList(const std::string& file)
 void MainWindow::openSetup(const std::string& file)
 {
     try {
-        session_.open(readSetupFile(file));
+        const ReadSetup read = readSetupFile(file);
+        session_.open(read.setup);
         setupFile_ = file;
         remember(file);
-        tell(tr("Opened: %1").arg(shown(file)));
+        QStringList leftOut;
+        for (const std::string& option : read.leftOut)
+            leftOut.push_back(shown(option));
+        tell(leftOut.isEmpty() ? tr("Opened: %1").arg(shown(file))
+                               : tr("Opened, but for what says nothing about reading: %1.")
+                                     .arg(leftOut.join(", ")));
     } catch (const Failure& failure) {
         tellFailure(shown(failure.what()));
     }
@@ -518,8 +538,15 @@ void MainWindow::saveSetup(const std::string& file)
     try {
         casetable::saveSetup(session_.setup(), file);
         setupFile_ = file;
-        tell(tr("Saved: %1").arg(shown(file)));
-    } catch (const Failure& failure) {
+        const Setup& setup = session_.setup();
+        const bool isByMarkers = setup.by == Setup::By::Markers;
+        if (isByMarkers ? !setup.templates.empty() : !setup.markers.empty())
+            tell((isByMarkers ? tr("Saved, without the templates, which are not used: %1")
+                              : tr("Saved, without the markers, which are not used: %1"))
+                     .arg(shown(file)));
+        else
+            tell(tr("Saved: %1").arg(shown(file)));
+    } catch (const std::exception& failure) {
         tellFailure(shown(failure.what()));
     }
 }
@@ -527,9 +554,11 @@ void MainWindow::saveSetup(const std::string& file)
 void MainWindow::savePicture(const QString& file)
 {
     const QPixmap picture = grid_->drawn();
+    const QByteArray format = QFileInfo(file).suffix().toLatin1();
+    QSaveFile output(file); // Keeps the file of before where it fails.
     if (picture.isNull())
         tellFailure(tr("There is no grid to save."));
-    else if (picture.save(file))
+    else if (output.open(QIODevice::WriteOnly) && picture.save(&output, format) && output.commit())
         tell(tr("Saved: %1").arg(file));
     else
         tellFailure(tr("%1: the picture cannot be written").arg(file));
@@ -689,6 +718,8 @@ void MainWindow::takeSetup()
         ->setText(auxRows == 0 ? tr("Auxiliary files") : tr("Auxiliary files (%1)").arg(auxRows));
     if (session_.problem())
         counts_->setToolTip(tr("The template is not complete; the table is that of before."));
+    else
+        counts_->setToolTip({});
     takeMatching();
 }
 
@@ -709,6 +740,8 @@ void MainWindow::takeProgress()
     text += QString(", %1 s").arg(progress.seconds, 0, 'f', 1);
     if (end.isStopped)
         text += tr(", stopped");
+    if (!end.error.empty())
+        text += tr(", failed");
     if (end.hiddenLeftOut > 0)
         text += tr(", %1 hidden left out").arg(end.hiddenLeftOut);
     if (!end.warnings.empty())

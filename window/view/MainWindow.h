@@ -107,6 +107,7 @@ private:
     void copy();
 
     void takeSetup();
+    void endMessage();
     void takeProgress();
     void takeMatching();
     void chooseCases(std::vector<std::uint32_t> cases);

@@ -338,6 +338,7 @@ PathsView::PathsView(const Session& session, PathsModel& model)
     horizontalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     connect(&model, &QAbstractItemModel::modelReset, this, &PathsView::fitColumns);
+    connect(&model, &QAbstractItemModel::modelReset, this, &PathsView::dropStaleBytes);
     connect(&model, &QAbstractItemModel::rowsInserted, this, &PathsView::fitColumns);
     connect(&model, &QAbstractItemModel::dataChanged, viewport(), qOverload<>(&QWidget::update));
     fitColumns();
@@ -412,6 +413,15 @@ void PathsView::clearBytes()
     selected_.reset();
     viewport()->update();
     Q_EMIT bytesSelected();
+}
+
+// The file that was selected may have another index now, or be gone.
+void PathsView::dropStaleBytes()
+{
+    const Files& files = session_.files();
+    if (selected_ &&
+        (selected_->file >= files.count() || files.path(selected_->file) != selected_->path))
+        clearBytes();
 }
 
 QPoint PathsView::placeOf(int row, std::size_t offset) const

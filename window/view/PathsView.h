@@ -70,6 +70,7 @@ private:
     class Delegate;
 
     std::size_t offsetAt(int row, const QPoint& point) const;
+    void dropStaleBytes();
     void moveCaret(std::size_t offset, bool selects);
     void showCaret();
     void fitColumns();
