@@ -209,6 +209,28 @@ TEST(TreePieces, ShowWhatIsElsewhereAtTheTopLevels)
     EXPECT_NE(before->sights()[0].hash, after->sights()[0].hash);
 }
 
+TEST(TreePieces, ShowWhatCannotBeReadElsewhere)
+{
+    SKIP_UNLESS_ORDINARY_USER_IS_POSSIBLE();
+    const TemporaryTree tree({"root/a/x/y", "root/b/x/y", "root/c/x/y"});
+    Source source;
+    source.root = tree.path("root");
+    for (const unsigned mode : {0U, 0444U}) {
+        tree.setMode("root/b", 0755);
+        const auto here = divideTree(source, 100, false);
+        tree.setMode("root/b", mode);
+        asOrdinaryUser([&] {
+            const auto there = divideTree(source, 100, false);
+            std::size_t k = 0;
+            ASSERT_GT(there->sights().size(), 2u);
+            while (k < 2 && here->sights()[k].hash == there->sights()[k].hash)
+                ++k;
+            EXPECT_EQ(here->sights()[k].path, tree.path("root/b"));
+            EXPECT_EQ(there->sights()[k].path, tree.path("root/b"));
+        });
+    }
+}
+
 TEST(TreePieces, AreNoMoreThanThereAreFolders)
 {
     const TemporaryTree tree({"root/a", "root/b", "root/c/d"});
