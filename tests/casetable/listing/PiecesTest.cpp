@@ -1,6 +1,7 @@
 #include "casetable/listing/Pieces.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <random>
 #include <set>
 #include <string>
@@ -336,6 +337,36 @@ TEST(ListPieces, FindAFileThatIsAFolderElsewhereAsTheWholeListWould)
         }
     }
     EXPECT_GT(refused, 200);
+}
+
+TEST(ListPieces, ShowAnotherListOfTheSameSize)
+{
+    const TemporaryTree tree;
+    Source source;
+    source.list = tree.path("list");
+    std::string text;
+    for (int i = 10000; i < 30000; ++i)
+        text += "P" + std::to_string(i) + "\n";
+    const auto hashOf = [&](const std::string& content) {
+        tree.file("list", content);
+        return divideList(source, 4)->sights()[0].hash;
+    };
+    const std::string whole = text.substr(0, 14000); // Of no more than is compared.
+    for (const std::string& list : {whole, text}) {
+        const std::uint64_t hash = hashOf(list);
+        EXPECT_EQ(hashOf(list), hash);
+        EXPECT_NE(hashOf(list.substr(7)), hash);
+        for (std::size_t k = 0; k < list.size(); k += list.size() / 4) {
+            std::string other = list;
+            ++other[k];
+            EXPECT_NE(hashOf(other), hash) << k;
+        }
+    }
+    for (std::size_t k = 0; k < whole.size(); k += 13) {
+        std::string other = whole;
+        ++other[k];
+        EXPECT_NE(hashOf(other), hashOf(whole)) << k;
+    }
 }
 
 TEST(ListPieces, RefuseWhatIsNoRegularFile)
