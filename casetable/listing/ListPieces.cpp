@@ -135,7 +135,7 @@ std::uint64_t hashOf(RegularList& list, std::size_t count)
     for (std::size_t piece = 0; piece < count; ++piece) {
         const std::uint64_t cut = cutOf(list.size(), piece, count);
         const std::uint64_t begin = cut - std::min<std::uint64_t>(cut, 1);
-        const std::uint64_t end = begin + std::min<std::uint64_t>(list.size() - begin, sightBytes);
+        const std::uint64_t end = cut + std::min<std::uint64_t>(list.size() - cut, sightBytes);
         std::string bytes;
         while (begin + bytes.size() < end)
             bytes += list.read(begin + bytes.size(), end);

@@ -351,7 +351,7 @@ TEST(ListPieces, ShowAnotherListOfTheSameSize)
         tree.file("list", content);
         return divideList(source, 4)->sights()[0].hash;
     };
-    const std::string whole = text.substr(0, 14000); // Of no more than is compared.
+    const std::string whole = text.substr(0, 4 * 4096); // No more than is compared.
     for (const std::string& list : {whole, text}) {
         const std::uint64_t hash = hashOf(list);
         EXPECT_EQ(hashOf(list), hash);
@@ -362,10 +362,10 @@ TEST(ListPieces, ShowAnotherListOfTheSameSize)
             EXPECT_NE(hashOf(other), hash) << k;
         }
     }
-    for (std::size_t k = 0; k < whole.size(); k += 13) {
+    for (std::size_t back = 1; back <= whole.size(); back += 50) {
         std::string other = whole;
-        ++other[k];
-        EXPECT_NE(hashOf(other), hashOf(whole)) << k;
+        ++other[whole.size() - back];
+        EXPECT_NE(hashOf(other), hashOf(whole)) << back;
     }
 }
 
