@@ -15,7 +15,7 @@ namespace casetable {
 ///
 /// Short messages are sent without waiting, so that two processes may send them to each other at
 /// once. Longer ones wait until the other receives them: nobody may wait in a circle with them.
-class Mpi : public Processes {
+class Mpi final : public Processes {
 public:
     /// Joins the other processes. Ends all with a message where the library allows no threads
     /// beside the one that calls it.
