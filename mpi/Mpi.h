@@ -2,6 +2,7 @@
 #define MPI_MPI_H
 
 #include <cstddef>
+#include <list>
 #include <optional>
 #include <string>
 
@@ -11,12 +12,16 @@ namespace casetable {
 
 /// The processes that a launcher of MPI has started together. Made once, by the main thread, which
 /// alone calls the library.
-class Mpi : public Processes {
+///
+/// Short messages are sent without waiting, so that two processes may send them to each other at
+/// once. Longer ones wait until the other receives them: nobody may wait in a circle with them.
+class Mpi final : public Processes {
 public:
-    /// Joins the other processes.
+    /// Joins the other processes. Ends all with a message where the library allows no threads
+    /// beside the one that calls it.
     Mpi(int& argc, char**& argv);
 
-    /// Leaves them, which waits until all leave.
+    /// Leaves them, which waits until all leave. What has still come for this process is dropped.
     ~Mpi() override;
     Mpi(const Mpi&) = delete;
     Mpi& operator=(const Mpi&) = delete;
@@ -31,9 +36,15 @@ public:
     [[noreturn]] void abort(int status) override;
 
 private:
+    struct Sending;
+
+    void forgetSent();
+    void drop();
+
     std::size_t number_ = 0;
     std::size_t count_ = 1;
     std::size_t countHere_ = 1;
+    std::list<Sending> sendings_; // That the library may still be at.
 };
 
 } // namespace casetable

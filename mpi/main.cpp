@@ -41,9 +41,9 @@ int main(int argc, char** argv)
 {
     using namespace casetable;
 
-    useAllProcessors();
     takeBrokenWritesAsFailures();
     Mpi processes(argc, argv);
+    useAllProcessors(); // Behind the library, which may bind this process itself.
     if (processes.number() != 0)
         silenceOutput();
     Console console;

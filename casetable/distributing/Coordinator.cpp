@@ -20,6 +20,11 @@ void compare(const Ready& own, const Ready& other)
         throw Failure(ExitCode::ImportFailed, "casetable-mpi is of version " + other.version +
                                                   " on " + other.machine + ", and of version " +
                                                   own.version + " on " + own.machine);
+    if (own.options != other.options)
+        throw Failure(ExitCode::ImportFailed,
+                      "the process on " + other.machine +
+                          " was not given the same options or files of templates as that on " +
+                          own.machine);
     const auto refuse = [&](const std::string& path) {
         throw Failure(ExitCode::ImportFailed, path + ": it does not look the same on " +
                                                   other.machine + " as on " + own.machine +

@@ -122,10 +122,11 @@ private:
         switch (kind) {
         case MessageKind::Begin:
             begin_.read(reader);
+            reader.end();
             worker_.begin(begin_);
             break;
         case MessageKind::Piece:
-            worker_.give(readPiece(reader));
+            takePiece(reader);
             break;
         case MessageKind::Result:
             results_.push_back(std::move(letter.message));
@@ -144,6 +145,13 @@ private:
             throw BrokenBytes("a message is of no known kind");
         }
         return false;
+    }
+
+    void takePiece(ByteReader& reader)
+    {
+        const std::optional<std::size_t> piece = readPiece(reader);
+        reader.end();
+        worker_.give(piece);
     }
 
     // Takes what goes to the first process.

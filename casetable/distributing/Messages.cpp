@@ -1,9 +1,10 @@
 #include "casetable/distributing/Messages.h"
 
-#include <cstdint>
 #include <exception>
 #include <new>
 #include <utility>
+
+#include <xxhash.h>
 
 #include "casetable/importing/PartialBytes.h"
 #include "casetable/system/Bytes.h"
@@ -13,7 +14,7 @@ namespace casetable {
 
 namespace {
 
-const std::uint32_t version = 1; // Of the form of these messages.
+const std::uint32_t formVersion = 1; // Of the form of these messages.
 
 void writeTexts(ByteWriter& writer, const std::vector<std::string>& texts)
 {
@@ -75,9 +76,10 @@ std::optional<std::size_t> readOptional(ByteReader& reader)
 
 void Ready::write(ByteWriter& writer) const
 {
-    writer.heading("casetable-mpi", ::casetable::version);
+    writer.heading("casetable-mpi", formVersion);
     writer.text(version);
     writer.text(machine);
+    writer.number(options);
     writer.number(pieces);
     writer.number(sights.size());
     for (const Sight& sight : sights) {
@@ -88,15 +90,26 @@ void Ready::write(ByteWriter& writer) const
 
 void Ready::read(ByteReader& reader)
 {
-    reader.heading("casetable-mpi", ::casetable::version);
+    reader.heading("casetable-mpi", formVersion);
     version = reader.text();
     machine = reader.text();
+    options = reader.number();
     pieces = reader.number();
     sights.resize(reader.count(2 * sizeof(std::uint64_t)));
     for (Sight& sight : sights) {
         sight.path = reader.text();
         sight.hash = reader.number();
     }
+}
+
+std::uint64_t hashOf(Options options)
+{
+    options.jobs.reset();
+    options.source.root.clear();
+    std::string text;
+    for (const std::string& argument : arguments(options))
+        (text += argument) += '\0';
+    return XXH3_64bits(text.data(), text.size());
 }
 
 void Begin::write(ByteWriter& writer) const

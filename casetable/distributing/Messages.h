@@ -2,6 +2,7 @@
 #define CASETABLE_DISTRIBUTING_MESSAGES_H
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -24,12 +25,18 @@ enum class MessageKind : unsigned char { Ready, Begin, Piece, Listed, Seen, Fail
 struct Ready {
     std::string version; ///< Of the program.
     std::string machine;
+    std::uint64_t options = 0; ///< A hash of what its options say, as hashOf() gives it.
     std::size_t pieces = 0;
     std::vector<Sight> sights;
 
     void write(ByteWriter& writer) const;
     void read(ByteReader& reader);
 };
+
+/// A hash of all that must be the same for every process: of the options, with the texts of the
+/// templates that were read from files. The number of jobs may differ, and the sights show the
+/// root.
+std::uint64_t hashOf(Options options);
 
 /// The answer to that.
 struct Begin {

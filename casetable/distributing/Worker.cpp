@@ -109,8 +109,8 @@ ImportedFiles Worker::import()
         std::unique_lock<std::mutex> lock(mutex_);
         pieces_ = pieces;
         messages_.push_back(
-            messageOf(MessageKind::Ready,
-                      Ready{CASETABLE_VERSION, machine_, pieces->count(), pieces->sights()}));
+            messageOf(MessageKind::Ready, Ready{CASETABLE_VERSION, machine_, hashOf(options_),
+                                                pieces->count(), pieces->sights()}));
         changed_.notify_all();
         changed_.wait(lock, [this] { return begin_ || isStopped_; });
         if (isStopped_)

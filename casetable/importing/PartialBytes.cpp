@@ -77,7 +77,8 @@ Partial::Files readFiles(ByteReader& reader, const std::vector<std::uint32_t>& c
         file.identifier = reader.number32();
         check(file.identifier >= identifiers && file.identifier != Partial::none);
     }
-    check(files.files.empty());
+    if (files.files.empty())
+        throw BrokenBytes("a partial result has a group of no files");
     return files;
 }
 

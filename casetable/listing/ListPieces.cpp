@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <xxhash.h>
 
 #include "casetable/listing/Pieces.h"
 #include "casetable/listing/Shard.h"
@@ -21,6 +22,9 @@ namespace {
 
 // How much is read at once.
 const std::size_t blockBytes = std::size_t{64} * 1024;
+
+// How much of a list is compared at each cut.
+const std::size_t sightBytes = std::size_t{4} * 1024;
 
 ListReader::Options readerOptions(const Source& source)
 {
@@ -116,13 +120,37 @@ private:
     std::array<char, blockBytes> buffer_;
 };
 
+// Where the list is cut in front of `piece`, but for the rest of a line there.
+std::uint64_t cutOf(std::uint64_t size, std::size_t piece, std::size_t count)
+{
+    // So that no product overflows.
+    return size / count * piece + size % count * piece / count;
+}
+
+// A hash of the list's size, and of some bytes at each cut, which decide in which piece a line is.
+// To read more would cost each process more than its own pieces do.
+std::uint64_t hashOf(RegularList& list, std::size_t count)
+{
+    std::uint64_t hash = list.size();
+    for (std::size_t piece = 0; piece < count; ++piece) {
+        const std::uint64_t cut = cutOf(list.size(), piece, count);
+        const std::uint64_t begin = cut - std::min<std::uint64_t>(cut, 1);
+        const std::uint64_t end = cut + std::min<std::uint64_t>(list.size() - cut, sightBytes);
+        std::string bytes;
+        while (begin + bytes.size() < end)
+            bytes += list.read(begin + bytes.size(), end);
+        hash = XXH3_64bits_withSeed(bytes.data(), bytes.size(), hash);
+    }
+    return hash;
+}
+
 class ListPieces : public Pieces {
 public:
     ListPieces(const Source& source, std::size_t wanted)
         : options_(readerOptions(source)), separator_(source.nullSeparated ? '\0' : '\n'),
           list_(*source.list), count_(static_cast<std::size_t>(std::clamp<std::uint64_t>(
                                    wanted, 1, std::max<std::uint64_t>(list_.size(), 1)))),
-          sights_{{*source.list, list_.size()}}, root_(shardRoot(noPaths_, *source.list))
+          sights_{{*source.list, hashOf(list_, count_)}}, root_(shardRoot(noPaths_, *source.list))
     {
     }
 
@@ -157,11 +185,8 @@ public:
 private:
     std::uint64_t beginOf(std::size_t piece)
     {
-        // So that no product overflows.
-        const std::uint64_t whole = list_.size() / count_;
-        const std::uint64_t rest = list_.size() % count_;
         return piece == count_ ? list_.size()
-                               : list_.lineFrom(whole * piece + rest * piece / count_, separator_);
+                               : list_.lineFrom(cutOf(list_.size(), piece, count_), separator_);
     }
 
     const ListReader::Options options_;

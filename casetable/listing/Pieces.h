@@ -85,7 +85,11 @@ std::unique_ptr<Pieces> divideTree(const Source& source, std::size_t wanted, boo
 /// Divides the list, which must be a regular file, into ranges of bytes that end at line ends. It
 /// must be in byte order, unless the source says that no path is in it twice.
 ///
-/// Throws Failure with ExitCode::ImportFailed and the reason when the file cannot be read.
+/// What it shows of the list is its size, and 4 KiB at each cut: the whole of a list that has no
+/// more for each piece.
+///
+/// Throws Failure with ExitCode::ImportFailed and the reason when the file cannot be read;
+/// Interrupted.
 std::unique_ptr<Pieces> divideList(const Source& source, std::size_t wanted);
 
 /// What is known of a list in byte order of which parts were read by several: whether a path in one

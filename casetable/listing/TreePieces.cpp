@@ -134,10 +134,10 @@ private:
         std::vector<EntryPtr> entries;
         try {
             if (!unit.entry->exists() || !unit.entry->isReadable())
-                return false;
+                return notRead(*unit.entry);
             entries = unit.entry->entries(std::string());
         } catch (const ortelo::ExceptionBase&) {
-            return false;
+            return notRead(*unit.entry);
         }
         top.hiddenLeftOut = fileSystem_->hiddenLeftOut;
         if (unit.entry != root_)
@@ -155,6 +155,13 @@ private:
             below.push_back({kind, index, std::move(entry)});
         }
         return true;
+    }
+
+    // Others may be able to read the folder. So it is noted, and that it stays whole.
+    bool notRead(const FileInfoInterface& folder)
+    {
+        sights_.push_back({folder.fullPath(), 0});
+        return false;
     }
 
     // Ends pieces behind subtrees, so that each has as many as the next.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstddef>
+#include <filesystem>
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
@@ -93,6 +94,19 @@ Reading readingOf(const CommandLine& line)
     }
     const std::vector<std::string> templates = line.valuesOf(OptionId::Template);
     return templates.empty() ? Reading(markers) : Reading(parseTemplates(templates));
+}
+
+// Each process reads the files of templates by itself, so they must be files.
+void refuseStreams(const CommandLine& line)
+{
+    for (const std::string& value : line.valuesOf(OptionId::Template)) {
+        const std::optional<std::string> file = templateFile(value);
+        std::error_code error; // What is not there is told of by whoever reads it.
+        if (file && std::filesystem::exists(*file, error) &&
+            !std::filesystem::is_regular_file(*file, error))
+            failUsage(typed(optionOf(OptionId::Template), value) +
+                      ": is not a regular file, which each process could read");
+    }
 }
 
 // Enters what one option means into `options`; arguments() does the reverse.
@@ -312,6 +326,8 @@ std::optional<Options> parseOptions(int argc, const char* const* argv, Program p
     options.source.selection.hidden = false;
     for (const CommandLine::Item& item : line.items)
         take(options, *item.option, item.value);
+    if (program == Program::CasetableMpi)
+        refuseStreams(line);
     options.reading = readingOf(line);
     if (line.has(OptionId::Version)) {
         print(std::string(nameOf(program)) + " " CASETABLE_VERSION "\n");

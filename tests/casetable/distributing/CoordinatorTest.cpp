@@ -22,7 +22,8 @@ protected:
 
     void ready(std::size_t from)
     {
-        coordinator_.ready(from, {"1", "machine", 4, {{"root", 7}, {"root/a", 8}}}, Begin(), send_);
+        coordinator_.ready(from, {"1", "machine", 5, 4, {{"root", 7}, {"root/a", 8}}}, Begin(),
+                           send_);
     }
 
     void listed(std::size_t from, std::size_t piece, std::vector<std::string> warnings = {})
@@ -140,16 +141,19 @@ TEST_F(CoordinatorOfFour, RefusesAProcessThatSeesSomethingElse)
     const std::string reason = ": it does not look the same on other as on machine; all processes "
                                "must see the same files";
 
-    EXPECT_EQ(refusal({"1", "other", 4, {{"root", 6}, {"root/a", 8}}}), "root" + reason);
-    EXPECT_EQ(refusal({"1", "other", 4, {{"root", 7}, {"root/a", 9}}}), "root/a" + reason);
-    EXPECT_EQ(refusal({"1", "other", 4, {{"root", 7}}}), "root/a" + reason);
-    EXPECT_EQ(refusal({"1", "other", 4, {{"root", 7}, {"root/a", 8}, {"root/b", 9}}}),
+    EXPECT_EQ(refusal({"1", "other", 5, 4, {{"root", 6}, {"root/a", 8}}}), "root" + reason);
+    EXPECT_EQ(refusal({"1", "other", 5, 4, {{"root", 7}, {"root/a", 9}}}), "root/a" + reason);
+    EXPECT_EQ(refusal({"1", "other", 5, 4, {{"root", 7}}}), "root/a" + reason);
+    EXPECT_EQ(refusal({"1", "other", 5, 4, {{"root", 7}, {"root/a", 8}, {"root/b", 9}}}),
               "root/b" + reason);
-    EXPECT_EQ(refusal({"1", "other", 5, {{"root", 7}, {"root/a", 8}}}),
+    EXPECT_EQ(refusal({"1", "other", 5, 5, {{"root", 7}, {"root/a", 8}}}),
               "the processes on machine and other were not given the same options");
-    EXPECT_EQ(refusal({"2", "other", 4, {{"root", 7}, {"root/a", 8}}}),
+    EXPECT_EQ(refusal({"1", "other", 6, 5, {{"root", 6}}}),
+              "the process on other was not given the same options or files of templates as that "
+              "on machine");
+    EXPECT_EQ(refusal({"2", "other", 5, 4, {{"root", 7}, {"root/a", 8}}}),
               "casetable-mpi is of version 2 on other, and of version 1 on machine");
-    EXPECT_EQ(refusal({"1", "other", 4, {{"root", 7}, {"root/a", 8}}}), "");
+    EXPECT_EQ(refusal({"1", "other", 5, 4, {{"root", 7}, {"root/a", 8}}}), "");
 }
 
 } // namespace tests

@@ -283,5 +283,37 @@ TEST(Distributed, FailsWhereProcessesDoNotSeeTheSame)
                   "the same files\n");
 }
 
+TEST(Distributed, FailsWhereProcessesWereNotGivenTheSame)
+{
+    const TemporaryTree tree({"root/P1", "output"});
+    tree.file("templates0", "P{n}\n");
+    tree.file("templates1", "# Of another machine.\nP{m}\n");
+    tree.file("templates2", "# A remark.\n\nP{n}\n");
+    const auto outcomeWith = [&tree](const std::string& file, const std::string& jobs) {
+        return outcomeOf(tree, [&](Outcome& outcome) {
+            outcome.aborted = runAsProcesses(2, [&](Processes& each) {
+                const bool isFirst = each.number() == 0;
+                Console console;
+                runDistributed(
+                    [&] {
+                        return optionsOf(tree,
+                                         {"-t", '@' + tree.path(isFirst ? "templates0" : file),
+                                          "-j", isFirst ? "1" : jobs, tree.path("root")});
+                    },
+                    each, console);
+            });
+        });
+    };
+
+    const Outcome other = outcomeWith("templates1", "1");
+    EXPECT_EQ(other.aborted, 3);
+    EXPECT_EQ(other.output, "as before");
+    EXPECT_EQ(other.errors, "casetable: the process on machine1 was not given the same options or "
+                            "files of templates as that on machine0\n");
+    const Outcome same = outcomeWith("templates2", "2");
+    EXPECT_EQ(same.aborted, std::nullopt) << same.errors;
+    EXPECT_EQ(same.output, "case,n,files\n0,1,1\n");
+}
+
 } // namespace tests
 } // namespace casetable

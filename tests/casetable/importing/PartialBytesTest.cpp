@@ -158,6 +158,21 @@ TEST(PartialBytes, AreRefusedOrReadWhateverIsDamaged)
     }
 }
 
+TEST(PartialBytes, AreRefusedWithAGroupOfNoFiles)
+{
+    Partial partial;
+    partial.files.emplace_back();
+    const std::string bytes = bytesOf(partial);
+    ByteReader reader(bytes);
+    Partial all;
+    try {
+        mergePartial(reader, 2, 0, all);
+        FAIL();
+    } catch (const BrokenBytes& failure) {
+        EXPECT_STREQ(failure.what(), "a partial result has a group of no files");
+    }
+}
+
 TEST(PartialBytes, AreRefusedOfAnotherImport)
 {
     const std::string bytes = bytesOf(importOf({"Taa/P1_a"}, KeptFiles()));

@@ -1,6 +1,7 @@
 #include "casetable/listing/Pieces.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <random>
 #include <set>
 #include <string>
@@ -209,6 +210,28 @@ TEST(TreePieces, ShowWhatIsElsewhereAtTheTopLevels)
     EXPECT_NE(before->sights()[0].hash, after->sights()[0].hash);
 }
 
+TEST(TreePieces, ShowWhatCannotBeReadElsewhere)
+{
+    SKIP_UNLESS_ORDINARY_USER_IS_POSSIBLE();
+    const TemporaryTree tree({"root/a/x/y", "root/b/x/y", "root/c/x/y"});
+    Source source;
+    source.root = tree.path("root");
+    for (const unsigned mode : {0U, 0444U}) {
+        tree.setMode("root/b", 0755);
+        const auto here = divideTree(source, 100, false);
+        tree.setMode("root/b", mode);
+        asOrdinaryUser([&] {
+            const auto there = divideTree(source, 100, false);
+            std::size_t k = 0;
+            ASSERT_GT(there->sights().size(), 2u);
+            while (k < 2 && here->sights()[k].hash == there->sights()[k].hash)
+                ++k;
+            EXPECT_EQ(here->sights()[k].path, tree.path("root/b"));
+            EXPECT_EQ(there->sights()[k].path, tree.path("root/b"));
+        });
+    }
+}
+
 TEST(TreePieces, AreNoMoreThanThereAreFolders)
 {
     const TemporaryTree tree({"root/a", "root/b", "root/c/d"});
@@ -314,6 +337,36 @@ TEST(ListPieces, FindAFileThatIsAFolderElsewhereAsTheWholeListWould)
         }
     }
     EXPECT_GT(refused, 200);
+}
+
+TEST(ListPieces, ShowAnotherListOfTheSameSize)
+{
+    const TemporaryTree tree;
+    Source source;
+    source.list = tree.path("list");
+    std::string text;
+    for (int i = 10000; i < 30000; ++i)
+        text += "P" + std::to_string(i) + "\n";
+    const auto hashOf = [&](const std::string& content) {
+        tree.file("list", content);
+        return divideList(source, 4)->sights()[0].hash;
+    };
+    const std::string whole = text.substr(0, 4 * 4096); // No more than is compared.
+    for (const std::string& list : {whole, text}) {
+        const std::uint64_t hash = hashOf(list);
+        EXPECT_EQ(hashOf(list), hash);
+        EXPECT_NE(hashOf(list.substr(7)), hash);
+        for (std::size_t k = 0; k < list.size(); k += list.size() / 4) {
+            std::string other = list;
+            ++other[k];
+            EXPECT_NE(hashOf(other), hash) << k;
+        }
+    }
+    for (std::size_t back = 1; back <= whole.size(); back += 50) {
+        std::string other = whole;
+        ++other[whole.size() - back];
+        EXPECT_NE(hashOf(other), hashOf(whole)) << back;
+    }
 }
 
 TEST(ListPieces, RefuseWhatIsNoRegularFile)

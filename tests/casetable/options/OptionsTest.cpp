@@ -844,6 +844,10 @@ TEST(Options, AreThoseOfTheProgramThatReadsThem)
               "--no-duplicates: only casetable-mpi has this option");
     EXPECT_EQ(messageOf({"--suggest", "root"}, Program::CasetableMpi),
               "--suggest: only casetable has this option");
+    EXPECT_EQ(messageOf({"-t", "@/dev/null", "root"}, Program::CasetableMpi),
+              "--template '@/dev/null': is not a regular file, which each process could read");
+    EXPECT_EQ(messageOf({"-t", "@/dev/null", "root"}, Program::Casetable),
+              "--template '@/dev/null': there is no template in it");
     EXPECT_EQ(messageOf({"-no-duplicates", "root"}, Program::Casetable), "") << "a marker";
     EXPECT_EQ(messageOf({"-n", "P", "root", "--no-duplicates"}, Program::CasetableMpi),
               "--no-duplicates: there is no --from-list");
