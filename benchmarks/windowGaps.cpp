@@ -128,16 +128,16 @@ void measure(const std::string& path, const QString& typed)
     user.does("walking", [&] { window.openPath(path); });
     user.does("typing a template", [&] {
         window.templates().edit().setFocus();
-        user.types(window.templates().edit(), typed);
+        User::types(window.templates().edit(), typed);
     });
-    user.does("typing on", [&] { user.types(window.templates().edit(), "[.{x}]"); });
+    user.does("typing on", [&] { User::types(window.templates().edit(), "[.{x}]"); });
     user.does("undoing", [&] { session.undo(); });
     user.does("redoing", [&] { session.redo(); });
     const int last = window.cases().model()->columnCount() - 1;
     user.does("sorting", [&] { Q_EMIT window.cases().horizontalHeader()->sectionClicked(last); });
     user.does("sorting by a value",
               [&] { Q_EMIT window.cases().horizontalHeader()->sectionClicked(1); });
-    user.does("filtering by text", [&] { user.types(window.filters().text(), "1"); });
+    user.does("filtering by text", [&] { User::types(window.filters().text(), "1"); });
     user.does("dropping the filter", [&] { window.filters().text().clear(); });
     user.does("selecting a case", [&] { window.cases().selectRow(3); });
     user.does("selecting all cases", [&] { window.cases().selectAll(); });
