@@ -61,10 +61,12 @@ public:
     Process(const OptionsHere& here, Processes& processes, Console& console, Mail& mail,
             Milliseconds progressInterval = {})
         : options_(here.options), processes_(processes), console_(console), mail_(mail),
-          status_(console), progressInterval_(progressInterval),
+          status_(console),
+          progressInterval_(progressInterval), begin_{console.showsRemarks(),
+                                                      console.showsRemarks() ||
+                                                          console.showsProgress()},
           worker_(here.options, here.readsAhead, processes.machine(), processes.count())
     {
-        begin_ = {console.showsRemarks(), console.showsRemarks() || console.showsProgress()};
         if (isFirst())
             coordinator_.emplace(processes.count(), options_.source, console);
         for (const std::size_t child : {2 * number() + 1, 2 * number() + 2})

@@ -174,7 +174,7 @@ Failed presentFailure()
 {
     Failed failed;
     try {
-        throw;
+        std::rethrow_exception(std::current_exception());
     } catch (const Failure& failure) {
         failed.code = failure.code;
         failed.message = failure.what();

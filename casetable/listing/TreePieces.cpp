@@ -128,8 +128,8 @@ private:
     {
         throwIfInterrupted();
         unit.isWhole = true;
-        Top top;
-        fileSystem_->warn = [&top](const std::string& text) { top.warnings.push_back(text); };
+        topWarnings_.clear();
+        fileSystem_->warn = [this](const std::string& text) { topWarnings_.push_back(text); };
         fileSystem_->hiddenLeftOut = 0;
         std::vector<EntryPtr> entries;
         try {
@@ -139,6 +139,8 @@ private:
         } catch (const ortelo::ExceptionBase&) {
             return notRead(*unit.entry);
         }
+        Top top;
+        top.warnings = std::move(topWarnings_);
         top.hiddenLeftOut = fileSystem_->hiddenLeftOut;
         if (unit.entry != root_)
             top.path = pathOf(unit);
@@ -231,6 +233,7 @@ private:
     const std::shared_ptr<ReadAhead> ahead_;
     EntryPtr root_;
     std::vector<Top> tops_;
+    std::vector<std::string> topWarnings_; // Of the top that is being listed.
     std::vector<Sight> sights_;
     std::size_t entriesSeen_ = 0;
     std::vector<Unit> units_;       // In the order of the walk.

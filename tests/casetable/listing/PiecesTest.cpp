@@ -267,9 +267,9 @@ TEST(ListPieces, TellTogetherWhatTheListHolds)
         const TemporaryTree tree;
         std::multiset<std::string> paths;
         for (auto count = random() % (1 + i / 3); count > 0; --count) {
-            std::string path;
-            for (auto length = 1 + random() % 6; length > 0; --length)
-                path += "a!b/"[path.empty() || path.back() == '/' ? random() % 3 : random() % 4];
+            std::string path(1, "a!b"[random() % 3]);
+            for (auto length = random() % 6; length > 0; --length)
+                path += "a!b/"[path.back() == '/' ? random() % 3 : random() % 4];
             paths.insert(path.back() == '/' ? path + "a" : path);
         }
         Source source;

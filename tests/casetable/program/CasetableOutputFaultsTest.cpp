@@ -17,6 +17,7 @@
 
 #include <gtest/gtest.h>
 
+#include "casetable/system/Descriptor.h"
 #include "tests/casetable/support/Injection.h"
 #include "tests/casetable/support/OrdinaryUser.h"
 #include "tests/casetable/support/Program.h"
@@ -218,15 +219,14 @@ TEST_F(CasetableOutputFaults, DoNotComeOfAnotherRunThatIsAboutToRemoveTheTempora
     // So that there is time to lock the file first, as a run does that takes it for abandoned.
     Program program(writing("csv", "out"), withInjection(tree_, "flock", "delay_enter=1000000"));
     const std::string taken = waitForTemporaryFile();
-    const int other = open(tree_.path(taken).c_str(), O_WRONLY | O_CLOEXEC);
-    ASSERT_EQ(flock(other, LOCK_EX | LOCK_NB), 0);
+    const Descriptor other(open(tree_.path(taken).c_str(), O_WRONLY | O_CLOEXEC));
+    ASSERT_EQ(flock(other.number(), LOCK_EX | LOCK_NB), 0);
 
     EXPECT_EQ(program.finish(), prints(""));
 
     EXPECT_EQ(tree_.content("out"), whole.output);
     EXPECT_EQ(tree_.content(taken), "");
     EXPECT_EQ(tree_.names("."), Names({taken, "out", "results"}));
-    close(other);
 }
 
 TEST_F(CasetableOutputFaults, OfTheCloseLeaveTheEarlierFileAndNoOther)
