@@ -20,7 +20,7 @@ PathsModel::PathsModel(const Session& session) : session_(session), reads_(mostR
     connect(&session, &Session::setupChanged, this, &PathsModel::takeReading);
     connect(&session, &Session::matchingChanged, this, [this] {
         if (rows_ > 0)
-            Q_EMIT dataChanged(index(0, 0), index(rows_ - 1, ColumnCount - 1));
+            Q_EMIT dataChanged(createIndex(0, 0), createIndex(rows_ - 1, ColumnCount - 1));
     });
     takeReading();
     takeShown();
@@ -151,7 +151,7 @@ void PathsModel::takeReading()
     reader_ = reading_ ? std::make_unique<PathReader>(reading_) : nullptr;
     reads_.clear();
     if (rows_ > 0)
-        Q_EMIT dataChanged(index(0, 0), index(rows_ - 1, ColumnCount - 1));
+        Q_EMIT dataChanged(createIndex(0, 0), createIndex(rows_ - 1, ColumnCount - 1));
 }
 
 } // namespace casetable
