@@ -1,8 +1,10 @@
 #include "tests/casetable/support/ThreadProcesses.h"
 
 #include <cstring>
-#include <thread>
+#include <memory>
 #include <utility>
+
+#include "casetable/system/Thread.h"
 
 namespace casetable {
 namespace tests {
@@ -74,19 +76,18 @@ std::optional<int> runAsProcesses(std::size_t count,
 {
     PostOffice office;
     office.parts.resize(count);
-    std::vector<std::thread> threads;
+    std::vector<std::unique_ptr<Thread>> threads;
     for (std::size_t number = 0; number < count; ++number) {
-        threads.emplace_back([&office, &act, number] {
+        threads.push_back(Thread::start([&office, &act, number] {
             ThreadProcess process(office, number);
             try {
                 act(process);
             } catch (const Aborted&) {
                 // It was told.
             }
-        });
+        }));
     }
-    for (std::thread& thread : threads)
-        thread.join();
+    threads.clear();
     return office.status;
 }
 
