@@ -134,7 +134,7 @@ public:
         return line;
     }
 
-    int margin() const { return em(pathFont(), 0.4); }
+    static int margin() { return em(pathFont(), 0.4); }
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option,
                const QModelIndex& index) const override
@@ -195,7 +195,7 @@ private:
         return formats;
     }
 
-    void paintGround(QPainter* painter, const QStyleOptionViewItem& option, int row) const
+    static void paintGround(QPainter* painter, const QStyleOptionViewItem& option, int row)
     {
         const bool isSelected = option.state & QStyle::State_Selected;
         if (isSelected)
@@ -242,8 +242,8 @@ private:
     }
 
     // A small wedge below the line.
-    void paintLeftOut(QPainter* painter, const QStyleOptionViewItem& option, const PathRead& read,
-                      const Line& line, const QPointF& origin) const
+    static void paintLeftOut(QPainter* painter, const QStyleOptionViewItem& option,
+                             const PathRead& read, const Line& line, const QPointF& origin)
     {
         const QTextLine textLine = line.layout->lineAt(0);
         const qreal size = em(pathFont(), 0.22);
@@ -356,8 +356,8 @@ void PathsView::fitColumns()
     const int sampled = std::min(model_.rowCount(), 200);
     for (int row = 0; row < sampled; ++row)
         longest = std::max(longest, model_.path(row).size());
-    const int needed = static_cast<int>(
-        std::ceil(QFontMetricsF(pathFont()).horizontalAdvance('x') * (longest + 2)));
+    const int needed = static_cast<int>(std::ceil(QFontMetricsF(pathFont()).horizontalAdvance('x') *
+                                                  static_cast<double>(longest + 2)));
     setColumnWidth(PathsModel::CaseColumn, caseWidth);
     setColumnWidth(PathsModel::PathColumn,
                    std::max(needed + em(font(), 1), viewport()->width() - caseWidth));
@@ -536,15 +536,13 @@ void PathsView::keyPressEvent(QKeyEvent* event)
         selected_ = Selected{model_.fileOf(row), model_.path(row), 0, 0};
     const ShownText text(selected_->path);
     const std::size_t caret = selected_->caret;
-    std::size_t offset = caret;
-    if (key == Qt::Key_Home)
-        offset = 0;
-    else if (key == Qt::Key_End)
+    std::size_t offset = 0;
+    if (key == Qt::Key_End)
         offset = selected_->path.size();
     else if (key == Qt::Key_Right)
         offset = byWord && caret < selected_->path.size() ? wordAt(selected_->path, caret).end
                                                           : text.next(caret);
-    else
+    else if (key == Qt::Key_Left)
         offset =
             byWord && caret > 0 ? wordAt(selected_->path, caret - 1).begin : text.previous(caret);
     moveCaret(offset, selects);
