@@ -41,7 +41,7 @@ std::string proposedName(const NamedBytes& bytes)
 
 NamingBar::NamingBar(Session& session)
     : session_(session), title_(new QLabel), name_(new QLineEdit), preview_(new QLabel),
-      add_(new QPushButton(tr("Take")))
+      add_(new QPushButton(tr("Name it")))
 {
     setFrameShape(QFrame::StyledPanel);
     setAutoFillBackground(true);
@@ -79,7 +79,7 @@ void NamingBar::ask(const NamedBytes& bytes)
     title_->setText(
         tr("Name of “%1”:")
             .arg(shown(bytes.path.substr(bytes.begin, bytes.end - bytes.begin)).left(24)));
-    const QString name = editable(proposedName(bytes));
+    const QString name = editable(bytes.name.empty() ? proposedName(bytes) : bytes.name);
     if (name_->text() == name)
         lookUp();
     name_->setText(name);
@@ -95,7 +95,7 @@ void NamingBar::lookUp()
     bytes_.name = bytesOf(name_->text());
     add_->setEnabled(false);
     if (bytes_.name.empty())
-        preview_->setText(tr("type a name for these values"));
+        preview_->setText(tr("Type a name for the values here."));
     else
         session_.name(bytes_);
 }
