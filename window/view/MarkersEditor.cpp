@@ -25,8 +25,9 @@ MarkersEditor::MarkersEditor(Session& session)
     table_->horizontalHeader()->setStretchLastSection(true);
     table_->setColumnWidth(MarkerColumn, em(font(), 20));
     auto* const hint = new QLabel(
-        tr("A marker is the text in front of a value, such as “Mach” in “Mach0.8”. Each is looked "
-           "for behind the one before. Del removes, Alt+Up and Alt+Down move."));
+        tr("Markers read the paths in place of the templates, which stay where they are. A marker "
+           "is the text in front of a value, such as “Mach” in “Mach0.8”. Each is looked for "
+           "behind the one before. Del removes, Alt+Up and Alt+Down move."));
     hint->setWordWrap(true);
     QPalette quiet = palette();
     quiet.setColor(QPalette::WindowText, quietColour(palette()));

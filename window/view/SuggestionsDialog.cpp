@@ -48,7 +48,8 @@ void SuggestionsDialog::display(const std::vector<Suggestion>& suggestions)
                        ? tr("No part varies in a regular way in the names of these files. Select a "
                             "value in a path and press Enter to make a template.")
                        : tr("Each template is shown with what it would give. Those that are "
-                            "checked take the place of the present ones."));
+                            "checked take the place of the present ones. To rename a column "
+                            "later, select a value of it in a path and press Enter."));
     for (const Suggestion& suggestion : suggestions) {
         auto* const item = new QTreeWidgetItem(
             list_, {shown(suggestion.text),
