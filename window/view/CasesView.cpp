@@ -150,9 +150,11 @@ void CasesView::paintEvent(QPaintEvent* event)
         text = session_.setup().by == Setup::By::Markers
                    ? tr("No path has these markers.\nEach path says why.")
                    : tr("No path fits the templates.\nEach says why; Suggest… finds others.");
-    else if (session_.setup().hasSource())
+    else if (session_.problem())
+        text = tr("The templates cannot be read yet.\nBelow them stands why.");
+    else if (session_.files().count() > 0)
         text = tr("The cases stand here once paths are read.\n"
-                  "Select a value in a path and press Enter to name it.");
+                  "Select a value in a path and press Enter to name it, or press Suggest.");
     QPainter painter(viewport());
     painter.setPen(quietColour(palette()));
     const int margin = em(font(), 2);
