@@ -347,6 +347,23 @@ TEST(Window, SelectsANumberByADoubleClick)
     EXPECT_EQ(paths.selectedBytes()->bytes(), "0.80");
 }
 
+TEST(Window, KeepsInSightWhatIsNamed)
+{
+    Texts many;
+    for (int i = 10; i < 60; ++i)
+        many.push_back("T" + std::to_string(i));
+    const TemporaryTree tree(many);
+    OpenWindow open(tree.path());
+    PathsView& paths = open.window.paths();
+    const int row = paths.rowAt(paths.viewport()->height() - 1) - 1; // The last that is seen whole.
+    paths.selectBytes(row, 1, 3);
+    QTest::keyClick(&paths, Qt::Key_Return);
+    QCoreApplication::processEvents();
+    ASSERT_TRUE(open.window.naming().isVisible());
+    const QRect seen = paths.visualRect(paths.model()->index(row, 1));
+    EXPECT_LE(seen.bottom(), paths.viewport()->height());
+}
+
 TEST(Window, SaysWhyBytesCannotBeNamed)
 {
     const TemporaryTree tree(campaign);

@@ -390,6 +390,12 @@ void PathsView::resizeEvent(QResizeEvent* event)
 {
     QTableView::resizeEvent(event);
     fitColumns();
+    // What is being named stays in sight, though the question takes room below.
+    const int row = selectedBytes() ? model_.rowOf(selected_->file) : -1;
+    if (row >= 0) {
+        scrollTo(model_.index(row, PathsModel::PathColumn));
+        showCaret();
+    }
 }
 
 void PathsView::paintEvent(QPaintEvent* event)
