@@ -154,7 +154,7 @@ void CasesView::paintEvent(QPaintEvent* event)
         text = tr("The templates cannot be read yet.\nBelow them stands why.");
     else if (session_.files().count() > 0)
         text = tr("The cases stand here once paths are read.\n"
-                  "Select a value in a path and press Enter to name it, or press Suggest.");
+                  "Select a value in a path and press Enter to name it,\nor press Suggest.");
     QPainter painter(viewport());
     painter.setPen(quietColour(palette()));
     const int margin = em(font(), 2);

@@ -5,6 +5,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QVBoxLayout>
 
 #include "window/model/Session.h"
 #include "window/model/Text.h"
@@ -55,11 +56,15 @@ NamingBar::NamingBar(Session& session)
     preview_->setWordWrap(true);
     preview_->setAccessibleName(tr("The template that comes of it"));
     add_->setDefault(true);
-    auto* const layout = new QHBoxLayout(this);
-    layout->addWidget(title_);
-    layout->addWidget(name_);
-    layout->addWidget(preview_, 1);
-    layout->addWidget(add_);
+    // The template has a line of its own, as it is seldom short.
+    auto* const row = new QHBoxLayout;
+    row->addWidget(title_);
+    row->addWidget(name_);
+    row->addStretch(1);
+    row->addWidget(add_);
+    auto* const layout = new QVBoxLayout(this);
+    layout->addLayout(row);
+    layout->addWidget(preview_);
     connect(name_, &QLineEdit::textChanged, this, &NamingBar::lookUp);
     connect(name_, &QLineEdit::returnPressed, this, &NamingBar::accept);
     connect(add_, &QPushButton::clicked, this, &NamingBar::accept);

@@ -36,7 +36,7 @@ SuggestionsDialog::SuggestionsDialog(Session& session, QWidget* parent)
     connect(buttons_, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(&session, &Session::suggested, this, &SuggestionsDialog::display);
     setModal(true);
-    resize(em(font(), 58), em(font(), 22));
+    resize(QSize(em(font(), 58), em(font(), 22)).boundedTo(parent->window()->size()));
     session.suggest();
 }
 
