@@ -103,6 +103,17 @@ void setQuiet(QLabel* label)
     label->setPalette(quiet);
 }
 
+// Puts a folder or a setup first among the recent ones.
+void remember(const std::string& root)
+{
+    QSettings settings;
+    QStringList recent = settings.value("recent").toStringList();
+    const QString name = QFileInfo(QFile::decodeName(root.c_str())).absoluteFilePath();
+    recent.removeAll(name);
+    recent.push_front(name);
+    settings.setValue("recent", QStringList(recent.mid(0, mostRecent)));
+}
+
 // The name of the template's column that reads just these bytes; empty for none.
 std::string columnOf(const PathsView::Selected& bytes, const PathsModel& paths,
                      const Session& session)
@@ -117,17 +128,6 @@ std::string columnOf(const PathsView::Selected& bytes, const PathsModel& paths,
             return session.reading()->patterns()[piece.column].pattern;
     }
     return {};
-}
-
-// Puts a folder or a setup first among the recent ones.
-void remember(const std::string& root)
-{
-    QSettings settings;
-    QStringList recent = settings.value("recent").toStringList();
-    const QString name = QFileInfo(QFile::decodeName(root.c_str())).absoluteFilePath();
-    recent.removeAll(name);
-    recent.push_front(name);
-    settings.setValue("recent", QStringList(recent.mid(0, mostRecent)));
 }
 
 } // namespace
