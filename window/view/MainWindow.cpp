@@ -22,7 +22,6 @@
 #include <QProgressBar>
 #include <QRegExp>
 #include <QSaveFile>
-#include <QScreen>
 #include <QSettings>
 #include <QSplitter>
 #include <QStackedWidget>
@@ -856,10 +855,8 @@ void MainWindow::takeRecent()
 void MainWindow::restore()
 {
     QSettings settings;
-    // At first the whole window is seen, with the frame that it gets, on a small screen too.
-    const QSize frame(em(font(), 1), em(font(), 4));
     if (!restoreGeometry(settings.value("geometry").toByteArray()))
-        resize(QSize(1280, 720).boundedTo(QApplication::primaryScreen()->availableSize() - frame));
+        resize(QSize(1280, 720).boundedTo(roomOnScreen(font())));
     if (!rows_->restoreState(settings.value("rows").toByteArray()))
         rows_->setSizes({em(font(), 8), em(font(), 30)});
     if (!halves_->restoreState(settings.value("halves").toByteArray()))

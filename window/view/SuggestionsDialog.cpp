@@ -36,7 +36,7 @@ SuggestionsDialog::SuggestionsDialog(Session& session, QWidget* parent)
     connect(buttons_, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(&session, &Session::suggested, this, &SuggestionsDialog::display);
     setModal(true);
-    resize(QSize(em(font(), 58), em(font(), 22)).boundedTo(parent->window()->size()));
+    resize(QSize(em(font(), 58), em(font(), 22)).boundedTo(roomOnScreen(font())));
     session.suggest();
 }
 
