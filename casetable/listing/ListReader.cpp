@@ -124,7 +124,7 @@ std::vector<std::string> ListReader::warnings(const Options& options, const Oddi
 void ListReader::take(std::string_view path)
 {
     const std::size_t common = commonLength(path, previous_);
-    // What stands in front of a part was checked by none of its readers.
+    // The path in front of a part was not checked here, so it vouches for nothing.
     const bool isFirst = ++pathCount_ == 1;
     check(path, isFirst ? 0 : common, pathCount_);
     allEndInReturn_ = allEndInReturn_ && path.back() == '\r';
