@@ -16,9 +16,9 @@
 #include "casetable/system/Interrupt.h"
 #include "casetable/system/OutputGuards.h"
 #include "casetable/system/Processors.h"
+#include "window/model/Errand.h"
 #include "window/model/Saving.h"
 #include "window/model/Session.h"
-#include "window/model/Walk.h"
 #include "window/view/Look.h"
 #include "window/view/MainWindow.h"
 
@@ -226,7 +226,7 @@ int main(int argc, char** argv)
         Console().error(failure.what());
     }
     // A walk that the system keeps waiting would be waited for.
-    if (Walk::isAnyLeft())
+    if (Errand::isAnyLeft())
         std::_Exit(code);
     return code;
 }

@@ -1,34 +1,70 @@
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
+#include <QLabel>
 #include <QToolButton>
 
 #include "tests/casetable/support/TemporaryTree.h"
 #include "tests/window/OpenWindow.h"
-#include "window/model/Walk.h"
+#include "window/model/Errand.h"
 
 namespace casetable {
 namespace tests {
 
 // Linked with openings of folders that hang where the folder is called "hanging".
-TEST(Window, PutsAWalkAsideThatHangsInTheSystem)
+class Hanging : public testing::Test {
+protected:
+    // Otherwise the removal of the tree would hang too.
+    ~Hanging() override { std::filesystem::rename(tree_.path("hanging"), tree_.path("ended")); }
+
+    // Opens the tree, and waits until what stands before the hanging folder is found.
+    void openTree()
+    {
+        open_.window.openFolder(tree_.path());
+        ASSERT_TRUE(QTest::qWaitFor([this] { return open_.session.progress().files == 1; }, 20000));
+    }
+
+    const TemporaryTree tree_{{"a/T1", "hanging/T2", "z/T3"}};
+    OpenWindow open_;
+};
+
+TEST_F(Hanging, LeavesAWalkThatIsStoppedWithTheFilesFoundSoFar)
 {
-    const TemporaryTree hanging({"a/T1", "hanging/T2", "z/T3"});
+    openTree();
+    ASSERT_TRUE(open_.window.stop().isVisible());
+    QTest::mouseClick(&open_.window.stop(), Qt::LeftButton);
+    open_.read({"*/T{T:number}"});
+    EXPECT_TRUE(Errand::isAnyLeft());
+    EXPECT_FALSE(open_.window.stop().isVisible());
+    EXPECT_EQ(open_.shownPaths(), std::vector<std::string>({"a/T1"}));
+    EXPECT_EQ(open_.session.progress().files, 1U);
+    EXPECT_EQ(open_.table().size(), 2U);
+    EXPECT_TRUE(open_.session.walkEnd().isStopped);
+}
+
+TEST_F(Hanging, SaysOfATableThatItIsOfTheFilesBeforeTheStop)
+{
+    const TemporaryTree target;
+    openTree();
+    open_.session.stopWalk();
+    open_.read({"*/T{T:number}"});
+    open_.session.save(target.path("t.csv"));
+    open_.settle();
+    EXPECT_EQ(target.content("t.csv"), "case,T,files\n0,1,1\n");
+    EXPECT_NE(open_.window.message().text().indexOf("before the stop only"), -1);
+}
+
+TEST_F(Hanging, IsLeftForAnotherFolder)
+{
     const TemporaryTree other({"T4"});
-    OpenWindow open;
-    open.window.openFolder(hanging.path());
-    EXPECT_FALSE(QTest::qWaitFor([&open] { return open.session.isIdle(); }, 300));
-    ASSERT_TRUE(open.window.stop().isVisible());
-    QTest::mouseClick(&open.window.stop(), Qt::LeftButton);
-    EXPECT_FALSE(QTest::qWaitFor([&open] { return open.session.isIdle(); }, 300));
-    open.window.openFolder(other.path());
-    open.settle();
-    EXPECT_TRUE(Walk::isAnyLeft());
-    EXPECT_EQ(open.session.files().count(), 1U);
-    // Otherwise its removal would hang too.
-    std::filesystem::rename(hanging.path("hanging"), hanging.path("ended"));
+    openTree();
+    open_.window.openFolder(other.path());
+    open_.settle();
+    EXPECT_TRUE(Errand::isAnyLeft());
+    EXPECT_EQ(open_.shownPaths(), std::vector<std::string>({"T4"}));
 }
 
 } // namespace tests

@@ -9,6 +9,7 @@
 
 #include "tests/casetable/support/TemporaryTree.h"
 #include "tests/window/Kept.h"
+#include "window/model/Errand.h"
 
 namespace casetable {
 namespace tests {
@@ -91,7 +92,7 @@ TEST(Walk, IsLeftToItselfByItsOwner)
     const TemporaryTree tree({"a/b"});
     for (int i = 0; i < 50; ++i)
         const Walk walk(folder(tree.path()));
-    while (Walk::isAnyLeft())
+    while (Errand::isAnyLeft())
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 

@@ -23,6 +23,9 @@ namespace {
 const int lookMilliseconds = 15;
 const int progressMilliseconds = 100;
 
+// So long a walk that was stopped may take to end.
+const int leaveMilliseconds = 300;
+
 // Keys that follow each other so soon are one change.
 const int stepMilliseconds = 1500;
 
@@ -269,13 +272,16 @@ void Session::walkAgain()
 
 void Session::stopWalk()
 {
-    if (walk_)
-        walk_->stop();
+    if (!isWalking())
+        return;
+    walk_->stop();
+    sinceStop_.start();
 }
 
 void Session::startWalk()
 {
     walk_.reset();
+    sinceStop_.invalidate();
     hasWalked_ = false;
     walkEnd_ = {};
     matching_.reset();
@@ -307,6 +313,10 @@ void Session::lookAtWalk()
     if (!walk_ || hasWalked_) {
         timer_.stop();
         return;
+    }
+    if (sinceStop_.isValid() && sinceStop_.hasExpired(leaveMilliseconds)) {
+        sinceStop_.invalidate();
+        walk_->leave();
     }
     const bool hasEnded = walk_->hasEnded();
     if (!hasEnded && sinceProgress_.elapsed() < progressMilliseconds)

@@ -64,6 +64,8 @@ public:
 
     /// Lists the files of the source anew.
     void walkAgain();
+    /// Ends the walk with the files found so far; one that the system keeps waiting is left to
+    /// itself soon.
     void stopWalk();
     bool isWalking() const { return walk_ && !hasWalked_; }
     Walk::Progress progress() const { return walk_ ? walk_->progress() : Walk::Progress(); }
@@ -172,6 +174,7 @@ private:
     Files files_;
     QTimer timer_;
     QElapsedTimer sinceProgress_;
+    QElapsedTimer sinceStop_; // Invalid while nobody has stopped the walk, and once it was left.
 
     std::shared_ptr<const Matching> matching_;
     bool isMatching_ = false;
