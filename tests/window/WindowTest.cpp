@@ -1,9 +1,14 @@
 #include "window/view/MainWindow.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
@@ -30,6 +35,7 @@
 #include "tests/casetable/support/Program.h"
 #include "tests/casetable/support/TemporaryTree.h"
 #include "tests/window/OpenWindow.h"
+#include "window/model/Errand.h"
 #include "window/view/AuxEditor.h"
 #include "window/view/CasesView.h"
 #include "window/view/CommandBar.h"
@@ -500,11 +506,14 @@ TEST(Window, SavesThePictureOfTheGrid)
     open.settle();
     const QString file = QString::fromStdString(tree.path("grid.png"));
     open.window.savePicture(file);
+    open.settle();
     EXPECT_FALSE(QPixmap(file).isNull());
     tree.file("grid.nonsense", "before");
     open.window.savePicture(QString::fromStdString(tree.path("grid.nonsense")));
+    open.settle();
     EXPECT_EQ(tree.content("grid.nonsense"), "before");
     open.window.savePicture(QString::fromStdString(tree.path("missing/grid.png")));
+    open.settle();
     EXPECT_NE(open.window.message().text().indexOf("cannot be written"), -1);
 }
 
@@ -644,6 +653,113 @@ TEST(Window, TellsWhyATableCannotBeSavedAndLosesNothing)
     EXPECT_EQ(open.table(), table);
 }
 
+namespace {
+
+// A file of which the system keeps those waiting who write it, until somebody reads.
+class Pipe {
+public:
+    explicit Pipe(const std::string& path) : path_(path)
+    {
+        EXPECT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    }
+
+    // All that is written, once somebody does; the window goes on meanwhile.
+    std::string read()
+    {
+        std::string bytes;
+        const int file = ::open(path_.c_str(), O_RDONLY | O_NONBLOCK);
+        EXPECT_TRUE(QTest::qWaitFor(
+            [&bytes, file] {
+                char buffer[4096];
+                const ssize_t count = ::read(file, buffer, sizeof buffer);
+                bytes.append(buffer, static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+                return count == 0 && !bytes.empty();
+            },
+            20000));
+        ::close(file);
+        return bytes;
+    }
+
+private:
+    const std::string path_;
+};
+
+} // namespace
+
+TEST(Window, ClosesOnceAFileIsSaved)
+{
+    const TemporaryTree tree(campaign);
+    const TemporaryTree target;
+    Pipe pipe(target.path("pipe"));
+    OpenWindow open(tree.path());
+    open.read({both});
+    open.session.save(target.path("pipe"));
+    EXPECT_FALSE(open.window.close());
+    EXPECT_TRUE(open.window.isVisible());
+    EXPECT_NE(open.window.message().text().indexOf("pipe, and closing then"), -1);
+    EXPECT_EQ(pipe.read().substr(0, 9), "case,wing");
+    open.settle();
+    EXPECT_FALSE(open.window.isVisible());
+}
+
+TEST(Window, GivesASaveUpWhenItIsClosedTwice)
+{
+    const TemporaryTree tree(campaign);
+    const TemporaryTree target;
+    Pipe pipe(target.path("pipe"));
+    {
+        OpenWindow open(tree.path());
+        open.read({both});
+        open.session.save(target.path("pipe"));
+        EXPECT_FALSE(open.window.close());
+        EXPECT_TRUE(open.window.close());
+    }
+    EXPECT_TRUE(Errand::isAnyLeft());
+    EXPECT_EQ(pipe.read().substr(0, 9), "case,wing");
+    EXPECT_TRUE(QTest::qWaitFor([] { return !Errand::isAnyLeft(); }, 20000));
+}
+
+TEST(Window, StaysOpenWhereAFileCannotBeSaved)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    open.read({both});
+    open.session.save(tree.path("missing/t.csv"));
+    EXPECT_FALSE(open.window.close());
+    open.settle();
+    EXPECT_TRUE(open.window.isVisible());
+    EXPECT_NE(open.window.message().text().indexOf("missing/t.csv"), -1);
+}
+
+TEST(Window, WritesOneFileAtATime)
+{
+    const TemporaryTree tree(campaign);
+    const TemporaryTree target;
+    Pipe pipe(target.path("pipe"));
+    OpenWindow open(tree.path());
+    open.read({both});
+    open.session.save(target.path("pipe"));
+    open.session.save(target.path("t.csv"));
+    EXPECT_NE(open.window.message().text().indexOf("pipe is still being written"), -1);
+    pipe.read();
+    open.settle();
+    EXPECT_FALSE(target.exists("t.csv"));
+}
+
+TEST(Window, OpensWhatWasWantedLast)
+{
+    const TemporaryTree tree(campaign);
+    const TemporaryTree other(Texts{"a"});
+    tree.file("c.casetable", "casetable -n T " + tree.path() + "\n");
+    OpenWindow open;
+    open.window.openPath(tree.path());
+    open.window.openPath(tree.path("c.casetable"));
+    open.window.openFolder(other.path());
+    open.settle();
+    EXPECT_EQ(open.shownPaths(), Texts({"a"}));
+    EXPECT_FALSE(open.session.setup().hasReading());
+}
+
 TEST(Window, OpensASetupThatItHasSaved)
 {
     const TemporaryTree tree(campaign);
@@ -657,6 +773,7 @@ TEST(Window, OpensASetupThatItHasSaved)
         open.session.change(setup);
         saved = open.session.setup();
         open.window.saveSetup(target.path("c.casetable"));
+        open.settle();
     }
     EXPECT_EQ(target.content("c.casetable"), commandLine(saved) + '\n');
     OpenWindow open;
@@ -675,6 +792,7 @@ TEST(Window, TellsWhatASetupCannotKeep)
     setup.auxRows = {{"*.log", "a=b"}};
     open.session.change(setup);
     open.window.saveSetup(tree.path("c.casetable"));
+    open.settle();
     EXPECT_FALSE(tree.exists("c.casetable"));
     EXPECT_NE(open.window.message().text().indexOf("a=b"), -1);
     setup.auxRows.clear();
@@ -683,9 +801,11 @@ TEST(Window, TellsWhatASetupCannotKeep)
     setup.templates = {both};
     open.session.change(setup);
     open.window.saveSetup(tree.path("c.casetable"));
+    open.settle();
     EXPECT_NE(open.window.message().text().indexOf("without the templates"), -1);
     tree.file("left.casetable", "casetable -n T -o out.csv " + tree.path() + "\n");
     open.window.openSetup(tree.path("left.casetable"));
+    open.settle();
     EXPECT_NE(open.window.message().text().indexOf("--output"), -1);
 }
 
@@ -695,8 +815,10 @@ TEST(Window, TellsWhatIsWrongWithASetup)
     tree.file("bad.casetable", "casetable --nonsense x\n");
     OpenWindow open;
     open.window.openPath(tree.path("bad.casetable"));
+    open.settle();
     EXPECT_NE(open.window.message().text().indexOf("--nonsense"), -1);
     open.window.openSetup(tree.path("none.casetable"));
+    open.settle();
     EXPECT_NE(open.window.message().text().indexOf("none.casetable"), -1);
 }
 
@@ -788,6 +910,7 @@ TEST(Window, TellsWhereTheWorkingFolderOfASetupIsGone)
     std::filesystem::remove_all(tree.path("gone"));
     open.window.message().clear();
     open.window.saveSetup(tree.path("c.casetable"));
+    open.settle();
     std::filesystem::current_path(before);
     EXPECT_NE(open.window.message().text(), "");
     EXPECT_FALSE(tree.exists("c.casetable"));

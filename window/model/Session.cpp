@@ -124,7 +124,7 @@ bool isAnyBad(const std::vector<AuxResult>& results)
 Session::Session(std::size_t jobs)
     : jobs_(jobs), matcher_(std::make_unique<Latest>()), orderer_(std::make_unique<Latest>()),
       filterer_(std::make_unique<Latest>()), answerer_(std::make_unique<Latest>()),
-      saver_(std::make_unique<Latest>()), gridMaker_(std::make_unique<Latest>())
+      gridMaker_(std::make_unique<Latest>())
 {
     timer_.setInterval(lookMilliseconds);
     connect(&timer_, &QTimer::timeout, this, &Session::lookAtWalk);
@@ -600,38 +600,50 @@ void Session::makeGrid(std::size_t rowColumn, std::size_t columnColumn)
 
 void Session::save(const std::string& file)
 {
-    if (isSaving_ || !matching_ || !matching_->import) {
-        Q_EMIT saved(shown(file), isSaving_ ? tr("another file is still being written")
-                                            : tr("there is no table yet"));
+    if (!matching_ || !matching_->import) {
+        Q_EMIT saved({}, tr("there is no table yet"));
         return;
     }
     if (!walkEnd_.error.empty()) {
-        Q_EMIT saved(shown(file), shown(walkEnd_.error));
+        Q_EMIT saved({}, shown(walkEnd_.error));
         return;
     }
-    isSaving_ = true;
-    saver_->run([this, file, setup = effective_,
-                 matching = matching_](const std::atomic<bool>& /*isCancelled*/) {
-        QString error;
-        try {
-            saveTable(setup, *matching, file);
-        } catch (const std::exception& failure) {
-            error = shown(failure.what());
-        }
-        QMetaObject::invokeMethod(
-            this,
-            [this, file, error] {
-                isSaving_ = false;
-                Q_EMIT saved(shown(file), error);
-            },
-            Qt::QueuedConnection);
-    });
+    const QString sentence = walkEnd_.isStopped
+                                 ? tr("Saved, of the files read before the stop only: %1")
+                                 : tr("Saved: %1");
+    write(file, sentence.arg(shown(file)),
+          [file, setup = effective_, matching = matching_] { saveTable(setup, *matching, file); });
+}
+
+void Session::write(const std::string& file, const QString& sentence, std::function<void()> act)
+{
+    if (!saving_.empty()) {
+        Q_EMIT saved({}, tr("%1 is still being written").arg(shown(saving_)));
+        return;
+    }
+    try {
+        errands_.run(*this, [this, sentence, act = std::move(act)]() -> Errands::Effect {
+            QString error;
+            try {
+                act();
+            } catch (const std::exception& failure) {
+                error = shown(failure.what());
+            }
+            return [this, sentence, error] {
+                saving_.clear();
+                Q_EMIT saved(sentence, error);
+            };
+        });
+        saving_ = file;
+    } catch (const Failure& failure) {
+        Q_EMIT saved({}, shown(failure.what()));
+    }
 }
 
 bool Session::isIdle() const
 {
     return !isWalking() && !isMatching_ && !isOrdering_ && !isFiltering_ && !isAsking_ &&
-           !isSaving_ && !isMakingGrid_;
+           !isMakingGrid_ && errands_.areDone();
 }
 
 } // namespace casetable

@@ -15,6 +15,7 @@
 #include <QTimer>
 
 #include "casetable/importing/Sorting.h"
+#include "window/model/Errands.h"
 #include "window/model/Files.h"
 #include "window/model/Grid.h"
 #include "window/model/Latest.h"
@@ -116,6 +117,16 @@ public:
     /// of a walk that failed is refused, as casetable makes none.
     void save(const std::string& file);
 
+    /// Has `act` write `file`, on a thread of its own; saved() tells the end, with `sentence` where
+    /// it did not throw. Refused while another file is being written.
+    void write(const std::string& file, const QString& sentence, std::function<void()> act);
+
+    /// The file that is being written; empty for none.
+    const std::string& saving() const { return saving_; }
+
+    /// Runs what else the system may keep waiting.
+    Errands& errands() { return errands_; }
+
     /// Whether all that was begun has come to its end.
     bool isIdle() const;
 
@@ -134,8 +145,8 @@ Q_SIGNALS:
     void named(const NamedTemplates& result, const QString& error);
     void gridMade(const Grid& grid);
     void suggested(const std::vector<Suggestion>& suggestions);
-    /// That the table was written to a file, or a sentence that says why not.
-    void saved(const QString& file, const QString& error);
+    /// That a file was written, in a sentence, or else one that says why not.
+    void saved(const QString& sentence, const QString& error);
     /// A sentence about something that failed.
     void failed(const QString& sentence);
 
@@ -190,7 +201,8 @@ private:
 
     std::size_t questions_ = 0;
     bool isAsking_ = false;
-    bool isSaving_ = false;
+    std::string saving_;
+    Errands errands_;
     std::size_t grids_ = 0;
     bool isMakingGrid_ = false;
 
@@ -199,7 +211,6 @@ private:
     std::unique_ptr<Latest> orderer_;
     std::unique_ptr<Latest> filterer_;
     std::unique_ptr<Latest> answerer_;
-    std::unique_ptr<Latest> saver_;
     std::unique_ptr<Latest> gridMaker_;
 };
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <utility>
 
 #include <QAction>
 #include <QApplication>
@@ -13,6 +14,7 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QHBoxLayout>
+#include <QImage>
 #include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
@@ -153,14 +155,7 @@ MainWindow::MainWindow(Session& session)
     connect(&session, &Session::matchingChanged, this, &MainWindow::takeMatching);
     connect(&session, &Session::shownChanged, this, &MainWindow::takeMatching);
     connect(&session, &Session::failed, this, &MainWindow::tellFailure);
-    connect(&session, &Session::saved, this, [this](const QString& file, const QString& error) {
-        if (!error.isEmpty())
-            tellFailure(error);
-        else if (session_.walkEnd().isStopped)
-            tell(tr("Saved, of the files read before the stop only: %1").arg(file));
-        else
-            tell(tr("Saved: %1").arg(file));
-    });
+    connect(&session, &Session::saved, this, &MainWindow::takeSaved);
     connect(command_, &CommandBar::told, this, &MainWindow::tell);
     connect(paths_, &PathsView::nameWanted, this, &MainWindow::askForName);
     connect(paths_, &PathsView::rowsChosen, this, &MainWindow::followPath);
@@ -462,6 +457,12 @@ void MainWindow::tell(const QString& sentence)
     fading_.start(messageMilliseconds);
 }
 
+void MainWindow::tellMeanwhile(const QString& sentence)
+{
+    tell(sentence);
+    fading_.stop();
+}
+
 // That files are missing is told as long as they are.
 void MainWindow::endMessage()
 {
@@ -484,6 +485,7 @@ void MainWindow::tellFailure(const QString& sentence)
 
 void MainWindow::openFolder(const std::string& folder)
 {
+    ++opened_;
     Setup setup = session_.setup();
     setup.root = folder;
     setup.list.reset();
@@ -497,6 +499,7 @@ void MainWindow::openFolder(const std::string& folder)
 
 void MainWindow::openList(const std::string& file)
 {
+    ++opened_;
     Setup setup = session_.setup();
     setup.root.clear();
     setup.list = file;
@@ -504,64 +507,110 @@ void MainWindow::openList(const std::string& file)
     session_.change(setup);
 }
 
-void MainWindow::openSetup(const std::string& file)
+// Looks at files on another thread, as the system may keep that waiting.
+void MainWindow::runErrand(std::function<std::function<void()>()> act)
 {
     try {
-        const ReadSetup read = readSetupFile(file);
-        session_.open(read.setup);
-        setupFile_ = file;
-        remember(file);
-        QStringList leftOut;
-        for (const std::string& option : read.leftOut)
-            leftOut.push_back(shown(option));
-        tell(leftOut.isEmpty() ? tr("Opened: %1").arg(shown(file))
-                               : tr("Opened, but for what says nothing about reading: %1.")
-                                     .arg(leftOut.join(", ")));
+        session_.errands().run(*this, std::move(act));
     } catch (const Failure& failure) {
         tellFailure(shown(failure.what()));
     }
 }
 
+void MainWindow::openSetup(const std::string& file)
+{
+    tellMeanwhile(tr("Opening %1…").arg(shown(file)));
+    runErrand([this, file, number = ++opened_]() -> std::function<void()> {
+        ReadSetup read;
+        QString error;
+        try {
+            read = readSetupFile(file);
+        } catch (const std::exception& failure) {
+            error = shown(failure.what());
+        }
+        return [this, file, number, read, error] {
+            if (number != opened_)
+                return;
+            if (error.isEmpty())
+                takeOpened(file, read);
+            else
+                tellFailure(error);
+        };
+    });
+}
+
+void MainWindow::takeOpened(const std::string& file, const ReadSetup& read)
+{
+    session_.open(read.setup);
+    setupFile_ = file;
+    remember(file);
+    QStringList leftOut;
+    for (const std::string& option : read.leftOut)
+        leftOut.push_back(shown(option));
+    tell(leftOut.isEmpty()
+             ? tr("Opened: %1").arg(shown(file))
+             : tr("Opened, but for what says nothing about reading: %1.").arg(leftOut.join(", ")));
+}
+
 void MainWindow::openPath(const std::string& path)
 {
-    const QFileInfo info(QFile::decodeName(path.c_str()));
-    if (isSetupFile(path) && !info.isDir())
-        openSetup(path);
-    else if (info.isFile())
-        openList(path);
-    else
-        openFolder(path);
+    tellMeanwhile(tr("Opening %1…").arg(shown(path)));
+    runErrand([this, path, number = ++opened_]() -> std::function<void()> {
+        const QFileInfo info(QFile::decodeName(path.c_str()));
+        const bool isFolder = info.isDir();
+        const bool isFile = info.isFile();
+        return [this, path, number, isFolder, isFile] {
+            if (number != opened_)
+                return;
+            endMessage();
+            if (isSetupFile(path) && !isFolder)
+                openSetup(path);
+            else if (isFile)
+                openList(path);
+            else
+                openFolder(path);
+        };
+    });
 }
 
 void MainWindow::saveSetup(const std::string& file)
 {
-    try {
-        casetable::saveSetup(session_.setup(), file);
-        setupFile_ = file;
-        const Setup& setup = session_.setup();
-        const bool isByMarkers = setup.by == Setup::By::Markers;
-        if (isByMarkers ? !setup.templates.empty() : !setup.markers.empty())
-            tell((isByMarkers ? tr("Saved, without the templates, which are not used: %1")
-                              : tr("Saved, without the markers, which are not used: %1"))
-                     .arg(shown(file)));
-        else
-            tell(tr("Saved: %1").arg(shown(file)));
-    } catch (const std::exception& failure) {
-        tellFailure(shown(failure.what()));
-    }
+    const Setup& setup = session_.setup();
+    const bool isByMarkers = setup.by == Setup::By::Markers;
+    const bool leavesOut = isByMarkers ? !setup.templates.empty() : !setup.markers.empty();
+    const QString sentence = !leavesOut ? tr("Saved: %1")
+                             : isByMarkers
+                                 ? tr("Saved, without the templates, which are not used: %1")
+                                 : tr("Saved, without the markers, which are not used: %1");
+    setupFile_ = file;
+    session_.write(file, sentence.arg(shown(file)),
+                   [setup, file] { casetable::saveSetup(setup, file); });
 }
 
 void MainWindow::savePicture(const QString& file)
 {
-    const QPixmap picture = grid_->drawn();
-    const QByteArray format = QFileInfo(file).suffix().toLatin1();
-    QSaveFile output(file); // Keeps the file of before where it fails.
+    const QImage picture = grid_->drawn().toImage();
     if (picture.isNull())
-        tellFailure(tr("There is no grid to save."));
-    else if (output.open(QIODevice::WriteOnly) && picture.save(&output, format) && output.commit())
-        tell(tr("Saved: %1").arg(file));
+        return tellFailure(tr("There is no grid to save."));
+    session_.write(bytesOfFile(file), tr("Saved: %1").arg(file), [picture, file] {
+        const QByteArray format = QFileInfo(file).suffix().toLatin1();
+        QSaveFile output(file); // Keeps the file of before where it fails.
+        if (!output.open(QIODevice::WriteOnly) || !picture.save(&output, format) ||
+            !output.commit())
+            throw Failure(ExitCode::OutputFailed,
+                          bytesOfFile(file) + ": the picture cannot be written");
+    });
+}
+
+void MainWindow::takeSaved(const QString& sentence, const QString& error)
+{
+    if (error.isEmpty())
+        tell(sentence);
     else
-        tellFailure(tr("%1: the picture cannot be written").arg(file));
+        tellFailure(error);
+    // A file that could not be written keeps the window open, with all that it would have held.
+    if (std::exchange(isClosing_, false) && error.isEmpty())
+        close();
 }
 
 void MainWindow::askForFolder()
@@ -847,8 +896,15 @@ void MainWindow::restore()
         halves_->setSizes({760, 500});
 }
 
+// A file that is being written is waited for, but by somebody who wants to wait.
 void MainWindow::closeEvent(QCloseEvent* event)
 {
+    if (!session_.saving().empty() && !isClosing_) {
+        isClosing_ = true;
+        event->ignore();
+        return tellMeanwhile(tr("Saving %1, and closing then. Close again to give that up.")
+                                 .arg(shown(session_.saving())));
+    }
     QSettings settings;
     settings.setValue("geometry", saveGeometry());
     settings.setValue("rows", rows_->saveState());

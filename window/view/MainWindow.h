@@ -47,7 +47,8 @@ public:
     void openList(const std::string& file);
     /// Takes a setup that was saved.
     void openSetup(const std::string& file);
-    /// What of these a path is: a folder, a setup by its ending, or a list.
+    /// What of these a path is: a folder, a setup by its ending, or a list. All of them return at
+    /// once.
     void openPath(const std::string& path);
 
     void saveSetup(const std::string& file);
@@ -58,7 +59,9 @@ public:
 
     /// A sentence for the status bar.
     void tell(const QString& sentence);
-    /// The same for something that failed, which stays until the next sentence.
+    /// The same for something that still goes on, which stays until the next sentence.
+    void tellMeanwhile(const QString& sentence);
+    /// The same for something that failed, which stays too.
     void tellFailure(const QString& sentence);
 
     PathsView& paths() { return *paths_; }
@@ -107,6 +110,9 @@ private:
     void copy();
 
     void takeSetup();
+    void runErrand(std::function<std::function<void()>()> act);
+    void takeOpened(const std::string& file, const ReadSetup& read);
+    void takeSaved(const QString& sentence, const QString& error);
     void endMessage();
     void takeProgress();
     void takeMatching();
@@ -120,6 +126,8 @@ private:
     PathsModel pathsModel_;
     CasesModel casesModel_;
     std::string setupFile_;
+    std::size_t opened_ = 0; // Counts what was opened, as only the last counts.
+    bool isClosing_ = false; // Once a file is written.
 
     QLabel* root_ = nullptr;
     QToolButton* open_ = nullptr;
