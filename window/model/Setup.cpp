@@ -174,6 +174,18 @@ Setup withSourceOf(Setup setup, const Setup& source)
     return result;
 }
 
+Setup forOpenFiles(Setup setup, const Setup& open)
+{
+    if (setup.hasSource())
+        return setup;
+    if (haveSameSource(setup, Setup()))
+        return withSourceOf(std::move(setup), open);
+    setup.root = open.root;
+    setup.list = open.list;
+    setup.nullSeparated = setup.nullSeparated || open.nullSeparated;
+    return setup;
+}
+
 ReadSetup readSetup(const std::vector<std::string>& arguments)
 {
     const CommandLine line = readCommandLine(arguments);

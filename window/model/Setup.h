@@ -62,6 +62,10 @@ bool haveSameSource(const Setup& left, const Setup& right);
 /// `setup` with the source of `source`.
 Setup withSourceOf(Setup setup, const Setup& source);
 
+/// `setup`, or where that has no root and no list, the same for those of `open`: with the files of
+/// it that are open, where `setup` does not itself say which ones it wants.
+Setup forOpenFiles(Setup setup, const Setup& open);
+
 /// A setup that was read from the words of a command line.
 struct ReadSetup {
     Setup setup;
