@@ -351,11 +351,47 @@ TEST(Window, CopiesPathsAndSelectedBytes)
     clickCell(paths, 1, 0);
     clickCell(paths, 3, 0, Qt::ShiftModifier);
     QTest::keyClick(&paths, Qt::Key_C, Qt::ControlModifier);
+    open.settle();
     EXPECT_EQ(QApplication::clipboard()->text().toStdString(),
               campaign[1] + '\n' + campaign[2] + '\n' + campaign[3]);
     drag(paths, 1, 0, 5);
     QTest::keyClick(&paths, Qt::Key_C, Qt::ControlModifier);
     EXPECT_EQ(QApplication::clipboard()->text(), "wingA");
+}
+
+TEST(Window, SaysWhichCopiedPathsAreNoPlainText)
+{
+    const TemporaryTree tree({"a", "b\xff", "c\nd"});
+    OpenWindow open(tree.path());
+    PathsView& paths = open.window.paths();
+    paths.setFocus();
+    paths.selectAll();
+    QTest::keyClick(&paths, Qt::Key_C, Qt::ControlModifier);
+    open.settle();
+    EXPECT_EQ(QApplication::clipboard()->text().toStdString(), "a\n$'b\\377'\n$'c\\012d'");
+    EXPECT_EQ(open.window.message().text(),
+              "Copied: 3 paths. 2 of them are no plain text, and stand as words of a shell.");
+    paths.selectBytes(1, 1, 2);
+    QTest::keyClick(&paths, Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QApplication::clipboard()->text().toStdString(), "$'\\377'");
+    EXPECT_NE(open.window.message().text().indexOf("word of a shell"), -1);
+}
+
+TEST(Window, CopiesTheSelectedCasesInTheirOrder)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    open.read({both});
+    clickHead(open.window.cases(), 2);
+    open.settle();
+    CasesView& cases = open.window.cases();
+    clickCell(cases, 2, 1);
+    clickCell(cases, 0, 1, Qt::ControlModifier);
+    open.settle();
+    QTest::keyClick(&cases, Qt::Key_C, Qt::ControlModifier);
+    open.settle();
+    EXPECT_EQ(QApplication::clipboard()->text(),
+              "case\twing\tMach\tfiles\n0\tA\t0.80\t2\n1\tA\t0.85\t1\n");
 }
 
 TEST(Window, KeepsTheFolderWhenAReadingIsUndone)
@@ -590,6 +626,7 @@ TEST(Window, CopiesACommandThatGivesItsTable)
     const std::string command = QApplication::clipboard()->text().toStdString();
     EXPECT_EQ(command, "casetable -t '" + both + "' --sort=files " + tree.path());
     QTest::keyClick(&open.window, Qt::Key_T, Qt::ControlModifier);
+    open.settle();
     std::string table = QApplication::clipboard()->text().toStdString();
     for (char& c : table)
         c = c == '\t' ? ',' : c;
@@ -834,6 +871,24 @@ TEST(Window, TakesAPastedReadingForTheOpenFolder)
     clickHead(open.window.cases(), 3);
     open.settle();
     EXPECT_EQ(open.session.setup().sort, Texts({"files"}));
+}
+
+TEST(Window, TakesAPastedReadingForTheOpenList)
+{
+    const TemporaryTree tree;
+    tree.file("list", std::string("a/T1\0b/T2\0", 10));
+    OpenWindow open;
+    casetable::Setup setup;
+    setup.list = tree.path("list");
+    setup.nullSeparated = true;
+    setup.excluded = {"b/"};
+    open.session.change(setup);
+    QLineEdit& edit = open.window.command().edit();
+    edit.setText("casetable -n T");
+    QTest::keyClick(&edit, Qt::Key_Return);
+    open.settle();
+    EXPECT_EQ(open.shownPaths(), Texts({"a/T1"}));
+    EXPECT_EQ(open.table().size(), 2U);
 }
 
 TEST(Window, DropsTheFilesOfASourceThatIsGone)

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <new>
 #include <utility>
 
 #include <QAction>
@@ -373,10 +374,7 @@ void MainWindow::makeEditMenu()
     redo_->setShortcuts({QKeySequence("Ctrl+Shift+Z"), QKeySequence("Ctrl+Y")});
     menu->addSeparator();
     add(menu, tr("&Copy"), QKeySequence::Copy, [this] { copy(); });
-    add(menu, tr("Copy &table"), QKeySequence("Ctrl+T"), [this] {
-        QApplication::clipboard()->setText(cases_->copyable());
-        tell(tr("The table is copied, for a spreadsheet to paste."));
-    });
+    add(menu, tr("Copy &table"), QKeySequence("Ctrl+T"), [this] { copyTable(); });
     add(menu, tr("Copy co&mmand"), QKeySequence("Ctrl+Shift+C"), [this] { command_->copy(); });
     menu->addSeparator();
     add(menu, tr("&Name the selected value…"), QKeySequence("F2"), [this] { askForName(); });
@@ -397,10 +395,9 @@ void MainWindow::makeFilesMenu()
     menu->addSeparator();
     QAction* const folder = add(menu, tr("&Open the file's folder"), QKeySequence("Ctrl+Return"),
                                 [this] { openContainingFolder(); });
-    auto* const copyPaths = new QAction(tr("Copy path"), paths_);
-    connect(copyPaths, &QAction::triggered, this,
-            [this] { QApplication::clipboard()->setText(paths_->copyable()); });
-    paths_->addActions({copyPaths, folder});
+    auto* const copyAction = new QAction(tr("Copy path"), paths_);
+    connect(copyAction, &QAction::triggered, this, &MainWindow::copyPaths);
+    paths_->addActions({copyAction, folder});
 }
 
 void MainWindow::makeViewMenu()
@@ -734,9 +731,70 @@ void MainWindow::copy()
     else if (auto* const text = qobject_cast<QPlainTextEdit*>(focused))
         text->copy();
     else if (focused == cases_)
-        QApplication::clipboard()->setText(cases_->copyable());
+        copyTable();
     else if (focused == paths_)
-        QApplication::clipboard()->setText(paths_->copyable());
+        copyPaths();
+}
+
+void MainWindow::copyPaths()
+{
+    const QString asWords = tr("%1 of them are no plain text, and stand as words of a shell.");
+    if (const auto selected = paths_->selectedBytes()) {
+        ++copied_;
+        return takeCopy(copyOfBytes(selected->bytes()), tr("The bytes are copied."),
+                        tr("They are no plain text, and stand as a word of a shell."));
+    }
+    const std::vector<std::uint32_t> files = paths_->selectedFiles();
+    copyMade(tr("Copied: %1.").arg(counted(files.size(), tr("path"), tr("paths"))), asWords,
+             [files, all = session_.files()] { return copyOfPaths(all, files); });
+}
+
+void MainWindow::copyTable()
+{
+    const auto& matching = session_.matching();
+    if (!matching || !matching->import || session_.isMatching())
+        return tell(tr("There is no table yet."));
+    copyMade(tr("The table is copied, for a spreadsheet to paste."),
+             tr("%1 of its cells are no text in UTF-8, and stand as words of a shell."),
+             [matching = matching, cases = cases_->casesToCopy()] {
+                 return copyOfCases(matching->import->table(), cases);
+             });
+}
+
+// Has another thread make a large text.
+void MainWindow::copyMade(const QString& sentence, const QString& asWords,
+                          std::function<Copy()> make)
+{
+    runErrand([this, sentence, asWords, make = std::move(make),
+               number = ++copied_]() -> std::function<void()> {
+        Copy copy;
+        QString error;
+        try {
+            copy = make();
+        } catch (const std::bad_alloc&) {
+            error = tr("not enough memory");
+        } catch (const std::exception& failure) {
+            error = shown(failure.what());
+        }
+        return [this, sentence, asWords, number, copy, error] {
+            if (number != copied_)
+                return;
+            if (error.isEmpty())
+                takeCopy(copy, sentence, asWords);
+            else
+                tellFailure(error);
+        };
+    });
+}
+
+// What stands there in another form is told.
+void MainWindow::takeCopy(const Copy& copy, const QString& sentence, const QString& asWords)
+{
+    QApplication::clipboard()->setText(copy.text);
+    QString told = sentence;
+    if (copy.asWords > 0)
+        told += ' ' + (asWords.contains("%1") ? asWords.arg(copy.asWords) : asWords);
+    tell(told);
 }
 
 void MainWindow::takeSetup()

@@ -7,6 +7,7 @@
 #include <QTimer>
 
 #include "window/model/CasesModel.h"
+#include "window/model/Copying.h"
 #include "window/model/PathsModel.h"
 #include "window/model/Session.h"
 
@@ -108,6 +109,10 @@ private:
     void askForName();
     void suggest();
     void copy();
+    void copyPaths();
+    void copyTable();
+    void copyMade(const QString& sentence, const QString& asWords, std::function<Copy()> make);
+    void takeCopy(const Copy& copy, const QString& sentence, const QString& asWords);
 
     void takeSetup();
     void runErrand(std::function<std::function<void()>()> act);
@@ -126,6 +131,7 @@ private:
     PathsModel pathsModel_;
     CasesModel casesModel_;
     std::string setupFile_;
+    std::size_t copied_ = 0; // Counts copies, as only the last counts.
     std::size_t opened_ = 0; // Counts what was opened, as only the last counts.
     bool isClosing_ = false; // Once a file is written.
 
