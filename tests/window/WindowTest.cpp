@@ -1,14 +1,10 @@
 #include "window/view/MainWindow.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <tuple>
 #include <vector>
-
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <gtest/gtest.h>
 
@@ -35,7 +31,6 @@
 #include "tests/casetable/support/Program.h"
 #include "tests/casetable/support/TemporaryTree.h"
 #include "tests/window/OpenWindow.h"
-#include "window/model/Errand.h"
 #include "window/view/AuxEditor.h"
 #include "window/view/CasesView.h"
 #include "window/view/CommandBar.h"
@@ -657,132 +652,6 @@ TEST(Window, TakesACommandThatIsPasted)
     EXPECT_EQ(open.table().size(), 3U);
 }
 
-TEST(Window, SavesTheTableInTheFormatOfTheEnding)
-{
-    const TemporaryTree tree(campaign);
-    const TemporaryTree target;
-    OpenWindow open(tree.path());
-    open.read({both});
-    for (const std::string name : {"t.csv", "t.tsv", "t.json", "t.vtt"}) {
-        open.session.save(target.path(name));
-        open.settle();
-        run(tree, {"-t", both, "-o", target.path("expected-" + name), tree.path()});
-        EXPECT_EQ(target.content(name), target.content("expected-" + name));
-    }
-    open.session.save(target.path("t.sqlite"));
-    open.settle();
-    EXPECT_TRUE(target.exists("t.sqlite")) << open.window.message().text().toStdString();
-}
-
-TEST(Window, TellsWhyATableCannotBeSavedAndLosesNothing)
-{
-    const TemporaryTree tree(campaign);
-    OpenWindow open(tree.path());
-    open.read({both});
-    const Table table = open.table();
-    open.session.save(tree.path("missing/t.csv"));
-    open.settle();
-    EXPECT_NE(open.window.message().text().indexOf("missing/t.csv"), -1);
-    open.session.save(tree.path("wingA/Mach0.80/flow.vtu"));
-    open.settle();
-    EXPECT_NE(open.window.message().text().indexOf("flow.vtu"), -1);
-    EXPECT_EQ(tree.content("wingA/Mach0.80/flow.vtu"), "");
-    EXPECT_EQ(open.table(), table);
-}
-
-namespace {
-
-// A file of which the system keeps those waiting who write it, until somebody reads.
-class Pipe {
-public:
-    explicit Pipe(const std::string& path) : path_(path)
-    {
-        EXPECT_EQ(::mkfifo(path.c_str(), 0600), 0);
-    }
-
-    // All that is written, once somebody does; the window goes on meanwhile.
-    std::string read()
-    {
-        std::string bytes;
-        const int file = ::open(path_.c_str(), O_RDONLY | O_NONBLOCK);
-        EXPECT_TRUE(QTest::qWaitFor(
-            [&bytes, file] {
-                char buffer[4096];
-                const ssize_t count = ::read(file, buffer, sizeof buffer);
-                bytes.append(buffer, static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
-                return count == 0 && !bytes.empty();
-            },
-            20000));
-        ::close(file);
-        return bytes;
-    }
-
-private:
-    const std::string path_;
-};
-
-} // namespace
-
-TEST(Window, ClosesOnceAFileIsSaved)
-{
-    const TemporaryTree tree(campaign);
-    const TemporaryTree target;
-    Pipe pipe(target.path("pipe"));
-    OpenWindow open(tree.path());
-    open.read({both});
-    open.session.save(target.path("pipe"));
-    EXPECT_FALSE(open.window.close());
-    EXPECT_TRUE(open.window.isVisible());
-    EXPECT_NE(open.window.message().text().indexOf("pipe, and closing then"), -1);
-    EXPECT_EQ(pipe.read().substr(0, 9), "case,wing");
-    open.settle();
-    EXPECT_FALSE(open.window.isVisible());
-}
-
-TEST(Window, GivesASaveUpWhenItIsClosedTwice)
-{
-    const TemporaryTree tree(campaign);
-    const TemporaryTree target;
-    Pipe pipe(target.path("pipe"));
-    {
-        OpenWindow open(tree.path());
-        open.read({both});
-        open.session.save(target.path("pipe"));
-        EXPECT_FALSE(open.window.close());
-        EXPECT_TRUE(open.window.close());
-    }
-    EXPECT_TRUE(Errand::isAnyLeft());
-    EXPECT_EQ(pipe.read().substr(0, 9), "case,wing");
-    EXPECT_TRUE(QTest::qWaitFor([] { return !Errand::isAnyLeft(); }, 20000));
-}
-
-TEST(Window, StaysOpenWhereAFileCannotBeSaved)
-{
-    const TemporaryTree tree(campaign);
-    OpenWindow open(tree.path());
-    open.read({both});
-    open.session.save(tree.path("missing/t.csv"));
-    EXPECT_FALSE(open.window.close());
-    open.settle();
-    EXPECT_TRUE(open.window.isVisible());
-    EXPECT_NE(open.window.message().text().indexOf("missing/t.csv"), -1);
-}
-
-TEST(Window, WritesOneFileAtATime)
-{
-    const TemporaryTree tree(campaign);
-    const TemporaryTree target;
-    Pipe pipe(target.path("pipe"));
-    OpenWindow open(tree.path());
-    open.read({both});
-    open.session.save(target.path("pipe"));
-    open.session.save(target.path("t.csv"));
-    EXPECT_NE(open.window.message().text().indexOf("pipe is still being written"), -1);
-    pipe.read();
-    open.settle();
-    EXPECT_FALSE(target.exists("t.csv"));
-}
-
 TEST(Window, OpensWhatWasWantedLast)
 {
     const TemporaryTree tree(campaign);
@@ -903,20 +772,6 @@ TEST(Window, DropsTheFilesOfASourceThatIsGone)
     EXPECT_EQ(open.shownPaths(), Texts());
     EXPECT_EQ(open.session.matching(), nullptr);
     EXPECT_EQ(open.table(), Table({{}}));
-}
-
-TEST(Window, SavesNoTableOfAWalkThatFailed)
-{
-    const TemporaryTree tree;
-    OpenWindow open(tree.path("missing"));
-    open.read({both});
-    const std::string error = open.session.walkEnd().error;
-    ASSERT_NE(error, "");
-    open.window.message().clear();
-    open.session.save(tree.path("t.csv"));
-    open.settle();
-    EXPECT_FALSE(tree.exists("t.csv"));
-    EXPECT_EQ(open.window.message().text().toStdString(), error);
 }
 
 TEST(Window, ShowsNoFilesOfAFilterThatTheyHaveOutrun)

@@ -12,7 +12,6 @@
 #include "casetable/listing/ReadList.h"
 #include "casetable/options/ColumnNames.h"
 #include "casetable/system/ExitCode.h"
-#include "window/model/Saving.h"
 #include "window/model/Text.h"
 
 namespace casetable {
@@ -598,7 +597,7 @@ void Session::makeGrid(std::size_t rowColumn, std::size_t columnColumn)
                });
 }
 
-void Session::save(const std::string& file)
+void Session::save(const std::string& file, const SavedRows& rows)
 {
     if (!matching_ || !matching_->import) {
         Q_EMIT saved({}, tr("there is no table yet"));
@@ -608,11 +607,18 @@ void Session::save(const std::string& file)
         Q_EMIT saved({}, shown(walkEnd_.error));
         return;
     }
-    const QString sentence = walkEnd_.isStopped
-                                 ? tr("Saved, of the files read before the stop only: %1")
-                                 : tr("Saved: %1");
-    write(file, sentence.arg(shown(file)),
-          [file, setup = effective_, matching = matching_] { saveTable(setup, *matching, file); });
+    try {
+        const Options options = savingOptions(effective_, rows, file);
+        QString sentence = tr("Saved");
+        if (options.sortKeys.size() != sortKeys_.size())
+            sentence += tr(", not sorted, as these rows cannot be so");
+        if (walkEnd_.isStopped)
+            sentence += tr(", of the files read before the stop only");
+        write(file, sentence + ": " + shown(file),
+              [options, matching = matching_] { saveTable(options, *matching); });
+    } catch (const Failure& failure) {
+        Q_EMIT saved({}, shown(failure.what()));
+    }
 }
 
 void Session::write(const std::string& file, const QString& sentence, std::function<void()> act)

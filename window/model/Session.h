@@ -21,6 +21,7 @@
 #include "window/model/Latest.h"
 #include "window/model/Matching.h"
 #include "window/model/Naming.h"
+#include "window/model/Saving.h"
 #include "window/model/Setup.h"
 #include "window/model/Suggestions.h"
 #include "window/model/View.h"
@@ -113,9 +114,9 @@ public:
     /// comes by gridMade(). A newer one takes the place of it.
     void makeGrid(std::size_t rowColumn, std::size_t columnColumn);
 
-    /// Writes the table that is shown to `file`, as saveTable() does; saved() tells the end. That
-    /// of a walk that failed is refused, as casetable makes none.
-    void save(const std::string& file);
+    /// Writes rows of what is shown to `file`, as saveTable() does; saved() tells the end. Those
+    /// of a walk that failed are refused, as casetable makes none.
+    void save(const std::string& file, const SavedRows& rows = {});
 
     /// Has `act` write `file`, on a thread of its own; saved() tells the end, with `sentence` where
     /// it did not throw. Refused while another file is being written.

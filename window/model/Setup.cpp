@@ -260,9 +260,12 @@ std::string commandLine(const Setup& setup)
     return line;
 }
 
-Options checked(const Setup& setup)
+Options checked(const Setup& setup, const std::vector<std::string>& more)
 {
-    return parsed(arguments(setup));
+    std::vector<std::string> words = more;
+    for (std::string& word : arguments(setup))
+        words.push_back(std::move(word));
+    return parsed(words);
 }
 
 // --suggest is the mode that takes a source and no reading.

@@ -85,9 +85,9 @@ std::vector<std::string> arguments(const Setup& setup);
 /// "casetable" and the arguments as one line for a shell.
 std::string commandLine(const Setup& setup);
 
-/// What the setup means. Throws Failure as parseOptions() does: there must be a source and a
-/// reading, too.
-Options checked(const Setup& setup);
+/// What the setup means with the arguments `more`, which are options. Throws Failure as
+/// parseOptions() does: there must be a source and a reading, too.
+Options checked(const Setup& setup, const std::vector<std::string>& more = {});
 
 /// What the setup means as far as it says which files are taken; there must be a source. Throws
 /// Failure as parseOptions() does.

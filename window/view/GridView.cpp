@@ -387,6 +387,20 @@ void GridView::takeGrid(const Grid& grid)
     tell(told);
 }
 
+QStringList GridView::names() const
+{
+    QStringList names;
+    for (int i = 0; i < rows_->count(); ++i)
+        names.push_back(rows_->itemText(i));
+    return names;
+}
+
+std::vector<std::size_t> GridView::chosen() const
+{
+    return {static_cast<std::size_t>(rows_->currentIndex()),
+            static_cast<std::size_t>(columns_->currentIndex())};
+}
+
 QPixmap GridView::drawn() const
 {
     return picture_->grid().fields.empty() ? QPixmap() : picture_->grab();

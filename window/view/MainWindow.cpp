@@ -40,6 +40,7 @@
 #include "window/model/Text.h"
 #include "window/view/AuxEditor.h"
 #include "window/view/CasesView.h"
+#include "window/view/ColumnsDialog.h"
 #include "window/view/CommandBar.h"
 #include "window/view/FilterBar.h"
 #include "window/view/GridView.h"
@@ -357,7 +358,19 @@ void MainWindow::makeFileMenu()
     add(menu, tr("Open &list of paths…"), QKeySequence("Ctrl+L"), [this] { askForList(); });
     add(menu, tr("Open s&etup…"), QKeySequence("Ctrl+Shift+O"), [this] { askForSetup(); });
     menu->addSeparator();
-    save_ = add(menu, tr("&Save table…"), QKeySequence::Save, [this] { askWhereToSave(); });
+    const auto addSave = [this, menu](const QString& text, const QKeySequence& key,
+                                      const std::function<void()>& act) {
+        saves_.push_back(add(menu, text, key, act));
+    };
+    addSave(tr("&Save cases…"), QKeySequence::Save, [this] {
+        askWhereToSave({Rows::Cases, {}}, "cases");
+    });
+    addSave(tr("Save &files…"), {}, [this] { askWhereToSave({Rows::Files, {}}, "files"); });
+    addSave(tr("Save &unmatched files…"), {}, [this] {
+        askWhereToSave({Rows::Unmatched, {}}, "unmatched");
+    });
+    addSave(tr("Save &missing combinations…"), {}, [this] { askForMissing(); });
+    menu->addSeparator();
     saveSetup_ = add(menu, tr("Save se&tup…"), QKeySequence("Ctrl+Shift+S"),
                      [this] { askWhereToSaveSetup(); });
     add(menu, tr("Save &picture of the grid…"), QKeySequence("Ctrl+Shift+G"),
@@ -634,15 +647,28 @@ void MainWindow::askForSetup()
         openSetup(bytesOfFile(file));
 }
 
-void MainWindow::askWhereToSave()
+void MainWindow::askWhereToSave(const SavedRows& rows, const QString& name)
 {
     const QStringList filters = filtersOfFormats();
     QString filter = filters.front();
     const QString file =
         QFileDialog::getSaveFileName(this, tr("Save the table; the ending says the format"),
-                                     "cases.csv", filters.join(";;"), &filter);
+                                     name + ".csv", filters.join(";;"), &filter);
     if (!file.isEmpty())
-        session_.save(bytesOfFile(withEnding(file, filter)));
+        session_.save(bytesOfFile(withEnding(file, filter)), rows);
+}
+
+// Those of the grid are offered.
+void MainWindow::askForMissing()
+{
+    const QStringList names = grid_->names();
+    if (names.size() < 2)
+        return tell(tr("Combinations need a reading with two columns or more."));
+    ColumnsDialog dialog(tr("Combinations of the values of these columns, of which there is no "
+                            "case:"),
+                         names, grid_->chosen(), this);
+    if (dialog.exec() == QDialog::Accepted)
+        askWhereToSave({Rows::Missing, dialog.chosen()}, "missing");
 }
 
 void MainWindow::askWhereToSaveSetup()
@@ -869,7 +895,8 @@ void MainWindow::takeMatching()
     const bool isBusy = session_.isMatching() || session_.isWalking();
     busy_->setVisible(isBusy);
     const bool hasTable = matching && matching->import;
-    save_->setEnabled(hasTable && !session_.isMatching());
+    for (QAction* const save : saves_)
+        save->setEnabled(hasTable && !session_.isMatching());
     QString text;
     if (hasTable) {
         text = tr("%1 of %2 in %3")

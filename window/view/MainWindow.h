@@ -101,7 +101,8 @@ private:
     void askForFolder();
     void askForList();
     void askForSetup();
-    void askWhereToSave();
+    void askWhereToSave(const SavedRows& rows, const QString& name);
+    void askForMissing();
     void askWhereToSaveSetup();
     void askWhereToSavePicture();
     void askForDepth();
@@ -162,7 +163,7 @@ private:
     QProgressBar* busy_ = nullptr;
     QAction* undo_ = nullptr;
     QAction* redo_ = nullptr;
-    QAction* save_ = nullptr;
+    std::vector<QAction*> saves_; // Of tables.
     QAction* saveSetup_ = nullptr;
     std::vector<std::pair<QAction*, bool Setup::*>> flags_;
 };
