@@ -10,6 +10,7 @@
 
 #include <QClipboard>
 #include <QComboBox>
+#include <QDialog>
 #include <QDialogButtonBox>
 #include <QDropEvent>
 #include <QHeaderView>
@@ -296,16 +297,58 @@ TEST(Window, SaysWhyBytesCannotBeNamed)
     EXPECT_FALSE(open.window.naming().isVisible());
 }
 
-TEST(Window, SaysOfEachPathWhatIsReadOrWhyNot)
+TEST(Window, ShowsTheCaseOfEachPath)
 {
     const TemporaryTree tree(campaign);
     OpenWindow open(tree.path());
     open.read({both});
     const QAbstractItemModel& model = *open.window.paths().model();
-    EXPECT_EQ(model.data(model.index(0, 1), Qt::ToolTipRole).toString(),
-              "Not matched: 'wing' does not fit the beginning of the path");
+    EXPECT_EQ(model.data(model.index(0, 0)).toString(), "");
     EXPECT_EQ(model.data(model.index(1, 0)).toString(), "0");
     EXPECT_EQ(model.data(model.index(4, 0)).toString(), "2");
+}
+
+TEST(Window, ExplainsEachPathAsTheProgramDoes)
+{
+    const TemporaryTree tree({" a<b>/Mach1", "wingA/Mach0.80\xff"});
+    OpenWindow open(tree.path());
+    casetable::Setup setup = open.session.setup();
+    for (const Texts& words :
+         {Texts({"-t", "wing{wing}/Mach{Mach:number}"}), Texts({"-n", "Mach"})}) {
+        setup.by =
+            words[0] == "-t" ? casetable::Setup::By::Templates : casetable::Setup::By::Markers;
+        setup.templates = {words[1]};
+        setup.markers = {{words[1], true}};
+        open.session.change(setup);
+        open.settle();
+        const QAbstractItemModel& model = *open.window.paths().model();
+        for (int row = 0; row < 2; ++row) {
+            const std::string path = open.shownPaths()[static_cast<std::size_t>(row)];
+            QString text =
+                QString::fromStdString(run(tree, {words[0], words[1], "--explain", path}).output);
+            ASSERT_FALSE(text.isEmpty());
+            text.chop(1);
+            const QModelIndex index = model.index(row, 1);
+            EXPECT_EQ(model.data(index, Qt::AccessibleDescriptionRole).toString(), text);
+            EXPECT_EQ(model.data(index, Qt::ToolTipRole).toString(),
+                      "<pre>" + text.toHtmlEscaped() + "</pre>");
+        }
+    }
+}
+
+TEST(Window, ShowsTheExplanationOfThePathThatIsChosen)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    QTest::keyClick(&open.window, Qt::Key_E, Qt::ControlModifier);
+    EXPECT_NE(open.window.message().text().indexOf("Choose a path"), -1);
+    open.read({both});
+    clickCell(open.window.paths(), 0, 0);
+    QTest::keyClick(&open.window, Qt::Key_E, Qt::ControlModifier);
+    const auto* const dialog = open.window.findChild<QDialog*>();
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_EQ(dialog->findChild<QPlainTextEdit*>()->toPlainText().toStdString(),
+              run(tree, {"-t", both, "--explain", campaign[0]}).output);
 }
 
 TEST(Window, FiltersPathsByTextMatchAndValue)

@@ -11,6 +11,8 @@
 #include <QClipboard>
 #include <QCloseEvent>
 #include <QDesktopServices>
+#include <QDialog>
+#include <QDialogButtonBox>
 #include <QDragEnterEvent>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -408,9 +410,11 @@ void MainWindow::makeFilesMenu()
     menu->addSeparator();
     QAction* const folder = add(menu, tr("&Open the file's folder"), QKeySequence("Ctrl+Return"),
                                 [this] { openContainingFolder(); });
+    QAction* const explain =
+        add(menu, tr("E&xplain the path…"), QKeySequence("Ctrl+E"), [this] { explainPath(); });
     auto* const copyAction = new QAction(tr("Copy path"), paths_);
     connect(copyAction, &QAction::triggered, this, &MainWindow::copyPaths);
-    paths_->addActions({copyAction, folder});
+    paths_->addActions({copyAction, explain, folder});
 }
 
 void MainWindow::makeViewMenu()
@@ -957,6 +961,30 @@ void MainWindow::openContainingFolder()
     const QString folder = QFile::decodeName(path.substr(0, path.rfind('/')).c_str());
     if (!QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(folder).absoluteFilePath())))
         tellFailure(tr("%1: there is no program that shows folders").arg(folder));
+}
+
+void MainWindow::explainPath()
+{
+    const int row = paths_->currentIndex().row();
+    const std::string lines = row < 0 ? std::string() : pathsModel_.explanation(row);
+    if (lines.empty())
+        return tell(tr("Choose a path first, and by what paths are read."));
+    auto* const dialog = new QDialog(this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setWindowTitle(tr("How the path is read"));
+    auto* const text = new QPlainTextEdit(QString::fromStdString(lines));
+    text->setReadOnly(true);
+    text->setTabChangesFocus(true);
+    text->setLineWrapMode(QPlainTextEdit::NoWrap); // Marks stand below bytes of the path.
+    text->setFont(pathFont());
+    text->setAccessibleName(tr("How the path is read"));
+    auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close);
+    connect(buttons, &QDialogButtonBox::rejected, dialog, &QDialog::reject);
+    auto* const layout = new QVBoxLayout(dialog);
+    layout->addWidget(text, 1);
+    layout->addWidget(buttons);
+    dialog->resize(em(font(), 50), em(font(), 18));
+    dialog->show();
 }
 
 void MainWindow::takeRecent()

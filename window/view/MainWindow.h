@@ -125,6 +125,7 @@ private:
     void chooseCases(std::vector<std::uint32_t> cases);
     void followPath();
     void openContainingFolder();
+    void explainPath();
     void takeRecent();
     void restore();
 
