@@ -37,6 +37,7 @@
 #include "window/view/CommandBar.h"
 #include "window/view/FilterBar.h"
 #include "window/view/GridView.h"
+#include "window/view/Look.h"
 #include "window/view/MarkersEditor.h"
 #include "window/view/NamingBar.h"
 #include "window/view/PathsView.h"
@@ -230,6 +231,45 @@ TEST(Window, SuggestsTemplatesAndShowsWhatTheyGive)
     open.settle();
     EXPECT_FALSE(open.session.setup().templates.empty());
     EXPECT_GT(open.table().size(), 1U);
+}
+
+TEST(Window, ShowsAColumnOfSeveralTemplatesInOneColour)
+{
+    const TemporaryTree tree({"a1_b1.x", "a2_b2.x", "a3_b3.x", "b4/c.y", "b5/c.y", "b6/c.y"});
+    OpenWindow open(tree.path());
+    open.read({"a{a}_b{b}.x", "b{b}/c.y"});
+    const QPalette palette = open.window.palette();
+    const QTextDocument& lines = *open.window.templates().edit().document();
+    const auto colourAt = [](const QTextBlock& block, int place) {
+        for (const auto& range : block.layout()->formats()) {
+            if (range.start <= place && place < range.start + range.length)
+                return range.format.foreground().color();
+        }
+        return QColor();
+    };
+    EXPECT_EQ(colourAt(lines.firstBlock(), 1), columnColour(0, palette));
+    EXPECT_EQ(colourAt(lines.firstBlock(), 6), columnColour(1, palette));
+    EXPECT_EQ(colourAt(lines.lastBlock(), 1), columnColour(1, palette));
+
+    SuggestionsDialog dialog(open.session, nullptr);
+    dialog.setAttribute(Qt::WA_DeleteOnClose, false);
+    const auto columns = [](const Texts& names) {
+        std::vector<SuggestedColumn> columns;
+        for (const std::string& name : names)
+            columns.push_back({name, false, 1, {"x"}});
+        return columns;
+    };
+    Q_EMIT open.session.suggested(
+        {{"{x}{b}", 1, 1, columns({"x", "b"})}, {"{a}{x}{y}", 1, 1, columns({"a", "x", "y"})}});
+    const auto colourOf = [&dialog](int suggestion, int column) {
+        return dialog.list().topLevelItem(suggestion)->child(column)->foreground(0).color();
+    };
+    EXPECT_EQ(colourOf(0, 0), columnColour(2, palette));
+    EXPECT_EQ(colourOf(0, 1), columnColour(1, palette));
+    EXPECT_EQ(colourOf(1, 0), columnColour(0, palette));
+    EXPECT_EQ(colourOf(1, 1), columnColour(2, palette));
+    EXPECT_EQ(colourOf(1, 2), columnColour(3, palette));
+    open.settle();
 }
 
 TEST(Window, MakesATemplateOfAValueThatIsSelectedAndNamed)

@@ -120,6 +120,15 @@ bool isAnyBad(const std::vector<AuxResult>& results)
 
 } // namespace
 
+std::size_t columnIndex(std::vector<std::string>& names, const std::string& name)
+{
+    const auto found = std::find(names.begin(), names.end(), name);
+    const auto index = static_cast<std::size_t>(found - names.begin());
+    if (found == names.end())
+        names.push_back(name);
+    return index;
+}
+
 Session::Session(std::size_t jobs)
     : jobs_(jobs), matcher_(std::make_unique<Latest>()), orderer_(std::make_unique<Latest>()),
       filterer_(std::make_unique<Latest>()), answerer_(std::make_unique<Latest>()),
@@ -261,6 +270,16 @@ std::vector<Setup::AuxRow> Session::goodRows() const
             rows.push_back(row);
     }
     return rows;
+}
+
+std::vector<std::string> Session::columnNames() const
+{
+    std::vector<std::string> names;
+    if (reading_) {
+        for (const MetadataPattern& pattern : reading_->patterns())
+            names.push_back(pattern.pattern);
+    }
+    return names;
 }
 
 void Session::walkAgain()

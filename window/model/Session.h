@@ -36,6 +36,10 @@ struct ReadingProblem {
     std::string reason;   ///< Half a sentence.
 };
 
+/// The index of a column among `names`, behind which it is put where it is not one of them. So one
+/// name has one index.
+std::size_t columnIndex(std::vector<std::string>& names, const std::string& name);
+
 /// What the window shows: the setup, and what it comes to. Files are listed and matched on threads
 /// of its own, so no operation here waits for them.
 ///
@@ -81,6 +85,10 @@ public:
 
     /// The reading in effect; null for none.
     const std::shared_ptr<const Reading>& reading() const { return reading_; }
+
+    /// The columns of values that are shown, each by its name. A column has the colour of its index
+    /// here; others that are shown beside them count on behind, in columnIndex().
+    std::vector<std::string> columnNames() const;
 
     /// What the files came to last; null for nothing yet. While isMatching(), of an older reading.
     const std::shared_ptr<const Matching>& matching() const { return matching_; }
