@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -10,6 +11,7 @@
 
 #include <QClipboard>
 #include <QComboBox>
+#include <QDesktopServices>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QDropEvent>
@@ -25,6 +27,7 @@
 #include <QTableWidget>
 #include <QTextBlock>
 #include <QTextLayout>
+#include <QTimer>
 #include <QToolButton>
 #include <QTreeWidget>
 #include <QUrl>
@@ -99,6 +102,21 @@ void type(QTableWidget& table, int row, int column, const QString& text)
     QCoreApplication::processEvents();
 }
 
+// Without a screen nobody can drag, and an application passes on no drop that was not dragged.
+struct DropTaker : public RowTable {
+    using RowTable::dropEvent;
+};
+
+// Takes addresses in place of the desktop.
+class UrlTaker : public QObject {
+    Q_OBJECT
+
+public:
+    Q_INVOKABLE void take(const QUrl& url) { taken = url; }
+
+    QUrl taken;
+};
+
 } // namespace
 
 TEST(Window, ListsTheFilesOfAFolderAtOnce)
@@ -145,6 +163,27 @@ TEST(Window, TellsWhyAFolderCannotBeRead)
     OpenWindow open(tree.path("missing"));
     EXPECT_NE(open.window.message().text().indexOf("missing"), -1)
         << open.window.message().text().toStdString();
+}
+
+TEST(Window, TellsWhyAFolderCannotBeReadAgainOnceAnotherSentenceHasGone)
+{
+    const TemporaryTree tree;
+    OpenWindow open(tree.path("missing"));
+    const QString error = open.window.message().text();
+    open.window.tell("Something else.");
+    EXPECT_EQ(open.window.message().text(), "Something else.");
+    auto* const fading = open.window.findChild<QTimer*>("fading");
+    ASSERT_TRUE(fading != nullptr && fading->isActive());
+    fading->start(0);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return open.window.message().text() == error; }, 20000));
+    EXPECT_FALSE(fading->isActive());
+
+    const TemporaryTree other(Texts{"a"});
+    open.window.openFolder(other.path());
+    open.window.tell("Something else.");
+    open.settle();
+    fading->start(0);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return open.window.message().text().isEmpty(); }, 20000));
 }
 
 TEST(Window, ShowsWhereATemplateIsWrongUntilItIsMended)
@@ -213,6 +252,59 @@ TEST(Window, ReadsByMarkersThatAreTypedAndOrdered)
     open.settle();
     EXPECT_EQ(open.table(),
               Table({{"case", "Mach", "files"}, {"0", "0.80", "3"}, {"1", "0.85", "1"}}));
+}
+
+TEST(Window, OrdersMarkersThatAreDragged)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    casetable::Setup setup = open.session.setup();
+    setup.by = casetable::Setup::By::Markers;
+    setup.markers = {{"a", false}, {"b", false}, {"c", false}};
+    open.session.change(setup);
+    open.settle();
+    RowTable& table = open.window.markers().table();
+    const auto order = [&open] {
+        std::string order;
+        for (const auto& marker : open.session.setup().markers)
+            order += marker.text;
+        return order;
+    };
+    // Drops the row on the upper or lower part of another; there is nobody to drag without a
+    // screen.
+    const auto drop = [&table](int from, int onto, bool isBelow) {
+        table.setCurrentCell(from, 0);
+        const QRect rect = table.visualRect(table.model()->index(onto, 0));
+        const QPointF place(rect.center().x(), isBelow ? rect.bottom() - 1 : rect.top() + 1);
+        const std::unique_ptr<QMimeData> data(
+            table.model()->mimeData({table.model()->index(from, 0)}));
+        QDropEvent event(place, Qt::MoveAction, data.get(), Qt::LeftButton, Qt::NoModifier);
+        (table.*&DropTaker::dropEvent)(&event);
+    };
+    const std::vector<std::tuple<int, int, bool, std::string>> drops = {
+        {0, 2, true, "bca"}, {2, 0, false, "abc"}, {0, 1, true, "bac"},
+        {0, 0, true, "bac"}, {2, 1, false, "bca"}, {0, 3, true, "cab"}};
+    for (const auto& [from, onto, isBelow, expected] : drops) {
+        drop(from, onto, isBelow);
+        open.settle();
+        EXPECT_EQ(order(), expected) << from << " onto " << onto;
+        EXPECT_EQ(table.filledRows(), 3);
+    }
+}
+
+TEST(Window, OpensTheFolderOfAFile)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    UrlTaker taker;
+    QDesktopServices::setUrlHandler("file", &taker, "take");
+    QTest::keyClick(&open.window, Qt::Key_Return, Qt::ControlModifier);
+    EXPECT_NE(open.window.message().text().indexOf("Choose a file"), -1);
+    clickCell(open.window.paths(), 3, 0);
+    QTest::keyClick(&open.window, Qt::Key_Return, Qt::ControlModifier);
+    QDesktopServices::unsetUrlHandler("file");
+    EXPECT_EQ(taker.taken,
+              QUrl::fromLocalFile(QString::fromStdString(tree.path("wingA/Mach0.85"))));
 }
 
 TEST(Window, SuggestsTemplatesAndShowsWhatTheyGive)
@@ -960,3 +1052,5 @@ TEST(WordAt, FindsNumbersAndWords)
 
 } // namespace tests
 } // namespace casetable
+
+#include "WindowTest.moc"

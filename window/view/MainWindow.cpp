@@ -315,6 +315,7 @@ void MainWindow::makeStatusBar()
     busy_->setFixedSize(em(font(), 5), em(font(), 0.6));
     busy_->setAccessibleName(tr("Files are being read"));
     statusBar()->addWidget(message_, 1);
+    fading_.setObjectName("fading");
     fading_.setSingleShot(true);
     connect(&fading_, &QTimer::timeout, this, &MainWindow::endMessage);
     statusBar()->addPermanentWidget(busy_);

@@ -158,7 +158,7 @@ private:
     QSplitter* rows_ = nullptr;
     QSplitter* halves_ = nullptr;
     QLabel* message_ = nullptr;
-    QTimer fading_; // Takes a sentence away that is no failure.
+    QTimer fading_{this}; // Takes a sentence away that is no failure.
     QLabel* walked_ = nullptr;
     QLabel* counts_ = nullptr;
     QProgressBar* busy_ = nullptr;
