@@ -533,15 +533,33 @@ std::string Session::sortValue(const SortKey& key) const
     return sortValues(options).front();
 }
 
+// Has another thread find an answer; that which is returned there tells it here.
+void Session::ask(std::function<std::function<void()>(const std::atomic<bool>& isCancelled)> find)
+{
+    isAsking_ = true;
+    answerer_->run([this, number = ++questions_,
+                    find = std::move(find)](const std::atomic<bool>& isCancelled) {
+        const std::function<void()> tell = find(isCancelled);
+        if (isCancelled)
+            return;
+        QMetaObject::invokeMethod(
+            this,
+            [this, number, tell] {
+                if (number != questions_)
+                    return;
+                isAsking_ = false;
+                tell();
+            },
+            Qt::QueuedConnection);
+    });
+}
+
 void Session::name(const NamedBytes& bytes)
 {
-    const std::size_t number = ++questions_;
-    isAsking_ = true;
     std::vector<std::string> templates;
     if (setup_.by == Setup::By::Templates)
         templates = setup_.templates;
-    answerer_->run([this, number, bytes, templates,
-                    files = files_](const std::atomic<bool>& isCancelled) {
+    ask([this, bytes, templates, files = files_](const std::atomic<bool>& isCancelled) {
         NamedTemplates result;
         QString error;
         try {
@@ -551,47 +569,26 @@ void Session::name(const NamedBytes& bytes)
         } catch (const std::exception& failure) {
             error = shown(failure.what());
         }
-        if (isCancelled)
-            return;
-        QMetaObject::invokeMethod(
-            this,
-            [this, number, result, error] {
-                if (number != questions_)
-                    return;
-                isAsking_ = false;
-                Q_EMIT named(result, error);
-            },
-            Qt::QueuedConnection);
+        return [this, result, error] { Q_EMIT named(result, error); };
     });
 }
 
 void Session::suggest()
 {
-    const std::size_t number = ++questions_;
-    isAsking_ = true;
-    answerer_->run(
-        [this, number, files = files_, jobs = jobs_](const std::atomic<bool>& isCancelled) {
-            std::vector<Suggestion> found;
-            QString error;
-            try {
-                found = suggestionsFor(files, jobs, isCancelled);
-            } catch (const std::exception& failure) {
-                error = shown(failure.what());
-            }
-            if (isCancelled)
-                return;
-            QMetaObject::invokeMethod(
-                this,
-                [this, number, found, error] {
-                    if (number != questions_)
-                        return;
-                    isAsking_ = false;
-                    if (!error.isEmpty())
-                        Q_EMIT failed(error);
-                    Q_EMIT suggested(found);
-                },
-                Qt::QueuedConnection);
-        });
+    ask([this, files = files_, jobs = jobs_](const std::atomic<bool>& isCancelled) {
+        std::vector<Suggestion> found;
+        QString error;
+        try {
+            found = suggestionsFor(files, jobs, isCancelled);
+        } catch (const std::exception& failure) {
+            error = shown(failure.what());
+        }
+        return [this, found, error] {
+            if (!error.isEmpty())
+                Q_EMIT failed(error);
+            Q_EMIT suggested(found);
+        };
+    });
 }
 
 void Session::makeGrid(std::size_t rowColumn, std::size_t columnColumn)

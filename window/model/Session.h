@@ -1,6 +1,7 @@
 #ifndef WINDOW_MODEL_SESSION_H
 #define WINDOW_MODEL_SESSION_H
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -167,6 +168,7 @@ private:
 
     void keepForUndo();
     void runGuarded(Latest& thread, bool& isBusy, const std::size_t& latest, Latest::Job job);
+    void ask(std::function<std::function<void()>(const std::atomic<bool>& isCancelled)> find);
     void take(const Setup& setup);
     bool takeReading();
     void takeSort();
