@@ -4,7 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <QDir>
+#include <QFileDialog>
 #include <QLabel>
+#include <QTimer>
 #include <QToolButton>
 
 #include "tests/casetable/support/TemporaryTree.h"
@@ -55,6 +58,32 @@ TEST_F(Hanging, SaysOfATableThatItIsOfTheFilesBeforeTheStop)
     open_.settle();
     EXPECT_EQ(target.content("t.csv"), "case,T,files\n0,1,1\n");
     EXPECT_NE(open_.window.message().text().indexOf("before the stop only"), -1);
+}
+
+TEST_F(Hanging, IsNotWhereAnotherFolderIsAskedFor)
+{
+    QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    openTree();
+    QString begin;
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [&begin] {
+        auto* const dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+        if (dialog == nullptr || !dialog->isVisible())
+            return;
+        begin = dialog->directory().absolutePath();
+        dialog->reject();
+    });
+    timer.start(10);
+    for (const bool isStopped : {false, true}) {
+        if (isStopped) {
+            open_.session.stopWalk();
+            open_.settle();
+        }
+        begin.clear();
+        QTest::keyClick(&open_.window, Qt::Key_O, Qt::ControlModifier);
+        EXPECT_EQ(begin, QDir(QDir::homePath()).absolutePath());
+        QApplication::setActiveWindow(&open_.window);
+    }
 }
 
 TEST_F(Hanging, IsLeftForAnotherFolder)

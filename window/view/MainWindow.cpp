@@ -13,6 +13,7 @@
 #include <QDesktopServices>
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QDir>
 #include <QDragEnterEvent>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -38,6 +39,7 @@
 
 #include "casetable/system/ExitCode.h"
 #include "casetable/writing/Formats.h"
+#include "window/model/Errand.h"
 #include "window/model/Saving.h"
 #include "window/model/Text.h"
 #include "window/view/AuxEditor.h"
@@ -99,13 +101,6 @@ QString withEnding(const QString& file, const QString& filter)
         return file;
     const int begin = filter.indexOf('*') + 1;
     return file + filter.mid(begin, filter.indexOf(QRegExp("[ )]"), begin) - begin);
-}
-
-void setQuiet(QLabel* label)
-{
-    QPalette quiet = label->palette();
-    quiet.setColor(QPalette::WindowText, quietColour(quiet));
-    label->setPalette(quiet);
 }
 
 // Puts a folder or a setup first among the recent ones.
@@ -281,7 +276,7 @@ QWidget* MainWindow::makePathsPanel()
     hint_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     hint_->setWordWrap(true);
     hint_->setTextFormat(Qt::PlainText);
-    setQuiet(hint_);
+    setQuiet(*hint_);
     naming_ = new NamingBar(session_);
     layout->addWidget(filters_);
     layout->addWidget(paths_, 1);
@@ -628,11 +623,14 @@ void MainWindow::takeSaved(const QString& sentence, const QString& error)
         close();
 }
 
+// The dialog looks at the folder where it begins, which must not be one that hangs.
 void MainWindow::askForFolder()
 {
     const QString folder =
         QFileDialog::getExistingDirectory(this, tr("Open the folder of a campaign"),
-                                          QFile::decodeName(session_.setup().root.c_str()));
+                                          Errand::isAnyLeft() || session_.isWalking()
+                                              ? QDir::homePath()
+                                              : QFile::decodeName(session_.setup().root.c_str()));
     if (!folder.isEmpty())
         openFolder(bytesOfFile(folder));
 }
