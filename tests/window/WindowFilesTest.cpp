@@ -286,6 +286,7 @@ TEST(WindowFiles, ClosesOnceAFileIsSaved)
     EXPECT_FALSE(open.window.close());
     EXPECT_TRUE(open.window.isVisible());
     EXPECT_NE(open.window.message().text().indexOf("pipe, and closing then"), -1);
+    open.session.save(target.path("refused.csv"));
     EXPECT_EQ(pipe.read().substr(0, 9), "case,wing");
     open.settle();
     EXPECT_FALSE(open.window.isVisible());

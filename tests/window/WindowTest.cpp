@@ -1,6 +1,7 @@
 #include "window/view/MainWindow.h"
 
 #include <cstdint>
+#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -16,6 +17,7 @@
 #include <QDialogButtonBox>
 #include <QDropEvent>
 #include <QHeaderView>
+#include <QImage>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -687,6 +689,37 @@ TEST(Window, ShowsTheCasesOfAFieldOfTheGrid)
     QTest::keyClick(&picture, Qt::Key_Return);
     open.settle();
     EXPECT_EQ(open.shownPaths(), Texts({campaign[1], campaign[2]}));
+}
+
+TEST(Window, ShowsTheHeadsOfTheGridInTheColoursOfTheirColumns)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    open.read({"{x}/Mach{Mach:number}/{file}"});
+    QTest::keyClick(&open.window, Qt::Key_6, Qt::AltModifier);
+    open.window.grid().rows().setCurrentIndex(2);
+    Q_EMIT open.window.grid().rows().activated(2);
+    open.settle();
+    GridPicture& picture = open.window.grid().picture();
+    const QImage image = picture.grab().toImage();
+    const QRect field = picture.fieldRect(0, 0);
+    // Whether there is text in the colour, which is paler at its edges.
+    const auto shows = [&](const QRect& part, std::size_t column) {
+        const int hue = columnColour(column, picture.palette()).hue();
+        for (int y = part.top(); y <= part.bottom(); ++y) {
+            for (int x = part.left(); x <= part.right(); ++x) {
+                const QColor pixel = image.pixelColor(x, y);
+                if (pixel.saturation() > 60 && std::abs(pixel.hue() - hue) < 8)
+                    return true;
+            }
+        }
+        return false;
+    };
+    const QRect left(0, field.top(), field.left() - 1, field.height());
+    const QRect above(field.left(), 0, field.width(), field.top() - 1);
+    EXPECT_TRUE(shows(left, 2));
+    EXPECT_TRUE(shows(above, 1));
+    EXPECT_FALSE(shows(left, 1) || shows(left, 0));
 }
 
 TEST(Window, SaysThatAGridHasNoCases)

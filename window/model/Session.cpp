@@ -616,11 +616,11 @@ void Session::makeGrid(std::size_t rowColumn, std::size_t columnColumn)
 void Session::save(const std::string& file, const SavedRows& rows)
 {
     if (!matching_ || !matching_->import) {
-        Q_EMIT saved({}, tr("there is no table yet"));
+        Q_EMIT failed(tr("there is no table yet"));
         return;
     }
     if (!walkEnd_.error.empty()) {
-        Q_EMIT saved({}, shown(walkEnd_.error));
+        Q_EMIT failed(shown(walkEnd_.error));
         return;
     }
     try {
@@ -633,14 +633,14 @@ void Session::save(const std::string& file, const SavedRows& rows)
         write(file, sentence + ": " + shown(file),
               [options, matching = matching_] { saveTable(options, *matching); });
     } catch (const Failure& failure) {
-        Q_EMIT saved({}, shown(failure.what()));
+        Q_EMIT failed(shown(failure.what()));
     }
 }
 
 void Session::write(const std::string& file, const QString& sentence, std::function<void()> act)
 {
     if (!saving_.empty()) {
-        Q_EMIT saved({}, tr("%1 is still being written").arg(shown(saving_)));
+        Q_EMIT failed(tr("%1 is still being written").arg(shown(saving_)));
         return;
     }
     try {
@@ -658,7 +658,7 @@ void Session::write(const std::string& file, const QString& sentence, std::funct
         });
         saving_ = file;
     } catch (const Failure& failure) {
-        Q_EMIT saved({}, shown(failure.what()));
+        Q_EMIT failed(shown(failure.what()));
     }
 }
 

@@ -123,12 +123,12 @@ public:
     /// comes by gridMade(). A newer one takes the place of it.
     void makeGrid(std::size_t rowColumn, std::size_t columnColumn);
 
-    /// Writes rows of what is shown to `file`, as saveTable() does; saved() tells the end. Those
-    /// of a walk that failed are refused, as casetable makes none.
+    /// Writes rows of what is shown to `file`, as saveTable() does; saved() tells the end. Refused
+    /// by failed() where there are none, or those of a walk that failed: casetable makes none.
     void save(const std::string& file, const SavedRows& rows = {});
 
     /// Has `act` write `file`, on a thread of its own; saved() tells the end, with `sentence` where
-    /// it did not throw. Refused while another file is being written.
+    /// it did not throw. Refused by failed() while another file is being written.
     void write(const std::string& file, const QString& sentence, std::function<void()> act);
 
     /// The file that is being written; empty for none.

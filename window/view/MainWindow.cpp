@@ -774,8 +774,8 @@ void MainWindow::copyPaths()
                         tr("They are no plain text, and stand as a word of a shell."));
     }
     const std::vector<std::uint32_t> files = paths_->selectedFiles();
-    copyMade(tr("Copied: %1.").arg(counted(files.size(), tr("path"), tr("paths"))), asWords,
-             [files, all = session_.files()] { return copyOfPaths(all, files); });
+    copyLater(tr("Copied: %1.").arg(counted(files.size(), tr("path"), tr("paths"))), asWords,
+              [files, all = session_.files()] { return copyOfPaths(all, files); });
 }
 
 void MainWindow::copyTable()
@@ -783,16 +783,16 @@ void MainWindow::copyTable()
     const auto& matching = session_.matching();
     if (!matching || !matching->import || session_.isMatching())
         return tell(tr("There is no table yet."));
-    copyMade(tr("The table is copied, for a spreadsheet to paste."),
-             tr("%1 of its cells are no text in UTF-8, and stand as words of a shell."),
-             [matching = matching, cases = cases_->casesToCopy()] {
-                 return copyOfCases(matching->import->table(), cases);
-             });
+    copyLater(tr("The table is copied, for a spreadsheet to paste."),
+              tr("%1 of its cells are no text in UTF-8, and stand as words of a shell."),
+              [matching = matching, cases = cases_->casesToCopy()] {
+                  return copyOfCases(matching->import->table(), cases);
+              });
 }
 
 // Has another thread make a large text.
-void MainWindow::copyMade(const QString& sentence, const QString& asWords,
-                          std::function<Copy()> make)
+void MainWindow::copyLater(const QString& sentence, const QString& asWords,
+                           std::function<Copy()> make)
 {
     runErrand([this, sentence, asWords, make = std::move(make),
                number = ++copied_]() -> std::function<void()> {

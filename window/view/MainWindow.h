@@ -112,7 +112,7 @@ private:
     void copy();
     void copyPaths();
     void copyTable();
-    void copyMade(const QString& sentence, const QString& asWords, std::function<Copy()> make);
+    void copyLater(const QString& sentence, const QString& asWords, std::function<Copy()> make);
     void takeCopy(const Copy& copy, const QString& sentence, const QString& asWords);
 
     void takeSetup();
