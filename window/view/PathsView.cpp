@@ -294,8 +294,8 @@ private:
         return chip.right() + margin();
     }
 
-    void paintReason(QPainter* painter, const QStyleOptionViewItem& option, const PathRead& read,
-                     qreal left) const
+    static void paintReason(QPainter* painter, const QStyleOptionViewItem& option,
+                            const PathRead& read, qreal left)
     {
         QFont font = option.font;
         font.setItalic(true);
@@ -429,8 +429,7 @@ QPoint PathsView::placeOf(int row, std::size_t offset) const
     const QRect rect = visualRect(model_.index(row, PathsModel::PathColumn));
     const Delegate::Line line = delegate_->lineOf(row);
     const qreal x = line.layout->lineAt(0).cursorToX(line.text.placeOf(offset));
-    return {rect.left() + delegate_->margin() + static_cast<int>(std::lround(x)),
-            rect.center().y()};
+    return {rect.left() + Delegate::margin() + static_cast<int>(std::lround(x)), rect.center().y()};
 }
 
 std::size_t PathsView::offsetAt(int row, const QPoint& point) const
@@ -438,7 +437,7 @@ std::size_t PathsView::offsetAt(int row, const QPoint& point) const
     const QRect rect = visualRect(model_.index(row, PathsModel::PathColumn));
     const Delegate::Line line = delegate_->lineOf(row);
     const int place =
-        line.layout->lineAt(0).xToCursor(point.x() - rect.left() - delegate_->margin());
+        line.layout->lineAt(0).xToCursor(point.x() - rect.left() - Delegate::margin());
     return line.text.offsetAt(place);
 }
 
@@ -485,7 +484,7 @@ void PathsView::mouseDoubleClickEvent(QMouseEvent* event)
     const QRect rect = visualRect(index);
     const Delegate::Line line = delegate_->lineOf(index.row());
     const int place = line.layout->lineAt(0).xToCursor(
-        event->pos().x() - rect.left() - delegate_->margin(), QTextLine::CursorOnCharacter);
+        event->pos().x() - rect.left() - Delegate::margin(), QTextLine::CursorOnCharacter);
     const ByteRange word = wordAt(model_.path(index.row()), line.text.offsetAt(place));
     selectBytes(index.row(), word.begin, word.end);
 }

@@ -14,6 +14,7 @@
 #include "casetable/system/Console.h"
 #include "casetable/system/ExitCode.h"
 #include "tests/casetable/support/OrdinaryUser.h"
+#include "tests/casetable/support/RandomTree.h"
 #include "tests/casetable/support/TemporaryTree.h"
 
 namespace casetable {
@@ -104,33 +105,6 @@ Told toldByPieces(const Source& source, std::size_t wanted, bool readsAhead, std
     return told;
 }
 
-void makeRandomTree(const TemporaryTree& tree, std::mt19937& random, bool withUnreadable)
-{
-    std::vector<std::string> folders = {"root"};
-    tree.folder("root");
-    for (int i = 0; i < 50; ++i) {
-        const std::string name = (random() % 8 == 0 ? ".e" : "e") + std::to_string(i);
-        const std::string path = folders[random() % folders.size()] + "/" + name;
-        switch (random() % 5) {
-        case 0:
-            tree.link(path,
-                      random() % 2 == 0 ? ".." : tree.path(folders[random() % folders.size()]));
-            break;
-        case 1:
-        case 2:
-            tree.folder(path);
-            folders.push_back(path);
-            break;
-        default:
-            tree.file(path);
-        }
-    }
-    for (auto folder = folders.rbegin(); withUnreadable && folder != folders.rend(); ++folder) {
-        if (*folder != "root" && random() % 12 == 0)
-            tree.setMode(*folder, random() % 2 == 0 ? 0 : 0444);
-    }
-}
-
 Source randomSource(const TemporaryTree& tree, std::mt19937& random)
 {
     Source source;
@@ -152,7 +126,7 @@ TEST(TreePieces, TellTogetherWhatAWholeWalkTells)
     std::mt19937 random(11);
     for (int i = 0; i < 150; ++i) {
         const TemporaryTree tree;
-        makeRandomTree(tree, random, false);
+        makeRandomTree(tree, random, 50, false);
         const Source source = randomSource(tree, random);
         const bool readsAhead = random() % 2 == 0;
         const Told expected = toldByListing(source, readsAhead);
@@ -167,7 +141,7 @@ TEST(TreePieces, TellTogetherOfWhatCannotBeRead)
     std::mt19937 random(12);
     for (int i = 0; i < 60; ++i) {
         const TemporaryTree tree;
-        makeRandomTree(tree, random, true);
+        makeRandomTree(tree, random, 50, true);
         const Source source = randomSource(tree, random);
         asOrdinaryUser([&] {
             Told expected = toldByListing(source, false);

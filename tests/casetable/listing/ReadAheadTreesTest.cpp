@@ -16,6 +16,7 @@
 #include "crawler/FolderCrawler.h"
 #include "tests/casetable/support/ListingCalls.h"
 #include "tests/casetable/support/OrdinaryUser.h"
+#include "tests/casetable/support/RandomTree.h"
 #include "tests/casetable/support/TemporaryTree.h"
 #include "tests/support/Sanitizer.h"
 
@@ -85,37 +86,6 @@ std::shared_ptr<ReadAhead> withThreadsAtOnce(const Limits& limits)
     return std::make_shared<ReadAhead>(limits, ReadAhead::Duration(0));
 }
 
-void makeRandomTree(const TemporaryTree& tree, std::mt19937& random, bool withUnreadable)
-{
-    std::vector<std::string> folders = {"root"};
-    std::vector<std::string> closed;
-    tree.folder("root");
-    for (int i = 0; i < 60; ++i) {
-        const std::string name = (random() % 8 == 0 ? ".e" : "e") + std::to_string(i);
-        const std::string path = folders[random() % folders.size()] + "/" + name;
-        switch (random() % 5) {
-        case 0:
-            tree.link(path,
-                      random() % 2 == 0 ? ".." : tree.path(folders[random() % folders.size()]));
-            break;
-        case 1:
-        case 2:
-            tree.folder(path);
-            folders.push_back(path);
-            break;
-        default:
-            tree.file(path);
-        }
-    }
-    for (const std::string& folder : folders) {
-        if (withUnreadable && folder != "root" && random() % 12 == 0)
-            closed.push_back(folder);
-    }
-    // From the deepest, to which there is no way otherwise.
-    for (auto folder = closed.rbegin(); folder != closed.rend(); ++folder)
-        tree.setMode(*folder, random() % 2 == 0 ? 0 : 0444);
-}
-
 Options randomOptions(std::mt19937& random)
 {
     Options options;
@@ -137,7 +107,7 @@ std::size_t expectTheSameOfRandomTrees(unsigned seeds, bool withUnreadable)
         SCOPED_TRACE(seed);
         std::mt19937 random(seed);
         const TemporaryTree tree;
-        makeRandomTree(tree, random, withUnreadable);
+        makeRandomTree(tree, random, 60, withUnreadable);
         const Options options = randomOptions(random);
         const Told plain = toldOf(options, tree.path("root"), nullptr);
         for (const Limits& limits : {many, few, tiny, none}) {
