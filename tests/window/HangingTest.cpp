@@ -23,14 +23,15 @@ protected:
     // Otherwise the removal of the tree would hang too.
     ~Hanging() override { std::filesystem::rename(tree_.path("hanging"), tree_.path("ended")); }
 
-    // Opens the tree, and waits until what stands before the hanging folder is found.
+    // Opens the tree, and waits until the file before the hanging folder is found. It stands in no
+    // folder, as the walk may help with others while it waits for one.
     void openTree()
     {
         open_.window.openFolder(tree_.path());
         ASSERT_TRUE(QTest::qWaitFor([this] { return open_.session.progress().files == 1; }, 20000));
     }
 
-    const TemporaryTree tree_{{"a/T1", "hanging/T2", "z/T3"}};
+    const TemporaryTree tree_{{"T1", "hanging/T2", "z/T3"}};
     OpenWindow open_;
 };
 
@@ -39,10 +40,10 @@ TEST_F(Hanging, LeavesAWalkThatIsStoppedWithTheFilesFoundSoFar)
     openTree();
     ASSERT_TRUE(open_.window.stop().isVisible());
     QTest::mouseClick(&open_.window.stop(), Qt::LeftButton);
-    open_.read({"*/T{T:number}"});
+    open_.read({"T{T:number}"});
     EXPECT_TRUE(Errand::isAnyLeft());
     EXPECT_FALSE(open_.window.stop().isVisible());
-    EXPECT_EQ(open_.shownPaths(), std::vector<std::string>({"a/T1"}));
+    EXPECT_EQ(open_.shownPaths(), std::vector<std::string>({"T1"}));
     EXPECT_EQ(open_.session.progress().files, 1U);
     EXPECT_EQ(open_.table().size(), 2U);
     EXPECT_TRUE(open_.session.walkEnd().isStopped);
@@ -53,7 +54,7 @@ TEST_F(Hanging, SaysOfATableThatItIsOfTheFilesBeforeTheStop)
     const TemporaryTree target;
     openTree();
     open_.session.stopWalk();
-    open_.read({"*/T{T:number}"});
+    open_.read({"T{T:number}"});
     open_.session.save(target.path("t.csv"));
     open_.settle();
     EXPECT_EQ(target.content("t.csv"), "case,T,files\n0,1,1\n");

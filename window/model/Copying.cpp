@@ -35,7 +35,7 @@ std::string field(const std::string& cell, std::size_t& asWords)
 {
     const bool isText = utf8::is_valid(cell.begin(), cell.end());
     asWords += isText ? 0 : 1;
-    const std::string text = isText ? cell : shellWord(cell);
+    std::string text = isText ? cell : shellWord(cell);
     if (text.find_first_of("\t\n\r\"") == std::string::npos)
         return text;
     std::string quoted = "\"";
