@@ -872,6 +872,12 @@ TEST(Window, OpensWhatWasWantedLast)
     open.settle();
     EXPECT_EQ(open.shownPaths(), Texts({"a"}));
     EXPECT_FALSE(open.session.setup().hasReading());
+
+    open.window.openPath(tree.path("c.casetable"));
+    open.window.command().edit().setText(QString::fromStdString("-n b " + tree.path("wingB")));
+    QTest::keyClick(&open.window.command().edit(), Qt::Key_Return);
+    open.settle();
+    EXPECT_EQ(open.session.setup().root, tree.path("wingB"));
 }
 
 TEST(Window, OpensASetupThatItHasSaved)

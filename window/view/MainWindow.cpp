@@ -527,10 +527,18 @@ void MainWindow::runErrand(std::function<std::function<void()>()> act)
     }
 }
 
+// What tells, on the window's thread, whether nothing else has been opened since.
+std::function<bool()> MainWindow::openingNow()
+{
+    return [this, number = ++opened_, before = session_.setup()] {
+        return number == opened_ && haveSameSource(before, session_.setup());
+    };
+}
+
 void MainWindow::openSetup(const std::string& file)
 {
     tellMeanwhile(tr("Opening %1…").arg(shown(file)));
-    runErrand([this, file, number = ++opened_]() -> std::function<void()> {
+    runErrand([this, file, isWanted = openingNow()]() -> std::function<void()> {
         ReadSetup read;
         QString error;
         try {
@@ -538,8 +546,8 @@ void MainWindow::openSetup(const std::string& file)
         } catch (const std::exception& failure) {
             error = shown(failure.what());
         }
-        return [this, file, number, read, error] {
-            if (number != opened_)
+        return [this, file, isWanted, read, error] {
+            if (!isWanted())
                 return;
             if (error.isEmpty())
                 takeOpened(file, read);
@@ -565,12 +573,12 @@ void MainWindow::takeOpened(const std::string& file, const ReadSetup& read)
 void MainWindow::openPath(const std::string& path)
 {
     tellMeanwhile(tr("Opening %1…").arg(shown(path)));
-    runErrand([this, path, number = ++opened_]() -> std::function<void()> {
+    runErrand([this, path, isWanted = openingNow()]() -> std::function<void()> {
         const QFileInfo info(QFile::decodeName(path.c_str()));
         const bool isFolder = info.isDir();
         const bool isFile = info.isFile();
-        return [this, path, number, isFolder, isFile] {
-            if (number != opened_)
+        return [this, path, isWanted, isFolder, isFile] {
+            if (!isWanted())
                 return;
             endMessage();
             if (isSetupFile(path) && !isFolder)

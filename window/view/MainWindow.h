@@ -117,6 +117,7 @@ private:
 
     void takeSetup();
     void runErrand(std::function<std::function<void()>()> act);
+    std::function<bool()> openingNow();
     void takeOpened(const std::string& file, const ReadSetup& read);
     void takeSaved(const QString& sentence, const QString& error);
     void endMessage();
