@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <filesystem>
 #include <stdexcept>
-#include <string_view>
 #include <utility>
 
 #include "casetable/importing/Report.h"
+#include "casetable/listing/ListRoot.h"
 #include "casetable/listing/Shard.h"
 #include "casetable/options/ColumnNames.h"
 #include "casetable/options/OptionTable.h"
@@ -87,9 +87,8 @@ void writeUnmatched(const Options& options, const Matching& matching, const Form
             taker.take(Shard(*shard));
         taker.finish();
     });
-    const std::vector<std::string_view> noPaths;
-    const Import import(std::move(all.partial), shardRoot(noPaths, options.source.root),
-                        options.reading, options.identifiers, kept);
+    const Import import(std::move(all.partial), listRoot(options.source.root), options.reading,
+                        options.identifiers, kept);
     writeImport(options, import, format, output);
 }
 
