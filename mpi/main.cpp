@@ -25,7 +25,9 @@ void silenceOutput()
         ::dup2(nowhere, STDOUT_FILENO);
 }
 
-// Tests cut messages into small parts by this.
+// CASETABLE_MPI_BYTES in the environment is for tests alone: the most bytes that one call of MPI
+// sends, so that small messages are cut as large ones are. Users are not told of it. What is no
+// number, 0 or above the limit changes nothing.
 std::size_t mostBytesAtOnce()
 {
     const char* const text = std::getenv("CASETABLE_MPI_BYTES");

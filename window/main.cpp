@@ -16,9 +16,9 @@
 #include "casetable/system/Interrupt.h"
 #include "casetable/system/OutputGuards.h"
 #include "casetable/system/Processors.h"
+#include "window/model/Errand.h"
 #include "window/model/Saving.h"
 #include "window/model/Session.h"
-#include "window/model/Walk.h"
 #include "window/view/Look.h"
 #include "window/view/MainWindow.h"
 
@@ -40,10 +40,10 @@ const OptionId ofReading[] = {OptionId::String,  OptionId::Number,    OptionId::
 
 std::string help()
 {
-    std::string text =
-        "Shows the files below ROOT, what is read from their paths, and the cases.\n"
-        "Usage: casetable-window [OPTIONS] [ROOT | SETUP.casetable]\n\nOptions, as of "
-        "casetable:\n";
+    std::string text = "Shows the files below ROOT, what is read from their paths, and the cases.\n"
+                       "Usage: casetable-window [OPTIONS] [ROOT]\n"
+                       "       casetable-window SETUP.casetable\n\nOptions, as of "
+                       "casetable:\n";
     for (const OptionId id : ofReading) {
         const Option& option = optionOf(id);
         std::string line = "  ";
@@ -111,9 +111,13 @@ Typed readTyped(int argc, char** argv)
     return typed;
 }
 
-bool namesSetupFile(const Setup& setup)
+// Whether nothing was typed but what may be the name of a setup file. It may be that of a folder,
+// too, but to look at it may take for ever.
+bool mayNameSetupFile(const Setup& setup)
 {
-    return isSetupFile(setup.root) && QFileInfo(QFile::decodeName(setup.root.c_str())).isFile();
+    Setup named;
+    named.root = setup.root;
+    return isSetupFile(setup.root) && setup == named;
 }
 
 // Where a setup file is named, that is the root of it.
@@ -122,12 +126,9 @@ Setup setupOf(const std::vector<std::string>& words)
     const ReadSetup read = readSetup(words);
     if (!read.leftOut.empty())
         failUsage(read.leftOut.front() + ": casetable-window has no such option; it saves by menu");
-    const Setup& setup = read.setup;
-    if (namesSetupFile(setup))
-        return setup;
-    if (setup.hasSource())
-        static_cast<void>(checkedSource(setup));
-    return setup;
+    if (read.setup.hasSource())
+        static_cast<void>(checkedSource(read.setup));
+    return read.setup;
 }
 
 // Once nothing has been read or looked for since it was last looked, all is drawn.
@@ -164,7 +165,8 @@ int run(int& argc, char** argv)
     }
     const Setup setup = setupOf(typed.words);
     // Nobody would see in the window what is wrong with it.
-    if (!typed.grab.empty() && namesSetupFile(setup))
+    if (!typed.grab.empty() && mayNameSetupFile(setup) &&
+        !QFileInfo(QFile::decodeName(setup.root.c_str())).isDir())
         static_cast<void>(readSetupFile(setup.root));
     // A picture needs no screen, nor what Qt says about that.
     if (!typed.grab.empty()) {
@@ -198,8 +200,8 @@ int run(int& argc, char** argv)
     if (!typed.grab.empty())
         window.resize(1280, 720);
     window.show();
-    if (namesSetupFile(setup))
-        window.openSetup(setup.root);
+    if (mayNameSetupFile(setup))
+        window.openPath(setup.root);
     else if (setup != Setup())
         session.open(setup);
     if (!typed.grab.empty())
@@ -226,7 +228,7 @@ int main(int argc, char** argv)
         Console().error(failure.what());
     }
     // A walk that the system keeps waiting would be waited for.
-    if (Walk::isAnyLeft())
+    if (Errand::isAnyLeft())
         std::_Exit(code);
     return code;
 }

@@ -4,6 +4,7 @@
 #include <numeric>
 #include <utility>
 
+#include "casetable/system/Bytes.h"
 #include "casetable/system/Console.h"
 #include "casetable/system/Interrupt.h"
 
@@ -13,7 +14,7 @@ namespace {
 
 const std::size_t first = 0; // This process.
 
-// Throws where two processes have not seen the same.
+// Throws where two processes are not the same program with the same options.
 void compare(const Ready& own, const Ready& other)
 {
     if (own.version != other.version)
@@ -25,23 +26,15 @@ void compare(const Ready& own, const Ready& other)
                       "the process on " + other.machine +
                           " was not given the same options or files of templates as that on " +
                           own.machine);
-    const auto refuse = [&](const std::string& path) {
-        throw Failure(ExitCode::ImportFailed, path + ": it does not look the same on " +
-                                                  other.machine + " as on " + own.machine +
-                                                  "; all processes must see the same files");
-    };
-    const std::size_t count = std::min(own.sights.size(), other.sights.size());
-    for (std::size_t k = 0; k < count; ++k) {
-        if (own.sights[k].path != other.sights[k].path ||
-            own.sights[k].hash != other.sights[k].hash)
-            refuse(own.sights[k].path);
-    }
-    if (own.sights.size() != other.sights.size())
-        refuse((own.sights.size() > count ? own : other).sights[count].path);
-    if (own.pieces != other.pieces)
+    if (own.sights == other.sights && own.pieces != other.pieces)
         throw Failure(ExitCode::ImportFailed, "the processes on " + own.machine + " and " +
                                                   other.machine +
                                                   " were not given the same options");
+}
+
+bool isSame(const Sight& left, const Sight& right)
+{
+    return left.path == right.path && left.hash == right.hash;
 }
 
 [[noreturn]] void fail(const Failed& failed)
@@ -69,6 +62,18 @@ void Coordinator::ready(std::size_t from, const Ready& ready, const Begin& begin
     admit(from, ready, begin, send);
     for (const Waiting& each : std::exchange(waiting_, {}))
         admit(each.from, each.ready, begin, send);
+}
+
+void Coordinator::sights(const Sights& other, const std::vector<Sight>& own) const
+{
+    const auto [ours, theirs] =
+        std::mismatch(own.begin(), own.end(), other.sights.begin(), other.sights.end(), isSame);
+    if (ours == own.end() && theirs == other.sights.end())
+        throw BrokenBytes("a process has not seen what it has said");
+    const std::string& path = ours != own.end() ? ours->path : theirs->path;
+    throw Failure(ExitCode::ImportFailed, path + ": it does not look the same on " + other.machine +
+                                              " as on " + own_->machine +
+                                              "; all processes must see the same files");
 }
 
 void Coordinator::listed(std::size_t from, Listed listed, const Send& send)
@@ -105,7 +110,14 @@ std::string Coordinator::progress() const
 
 void Coordinator::admit(std::size_t from, const Ready& ready, const Begin& begin, const Send& send)
 {
+    if (isDifferent_)
+        return; // The run will end.
     compare(*own_, ready);
+    if (ready.sights != own_->sights) {
+        isDifferent_ = true;
+        send(from, messageOf(MessageKind::ShowSights));
+        return;
+    }
     send(from, messageOf(MessageKind::Begin, begin));
     handOut(from, send);
 }

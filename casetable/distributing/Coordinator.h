@@ -33,6 +33,10 @@ public:
     /// A process is ready for its first piece. That this process is must be told first.
     void ready(std::size_t from, const Ready& ready, const Begin& begin, const Send& send);
 
+    /// What a process has seen that was found not to have seen the same, and what this one has:
+    /// throws Failure, which names the first that differs.
+    [[noreturn]] void sights(const Sights& other, const std::vector<Sight>& own) const;
+
     /// A process has listed its piece, and gets another.
     void listed(std::size_t from, Listed listed, const Send& send);
 
@@ -66,6 +70,7 @@ private:
     Console& console_;
     std::optional<Ready> own_;
     std::vector<Waiting> waiting_;      // Ready before this process was.
+    bool isDifferent_ = false;          // Whether one has seen something else, and is asked what.
     std::optional<std::size_t> pieces_; // How many there are; none until this process is ready.
     std::size_t next_ = 0;              // To be handed out.
     std::size_t told_ = 0;              // So many pieces were told of.

@@ -135,7 +135,13 @@ private:
             break;
         case MessageKind::Over:
             return true;
+        case MessageKind::ShowSights:
+            reader.end();
+            mail_.send(first, messageOf(MessageKind::Sights,
+                                        Sights{processes_.machine(), worker_.sights()}));
+            break;
         case MessageKind::Ready:
+        case MessageKind::Sights:
         case MessageKind::Listed:
         case MessageKind::Seen:
         case MessageKind::Failed:
@@ -169,6 +175,8 @@ private:
         };
         if (kind == MessageKind::Ready)
             coordinator_->ready(from, read(Ready()), begin_, send);
+        else if (kind == MessageKind::Sights)
+            coordinator_->sights(read(Sights()), worker_.sights());
         else if (kind == MessageKind::Listed)
             coordinator_->listed(from, read(Listed()), send);
         else if (kind == MessageKind::Seen)

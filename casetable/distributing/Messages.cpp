@@ -14,7 +14,7 @@ namespace casetable {
 
 namespace {
 
-const std::uint32_t formVersion = 1; // Of the form of these messages.
+const std::uint32_t formVersion = 2; // Of the form of these messages.
 
 void writeTexts(ByteWriter& writer, const std::vector<std::string>& texts)
 {
@@ -59,6 +59,15 @@ PieceReport readReport(ByteReader& reader)
     return report;
 }
 
+void writeSights(ByteWriter& writer, const std::vector<Sight>& sights)
+{
+    writer.number(sights.size());
+    for (const Sight& sight : sights) {
+        writer.text(sight.path);
+        writer.number(sight.hash);
+    }
+}
+
 void writeOptional(ByteWriter& writer, const std::optional<std::size_t>& number)
 {
     writer.flag(number.has_value());
@@ -81,11 +90,7 @@ void Ready::write(ByteWriter& writer) const
     writer.text(machine);
     writer.number(options);
     writer.number(pieces);
-    writer.number(sights.size());
-    for (const Sight& sight : sights) {
-        writer.text(sight.path);
-        writer.number(sight.hash);
-    }
+    writer.number(sights);
 }
 
 void Ready::read(ByteReader& reader)
@@ -95,6 +100,18 @@ void Ready::read(ByteReader& reader)
     machine = reader.text();
     options = reader.number();
     pieces = reader.number();
+    sights = reader.number();
+}
+
+void Sights::write(ByteWriter& writer) const
+{
+    writer.text(machine);
+    writeSights(writer, sights);
+}
+
+void Sights::read(ByteReader& reader)
+{
+    machine = reader.text();
     sights.resize(reader.count(2 * sizeof(std::uint64_t)));
     for (Sight& sight : sights) {
         sight.path = reader.text();
@@ -110,6 +127,14 @@ std::uint64_t hashOf(Options options)
     for (const std::string& argument : arguments(options))
         (text += argument) += '\0';
     return XXH3_64bits(text.data(), text.size());
+}
+
+std::uint64_t hashOf(const std::vector<Sight>& sights)
+{
+    ByteWriter writer;
+    writeSights(writer, sights);
+    const std::string bytes = writer.take();
+    return XXH3_64bits(bytes.data(), bytes.size());
 }
 
 void Begin::write(ByteWriter& writer) const
@@ -228,6 +253,7 @@ template <class Content> std::string messageOf(MessageKind kind, const Content& 
 }
 
 template std::string messageOf(MessageKind kind, const Ready& content);
+template std::string messageOf(MessageKind kind, const Sights& content);
 template std::string messageOf(MessageKind kind, const Begin& content);
 template std::string messageOf(MessageKind kind, const Listed& content);
 template std::string messageOf(MessageKind kind, const Seen& content);

@@ -19,14 +19,35 @@ class ByteWriter;
 // What processes tell each other. Each has write(), and read(), which throws BrokenBytes.
 
 /// What a message is. All go to the first process or come from it, but results.
-enum class MessageKind : unsigned char { Ready, Begin, Piece, Listed, Seen, Failed, Result, Over };
+enum class MessageKind : unsigned char {
+    Ready,
+    Begin,
+    Piece,
+    Listed,
+    Seen,
+    Failed,
+    Result,
+    Over,
+    ShowSights, ///< To a process that has not seen the same: it is to send what it has seen.
+    Sights,
+};
 
-/// From a process that has divided the source: what it has seen.
+/// From a process that has divided the source. Takes the same few bytes however much the process
+/// has seen, since the first gets it from all.
 struct Ready {
     std::string version; ///< Of the program.
     std::string machine;
     std::uint64_t options = 0; ///< A hash of what its options say, as hashOf() gives it.
     std::size_t pieces = 0;
+    std::uint64_t sights = 0; ///< A hash of what it has seen, as hashOf() gives it.
+
+    void write(ByteWriter& writer) const;
+    void read(ByteReader& reader);
+};
+
+/// From a process that is asked for it: all that it has seen.
+struct Sights {
+    std::string machine;
     std::vector<Sight> sights;
 
     void write(ByteWriter& writer) const;
@@ -37,6 +58,9 @@ struct Ready {
 /// templates that were read from files. The number of jobs may differ, and the sights show the
 /// root.
 std::uint64_t hashOf(Options options);
+
+/// A hash of what a process has seen.
+std::uint64_t hashOf(const std::vector<Sight>& sights);
 
 /// The answer to that.
 struct Begin {

@@ -62,6 +62,12 @@ std::optional<ImportedFiles> Worker::takeResult()
     return std::exchange(result_, std::nullopt);
 }
 
+std::vector<Sight> Worker::sights() const
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return pieces_ ? pieces_->sights() : std::vector<Sight>();
+}
+
 Seen Worker::seen() const
 {
     const std::lock_guard<std::mutex> lock(mutex_);
@@ -110,7 +116,7 @@ ImportedFiles Worker::import()
         pieces_ = pieces;
         messages_.push_back(
             messageOf(MessageKind::Ready, Ready{CASETABLE_VERSION, machine_, hashOf(options_),
-                                                pieces->count(), pieces->sights()}));
+                                                pieces->count(), hashOf(pieces->sights())}));
         changed_.notify_all();
         changed_.wait(lock, [this] { return begin_ || isStopped_; });
         if (isStopped_)

@@ -9,6 +9,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "casetable/distributing/Messages.h"
 #include "casetable/listing/Pieces.h"
@@ -43,6 +44,9 @@ public:
 
     /// What all pieces came to; nothing before that is known, and once it was taken.
     std::optional<ImportedFiles> takeResult();
+
+    /// What was looked at to divide the source; nothing before that.
+    std::vector<Sight> sights() const;
 
     /// What it has met so far.
     Seen seen() const;

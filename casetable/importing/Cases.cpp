@@ -10,6 +10,10 @@ namespace {
 
 const std::size_t leastSlots = 16;
 
+// Of so many cases at a time what is needed is fetched: more than a processor waits for at once,
+// and so few that it is still there when they are added.
+const std::size_t fetchedCases = 32;
+
 std::size_t hashOf(std::string_view key)
 {
     return std::hash<std::string_view>()(key);
@@ -25,9 +29,31 @@ std::uint32_t storedPart(std::size_t hash)
 
 std::uint32_t Cases::add(std::string_view key, std::string_view leastPath, std::size_t fileCount)
 {
+    return add(key, hashOf(key), leastPath, fileCount);
+}
+
+std::vector<std::uint32_t> Cases::addAll(const Cases& others)
+{
+    std::vector<std::uint32_t> indices;
+    indices.reserve(others.size());
+    std::vector<std::size_t> hashes;
+    for (auto begin = others.begin(); begin != others.end();) {
+        const auto end = begin + std::min<std::ptrdiff_t>(fetchedCases, others.end() - begin);
+        hashes.clear();
+        for (auto each = begin; each != end; ++each)
+            hashes.push_back(hashOf(each->key()));
+        fetch(hashes);
+        for (auto hash = hashes.begin(); begin != end; ++begin, ++hash)
+            indices.push_back(add(begin->key(), *hash, begin->leastPath(), begin->fileCount()));
+    }
+    return indices;
+}
+
+std::uint32_t Cases::add(std::string_view key, std::size_t hash, std::string_view leastPath,
+                         std::size_t fileCount)
+{
     if (cases_.size() >= slots_.size() / 4 * 3)
         growSlots();
-    const std::size_t hash = hashOf(key);
     Slot& slot = slotOf(key, hash);
     if (slot.index == free) {
         if (cases_.size() == free)
@@ -44,6 +70,29 @@ std::uint32_t Cases::add(std::string_view key, std::string_view leastPath, std::
     if (leastPath < owner.leastPath())
         setLeastPath(owner, leastPath);
     return slot.index;
+}
+
+// Has the processor fetch what add() will probably look at for each of the hashes, and does not
+// wait for it. Each round needs what that before has fetched.
+void Cases::fetch(const std::vector<std::size_t>& hashes) const
+{
+    if (slots_.empty())
+        return;
+    const auto eachProbable = [&](const auto& act) {
+        for (const std::size_t hash : hashes) {
+            const Slot& slot = homeOf(hash);
+            if (slot.index != free && slot.hash == storedPart(hash))
+                act(cases_[slot.index]);
+        }
+    };
+    for (const std::size_t hash : hashes)
+        __builtin_prefetch(&homeOf(hash));
+    eachProbable([](const Case& each) { __builtin_prefetch(&each); });
+    eachProbable([](const Case& each) {
+        __builtin_prefetch(each.key_.data());
+        __builtin_prefetch(each.path_);
+        __builtin_prefetch(each.path_ + each.pathLength_);
+    });
 }
 
 // Takes twice the room where there is too little, so that what is given up is never more than what

@@ -42,6 +42,11 @@ public:
     /// there would be 2^32 - 1 cases.
     std::uint32_t add(std::string_view key, std::string_view leastPath, std::size_t fileCount);
 
+    /// Adds each of `others`, in their order, as add() does, and returns the index of each here.
+    /// Takes less time than add() for each where there are many cases here, as the processor
+    /// fetches what is needed of several at once.
+    std::vector<std::uint32_t> addAll(const Cases& others);
+
     bool empty() const { return cases_.empty(); }
     std::size_t size() const { return cases_.size(); }
     const Case& operator[](std::size_t index) const { return cases_[index]; }
@@ -57,6 +62,10 @@ private:
 
     static constexpr std::uint32_t free = UINT32_MAX; // The index in a slot without a case.
 
+    std::uint32_t add(std::string_view key, std::size_t hash, std::string_view leastPath,
+                      std::size_t fileCount);
+    void fetch(const std::vector<std::size_t>& hashes) const;
+    const Slot& homeOf(std::size_t hash) const { return slots_[hash & (slots_.size() - 1)]; }
     Slot& slotOf(std::string_view key, std::size_t hash);
     void growSlots();
     void setLeastPath(Case& each, std::string_view path);

@@ -47,10 +47,7 @@ void Partial::merge(Partial&& other)
     for (std::size_t k = 0; k < other.validIdentifiers.size(); ++k)
         validIdentifiers[k] = validIdentifiers[k] || other.validIdentifiers[k];
 
-    std::vector<std::uint32_t> indices; // Of the other's cases, here.
-    indices.reserve(other.cases.size());
-    for (const Cases::Case& each : other.cases)
-        indices.push_back(cases.add(each.key(), each.leastPath(), each.fileCount()));
+    const std::vector<std::uint32_t> indices = cases.addAll(other.cases);
     for (Files& kept : other.files) {
         for (Files::File& file : kept.files) {
             if (file.caseIndex != none)

@@ -16,7 +16,6 @@
 #include "casetable/listing/Shard.h"
 #include "casetable/templates/Matcher.h"
 #include "crawler/CrawlerBasicImporterParser.h"
-#include "crawler/FolderCrawler.h"
 #include "crawler/MetadataFileCrawler.h"
 #include "host/AuxFileCollectionInterface.h"
 #include "host/AuxFileInfoInterface.h"
@@ -37,7 +36,7 @@ struct Importer {
     }
 #pragma GCC diagnostic pop
 
-    const CrawlerImporterParserInterface& parser;
+    CrawlerImporterParserInterface& parser;
     MetadataFileCrawler crawler;
 };
 
@@ -69,9 +68,13 @@ Partial::MatchFailure overlapFailure(const Paths& paths,
 std::optional<Partial::MatchFailure> match(Importer& importer, const Paths& paths,
                                            const Reading& reading)
 {
-    FolderCrawler walk(shardRoot(paths, "shard"));
-    walk.run();
-    importer.crawler.setCrawlResult(walk.result());
+    // What a crawl through the shard finds is known, and in the order of the walk. So it goes where
+    // the importer would put it, without a list and a copy of that on the way.
+    std::string file;
+    for (const std::string_view path : paths) {
+        file = path;
+        importer.parser.appendRawFilePath(file);
+    }
     try {
         importer.crawler.setMetadataPatternList(reading.patterns());
     } catch (const std::out_of_range& failure) {

@@ -29,9 +29,6 @@ struct FileVisitor {
 /// Imports the files of a shard with an importer of its own, on the calling thread. That a path
 /// cannot be matched becomes the partial's failure; throws std::bad_alloc. Any number of threads
 /// may do this at once, with the same arguments too.
-///
-/// The walk and the parser take stack for each folder level of the shard, as
-/// FolderCrawler::run() does.
 Partial importShard(const Shard& shard, const Reading& reading,
                     const std::vector<AuxFileIdentifier>& identifiers, const KeptFiles& keptFiles,
                     const FileVisitor& visitor = {});

@@ -1,6 +1,7 @@
 #ifndef CASETABLE_LISTING_FILEPATH_H
 #define CASETABLE_LISTING_FILEPATH_H
 
+#include <cstddef>
 #include <string_view>
 
 namespace casetable {
@@ -17,7 +18,13 @@ enum class PathFault {
 
 /// None if `path`, relative to a root, can name a file below it, otherwise one of its faults. Only
 /// the text is looked at, and nothing need exist: "./a" can name the file "a" in the folder ".".
-PathFault pathFault(std::string_view path);
+///
+/// Takes less time with the number of bytes that `path` is known to share with the beginning of a
+/// path without a fault; the answer is the same.
+PathFault pathFault(std::string_view path, std::size_t shared = 0);
+
+/// The number of bytes with which both begin.
+std::size_t commonLength(std::string_view left, std::string_view right);
 
 } // namespace casetable
 

@@ -10,8 +10,8 @@
 #include <unistd.h>
 #include <xxhash.h>
 
+#include "casetable/listing/ListRoot.h"
 #include "casetable/listing/Pieces.h"
-#include "casetable/listing/Shard.h"
 #include "casetable/system/Descriptor.h"
 #include "casetable/system/ExitCode.h"
 #include "casetable/system/Interrupt.h"
@@ -150,7 +150,7 @@ public:
         : options_(readerOptions(source)), separator_(source.nullSeparated ? '\0' : '\n'),
           list_(*source.list), count_(static_cast<std::size_t>(std::clamp<std::uint64_t>(
                                    wanted, 1, std::max<std::uint64_t>(list_.size(), 1)))),
-          sights_{{*source.list, hashOf(list_, count_)}}, root_(shardRoot(noPaths_, *source.list))
+          sights_{{*source.list, hashOf(list_, count_)}}, root_(listRoot(*source.list))
     {
     }
 
@@ -194,7 +194,6 @@ private:
     RegularList list_;
     const std::size_t count_;
     const std::vector<Sight> sights_;
-    const std::vector<std::string_view> noPaths_;
     const boost::shared_ptr<FileInfoInterface const> root_;
 };
 

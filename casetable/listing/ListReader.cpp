@@ -25,12 +25,6 @@ const std::size_t expectedBytes = 2048;
 
 const std::string_view byteOrderMark = "\xef\xbb\xbf";
 
-std::size_t commonLength(std::string_view left, std::string_view right)
-{
-    const auto ends = std::mismatch(left.begin(), left.end(), right.begin(), right.end());
-    return static_cast<std::size_t>(ends.first - left.begin());
-}
-
 // Whether `left` stands before `right` in byte order; both begin with `common` equal bytes.
 bool standsBefore(std::string_view left, std::string_view right, std::size_t common)
 {
@@ -61,8 +55,8 @@ void split(std::string_view piece, char separator, std::string& rest, const Take
 
 ListReader::ListReader(Options options, std::function<void(std::string_view path)> take)
     : options_(std::move(options)), take_(std::move(take)),
-      separator_(options_.nullSeparated ? '\0' : '\n'), previous_(options_.before),
-      commonWithBefore_(previous_.size())
+      separator_(options_.nullSeparated ? '\0' : '\n'), takesAll_(options_.selection.takesAll()),
+      previous_(options_.before), commonWithBefore_(previous_.size())
 {
     if (!previous_.empty())
         beginnings_.push_back({previous_.size(), 0});
@@ -82,7 +76,7 @@ void ListReader::append(std::string_view text)
     }
     // What is no list, such as a device, may never end a line, so what there is is checked too.
     if (separator_ != '\0' && text.find('\0') != std::string_view::npos)
-        check(rest_, pathCount_ + 1);
+        check(rest_, 0, pathCount_ + 1);
     if (rest_.size() > longestPath)
         refuse(rest_, pathCount_ + 1,
                "the path does not end within " + std::to_string(longestPath) + " bytes");
@@ -129,18 +123,20 @@ std::vector<std::string> ListReader::warnings(const Options& options, const Oddi
 
 void ListReader::take(std::string_view path)
 {
-    check(path, ++pathCount_);
+    const std::size_t common = commonLength(path, previous_);
+    // The path in front of a part was not checked here, so it vouches for nothing.
+    const bool isFirst = ++pathCount_ == 1;
+    check(path, isFirst ? 0 : common, pathCount_);
     allEndInReturn_ = allEndInReturn_ && path.back() == '\r';
     anyQuoted_ = anyQuoted_ || (path.size() > 1 && path.front() == '"' && path.back() == '"');
     if (contradiction_)
         return;
-    const std::size_t common = commonLength(path, previous_);
-    const bool isFirst = isNew(path, common);
+    const bool isNewFile = isNew(path, common);
     if (contradiction_)
         return;
-    const bool isTaken = isSelected(path, common);
+    const bool isTaken = takesAll_ || isSelected(path, common);
     previous_ = path;
-    if (isFirst && isTaken)
+    if (isNewFile && isTaken)
         take_(path);
 }
 
@@ -281,13 +277,14 @@ bool ListReader::isSelected(std::string_view path, std::size_t common)
     }
 }
 
-void ListReader::check(std::string_view path, std::size_t number) const
+// `shared` is as pathFault() has it.
+void ListReader::check(std::string_view path, std::size_t shared, std::size_t number) const
 {
     const std::size_t null = path.find('\0');
     if (null != std::string_view::npos)
         refuse(path.substr(0, null + 1), number,
                "a path holds no NUL; a list divided by NULs needs --null");
-    switch (pathFault(path)) {
+    switch (pathFault(path, shared)) {
     case PathFault::Empty:
         refuse(path, number, "the path is empty");
     case PathFault::Absolute:

@@ -142,7 +142,7 @@ private:
     void rememberLines();
     void expect(std::string_view piece) const;
     bool isSelected(std::string_view path, std::size_t common);
-    void check(std::string_view path, std::size_t number) const;
+    void check(std::string_view path, std::size_t shared, std::size_t number) const;
     std::string place(std::size_t number) const;
     [[noreturn]] void refuse(std::string_view path, std::size_t number,
                              const std::string& reason) const;
@@ -150,6 +150,7 @@ private:
     const Options options_;
     const std::function<void(std::string_view path)> take_;
     const char separator_;
+    const bool takesAll_;                   // As Selection has it.
     std::string beginning_;                 // The first bytes of the text.
     std::string rest_;                      // Of the path that is not complete yet.
     std::atomic<std::size_t> pathCount_{0}; // That are complete.

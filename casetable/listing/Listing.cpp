@@ -11,6 +11,7 @@
 
 #include "casetable/listing/Crawl.h"
 #include "casetable/listing/ListReader.h"
+#include "casetable/listing/ListRoot.h"
 #include "casetable/listing/Progress.h"
 #include "casetable/listing/ReadAhead.h"
 #include "casetable/listing/ReadList.h"
@@ -95,7 +96,7 @@ Listing::Listing(const Source& source, Console& console, bool readsAhead)
       ahead_(readsAhead ? std::make_shared<ReadAhead>() : nullptr)
 {
     if (source.list) {
-        root_ = shardRoot(noPaths_, listName(*source.list));
+        root_ = listRoot(listName(*source.list));
         return;
     }
     fileSystem_->followLinks = source.follow;

@@ -4,8 +4,6 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
-#include <string_view>
-#include <vector>
 
 #include <boost/shared_ptr.hpp>
 
@@ -58,7 +56,6 @@ private:
     Console& console_;
     const std::shared_ptr<FileSystem> fileSystem_;
     const std::shared_ptr<ReadAhead> ahead_;
-    const std::vector<std::string_view> noPaths_;
     boost::shared_ptr<FileInfoInterface const> root_;
 };
 

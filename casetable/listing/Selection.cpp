@@ -10,6 +10,11 @@ bool Selection::needsPaths() const
                        [](const Glob& glob) { return glob.needsPath(); });
 }
 
+bool Selection::takesAll() const
+{
+    return excluded.empty() && hidden && maxDepth == std::numeric_limits<std::size_t>::max();
+}
+
 Selection::Verdict Selection::judge(std::string_view path, std::size_t depth, bool isFolder) const
 {
     if (isFolder && depth >= maxDepth)

@@ -30,6 +30,9 @@ struct Selection {
     /// Whether judge() needs the path of an entry. Otherwise its name will do.
     bool needsPaths() const;
 
+    /// Whether judge() takes every entry.
+    bool takesAll() const;
+
     /// Judges one entry, whose folder must be taken. `path` is relative to the root, or the name
     /// alone where needsPaths() is false; `depth` is counted from 1, that of entries of the root.
     Verdict judge(std::string_view path, std::size_t depth, bool isFolder) const;

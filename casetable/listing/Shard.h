@@ -7,10 +7,6 @@
 #include <string_view>
 #include <vector>
 
-#include <boost/shared_ptr.hpp>
-
-#include "host/FileInfoInterface.h"
-
 namespace casetable {
 
 /// Some of the files below a root, as their paths relative to it, which take little more memory
@@ -64,13 +60,6 @@ private:
     const std::function<void(Shard shard)> give_;
     Shard shard_;
 };
-
-/// The root of a tree that holds `paths` alone, which must outlive its entries and stand as
-/// Shard::paths() gives them. The full path of the root is `name`, and that of any other entry is
-/// its path below the root. Every entry exists and is readable. A walk meets the files in their
-/// order. Any number of threads may read one tree.
-boost::shared_ptr<FileInfoInterface const> shardRoot(const std::vector<std::string_view>& paths,
-                                                     std::string name);
 
 } // namespace casetable
 

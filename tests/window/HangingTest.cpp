@@ -1,34 +1,100 @@
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
+#include <QDir>
+#include <QFileDialog>
+#include <QLabel>
+#include <QTimer>
 #include <QToolButton>
 
 #include "tests/casetable/support/TemporaryTree.h"
 #include "tests/window/OpenWindow.h"
-#include "window/model/Walk.h"
+#include "window/model/Errand.h"
 
 namespace casetable {
 namespace tests {
 
 // Linked with openings of folders that hang where the folder is called "hanging".
-TEST(Window, PutsAWalkAsideThatHangsInTheSystem)
+class Hanging : public testing::Test {
+protected:
+    // Otherwise the removal of the tree would hang too.
+    ~Hanging() override { std::filesystem::rename(tree_.path("hanging"), tree_.path("ended")); }
+
+    // Opens the tree, and waits until the file before the hanging folder is found. It stands in no
+    // folder, as the walk may help with others while it waits for one.
+    void openTree()
+    {
+        open_.window.openFolder(tree_.path());
+        ASSERT_TRUE(QTest::qWaitFor([this] { return open_.session.progress().files == 1; }, 20000));
+    }
+
+    const TemporaryTree tree_{{"T1", "hanging/T2", "z/T3"}};
+    OpenWindow open_;
+};
+
+TEST_F(Hanging, LeavesAWalkThatIsStoppedWithTheFilesFoundSoFar)
 {
-    const TemporaryTree hanging({"a/T1", "hanging/T2", "z/T3"});
+    openTree();
+    ASSERT_TRUE(open_.window.stop().isVisible());
+    QTest::mouseClick(&open_.window.stop(), Qt::LeftButton);
+    open_.read({"T{T:number}"});
+    EXPECT_TRUE(Errand::isAnyLeft());
+    EXPECT_FALSE(open_.window.stop().isVisible());
+    EXPECT_EQ(open_.shownPaths(), std::vector<std::string>({"T1"}));
+    EXPECT_EQ(open_.session.progress().files, 1U);
+    EXPECT_EQ(open_.table().size(), 2U);
+    EXPECT_TRUE(open_.session.walkEnd().isStopped);
+}
+
+TEST_F(Hanging, SaysOfATableThatItIsOfTheFilesBeforeTheStop)
+{
+    const TemporaryTree target;
+    openTree();
+    open_.session.stopWalk();
+    open_.read({"T{T:number}"});
+    open_.session.save(target.path("t.csv"));
+    open_.settle();
+    EXPECT_EQ(target.content("t.csv"), "case,T,files\n0,1,1\n");
+    EXPECT_NE(open_.window.message().text().indexOf("before the stop only"), -1);
+}
+
+TEST_F(Hanging, IsNotWhereAnotherFolderIsAskedFor)
+{
+    QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    openTree();
+    QString begin;
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [&begin] {
+        auto* const dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+        if (dialog == nullptr || !dialog->isVisible())
+            return;
+        begin = dialog->directory().absolutePath();
+        dialog->reject();
+    });
+    timer.start(10);
+    for (const bool isStopped : {false, true}) {
+        if (isStopped) {
+            open_.session.stopWalk();
+            open_.settle();
+        }
+        begin.clear();
+        QTest::keyClick(&open_.window, Qt::Key_O, Qt::ControlModifier);
+        EXPECT_EQ(begin, QDir(QDir::homePath()).absolutePath());
+        QApplication::setActiveWindow(&open_.window);
+    }
+}
+
+TEST_F(Hanging, IsLeftForAnotherFolder)
+{
     const TemporaryTree other({"T4"});
-    OpenWindow open;
-    open.window.openFolder(hanging.path());
-    EXPECT_FALSE(QTest::qWaitFor([&open] { return open.session.isIdle(); }, 300));
-    ASSERT_TRUE(open.window.stop().isVisible());
-    QTest::mouseClick(&open.window.stop(), Qt::LeftButton);
-    EXPECT_FALSE(QTest::qWaitFor([&open] { return open.session.isIdle(); }, 300));
-    open.window.openFolder(other.path());
-    open.settle();
-    EXPECT_TRUE(Walk::isAnyLeft());
-    EXPECT_EQ(open.session.files().count(), 1U);
-    // Otherwise its removal would hang too.
-    std::filesystem::rename(hanging.path("hanging"), hanging.path("ended"));
+    openTree();
+    open_.window.openFolder(other.path());
+    open_.settle();
+    EXPECT_TRUE(Errand::isAnyLeft());
+    EXPECT_EQ(open_.shownPaths(), std::vector<std::string>({"T4"}));
 }
 
 } // namespace tests

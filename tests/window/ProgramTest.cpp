@@ -49,9 +49,31 @@ TEST(WindowProgram, OpensASetupByName)
     const TemporaryTree tree({"campaign/T1/x"});
     tree.file("c.casetable", "casetable -n T " + tree.path("campaign") + "\n");
     EXPECT_EQ(run(tree, {"--dark", "--grab=w.png", "c.casetable"}), prints(""));
+    tree.file("c.casetable", "casetable -n T " + tree.path("missing") + "\n");
+    const Outcome outcome = run(tree, {tree.path("c.casetable"), "--grab=w.png"});
+    EXPECT_EQ(outcome.exitCode, 3);
+    EXPECT_NE(message(outcome.errors).find("missing"), std::string::npos);
     tree.file("c.casetable", "casetable --nonsense\n");
     EXPECT_NE(messageOf(tree, {"--grab=w.png", "c.casetable"}).find("c.casetable: --nonsense"),
               std::string::npos);
+    EXPECT_NE(messageOf(tree, {"--grab=w.png", "none.casetable"}).find("none.casetable: "),
+              std::string::npos);
+}
+
+TEST(WindowProgram, OpensAFolderThatIsCalledLikeASetup)
+{
+    const TemporaryTree tree({"d.casetable/T1"});
+    EXPECT_EQ(run(tree, {"--grab=w.png", "d.casetable"}), prints(""));
+    EXPECT_EQ(run(tree, {"--grab=w.png", "-n", "T", "d.casetable"}), prints(""));
+}
+
+TEST(WindowProgram, TakesNoSetupBesideOptions)
+{
+    const TemporaryTree tree({"campaign/T1/x"});
+    tree.file("c.casetable", "casetable -n T " + tree.path("campaign") + "\n");
+    const Outcome outcome = run(tree, {"--grab=w.png", "--hidden", "c.casetable"});
+    EXPECT_EQ(outcome.exitCode, 3);
+    EXPECT_NE(message(outcome.errors).find("c.casetable"), std::string::npos);
 }
 
 TEST(WindowProgram, TakesNoValueOrRootForAnOptionOfItsOwn)

@@ -119,5 +119,60 @@ TEST(RandomSetups, GiveTheTableOfTheCommandThatIsShown)
     EXPECT_LT(failed, 40);
 }
 
+TEST(RandomSetups, AreSavedAsTheProgramWritesThem)
+{
+    std::mt19937 random(2027);
+    const TemporaryTree target;
+    int saved = 0;
+    for (int i = 0; i < 90; ++i) {
+        RandomCampaign campaign(random);
+        const TemporaryTree tree(campaign.files());
+        Session session(2);
+        const CasesModel model(session);
+        session.open(campaign.setup(tree.path()));
+        ASSERT_TRUE(QTest::qWaitFor([&session] { return session.isIdle(); }, 20000));
+        const bool hasTable = session.matching() && session.matching()->import;
+        const std::size_t columns = hasTable ? session.matching()->table()->patterns.size() : 0;
+        if (session.problem() || columns < 2)
+            continue;
+
+        casetable::Setup setup = session.effective();
+        SavedRows rows;
+        std::string option;
+        if (i % 3 == 0) {
+            rows.rows = Rows::Files;
+            option = "--files";
+        } else if (i % 3 == 1) {
+            rows.rows = Rows::Unmatched;
+            option = "--unmatched";
+            setup.sort.clear();
+            setup.auxRows.clear();
+        } else {
+            rows = {Rows::Missing, {columns - 1, 0}};
+            const std::vector<std::string> header = tableOf(model)[0];
+            option = "--missing=" + header[columns] + "," + header[1];
+            setup.auxRows.clear();
+        }
+        session.save(target.path("saved.csv"), rows);
+        ASSERT_TRUE(QTest::qWaitFor([&session] { return session.isIdle(); }, 20000));
+
+        const auto runWith = [&](const casetable::Setup& of) {
+            Texts words = arguments(of);
+            words.insert(words.begin(), {option, "--output", target.path("expected.csv")});
+            return run(tree, words);
+        };
+        Outcome outcome = runWith(setup);
+        if (outcome.exitCode == 2) { // It sorts by a column that such rows do not have.
+            setup.sort.clear();
+            outcome = runWith(setup);
+        }
+        EXPECT_LE(outcome.exitCode, 1) << outcome;
+        EXPECT_EQ(target.content("saved.csv"), target.content("expected.csv"))
+            << option << ' ' << commandLine(session.effective());
+        ++saved;
+    }
+    EXPECT_GT(saved, 30);
+}
+
 } // namespace tests
 } // namespace casetable

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <random>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -187,6 +188,29 @@ TEST(CommandText, GivesBackAnyWordThatWasQuoted)
             word += static_cast<char>(1 + random() % 255);
         EXPECT_EQ(commandWords(shellWord(word)), Texts({word}));
     }
+}
+
+TEST(Setup, IsForTheOpenFilesWithoutARootOrAList)
+{
+    casetable::Setup open;
+    open.root = "campaign";
+    open.hidden = true;
+    open.excluded = {"*.log"};
+    open.templates = {"{a}"};
+    casetable::Setup list;
+    list.list = "list";
+    list.nullSeparated = true;
+    const std::vector<std::tuple<std::string, casetable::Setup, std::string>> rows = {
+        {"-n T", open, "casetable --hidden -E '*.log' -n T campaign"},
+        {"--max-depth=2 -n T", open, "casetable -d 2 -n T campaign"},
+        {"-n T other", open, "casetable -n T other"},
+        {"-n T", list, "casetable --from-list=list --null -n T"},
+        {"--exclude x -n T", list, "casetable -E x --from-list=list --null -n T"},
+        {"--from-list=other -n T", open, "casetable --from-list=other -n T"},
+        {"-n T", casetable::Setup(), "casetable -n T"}};
+    for (const auto& [words, before, after] : rows)
+        EXPECT_EQ(commandLine(forOpenFiles(readSetup(commandWords(words)).setup, before)), after)
+            << words;
 }
 
 } // namespace tests

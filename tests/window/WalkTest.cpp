@@ -5,10 +5,15 @@
 #include <thread>
 #include <vector>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <gtest/gtest.h>
 
 #include "tests/casetable/support/TemporaryTree.h"
 #include "tests/window/Kept.h"
+#include "window/model/Errand.h"
 
 namespace casetable {
 namespace tests {
@@ -86,12 +91,36 @@ TEST(Walk, KeepsWhatItHasWhenItIsStopped)
     EXPECT_LE(walk.files().count(), 1U);
 }
 
+// A list in a pipe, of which more is expected, keeps the walk waiting as a dead folder does.
+TEST(Walk, EndsWithTheFilesSoFarWhenItIsLeft)
+{
+    const TemporaryTree tree;
+    ASSERT_EQ(::mkfifo(tree.path("list").c_str(), 0600), 0);
+    Walk walk(list(tree.path("list")));
+    const int writer = ::open(tree.path("list").c_str(), O_WRONLY);
+    EXPECT_EQ(::write(writer, "c\na\nb\n", 6), 6);
+    while (walk.progress().files < 3)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    EXPECT_FALSE(walk.hasEnded());
+    walk.leave();
+    waitForEnd(walk);
+    EXPECT_TRUE(Errand::isAnyLeft());
+    EXPECT_EQ(pathsOf(walk.files()), Texts({"a", "b", "c"}));
+    EXPECT_EQ(walk.progress().files, 3U);
+    EXPECT_TRUE(walk.end().isStopped);
+    EXPECT_EQ(::write(writer, "d\n", 2), 2);
+    ::close(writer);
+    while (Errand::isAnyLeft())
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    EXPECT_EQ(walk.files().count(), 3U);
+}
+
 TEST(Walk, IsLeftToItselfByItsOwner)
 {
     const TemporaryTree tree({"a/b"});
     for (int i = 0; i < 50; ++i)
         const Walk walk(folder(tree.path()));
-    while (Walk::isAnyLeft())
+    while (Errand::isAnyLeft())
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 

@@ -6,20 +6,12 @@ namespace casetable {
 
 namespace {
 
-// As spreadsheets take a field that is pasted.
-std::string field(const std::string& text)
-{
-    if (text.find_first_of("\t\n\r\"") == std::string::npos)
-        return text;
-    std::string quoted = "\"";
-    for (const char c : text)
-        quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
-    return quoted + '"';
-}
+// As many as can be seen at once, and some more.
+const int mostRows = 500;
 
 } // namespace
 
-CasesModel::CasesModel(const Session& session) : session_(session)
+CasesModel::CasesModel(const Session& session) : session_(session), rows_(mostRows)
 {
     connect(&session, &Session::matchingChanged, this, &CasesModel::take);
     take();
@@ -33,6 +25,7 @@ void CasesModel::take()
     matching_ = session_.matching();
     columns_.clear();
     header_.clear();
+    rows_.clear();
     if (matching_ && matching_->import) {
         const CaseTable& table = matching_->import->table();
         columns_ = caseColumns(table.patterns, table.tags);
@@ -62,7 +55,10 @@ std::string CasesModel::cell(int row, int column) const
         return table.cell(index, at - 1);
     if (columns_[at].kind == Column::Kind::Count)
         return std::to_string(at == 0 ? index : table.fileCounts[index]);
-    return caseReport(table).row(index).cells[at];
+    // The files of a case under a tag may be many.
+    if (rows_.object(index) == nullptr)
+        rows_.insert(index, new std::vector<std::string>(caseReport(table).row(index).cells));
+    return (*rows_.object(index))[at];
 }
 
 QVariant CasesModel::data(const QModelIndex& index, int role) const
@@ -101,20 +97,6 @@ int CasesModel::rowOf(std::size_t caseIndex) const
     const auto* const order = session_.caseOrder();
     return static_cast<int>(
         order != nullptr && caseIndex < order->rows.size() ? order->rows[caseIndex] : caseIndex);
-}
-
-std::string CasesModel::tabbed(const std::vector<int>& rows) const
-{
-    std::string text;
-    for (std::size_t i = 0; i < header_.size(); ++i)
-        text += (i > 0 ? "\t" : "") + field(header_[i]);
-    text += '\n';
-    for (const int row : rows) {
-        for (int column = 0; column < columnCount(); ++column)
-            text += (column > 0 ? "\t" : "") + field(cell(row, column));
-        text += '\n';
-    }
-    return text;
 }
 
 } // namespace casetable

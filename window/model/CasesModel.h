@@ -3,9 +3,11 @@
 
 #include <cstddef>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include <QAbstractTableModel>
+#include <QCache>
 
 #include "casetable/importing/Report.h"
 #include "window/model/Session.h"
@@ -13,7 +15,7 @@
 namespace casetable {
 
 /// The table of cases of a session: the columns of caseReport(), in the order of Setup::sort.
-/// Nothing is copied for a row.
+/// Nothing is copied for a row, but for those that were seen last.
 class CasesModel : public QAbstractTableModel {
     Q_OBJECT
 
@@ -35,10 +37,6 @@ public:
     /// The text of a cell, as it is written.
     std::string cell(int row, int column) const;
 
-    /// The rows, in ascending order, as text of tab-separated lines with a header, which
-    /// spreadsheets take.
-    std::string tabbed(const std::vector<int>& rows) const;
-
 private:
     void take();
 
@@ -46,6 +44,7 @@ private:
     std::shared_ptr<const Matching> matching_;
     std::vector<Column> columns_;
     std::vector<std::string> header_;
+    mutable QCache<std::size_t, std::vector<std::string>> rows_; // Of cases with auxiliary files.
 };
 
 } // namespace casetable

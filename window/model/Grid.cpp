@@ -57,6 +57,8 @@ std::size_t Grid::mostFiles() const
 Grid gridOf(const CaseTable& table, std::size_t rowColumn, std::size_t columnColumn)
 {
     Grid grid;
+    grid.rowColumn = rowColumn;
+    grid.columnColumn = columnColumn;
     const CellRanks rows = ranksOf(table, rowColumn);
     const CellRanks columns = ranksOf(table, columnColumn);
     if (rows.firsts.size() > Grid::mostValues || columns.firsts.size() > Grid::mostValues) {

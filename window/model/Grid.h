@@ -18,7 +18,9 @@ struct Grid {
         std::size_t fileCount = 0;        ///< Of these cases.
     };
 
-    std::vector<std::string> rows;    ///< The values of the one column, in the order of --sort;
+    std::size_t rowColumn = 0;     ///< The index of the one column among the patterns of the table,
+    std::size_t columnColumn = 0;  ///< and that of the other.
+    std::vector<std::string> rows; ///< The values of the one column, in the order of --sort;
     std::vector<std::string> columns; ///< those of the other.
     std::vector<Field> fields;        ///< Row by row.
     std::size_t leftOut = 0;          ///< Cases without a value in one of the columns.

@@ -12,6 +12,7 @@
 #include "casetable/importing/PlainTagValidator.h"
 #include "casetable/importing/ShardImport.h"
 #include "casetable/importing/ShardWorkers.h"
+#include "casetable/listing/ListRoot.h"
 #include "casetable/listing/Shard.h"
 
 namespace casetable {
@@ -181,10 +182,8 @@ void match(Matching& matching, const std::vector<Setup::AuxRow>& rows, const std
     if (!all.matchFailure)
         takeSelected(all, indices, matching);
     // The walk has judged the root, and may have been put aside since; nothing is asked of it.
-    const std::vector<std::string_view> noPaths;
-    matching.import =
-        std::make_unique<const Import>(std::move(all), shardRoot(noPaths, rootName),
-                                       *matching.reading, identifiersOf(rows, indices), kept);
+    matching.import = std::make_unique<const Import>(
+        std::move(all), listRoot(rootName), *matching.reading, identifiersOf(rows, indices), kept);
     if (!isCancelled)
         takeCases(matching);
 }

@@ -2,6 +2,10 @@
 
 #include <algorithm>
 
+#include "casetable/explaining/Explain.h"
+#include "casetable/explaining/ExplainTemplate.h"
+#include "casetable/system/Printable.h"
+#include "casetable/templates/Matcher.h"
 #include "window/model/Text.h"
 
 namespace casetable {
@@ -10,6 +14,14 @@ namespace {
 
 // As many rows as can be seen at once, and some more.
 const int mostReads = 500;
+
+// Printable lines, without the line feed at their end.
+QString shownLines(const std::string& lines)
+{
+    QString text = QString::fromStdString(lines);
+    text.chop(1);
+    return text;
+}
 
 } // namespace
 
@@ -49,15 +61,11 @@ QVariant PathsModel::data(const QModelIndex& index, int role) const
         const std::optional<std::size_t> number = caseOf(row);
         return number ? QString::number(*number) : QString();
     }
-    if (role == Qt::ToolTipRole || role == Qt::AccessibleDescriptionRole) {
-        const PathRead* const found = read(row);
-        if (found == nullptr)
-            return {};
-        if (!found->isMatched)
-            return "Not matched: " + shown(found->reason);
-        const std::optional<std::size_t> number = caseOf(row);
-        return number ? QVariant("Case " + QString::number(*number)) : QVariant();
-    }
+    // The marks in it stand below bytes of the path.
+    if (role == Qt::ToolTipRole && reader_)
+        return "<pre>" + shownLines(explanation(row)).toHtmlEscaped() + "</pre>";
+    if (role == Qt::AccessibleDescriptionRole && reader_)
+        return shownLines(explanation(row));
     return {};
 }
 
@@ -98,6 +106,17 @@ const PathRead* PathsModel::read(int row) const
         return known;
     reads_.insert(file, new PathRead(reader_->read(path(row))));
     return reads_.object(file);
+}
+
+std::string PathsModel::explanation(int row) const
+{
+    if (!reading_)
+        return "";
+    try {
+        return reading_->visit([&](const auto& by) { return explain(path(row), by, false).text; });
+    } catch (const MatchError& failure) {
+        return printable(path(row)) + "\nnot matched: " + printable(failure.reason) + '\n';
+    }
 }
 
 std::optional<std::size_t> PathsModel::caseOf(int row) const

@@ -39,6 +39,9 @@ public:
     std::string path(int row) const;
     /// Null where there is no reading.
     const PathRead* read(int row) const;
+    /// How the path is read, or why not, in lines as --explain prints them; empty where there is no
+    /// reading.
+    std::string explanation(int row) const;
     /// The index of its case, once that is known.
     std::optional<std::size_t> caseOf(int row) const;
     /// The row of auxiliary files that selects it, if one does.

@@ -2,10 +2,14 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <optional>
 #include <stdexcept>
+#include <utility>
 
 #include "casetable/importing/Report.h"
+#include "casetable/listing/ListRoot.h"
+#include "casetable/listing/Shard.h"
+#include "casetable/options/ColumnNames.h"
+#include "casetable/options/OptionTable.h"
 #include "casetable/running/Run.h"
 #include "casetable/system/ExitCode.h"
 #include "casetable/system/Output.h"
@@ -39,6 +43,55 @@ bool isMatched(const Matching& matching, const std::string& path)
            matching.caseOf[begin] != Matching::none;
 }
 
+// An order by a column that the rows do not have is none.
+Options parsedWithOrder(Setup setup, const std::vector<std::string>& words)
+{
+    try {
+        return checked(setup, words);
+    } catch (const Failure&) {
+        if (setup.sort.empty())
+            throw;
+        setup.sort.clear();
+        return checked(setup, words);
+    }
+}
+
+std::vector<std::string> wordsOf(const Setup& setup, const SavedRows& rows)
+{
+    switch (rows.rows) {
+    case Rows::Files:
+        return {optionOf(OptionId::Files).name};
+    case Rows::Unmatched:
+        return {optionOf(OptionId::Unmatched).name};
+    case Rows::Missing: {
+        Options options = checked(setup);
+        options.missingColumns = rows.missingColumns;
+        std::vector<std::string> words;
+        for (const std::string& value : missingValues(options))
+            words.push_back(std::string(optionOf(OptionId::Missing).name) + '=' + value);
+        return words;
+    }
+    case Rows::Cases:
+        break;
+    }
+    return {};
+}
+
+// Writes the files in no case, of which the matching keeps only which they are.
+void writeUnmatched(const Options& options, const Matching& matching, const Format& format,
+                    Output& output)
+{
+    const KeptFiles kept = keptFiles(options, format);
+    ImportedFiles all = importFiles(options, kept, false, [&matching](const Listing::Taker& taker) {
+        for (const auto& shard : matching.files.shards())
+            taker.take(Shard(*shard));
+        taker.finish();
+    });
+    const Import import(std::move(all.partial), listRoot(options.source.root), options.reading,
+                        options.identifiers, kept);
+    writeImport(options, import, format, output);
+}
+
 std::string absolute(const std::string& path)
 {
     return path.empty() || path == "-" ? path : std::filesystem::absolute(path).string();
@@ -46,12 +99,21 @@ std::string absolute(const std::string& path)
 
 } // namespace
 
-void saveTable(const Setup& setup, const Matching& matching, const std::string& file)
+Options savingOptions(const Setup& setup, const SavedRows& rows, const std::string& file)
 {
-    Options options = checked(setup);
-    options.output = file;
-    options.format = formatOfEnding(file);
-    options.words.push_back("--output=" + file);
+    Setup plain = setup;
+    if (rows.rows == Rows::Unmatched || rows.rows == Rows::Missing)
+        plain.auxRows.clear();
+    Setup unsorted = plain;
+    unsorted.sort.clear();
+    std::vector<std::string> words = wordsOf(unsorted, rows);
+    words.push_back(std::string(optionOf(OptionId::Output).name) + '=' + file);
+    return parsedWithOrder(plain, words);
+}
+
+void saveTable(const Options& options, const Matching& matching)
+{
+    const std::string& file = *options.output;
     Output output(file);
     if (options.source.list)
         spareInput(file, *options.source.list, "the list itself");
@@ -60,7 +122,10 @@ void saveTable(const Setup& setup, const Matching& matching, const std::string& 
     const Format& format = options.format != nullptr ? *options.format : *formatNamed("csv");
     if (format.isDatabase())
         checkDatabase(caseColumns(options.reading.patterns(), {}), output);
-    writeImport(options, *matching.import, format, output);
+    if (options.rows == Rows::Unmatched)
+        writeUnmatched(options, matching, format, output);
+    else
+        writeImport(options, *matching.import, format, output);
     output.commit();
 }
 

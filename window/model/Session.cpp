@@ -12,7 +12,6 @@
 #include "casetable/listing/ReadList.h"
 #include "casetable/options/ColumnNames.h"
 #include "casetable/system/ExitCode.h"
-#include "window/model/Saving.h"
 #include "window/model/Text.h"
 
 namespace casetable {
@@ -22,6 +21,9 @@ namespace {
 // How often it is looked whether a walk has ended, and how often its progress is told.
 const int lookMilliseconds = 15;
 const int progressMilliseconds = 100;
+
+// So long a walk that was stopped may take to end.
+const int leaveMilliseconds = 300;
 
 // Keys that follow each other so soon are one change.
 const int stepMilliseconds = 1500;
@@ -118,10 +120,19 @@ bool isAnyBad(const std::vector<AuxResult>& results)
 
 } // namespace
 
+std::size_t columnIndex(std::vector<std::string>& names, const std::string& name)
+{
+    const auto found = std::find(names.begin(), names.end(), name);
+    const auto index = static_cast<std::size_t>(found - names.begin());
+    if (found == names.end())
+        names.push_back(name);
+    return index;
+}
+
 Session::Session(std::size_t jobs)
     : jobs_(jobs), matcher_(std::make_unique<Latest>()), orderer_(std::make_unique<Latest>()),
       filterer_(std::make_unique<Latest>()), answerer_(std::make_unique<Latest>()),
-      saver_(std::make_unique<Latest>()), gridMaker_(std::make_unique<Latest>())
+      gridMaker_(std::make_unique<Latest>())
 {
     timer_.setInterval(lookMilliseconds);
     connect(&timer_, &QTimer::timeout, this, &Session::lookAtWalk);
@@ -261,6 +272,16 @@ std::vector<Setup::AuxRow> Session::goodRows() const
     return rows;
 }
 
+std::vector<std::string> Session::columnNames() const
+{
+    std::vector<std::string> names;
+    if (reading_) {
+        for (const MetadataPattern& pattern : reading_->patterns())
+            names.push_back(pattern.pattern);
+    }
+    return names;
+}
+
 void Session::walkAgain()
 {
     if (setup_.hasSource())
@@ -269,13 +290,16 @@ void Session::walkAgain()
 
 void Session::stopWalk()
 {
-    if (walk_)
-        walk_->stop();
+    if (!isWalking())
+        return;
+    walk_->stop();
+    sinceStop_.start();
 }
 
 void Session::startWalk()
 {
     walk_.reset();
+    sinceStop_.invalidate();
     hasWalked_ = false;
     walkEnd_ = {};
     matching_.reset();
@@ -307,6 +331,10 @@ void Session::lookAtWalk()
     if (!walk_ || hasWalked_) {
         timer_.stop();
         return;
+    }
+    if (sinceStop_.isValid() && sinceStop_.hasExpired(leaveMilliseconds)) {
+        sinceStop_.invalidate();
+        walk_->leave();
     }
     const bool hasEnded = walk_->hasEnded();
     if (!hasEnded && sinceProgress_.elapsed() < progressMilliseconds)
@@ -505,15 +533,33 @@ std::string Session::sortValue(const SortKey& key) const
     return sortValues(options).front();
 }
 
+// Has another thread find an answer; that which is returned there tells it here.
+void Session::ask(std::function<std::function<void()>(const std::atomic<bool>& isCancelled)> find)
+{
+    isAsking_ = true;
+    answerer_->run([this, number = ++questions_,
+                    find = std::move(find)](const std::atomic<bool>& isCancelled) {
+        const std::function<void()> tell = find(isCancelled);
+        if (isCancelled)
+            return;
+        QMetaObject::invokeMethod(
+            this,
+            [this, number, tell] {
+                if (number != questions_)
+                    return;
+                isAsking_ = false;
+                tell();
+            },
+            Qt::QueuedConnection);
+    });
+}
+
 void Session::name(const NamedBytes& bytes)
 {
-    const std::size_t number = ++questions_;
-    isAsking_ = true;
     std::vector<std::string> templates;
     if (setup_.by == Setup::By::Templates)
         templates = setup_.templates;
-    answerer_->run([this, number, bytes, templates,
-                    files = files_](const std::atomic<bool>& isCancelled) {
+    ask([this, bytes, templates, files = files_](const std::atomic<bool>& isCancelled) {
         NamedTemplates result;
         QString error;
         try {
@@ -523,47 +569,26 @@ void Session::name(const NamedBytes& bytes)
         } catch (const std::exception& failure) {
             error = shown(failure.what());
         }
-        if (isCancelled)
-            return;
-        QMetaObject::invokeMethod(
-            this,
-            [this, number, result, error] {
-                if (number != questions_)
-                    return;
-                isAsking_ = false;
-                Q_EMIT named(result, error);
-            },
-            Qt::QueuedConnection);
+        return [this, result, error] { Q_EMIT named(result, error); };
     });
 }
 
 void Session::suggest()
 {
-    const std::size_t number = ++questions_;
-    isAsking_ = true;
-    answerer_->run(
-        [this, number, files = files_, jobs = jobs_](const std::atomic<bool>& isCancelled) {
-            std::vector<Suggestion> found;
-            QString error;
-            try {
-                found = suggestionsFor(files, jobs, isCancelled);
-            } catch (const std::exception& failure) {
-                error = shown(failure.what());
-            }
-            if (isCancelled)
-                return;
-            QMetaObject::invokeMethod(
-                this,
-                [this, number, found, error] {
-                    if (number != questions_)
-                        return;
-                    isAsking_ = false;
-                    if (!error.isEmpty())
-                        Q_EMIT failed(error);
-                    Q_EMIT suggested(found);
-                },
-                Qt::QueuedConnection);
-        });
+    ask([this, files = files_, jobs = jobs_](const std::atomic<bool>& isCancelled) {
+        std::vector<Suggestion> found;
+        QString error;
+        try {
+            found = suggestionsFor(files, jobs, isCancelled);
+        } catch (const std::exception& failure) {
+            error = shown(failure.what());
+        }
+        return [this, found, error] {
+            if (!error.isEmpty())
+                Q_EMIT failed(error);
+            Q_EMIT suggested(found);
+        };
+    });
 }
 
 void Session::makeGrid(std::size_t rowColumn, std::size_t columnColumn)
@@ -588,40 +613,59 @@ void Session::makeGrid(std::size_t rowColumn, std::size_t columnColumn)
                });
 }
 
-void Session::save(const std::string& file)
+void Session::save(const std::string& file, const SavedRows& rows)
 {
-    if (isSaving_ || !matching_ || !matching_->import) {
-        Q_EMIT saved(shown(file), isSaving_ ? tr("another file is still being written")
-                                            : tr("there is no table yet"));
+    if (!matching_ || !matching_->import) {
+        Q_EMIT failed(tr("there is no table yet"));
         return;
     }
     if (!walkEnd_.error.empty()) {
-        Q_EMIT saved(shown(file), shown(walkEnd_.error));
+        Q_EMIT failed(shown(walkEnd_.error));
         return;
     }
-    isSaving_ = true;
-    saver_->run([this, file, setup = effective_,
-                 matching = matching_](const std::atomic<bool>& /*isCancelled*/) {
-        QString error;
-        try {
-            saveTable(setup, *matching, file);
-        } catch (const std::exception& failure) {
-            error = shown(failure.what());
-        }
-        QMetaObject::invokeMethod(
-            this,
-            [this, file, error] {
-                isSaving_ = false;
-                Q_EMIT saved(shown(file), error);
-            },
-            Qt::QueuedConnection);
-    });
+    try {
+        const Options options = savingOptions(effective_, rows, file);
+        QString sentence = tr("Saved");
+        if (options.sortKeys.size() != sortKeys_.size())
+            sentence += tr(", not sorted, as these rows cannot be so");
+        if (walkEnd_.isStopped)
+            sentence += tr(", of the files read before the stop only");
+        write(file, sentence + ": " + shown(file),
+              [options, matching = matching_] { saveTable(options, *matching); });
+    } catch (const Failure& failure) {
+        Q_EMIT failed(shown(failure.what()));
+    }
+}
+
+void Session::write(const std::string& file, const QString& sentence, std::function<void()> act)
+{
+    if (!saving_.empty()) {
+        Q_EMIT failed(tr("%1 is still being written").arg(shown(saving_)));
+        return;
+    }
+    try {
+        errands_.run(*this, [this, sentence, act = std::move(act)]() -> Errands::Effect {
+            QString error;
+            try {
+                act();
+            } catch (const std::exception& failure) {
+                error = shown(failure.what());
+            }
+            return [this, sentence, error] {
+                saving_.clear();
+                Q_EMIT saved(sentence, error);
+            };
+        });
+        saving_ = file;
+    } catch (const Failure& failure) {
+        Q_EMIT failed(shown(failure.what()));
+    }
 }
 
 bool Session::isIdle() const
 {
     return !isWalking() && !isMatching_ && !isOrdering_ && !isFiltering_ && !isAsking_ &&
-           !isSaving_ && !isMakingGrid_;
+           !isMakingGrid_ && errands_.areDone();
 }
 
 } // namespace casetable

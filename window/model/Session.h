@@ -1,6 +1,7 @@
 #ifndef WINDOW_MODEL_SESSION_H
 #define WINDOW_MODEL_SESSION_H
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -15,11 +16,13 @@
 #include <QTimer>
 
 #include "casetable/importing/Sorting.h"
+#include "window/model/Errands.h"
 #include "window/model/Files.h"
 #include "window/model/Grid.h"
 #include "window/model/Latest.h"
 #include "window/model/Matching.h"
 #include "window/model/Naming.h"
+#include "window/model/Saving.h"
 #include "window/model/Setup.h"
 #include "window/model/Suggestions.h"
 #include "window/model/View.h"
@@ -33,6 +36,10 @@ struct ReadingProblem {
     std::size_t position; ///< The byte of it at which it cannot be read on.
     std::string reason;   ///< Half a sentence.
 };
+
+/// The index of a column among `names`, behind which it is put where it is not one of them. So one
+/// name has one index.
+std::size_t columnIndex(std::vector<std::string>& names, const std::string& name);
 
 /// What the window shows: the setup, and what it comes to. Files are listed and matched on threads
 /// of its own, so no operation here waits for them.
@@ -64,6 +71,8 @@ public:
 
     /// Lists the files of the source anew.
     void walkAgain();
+    /// Ends the walk with the files found so far; one that the system keeps waiting is left to
+    /// itself soon.
     void stopWalk();
     bool isWalking() const { return walk_ && !hasWalked_; }
     Walk::Progress progress() const { return walk_ ? walk_->progress() : Walk::Progress(); }
@@ -77,6 +86,10 @@ public:
 
     /// The reading in effect; null for none.
     const std::shared_ptr<const Reading>& reading() const { return reading_; }
+
+    /// The columns of values that are shown, each by its name. A column has the colour of its index
+    /// here; others that are shown beside them count on behind, in columnIndex().
+    std::vector<std::string> columnNames() const;
 
     /// What the files came to last; null for nothing yet. While isMatching(), of an older reading.
     const std::shared_ptr<const Matching>& matching() const { return matching_; }
@@ -110,9 +123,19 @@ public:
     /// comes by gridMade(). A newer one takes the place of it.
     void makeGrid(std::size_t rowColumn, std::size_t columnColumn);
 
-    /// Writes the table that is shown to `file`, as saveTable() does; saved() tells the end. That
-    /// of a walk that failed is refused, as casetable makes none.
-    void save(const std::string& file);
+    /// Writes rows of what is shown to `file`, as saveTable() does; saved() tells the end. Refused
+    /// by failed() where there are none, or those of a walk that failed: casetable makes none.
+    void save(const std::string& file, const SavedRows& rows = {});
+
+    /// Has `act` write `file`, on a thread of its own; saved() tells the end, with `sentence` where
+    /// it did not throw. Refused by failed() while another file is being written.
+    void write(const std::string& file, const QString& sentence, std::function<void()> act);
+
+    /// The file that is being written; empty for none.
+    const std::string& saving() const { return saving_; }
+
+    /// Runs what else the system may keep waiting.
+    Errands& errands() { return errands_; }
 
     /// Whether all that was begun has come to its end.
     bool isIdle() const;
@@ -132,8 +155,8 @@ Q_SIGNALS:
     void named(const NamedTemplates& result, const QString& error);
     void gridMade(const Grid& grid);
     void suggested(const std::vector<Suggestion>& suggestions);
-    /// That the table was written to a file, or a sentence that says why not.
-    void saved(const QString& file, const QString& error);
+    /// That a file was written, in a sentence, or else one that says why not.
+    void saved(const QString& sentence, const QString& error);
     /// A sentence about something that failed.
     void failed(const QString& sentence);
 
@@ -145,6 +168,7 @@ private:
 
     void keepForUndo();
     void runGuarded(Latest& thread, bool& isBusy, const std::size_t& latest, Latest::Job job);
+    void ask(std::function<std::function<void()>(const std::atomic<bool>& isCancelled)> find);
     void take(const Setup& setup);
     bool takeReading();
     void takeSort();
@@ -172,6 +196,7 @@ private:
     Files files_;
     QTimer timer_;
     QElapsedTimer sinceProgress_;
+    QElapsedTimer sinceStop_; // Invalid while nobody has stopped the walk, and once it was left.
 
     std::shared_ptr<const Matching> matching_;
     bool isMatching_ = false;
@@ -187,7 +212,8 @@ private:
 
     std::size_t questions_ = 0;
     bool isAsking_ = false;
-    bool isSaving_ = false;
+    std::string saving_;
+    Errands errands_;
     std::size_t grids_ = 0;
     bool isMakingGrid_ = false;
 
@@ -196,7 +222,6 @@ private:
     std::unique_ptr<Latest> orderer_;
     std::unique_ptr<Latest> filterer_;
     std::unique_ptr<Latest> answerer_;
-    std::unique_ptr<Latest> saver_;
     std::unique_ptr<Latest> gridMaker_;
 };
 

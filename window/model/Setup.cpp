@@ -174,6 +174,18 @@ Setup withSourceOf(Setup setup, const Setup& source)
     return result;
 }
 
+Setup forOpenFiles(Setup setup, const Setup& open)
+{
+    if (setup.hasSource())
+        return setup;
+    if (haveSameSource(setup, Setup()))
+        return withSourceOf(std::move(setup), open);
+    setup.root = open.root;
+    setup.list = open.list;
+    setup.nullSeparated = setup.nullSeparated || open.nullSeparated;
+    return setup;
+}
+
 ReadSetup readSetup(const std::vector<std::string>& arguments)
 {
     const CommandLine line = readCommandLine(arguments);
@@ -248,9 +260,12 @@ std::string commandLine(const Setup& setup)
     return line;
 }
 
-Options checked(const Setup& setup)
+Options checked(const Setup& setup, const std::vector<std::string>& more)
 {
-    return parsed(arguments(setup));
+    std::vector<std::string> words = more;
+    for (std::string& word : arguments(setup))
+        words.push_back(std::move(word));
+    return parsed(words);
 }
 
 // --suggest is the mode that takes a source and no reading.

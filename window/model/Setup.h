@@ -62,6 +62,10 @@ bool haveSameSource(const Setup& left, const Setup& right);
 /// `setup` with the source of `source`.
 Setup withSourceOf(Setup setup, const Setup& source);
 
+/// `setup`, or where that has no root and no list, the same for those of `open`: with the files of
+/// it that are open, where `setup` does not itself say which ones it wants.
+Setup forOpenFiles(Setup setup, const Setup& open);
+
 /// A setup that was read from the words of a command line.
 struct ReadSetup {
     Setup setup;
@@ -81,9 +85,9 @@ std::vector<std::string> arguments(const Setup& setup);
 /// "casetable" and the arguments as one line for a shell.
 std::string commandLine(const Setup& setup);
 
-/// What the setup means. Throws Failure as parseOptions() does: there must be a source and a
-/// reading, too.
-Options checked(const Setup& setup);
+/// What the setup means with the arguments `more`, which are options. Throws Failure as
+/// parseOptions() does: there must be a source and a reading, too.
+Options checked(const Setup& setup, const std::vector<std::string>& more = {});
 
 /// What the setup means as far as it says which files are taken; there must be a source. Throws
 /// Failure as parseOptions() does.

@@ -1,10 +1,8 @@
 #include "window/model/Walk.h"
 
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <exception>
-#include <functional>
 #include <mutex>
 #include <new>
 #include <utility>
@@ -15,7 +13,7 @@
 #include "casetable/listing/ReadAhead.h"
 #include "casetable/listing/ReadList.h"
 #include "casetable/system/ExitCode.h"
-#include "casetable/system/Thread.h"
+#include "window/model/Errand.h"
 
 namespace casetable {
 
@@ -31,7 +29,7 @@ struct Stopped {};
 // What the walk's thread shares with its owner, and keeps where it is left to itself.
 struct Walk::State {
     Source source;
-    const Clock::time_point begin = Clock::now();
+    Clock::time_point begin = Clock::now();
     std::atomic<bool> isStopped{false};
     std::atomic<bool> hasEnded{false};
     std::atomic<std::size_t> folders{0};
@@ -40,10 +38,20 @@ struct Walk::State {
     mutable std::mutex mutex; // Guards what follows.
     std::string current;
     Files::Shards shards;
+    ShardCutter cutter{ShardSize(), [this](Shard shard) {
+                           shards.push_back(std::make_shared<const Shard>(std::move(shard)));
+                       }};
     End end;
     Clock::time_point endTime;
 
-    void run();
+    void run() { finish(runToEnd()); }
+
+    // Puts the files in order, and ends. The error is that of the walk, if there is one.
+    void finish(std::string error);
+
+    // Hands over what there is so far of a walk that was stopped, as that of one that has only to
+    // finish.
+    std::shared_ptr<State> handOver();
 
 private:
     void throwIfStopped() const
@@ -51,15 +59,16 @@ private:
         if (isStopped)
             throw Stopped();
     }
-    void take(ShardCutter& cutter, std::string_view path);
+    void take(std::string_view path);
     void warn(const std::string& text);
-    void walkTree(ShardCutter& cutter);
-    void readList(ShardCutter& cutter);
+    void walkTree();
+    void readList();
     std::string runToEnd();
 };
 
-void Walk::State::take(ShardCutter& cutter, std::string_view path)
+void Walk::State::take(std::string_view path)
 {
+    const std::lock_guard<std::mutex> lock(mutex);
     throwIfStopped();
     ++fileCount;
     cutter.take(path);
@@ -71,7 +80,7 @@ void Walk::State::warn(const std::string& text)
     end.warnings.push_back(text);
 }
 
-void Walk::State::walkTree(ShardCutter& cutter)
+void Walk::State::walkTree()
 {
     const auto fileSystem = std::make_shared<FileSystem>();
     fileSystem->followLinks = source.follow;
@@ -80,7 +89,7 @@ void Walk::State::walkTree(ShardCutter& cutter)
     fileSystem->warn = [this](const std::string& text) { warn(text); };
     const auto ahead = std::make_shared<ReadAhead>();
     CrawlVisitor visitor;
-    visitor.file = [&](std::string_view path) { take(cutter, path); };
+    visitor.file = [&](std::string_view path) { take(path); };
     visitor.folder = [this](const std::string& path) {
         throwIfStopped();
         ++folders;
@@ -101,12 +110,12 @@ void Walk::State::walkTree(ShardCutter& cutter)
     end.hiddenLeftOut = fileSystem->hiddenLeftOut;
 }
 
-void Walk::State::readList(ShardCutter& cutter)
+void Walk::State::readList()
 {
     ListFile file(*source.list);
     ListReader reader(
         {listName(*source.list), source.nullSeparated, source.selection, file.reread()},
-        [&](std::string_view path) { take(cutter, path); });
+        [&](std::string_view path) { take(path); });
     file.readInto(reader);
     for (const std::string& warning : reader.warnings())
         warn(warning);
@@ -115,18 +124,13 @@ void Walk::State::readList(ShardCutter& cutter)
 // The error, if there is one.
 std::string Walk::State::runToEnd()
 {
-    ShardCutter cutter(ShardSize(), [this](Shard shard) {
-        const std::lock_guard<std::mutex> lock(mutex);
-        shards.push_back(std::make_shared<const Shard>(std::move(shard)));
-    });
     try {
         if (source.list)
-            readList(cutter);
+            readList();
         else
-            walkTree(cutter);
-        cutter.finish();
+            walkTree();
     } catch (const Stopped&) {
-        cutter.finish();
+        return "";
     } catch (const std::bad_alloc&) {
         return "not enough memory";
     } catch (const std::exception& failure) {
@@ -135,12 +139,16 @@ std::string Walk::State::runToEnd()
     return "";
 }
 
-void Walk::State::run()
+void Walk::State::finish(std::string error)
 {
-    std::string error = runToEnd();
     Files::Shards ordered;
     try {
-        ordered = Files(shards).inByteOrder().shards();
+        {
+            const std::lock_guard<std::mutex> lock(mutex);
+            cutter.finish();
+            ordered = shards;
+        }
+        ordered = Files(std::move(ordered)).inByteOrder().shards();
     } catch (const std::bad_alloc&) {
         error = "not enough memory";
     }
@@ -154,51 +162,50 @@ void Walk::State::run()
     hasEnded = true;
 }
 
-namespace {
-
-// Walks that were left to themselves, with what tells whether they have ended.
-struct Left {
-    std::function<bool()> hasEnded;
-    std::unique_ptr<Thread> thread;
-};
-
-std::vector<Left>& leftWalks()
+std::shared_ptr<Walk::State> Walk::State::handOver()
 {
-    static std::vector<Left> walks;
-    return walks;
+    auto other = std::make_shared<State>();
+    other->begin = begin;
+    other->isStopped = true;
+    other->folders = folders.load();
+    const std::lock_guard<std::mutex> lock(mutex);
+    cutter.finish();
+    other->shards = std::exchange(shards, {});
+    for (const auto& shard : other->shards)
+        other->fileCount += shard->fileCount();
+    other->current = current;
+    other->end.warnings = end.warnings;
+    return other;
 }
-
-// Takes those off that have ended.
-void reapLeft()
-{
-    std::vector<Left>& walks = leftWalks();
-    walks.erase(std::remove_if(walks.begin(), walks.end(),
-                               [](const Left& walk) { return walk.hasEnded(); }),
-                walks.end());
-}
-
-} // namespace
 
 Walk::Walk(const Source& source) : state_(std::make_shared<State>())
 {
-    reapLeft();
     state_->source = source;
-    thread_ = Thread::start([state = state_] { state->run(); });
-    if (!thread_)
-        throw Failure(ExitCode::ImportFailed, "the system has no thread left for the walk");
+    errand_ = std::make_unique<Errand>([state = state_] { state->run(); });
 }
 
 Walk::~Walk()
 {
     stop();
-    if (!hasEnded())
-        leftWalks().push_back(
-            {[state = state_] { return state->hasEnded.load(); }, std::move(thread_)});
 }
 
 void Walk::stop()
 {
     state_->isStopped = true;
+}
+
+void Walk::leave()
+{
+    stop();
+    if (hasEnded())
+        return;
+    state_ = state_->handOver();
+    try {
+        errand_ = std::make_unique<Errand>([state = state_] { state->finish(""); });
+    } catch (const Failure&) {
+        errand_.reset();
+        state_->finish("");
+    }
 }
 
 bool Walk::hasEnded() const
@@ -224,12 +231,6 @@ Walk::End Walk::end() const
 {
     const std::lock_guard<std::mutex> lock(state_->mutex);
     return state_->end;
-}
-
-bool Walk::isAnyLeft()
-{
-    reapLeft();
-    return !leftWalks().empty();
 }
 
 } // namespace casetable

@@ -11,12 +11,12 @@
 
 namespace casetable {
 
-class Thread;
+class Errand;
 
 /// Lists the files of a source on a thread of its own, and keeps them.
 ///
 /// Used by one thread, that of the window, which never waits for the walk: one that the system
-/// keeps waiting is put aside.
+/// keeps waiting is left to itself.
 class Walk {
 public:
     /// How far it has come.
@@ -47,24 +47,26 @@ public:
     /// Asks it to end; returns at once.
     void stop();
 
+    /// Stops it, and leaves it to itself where the system keeps it waiting: with the files that it
+    /// has found so far, all of them, it ends soon. They are put in order on a thread of their own,
+    /// or, where the system has none left, on this one.
+    void leave();
+
     /// Whether it is done, or stopped and no longer kept waiting by the system.
     bool hasEnded() const;
     Progress progress() const;
 
-    /// The files so far, in the order of the walk; once it has ended well, all, in byte order.
+    /// The files so far, in the order of the walk, but for the last few; once it has ended, all, in
+    /// byte order.
     Files files() const;
 
     /// To be asked once it has ended.
     End end() const;
 
-    /// Whether a walk that was left to itself still waits in the system. Then the program must end
-    /// without destroying what is static.
-    static bool isAnyLeft();
-
 private:
     struct State;
-    const std::shared_ptr<State> state_;
-    std::unique_ptr<Thread> thread_;
+    std::shared_ptr<State> state_;
+    std::unique_ptr<Errand> errand_;
 };
 
 } // namespace casetable

@@ -1,8 +1,6 @@
 #include "window/view/AuxEditor.h"
 
-#include <QHBoxLayout>
 #include <QHeaderView>
-#include <QLabel>
 
 #include "window/model/Session.h"
 #include "window/model/Text.h"
@@ -24,19 +22,8 @@ AuxEditor::AuxEditor(Session& session)
     table_->horizontalHeader()->setStretchLastSection(true);
     table_->setColumnWidth(WildcardColumn, em(font(), 18));
     table_->setColumnWidth(TagColumn, em(font(), 12));
-    auto* const hint = new QLabel(tr("Of each case, the files whose path ends as a wildcard says, "
-                                     "such as “*.log”, are collected under its tag."));
-    hint->setWordWrap(true);
-    QPalette quiet = palette();
-    quiet.setColor(QPalette::WindowText, quietColour(palette()));
-    hint->setPalette(quiet);
-    hint->setAlignment(Qt::AlignTop);
-    hint->setContentsMargins(em(font(), 0.5), 0, 0, 0);
-    auto* const layout = new QHBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(table_, 3);
-    layout->addWidget(hint, 2);
-    setFocusProxy(table_);
+    table_->layOutIn(*this, tr("Of each case, the files whose path ends as a wildcard says, "
+                               "such as “*.log”, are collected under its tag."));
     connect(table_, &QTableWidget::cellChanged, this, &AuxEditor::takeText);
     connect(table_, &RowTable::rowRemoved, this, [this](int row) {
         Setup setup = session_.setup();
@@ -45,9 +32,7 @@ AuxEditor::AuxEditor(Session& session)
     });
     connect(table_, &RowTable::rowMoved, this, [this](int from, int to) {
         Setup setup = session_.setup();
-        const Setup::AuxRow row = setup.auxRows[static_cast<std::size_t>(from)];
-        setup.auxRows.erase(setup.auxRows.begin() + from);
-        setup.auxRows.insert(setup.auxRows.begin() + to, row);
+        moveRow(setup.auxRows, from, to);
         session_.change(setup);
         table_->setCurrentCell(to, WildcardColumn);
     });

@@ -226,18 +226,18 @@ void CasesView::selectionChanged(const QItemSelection& now, const QItemSelection
         Q_EMIT casesChosen();
 }
 
-QString CasesView::copyable() const
+std::vector<std::uint32_t> CasesView::casesToCopy() const
 {
-    std::vector<int> rows;
-    for (const QModelIndex& index : selectionModel()->selectedRows())
-        rows.push_back(index.row());
-    std::sort(rows.begin(), rows.end());
-    if (rows.empty()) {
-        for (int row = 0; row < model_.rowCount(); ++row)
-            rows.push_back(row);
+    std::vector<bool> isWanted(static_cast<std::size_t>(model_.rowCount()),
+                               !selectionModel()->hasSelection());
+    for (const QItemSelectionRange& range : selectionModel()->selection())
+        std::fill(isWanted.begin() + range.top(), isWanted.begin() + range.bottom() + 1, true);
+    std::vector<std::uint32_t> cases;
+    for (int row = 0; row < model_.rowCount(); ++row) {
+        if (isWanted[static_cast<std::size_t>(row)])
+            cases.push_back(static_cast<std::uint32_t>(model_.caseOf(row)));
     }
-    const std::string text = model_.tabbed(rows);
-    return QString::fromUtf8(text.data(), static_cast<int>(text.size()));
+    return cases;
 }
 
 } // namespace casetable

@@ -25,8 +25,8 @@ public:
     /// Selects cases without telling so.
     void follow(const std::vector<std::uint32_t>& cases);
 
-    /// The selected rows, or all, as tab-separated text.
-    QString copyable() const;
+    /// The cases of the selected rows, or of all where none is, in the order of the rows.
+    std::vector<std::uint32_t> casesToCopy() const;
 
 Q_SIGNALS:
     /// The user selected other cases.

@@ -65,14 +65,8 @@ void CommandBar::accept()
         if (!words.empty() && (words.front() == "casetable" || words.front() == "$"))
             words.erase(words.begin());
         ReadSetup read = readSetup(words);
-        // A reading alone is for the files that are open.
-        if (!read.setup.hasSource()) {
-            read.setup.root = session_.setup().root;
-            read.setup.list = session_.setup().list;
-            read.setup.nullSeparated = session_.setup().nullSeparated;
-        }
         edit_->setModified(false);
-        session_.change(read.setup);
+        session_.change(forOpenFiles(read.setup, session_.setup()));
         takeCommand();
         QStringList leftOut;
         for (const std::string& option : read.leftOut)

@@ -130,9 +130,8 @@ void GridPicture::paintEvent(QPaintEvent* /*event*/)
 {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    const QColor text = palette().color(QPalette::Text);
-    painter.setPen(text);
     const QFontMetrics metrics(font());
+    painter.setPen(columnColour(grid_.rowColumn, palette()));
     for (std::size_t row = 0; row < grid_.rows.size(); ++row) {
         const QRect field = fieldRect(row, 0);
         const int width = headWidth_ - em(font(), 0.4);
@@ -140,6 +139,7 @@ void GridPicture::paintEvent(QPaintEvent* /*event*/)
                          Qt::AlignRight | Qt::AlignVCenter,
                          metrics.elidedText(shown(grid_.rows[row]), Qt::ElideMiddle, width));
     }
+    painter.setPen(columnColour(grid_.columnColumn, palette()));
     for (std::size_t column = 0; column < grid_.columns.size(); ++column) {
         const QRect field = fieldRect(0, column);
         const int length = areHeadsTurned_ ? headHeight_ - em(font(), 0.8) : field.width();
@@ -172,7 +172,7 @@ void GridPicture::paintEvent(QPaintEvent* /*event*/)
                 painter.drawText(rect, Qt::AlignCenter, QString::number(countOf(field)));
             }
             if (current_ && current_->row == row && current_->column == column) {
-                painter.setPen(QPen(text, 2));
+                painter.setPen(QPen(palette().color(QPalette::Text), 2));
                 painter.setBrush(Qt::NoBrush);
                 painter.drawRect(rect);
             }
@@ -385,6 +385,20 @@ void GridView::takeGrid(const Grid& grid)
         told += ' ' + tr("Not shown, as they lack a value: %1.")
                           .arg(counted(grid.leftOut, tr("case"), tr("cases")));
     tell(told);
+}
+
+QStringList GridView::names() const
+{
+    QStringList names;
+    for (int i = 0; i < rows_->count(); ++i)
+        names.push_back(rows_->itemText(i));
+    return names;
+}
+
+std::vector<std::size_t> GridView::chosen() const
+{
+    return {static_cast<std::size_t>(rows_->currentIndex()),
+            static_cast<std::size_t>(columns_->currentIndex())};
 }
 
 QPixmap GridView::drawn() const

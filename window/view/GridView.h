@@ -7,6 +7,7 @@
 #include <vector>
 
 #include <QPoint>
+#include <QStringList>
 #include <QWidget>
 
 #include "window/model/Grid.h"
@@ -91,6 +92,10 @@ public:
     GridPicture& picture() { return *picture_; }
     QComboBox& rows() { return *rows_; }
     QComboBox& columns() { return *columns_; }
+
+    /// The names of all columns of values, and the two that are chosen.
+    QStringList names() const;
+    std::vector<std::size_t> chosen() const;
 
     /// The whole picture; null where there is no grid.
     QPixmap drawn() const;

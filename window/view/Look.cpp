@@ -7,6 +7,7 @@
 #include <QFontInfo>
 #include <QFontMetricsF>
 #include <QHeaderView>
+#include <QLabel>
 #include <QProxyStyle>
 #include <QScreen>
 #include <QTableView>
@@ -129,6 +130,13 @@ QColor quietColour(const QPalette& palette)
 QColor errorColour(const QPalette& palette)
 {
     return isDark(palette) ? QColor(0xff, 0x8f, 0x85) : QColor(0xb4, 0x23, 0x18);
+}
+
+void setQuiet(QLabel& label)
+{
+    QPalette quiet = label.palette();
+    quiet.setColor(QPalette::WindowText, quietColour(quiet));
+    label.setPalette(quiet);
 }
 
 QFont pathFont()

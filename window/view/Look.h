@@ -11,6 +11,7 @@
 #include <QString>
 #include <QTextCharFormat>
 
+class QLabel;
 class QTableView;
 class QWidget;
 
@@ -37,6 +38,9 @@ QTextCharFormat columnFormat(std::size_t column, const QPalette& palette);
 /// For what is there but not to be looked at, and for what is wrong.
 QColor quietColour(const QPalette& palette);
 QColor errorColour(const QPalette& palette);
+
+/// Has a text stand back.
+void setQuiet(QLabel& label);
 
 /// For paths, templates and commands: of a fixed width, and as large as other text.
 QFont pathFont();

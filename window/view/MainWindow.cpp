@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <exception>
+#include <new>
+#include <utility>
 
 #include <QAction>
 #include <QApplication>
@@ -9,10 +11,14 @@
 #include <QClipboard>
 #include <QCloseEvent>
 #include <QDesktopServices>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QDir>
 #include <QDragEnterEvent>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QHBoxLayout>
+#include <QImage>
 #include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
@@ -33,10 +39,12 @@
 
 #include "casetable/system/ExitCode.h"
 #include "casetable/writing/Formats.h"
+#include "window/model/Errand.h"
 #include "window/model/Saving.h"
 #include "window/model/Text.h"
 #include "window/view/AuxEditor.h"
 #include "window/view/CasesView.h"
+#include "window/view/ColumnsDialog.h"
 #include "window/view/CommandBar.h"
 #include "window/view/FilterBar.h"
 #include "window/view/GridView.h"
@@ -93,13 +101,6 @@ QString withEnding(const QString& file, const QString& filter)
         return file;
     const int begin = filter.indexOf('*') + 1;
     return file + filter.mid(begin, filter.indexOf(QRegExp("[ )]"), begin) - begin);
-}
-
-void setQuiet(QLabel* label)
-{
-    QPalette quiet = label->palette();
-    quiet.setColor(QPalette::WindowText, quietColour(quiet));
-    label->setPalette(quiet);
 }
 
 // Puts a folder or a setup first among the recent ones.
@@ -169,14 +170,7 @@ MainWindow::MainWindow(Session& session)
     connect(&session, &Session::matchingChanged, this, &MainWindow::takeMatching);
     connect(&session, &Session::shownChanged, this, &MainWindow::takeMatching);
     connect(&session, &Session::failed, this, &MainWindow::tellFailure);
-    connect(&session, &Session::saved, this, [this](const QString& file, const QString& error) {
-        if (!error.isEmpty())
-            tellFailure(error);
-        else if (session_.walkEnd().isStopped)
-            tell(tr("Saved, of the files read before the stop only: %1").arg(file));
-        else
-            tell(tr("Saved: %1").arg(file));
-    });
+    connect(&session, &Session::saved, this, &MainWindow::takeSaved);
     connect(command_, &CommandBar::told, this, &MainWindow::tell);
     connect(paths_, &PathsView::nameWanted, this, &MainWindow::askForName);
     connect(paths_, &PathsView::rowsChosen, this, &MainWindow::followPath);
@@ -298,7 +292,7 @@ QWidget* MainWindow::makePathsPanel()
     hint_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     hint_->setWordWrap(true);
     hint_->setTextFormat(Qt::PlainText);
-    setQuiet(hint_);
+    setQuiet(*hint_);
     naming_ = new NamingBar(session_);
     layout->addWidget(filters_);
     layout->addWidget(paths_, 1);
@@ -332,6 +326,7 @@ void MainWindow::makeStatusBar()
     busy_->setFixedSize(em(font(), 5), em(font(), 0.6));
     busy_->setAccessibleName(tr("Files are being read"));
     statusBar()->addWidget(message_, 1);
+    fading_.setObjectName("fading");
     fading_.setSingleShot(true);
     connect(&fading_, &QTimer::timeout, this, &MainWindow::endMessage);
     statusBar()->addPermanentWidget(busy_);
@@ -377,7 +372,19 @@ void MainWindow::makeFileMenu()
     add(menu, tr("Open &list of paths…"), QKeySequence("Ctrl+L"), [this] { askForList(); });
     add(menu, tr("Open s&etup…"), QKeySequence("Ctrl+Shift+O"), [this] { askForSetup(); });
     menu->addSeparator();
-    save_ = add(menu, tr("&Save table…"), QKeySequence::Save, [this] { askWhereToSave(); });
+    const auto addSave = [this, menu](const QString& text, const QKeySequence& key,
+                                      const std::function<void()>& act) {
+        saves_.push_back(add(menu, text, key, act));
+    };
+    addSave(tr("&Save cases…"), QKeySequence::Save, [this] {
+        askWhereToSave({Rows::Cases, {}}, "cases");
+    });
+    addSave(tr("Save &files…"), {}, [this] { askWhereToSave({Rows::Files, {}}, "files"); });
+    addSave(tr("Save &unmatched files…"), {}, [this] {
+        askWhereToSave({Rows::Unmatched, {}}, "unmatched");
+    });
+    addSave(tr("Save &missing combinations…"), {}, [this] { askForMissing(); });
+    menu->addSeparator();
     saveSetup_ = add(menu, tr("Save se&tup…"), QKeySequence("Ctrl+Shift+S"),
                      [this] { askWhereToSaveSetup(); });
     add(menu, tr("Save &picture of the grid…"), QKeySequence("Ctrl+Shift+G"),
@@ -394,10 +401,7 @@ void MainWindow::makeEditMenu()
     redo_->setShortcuts({QKeySequence("Ctrl+Shift+Z"), QKeySequence("Ctrl+Y")});
     menu->addSeparator();
     add(menu, tr("&Copy"), QKeySequence::Copy, [this] { copy(); });
-    add(menu, tr("Copy &table"), QKeySequence("Ctrl+T"), [this] {
-        QApplication::clipboard()->setText(cases_->copyable());
-        tell(tr("The table is copied, for a spreadsheet to paste."));
-    });
+    add(menu, tr("Copy &table"), QKeySequence("Ctrl+T"), [this] { copyTable(); });
     add(menu, tr("Copy co&mmand"), QKeySequence("Ctrl+Shift+C"), [this] { command_->copy(); });
     menu->addSeparator();
     add(menu, tr("&Name the selected value…"), QKeySequence("F2"), [this] { askForName(); });
@@ -418,10 +422,11 @@ void MainWindow::makeFilesMenu()
     menu->addSeparator();
     QAction* const folder = add(menu, tr("&Open the file's folder"), QKeySequence("Ctrl+Return"),
                                 [this] { openContainingFolder(); });
-    auto* const copyPaths = new QAction(tr("Copy path"), paths_);
-    connect(copyPaths, &QAction::triggered, this,
-            [this] { QApplication::clipboard()->setText(paths_->copyable()); });
-    paths_->addActions({copyPaths, folder});
+    QAction* const explain =
+        add(menu, tr("E&xplain the path…"), QKeySequence("Ctrl+E"), [this] { explainPath(); });
+    auto* const copyAction = new QAction(tr("Copy path"), paths_);
+    connect(copyAction, &QAction::triggered, this, &MainWindow::copyPaths);
+    paths_->addActions({copyAction, explain, folder});
 }
 
 void MainWindow::makeViewMenu()
@@ -478,6 +483,12 @@ void MainWindow::tell(const QString& sentence)
     fading_.start(messageMilliseconds);
 }
 
+void MainWindow::tellMeanwhile(const QString& sentence)
+{
+    tell(sentence);
+    fading_.stop();
+}
+
 // That files are missing is told as long as they are.
 void MainWindow::endMessage()
 {
@@ -500,6 +511,7 @@ void MainWindow::tellFailure(const QString& sentence)
 
 void MainWindow::openFolder(const std::string& folder)
 {
+    ++opened_;
     Setup setup = session_.setup();
     setup.root = folder;
     setup.list.reset();
@@ -513,6 +525,7 @@ void MainWindow::openFolder(const std::string& folder)
 
 void MainWindow::openList(const std::string& file)
 {
+    ++opened_;
     Setup setup = session_.setup();
     setup.root.clear();
     setup.list = file;
@@ -520,70 +533,128 @@ void MainWindow::openList(const std::string& file)
     session_.change(setup);
 }
 
-void MainWindow::openSetup(const std::string& file)
+// Looks at files on another thread, as the system may keep that waiting.
+void MainWindow::runErrand(std::function<std::function<void()>()> act)
 {
     try {
-        const ReadSetup read = readSetupFile(file);
-        session_.open(read.setup);
-        setupFile_ = file;
-        remember(file);
-        QStringList leftOut;
-        for (const std::string& option : read.leftOut)
-            leftOut.push_back(shown(option));
-        tell(leftOut.isEmpty() ? tr("Opened: %1").arg(shown(file))
-                               : tr("Opened, but for what says nothing about reading: %1.")
-                                     .arg(leftOut.join(", ")));
+        session_.errands().run(*this, std::move(act));
     } catch (const Failure& failure) {
         tellFailure(shown(failure.what()));
     }
 }
 
+// What tells, on the window's thread, whether nothing else has been opened since.
+std::function<bool()> MainWindow::openingNow()
+{
+    return [this, number = ++opened_, before = session_.setup()] {
+        return number == opened_ && haveSameSource(before, session_.setup());
+    };
+}
+
+void MainWindow::openSetup(const std::string& file)
+{
+    tellMeanwhile(tr("Opening %1…").arg(shown(file)));
+    runErrand([this, file, isWanted = openingNow()]() -> std::function<void()> {
+        ReadSetup read;
+        QString error;
+        try {
+            read = readSetupFile(file);
+        } catch (const std::exception& failure) {
+            error = shown(failure.what());
+        }
+        return [this, file, isWanted, read, error] {
+            if (!isWanted())
+                return;
+            if (error.isEmpty())
+                takeOpened(file, read);
+            else
+                tellFailure(error);
+        };
+    });
+}
+
+void MainWindow::takeOpened(const std::string& file, const ReadSetup& read)
+{
+    session_.open(read.setup);
+    setupFile_ = file;
+    remember(file);
+    QStringList leftOut;
+    for (const std::string& option : read.leftOut)
+        leftOut.push_back(shown(option));
+    tell(leftOut.isEmpty()
+             ? tr("Opened: %1").arg(shown(file))
+             : tr("Opened, but for what says nothing about reading: %1.").arg(leftOut.join(", ")));
+}
+
 void MainWindow::openPath(const std::string& path)
 {
-    const QFileInfo info(QFile::decodeName(path.c_str()));
-    if (isSetupFile(path) && !info.isDir())
-        openSetup(path);
-    else if (info.isFile())
-        openList(path);
-    else
-        openFolder(path);
+    tellMeanwhile(tr("Opening %1…").arg(shown(path)));
+    runErrand([this, path, isWanted = openingNow()]() -> std::function<void()> {
+        const QFileInfo info(QFile::decodeName(path.c_str()));
+        const bool isFolder = info.isDir();
+        const bool isFile = info.isFile();
+        return [this, path, isWanted, isFolder, isFile] {
+            if (!isWanted())
+                return;
+            endMessage();
+            if (isSetupFile(path) && !isFolder)
+                openSetup(path);
+            else if (isFile)
+                openList(path);
+            else
+                openFolder(path);
+        };
+    });
 }
 
 void MainWindow::saveSetup(const std::string& file)
 {
-    try {
-        casetable::saveSetup(session_.setup(), file);
-        setupFile_ = file;
-        const Setup& setup = session_.setup();
-        const bool isByMarkers = setup.by == Setup::By::Markers;
-        if (isByMarkers ? !setup.templates.empty() : !setup.markers.empty())
-            tell((isByMarkers ? tr("Saved, without the templates, which are not used: %1")
-                              : tr("Saved, without the markers, which are not used: %1"))
-                     .arg(shown(file)));
-        else
-            tell(tr("Saved: %1").arg(shown(file)));
-    } catch (const std::exception& failure) {
-        tellFailure(shown(failure.what()));
-    }
+    const Setup& setup = session_.setup();
+    const bool isByMarkers = setup.by == Setup::By::Markers;
+    const bool leavesOut = isByMarkers ? !setup.templates.empty() : !setup.markers.empty();
+    const QString sentence = !leavesOut ? tr("Saved: %1")
+                             : isByMarkers
+                                 ? tr("Saved, without the templates, which are not used: %1")
+                                 : tr("Saved, without the markers, which are not used: %1");
+    setupFile_ = file;
+    session_.write(file, sentence.arg(shown(file)),
+                   [setup, file] { casetable::saveSetup(setup, file); });
 }
 
 void MainWindow::savePicture(const QString& file)
 {
-    const QPixmap picture = grid_->drawn();
-    const QByteArray format = QFileInfo(file).suffix().toLatin1();
-    QSaveFile output(file); // Keeps the file of before where it fails.
+    const QImage picture = grid_->drawn().toImage();
     if (picture.isNull())
-        tellFailure(tr("There is no grid to save."));
-    else if (output.open(QIODevice::WriteOnly) && picture.save(&output, format) && output.commit())
-        tell(tr("Saved: %1").arg(file));
-    else
-        tellFailure(tr("%1: the picture cannot be written").arg(file));
+        return tellFailure(tr("There is no grid to save."));
+    session_.write(bytesOfFile(file), tr("Saved: %1").arg(file), [picture, file] {
+        const QByteArray format = QFileInfo(file).suffix().toLatin1();
+        QSaveFile output(file); // Keeps the file of before where it fails.
+        if (!output.open(QIODevice::WriteOnly) || !picture.save(&output, format) ||
+            !output.commit())
+            throw Failure(ExitCode::OutputFailed,
+                          bytesOfFile(file) + ": the picture cannot be written");
+    });
 }
 
+void MainWindow::takeSaved(const QString& sentence, const QString& error)
+{
+    if (error.isEmpty())
+        tell(sentence);
+    else
+        tellFailure(error);
+    // A file that could not be written keeps the window open, with all that it would have held.
+    if (std::exchange(isClosing_, false) && error.isEmpty())
+        close();
+}
+
+// The dialog looks at the folder where it begins, which must not be one that hangs.
 void MainWindow::askForFolder()
 {
-    const QString folder = QFileDialog::getExistingDirectory(
-        this, tr("Open a folder"), QFile::decodeName(session_.setup().root.c_str()));
+    const QString folder =
+        QFileDialog::getExistingDirectory(this, tr("Open a folder"),
+                                          Errand::isAnyLeft() || session_.isWalking()
+                                              ? QDir::homePath()
+                                              : QFile::decodeName(session_.setup().root.c_str()));
     if (!folder.isEmpty())
         openFolder(bytesOfFile(folder));
 }
@@ -603,14 +674,27 @@ void MainWindow::askForSetup()
         openSetup(bytesOfFile(file));
 }
 
-void MainWindow::askWhereToSave()
+void MainWindow::askWhereToSave(const SavedRows& rows, const QString& name)
 {
     const QStringList filters = filtersOfFormats();
     QString filter = filters.front();
-    const QString file = QFileDialog::getSaveFileName(this, tr("Save the table"), "cases.csv",
+    const QString file = QFileDialog::getSaveFileName(this, tr("Save the table"), name + ".csv",
                                                       filters.join(";;"), &filter);
     if (!file.isEmpty())
-        session_.save(bytesOfFile(withEnding(file, filter)));
+        session_.save(bytesOfFile(withEnding(file, filter)), rows);
+}
+
+// Those of the grid are offered.
+void MainWindow::askForMissing()
+{
+    const QStringList names = grid_->names();
+    if (names.size() < 2)
+        return tell(tr("Combinations need a reading with two columns or more."));
+    ColumnsDialog dialog(tr("Combinations of the values of these columns, of which there is no "
+                            "case:"),
+                         names, grid_->chosen(), this);
+    if (dialog.exec() == QDialog::Accepted)
+        askWhereToSave({Rows::Missing, dialog.chosen()}, "missing");
 }
 
 void MainWindow::askWhereToSaveSetup()
@@ -700,9 +784,70 @@ void MainWindow::copy()
     else if (auto* const text = qobject_cast<QPlainTextEdit*>(focused))
         text->copy();
     else if (focused == cases_)
-        QApplication::clipboard()->setText(cases_->copyable());
+        copyTable();
     else if (focused == paths_)
-        QApplication::clipboard()->setText(paths_->copyable());
+        copyPaths();
+}
+
+void MainWindow::copyPaths()
+{
+    const QString asWords = tr("%1 of them are no plain text, and stand as words of a shell.");
+    if (const auto selected = paths_->selectedBytes()) {
+        ++copied_;
+        return takeCopy(copyOfBytes(selected->bytes()), tr("The bytes are copied."),
+                        tr("They are no plain text, and stand as a word of a shell."));
+    }
+    const std::vector<std::uint32_t> files = paths_->selectedFiles();
+    copyLater(tr("Copied: %1.").arg(counted(files.size(), tr("path"), tr("paths"))), asWords,
+              [files, all = session_.files()] { return copyOfPaths(all, files); });
+}
+
+void MainWindow::copyTable()
+{
+    const auto& matching = session_.matching();
+    if (!matching || !matching->import || session_.isMatching())
+        return tell(tr("There is no table yet."));
+    copyLater(tr("The table is copied, for a spreadsheet to paste."),
+              tr("%1 of its cells are no text in UTF-8, and stand as words of a shell."),
+              [matching = matching, cases = cases_->casesToCopy()] {
+                  return copyOfCases(matching->import->table(), cases);
+              });
+}
+
+// Has another thread make a large text.
+void MainWindow::copyLater(const QString& sentence, const QString& asWords,
+                           std::function<Copy()> make)
+{
+    runErrand([this, sentence, asWords, make = std::move(make),
+               number = ++copied_]() -> std::function<void()> {
+        Copy copy;
+        QString error;
+        try {
+            copy = make();
+        } catch (const std::bad_alloc&) {
+            error = tr("not enough memory");
+        } catch (const std::exception& failure) {
+            error = shown(failure.what());
+        }
+        return [this, sentence, asWords, number, copy, error] {
+            if (number != copied_)
+                return;
+            if (error.isEmpty())
+                takeCopy(copy, sentence, asWords);
+            else
+                tellFailure(error);
+        };
+    });
+}
+
+// What stands there in another form is told.
+void MainWindow::takeCopy(const Copy& copy, const QString& sentence, const QString& asWords)
+{
+    QApplication::clipboard()->setText(copy.text);
+    QString told = sentence;
+    if (copy.asWords > 0)
+        told += ' ' + (asWords.contains("%1") ? asWords.arg(copy.asWords) : asWords);
+    tell(told);
 }
 
 void MainWindow::takeSetup()
@@ -777,7 +922,8 @@ void MainWindow::takeMatching()
     const bool isBusy = session_.isMatching() || session_.isWalking();
     busy_->setVisible(isBusy);
     const bool hasTable = matching && matching->import;
-    save_->setEnabled(hasTable && !session_.isMatching());
+    for (QAction* const save : saves_)
+        save->setEnabled(hasTable && !session_.isMatching());
     QString text;
     if (hasTable) {
         text = tr("%1 of %2 in %3")
@@ -841,6 +987,30 @@ void MainWindow::openContainingFolder()
         tellFailure(tr("%1: there is no program that shows folders").arg(folder));
 }
 
+void MainWindow::explainPath()
+{
+    const int row = paths_->currentIndex().row();
+    const std::string lines = row < 0 ? std::string() : pathsModel_.explanation(row);
+    if (lines.empty())
+        return tell(tr("Choose a path first, and by what paths are read."));
+    auto* const dialog = new QDialog(this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setWindowTitle(tr("How the path is read"));
+    auto* const text = new QPlainTextEdit(QString::fromStdString(lines));
+    text->setReadOnly(true);
+    text->setTabChangesFocus(true);
+    text->setLineWrapMode(QPlainTextEdit::NoWrap); // Marks stand below bytes of the path.
+    text->setFont(pathFont());
+    text->setAccessibleName(tr("How the path is read"));
+    auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close);
+    connect(buttons, &QDialogButtonBox::rejected, dialog, &QDialog::reject);
+    auto* const layout = new QVBoxLayout(dialog);
+    layout->addWidget(text, 1);
+    layout->addWidget(buttons);
+    dialog->resize(em(font(), 50), em(font(), 18));
+    dialog->show();
+}
+
 void MainWindow::takeRecent()
 {
     recent_->clear();
@@ -863,8 +1033,15 @@ void MainWindow::restore()
         halves_->setSizes({760, 500});
 }
 
+// A file that is being written is waited for, but by somebody who wants to wait.
 void MainWindow::closeEvent(QCloseEvent* event)
 {
+    if (!session_.saving().empty() && !isClosing_) {
+        isClosing_ = true;
+        event->ignore();
+        return tellMeanwhile(tr("Saving %1, and closing then. Close again to give that up.")
+                                 .arg(shown(session_.saving())));
+    }
     QSettings settings;
     settings.setValue("geometry", saveGeometry());
     settings.setValue("rows", rows_->saveState());

@@ -7,6 +7,7 @@
 #include <QTimer>
 
 #include "window/model/CasesModel.h"
+#include "window/model/Copying.h"
 #include "window/model/PathsModel.h"
 #include "window/model/Session.h"
 
@@ -47,7 +48,8 @@ public:
     void openList(const std::string& file);
     /// Takes a setup that was saved.
     void openSetup(const std::string& file);
-    /// What of these a path is: a folder, a setup by its ending, or a list.
+    /// What of these a path is: a folder, a setup by its ending, or a list. All of them return at
+    /// once.
     void openPath(const std::string& path);
 
     void saveSetup(const std::string& file);
@@ -58,7 +60,9 @@ public:
 
     /// A sentence for the status bar.
     void tell(const QString& sentence);
-    /// The same for something that failed, which stays until the next sentence.
+    /// The same for something that still goes on, which stays until the next sentence.
+    void tellMeanwhile(const QString& sentence);
+    /// The same for something that failed, which stays too.
     void tellFailure(const QString& sentence);
 
     PathsView& paths() { return *paths_; }
@@ -97,7 +101,8 @@ private:
     void askForFolder();
     void askForList();
     void askForSetup();
-    void askWhereToSave();
+    void askWhereToSave(const SavedRows& rows, const QString& name);
+    void askForMissing();
     void askWhereToSaveSetup();
     void askWhereToSavePicture();
     void askForDepth();
@@ -105,14 +110,23 @@ private:
     void askForName();
     void suggest();
     void copy();
+    void copyPaths();
+    void copyTable();
+    void copyLater(const QString& sentence, const QString& asWords, std::function<Copy()> make);
+    void takeCopy(const Copy& copy, const QString& sentence, const QString& asWords);
 
     void takeSetup();
+    void runErrand(std::function<std::function<void()>()> act);
+    std::function<bool()> openingNow();
+    void takeOpened(const std::string& file, const ReadSetup& read);
+    void takeSaved(const QString& sentence, const QString& error);
     void endMessage();
     void takeProgress();
     void takeMatching();
     void chooseCases(std::vector<std::uint32_t> cases);
     void followPath();
     void openContainingFolder();
+    void explainPath();
     void takeRecent();
     void restore();
 
@@ -120,6 +134,9 @@ private:
     PathsModel pathsModel_;
     CasesModel casesModel_;
     std::string setupFile_;
+    std::size_t copied_ = 0; // Counts copies, as only the last counts.
+    std::size_t opened_ = 0; // Counts what was opened, as only the last counts.
+    bool isClosing_ = false; // Once a file is written.
 
     QLabel* root_ = nullptr;
     QToolButton* open_ = nullptr;
@@ -142,13 +159,13 @@ private:
     QSplitter* rows_ = nullptr;
     QSplitter* halves_ = nullptr;
     QLabel* message_ = nullptr;
-    QTimer fading_; // Takes a sentence away that is no failure.
+    QTimer fading_{this}; // Takes a sentence away that is no failure.
     QLabel* walked_ = nullptr;
     QLabel* counts_ = nullptr;
     QProgressBar* busy_ = nullptr;
     QAction* undo_ = nullptr;
     QAction* redo_ = nullptr;
-    QAction* save_ = nullptr;
+    std::vector<QAction*> saves_; // Of tables.
     QAction* saveSetup_ = nullptr;
     std::vector<std::pair<QAction*, bool Setup::*>> flags_;
 };

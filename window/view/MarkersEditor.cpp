@@ -1,9 +1,7 @@
 #include "window/view/MarkersEditor.h"
 
 #include <QComboBox>
-#include <QHBoxLayout>
 #include <QHeaderView>
-#include <QLabel>
 
 #include "window/model/Session.h"
 #include "window/model/Text.h"
@@ -24,21 +22,11 @@ MarkersEditor::MarkersEditor(Session& session)
     table_->setAccessibleName(tr("Markers"));
     table_->horizontalHeader()->setStretchLastSection(true);
     table_->setColumnWidth(MarkerColumn, em(font(), 20));
-    auto* const hint = new QLabel(
+    table_->layOutIn(
+        *this,
         tr("Markers read the paths in place of the templates, which stay where they are. A marker "
-           "is the text in front of a value, such as “Mach” in “Mach0.8”. Each is looked for "
-           "behind the one before. Del removes, Alt+Up and Alt+Down move."));
-    hint->setWordWrap(true);
-    QPalette quiet = palette();
-    quiet.setColor(QPalette::WindowText, quietColour(palette()));
-    hint->setPalette(quiet);
-    hint->setAlignment(Qt::AlignTop);
-    hint->setContentsMargins(em(font(), 0.5), 0, 0, 0);
-    auto* const layout = new QHBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(table_, 3);
-    layout->addWidget(hint, 2);
-    setFocusProxy(table_);
+           "is the text in front of a value, such as “Mach” in “Mach0.8”. Each is looked "
+           "for behind the one before. Del removes, Alt+Up and Alt+Down move."));
     connect(table_, &QTableWidget::cellChanged, this, &MarkersEditor::takeText);
     connect(table_, &RowTable::rowRemoved, this, [this](int row) {
         Setup setup = session_.setup();
@@ -47,9 +35,7 @@ MarkersEditor::MarkersEditor(Session& session)
     });
     connect(table_, &RowTable::rowMoved, this, [this](int from, int to) {
         Setup setup = session_.setup();
-        const Setup::Marker marker = setup.markers[static_cast<std::size_t>(from)];
-        setup.markers.erase(setup.markers.begin() + from);
-        setup.markers.insert(setup.markers.begin() + to, marker);
+        moveRow(setup.markers, from, to);
         session_.change(setup);
         table_->setCurrentCell(to, MarkerColumn);
     });

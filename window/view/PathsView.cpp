@@ -632,17 +632,17 @@ void PathsView::selectionChanged(const QItemSelection& now, const QItemSelection
     Q_EMIT rowsChosen();
 }
 
-QString PathsView::copyable() const
+std::vector<std::uint32_t> PathsView::selectedFiles() const
 {
-    if (const auto bytes = selectedBytes())
-        return editable(bytes->bytes());
-    QStringList lines;
-    QModelIndexList rows = selectionModel()->selectedRows(PathsModel::PathColumn);
-    std::sort(rows.begin(), rows.end(),
-              [](const QModelIndex& l, const QModelIndex& r) { return l.row() < r.row(); });
-    for (const QModelIndex& index : rows)
-        lines.push_back(QString::fromUtf8(model_.path(index.row()).c_str()));
-    return lines.join('\n');
+    std::vector<std::uint32_t> files;
+    for (const QItemSelectionRange& range : selectionModel()->selection()) {
+        for (int row = range.top(); row <= range.bottom(); ++row)
+            files.push_back(static_cast<std::uint32_t>(model_.fileOf(row)));
+    }
+    // Files stand in the order of their indices.
+    std::sort(files.begin(), files.end());
+    files.erase(std::unique(files.begin(), files.end()), files.end());
+    return files;
 }
 
 } // namespace casetable

@@ -2,9 +2,11 @@
 #define WINDOW_VIEW_PATHSVIEW_H
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include <QTableView>
 #include <QTextLayout>
@@ -50,8 +52,8 @@ public:
 
     const PathsModel& paths() const { return model_; }
 
-    /// The paths of the selected rows, or the selected bytes, for the clipboard.
-    QString copyable() const;
+    /// The files in the selected rows, in the order of the rows.
+    std::vector<std::uint32_t> selectedFiles() const;
 
 Q_SIGNALS:
     void bytesSelected();

@@ -3,8 +3,10 @@
 #include <algorithm>
 
 #include <QDropEvent>
+#include <QHBoxLayout>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QLabel>
 
 #include "window/view/Look.h"
 
@@ -40,6 +42,20 @@ QTableWidgetItem& RowTable::itemAt(int row, int column)
 bool RowTable::isEdited(int row, int column) const
 {
     return state() == EditingState && currentRow() == row && currentColumn() == column;
+}
+
+void RowTable::layOutIn(QWidget& editor, const QString& hint)
+{
+    auto* const label = new QLabel(hint);
+    label->setWordWrap(true);
+    setQuiet(*label);
+    label->setAlignment(Qt::AlignTop);
+    label->setContentsMargins(em(font(), 0.5), 0, 0, 0);
+    auto* const layout = new QHBoxLayout(&editor);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(this, 3);
+    layout->addWidget(label, 2);
+    editor.setFocusProxy(this);
 }
 
 void RowTable::keyPressEvent(QKeyEvent* event)

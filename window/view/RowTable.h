@@ -1,6 +1,9 @@
 #ifndef WINDOW_VIEW_ROWTABLE_H
 #define WINDOW_VIEW_ROWTABLE_H
 
+#include <cstddef>
+#include <vector>
+
 #include <QTableWidget>
 
 namespace casetable {
@@ -23,6 +26,9 @@ public:
     /// Whether somebody types in the cell: what is set there now would take the place of that.
     bool isEdited(int row, int column) const;
 
+    /// Puts the table into an editor, which passes its focus on to it, beside a hint.
+    void layOutIn(QWidget& editor, const QString& hint);
+
 Q_SIGNALS:
     void rowRemoved(int row);
     void rowMoved(int from, int to);
@@ -31,6 +37,14 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
     void dropEvent(QDropEvent* event) override;
 };
+
+/// Moves the row at the index `from` to the index `to`.
+template <class Row> void moveRow(std::vector<Row>& rows, int from, int to)
+{
+    const Row row = rows[static_cast<std::size_t>(from)];
+    rows.erase(rows.begin() + from);
+    rows.insert(rows.begin() + to, row);
+}
 
 } // namespace casetable
 

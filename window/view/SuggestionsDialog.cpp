@@ -48,8 +48,9 @@ void SuggestionsDialog::display(const std::vector<Suggestion>& suggestions)
                        ? tr("No part varies in a regular way in the names of these files. Select a "
                             "value in a path and press Enter to make a template.")
                        : tr("Each template is shown with what it would give. Those that are "
-                            "checked take the place of the present ones. To rename a column "
-                            "later, select a value of it in a path and press Enter."));
+                            "checked take the place of the present ones. To rename a column later, "
+                            "select a value of it in a path and press Enter."));
+    std::vector<std::string> names = session_.columnNames();
     for (const Suggestion& suggestion : suggestions) {
         auto* const item = new QTreeWidgetItem(
             list_, {shown(suggestion.text),
@@ -58,8 +59,7 @@ void SuggestionsDialog::display(const std::vector<Suggestion>& suggestions)
         item->setFont(0, pathFont());
         item->setCheckState(0, Qt::Checked);
         item->setToolTip(0, shown(suggestion.text));
-        for (std::size_t i = 0; i < suggestion.columns.size(); ++i) {
-            const SuggestedColumn& column = suggestion.columns[i];
+        for (const SuggestedColumn& column : suggestion.columns) {
             QStringList values;
             for (const std::string& value : column.sample)
                 values.push_back(value.empty() ? "''" : shown(value));
@@ -69,7 +69,7 @@ void SuggestionsDialog::display(const std::vector<Suggestion>& suggestions)
                 item, {shown(column.name) + (column.isNumber ? tr(" (number): ") : ": ") +
                            values.join(", "),
                        QString(), QString::number(column.valueCount)});
-            row->setForeground(0, columnColour(i, palette()));
+            row->setForeground(0, columnColour(columnIndex(names, column.name), palette()));
         }
         for (int row = 0; row <= item->childCount(); ++row) {
             QTreeWidgetItem* const each = row == 0 ? item : item->child(row - 1);

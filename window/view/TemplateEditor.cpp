@@ -87,38 +87,27 @@ private:
             return;
         try {
             const Template pathTemplate(bytes);
-            markElements(bytes, pathTemplate, pathTemplate.elements());
+            std::vector<std::string> names = editor_.session_.columnNames();
+            markElements(bytes, pathTemplate, pathTemplate.elements(), names);
         } catch (const TemplateError&) {
             // Its place is marked.
         }
     }
 
     void markElements(const std::string& bytes, const Template& pathTemplate,
-                      const std::vector<TemplateElement>& elements)
+                      const std::vector<TemplateElement>& elements, std::vector<std::string>& names)
     {
         for (const TemplateElement& element : elements) {
             const int from = placeOf(bytes, element.position);
             const int to = placeOf(bytes, element.position + element.length);
             if (element.kind == TemplateElement::Kind::Column ||
                 element.kind == TemplateElement::Kind::Again)
-                setFormat(from, to - from,
-                          columnFormat(columnOf(pathTemplate.columns()[element.column].name),
-                                       editor_.palette()));
-            markElements(bytes, pathTemplate, element.elements);
+                setFormat(
+                    from, to - from,
+                    columnFormat(columnIndex(names, pathTemplate.columns()[element.column].name),
+                                 editor_.palette()));
+            markElements(bytes, pathTemplate, element.elements, names);
         }
-    }
-
-    // The index of the column among those of all templates.
-    std::size_t columnOf(const std::string& name) const
-    {
-        const auto& reading = editor_.session_.reading();
-        if (!reading)
-            return 0;
-        const auto& patterns = reading->patterns();
-        const auto found =
-            std::find_if(patterns.begin(), patterns.end(),
-                         [&name](const MetadataPattern& each) { return each.pattern == name; });
-        return static_cast<std::size_t>(found - patterns.begin());
     }
 
     // A place behind the last byte is shown at that.

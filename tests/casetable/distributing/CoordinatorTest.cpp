@@ -20,10 +20,12 @@ class CoordinatorOfFour : public testing::Test {
 protected:
     CoordinatorOfFour() { source_.root = "root"; }
 
-    void ready(std::size_t from)
+    void ready(std::size_t from) { readyWith(from, sights_, "machine"); }
+
+    void readyWith(std::size_t from, const std::vector<Sight>& sights,
+                   const std::string& machine = "other")
     {
-        coordinator_.ready(from, {"1", "machine", 5, 4, {{"root", 7}, {"root/a", 8}}}, Begin(),
-                           send_);
+        coordinator_.ready(from, {"1", machine, 5, 4, hashOf(sights)}, Begin(), send_);
     }
 
     void listed(std::size_t from, std::size_t piece, std::vector<std::string> warnings = {})
@@ -50,12 +52,16 @@ protected:
     Source source_;
     Console console_;
     Coordinator coordinator_{3, source_, console_};
+    const std::vector<Sight> sights_ = {{"root", 7}, {"root/a", 8}};
 
 private:
     std::string given_;
     const Coordinator::Send send_ = [this](std::size_t to, const std::string& message) {
         ByteReader reader(message);
-        if (reader.byte() != static_cast<unsigned char>(MessageKind::Piece))
+        const auto kind = static_cast<MessageKind>(reader.byte());
+        if (kind == MessageKind::ShowSights)
+            given_ += std::to_string(to) + ":show ";
+        if (kind != MessageKind::Piece)
             return;
         const std::optional<std::size_t> piece = readPiece(reader);
         given_ += std::to_string(to) + ':' + (piece ? std::to_string(*piece) : "-") + ' ';
@@ -131,29 +137,64 @@ TEST_F(CoordinatorOfFour, IsInterruptedWithAnyProcess)
     EXPECT_THROW(coordinator_.failed(failed), Interrupted);
 }
 
-TEST_F(CoordinatorOfFour, RefusesAProcessThatSeesSomethingElse)
+TEST_F(CoordinatorOfFour, RefusesAnotherProgramAndOtherOptions)
 {
     ready(0);
     const auto refusal = [this](const Ready& other) {
         return messageOf(
             [&] { coordinator_.ready(1, other, Begin(), [](std::size_t, std::string) {}); });
     };
+    const std::uint64_t same = hashOf(sights_);
+
+    EXPECT_EQ(refusal({"1", "other", 5, 5, same}),
+              "the processes on machine and other were not given the same options");
+    EXPECT_EQ(refusal({"1", "other", 6, 5, same + 1}),
+              "the process on other was not given the same options or files of templates as that "
+              "on machine");
+    EXPECT_EQ(refusal({"2", "other", 5, 4, same}),
+              "casetable-mpi is of version 2 on other, and of version 1 on machine");
+    EXPECT_EQ(refusal({"1", "other", 5, 4, same}), "");
+}
+
+TEST_F(CoordinatorOfFour, AsksTheFirstProcessThatSeesSomethingElseForIt)
+{
+    readyWith(2, {{"root", 7}, {"root/b", 8}});
+    ready(0);
+    readyWith(1, {{"root", 6}});
+    EXPECT_EQ(given(), "0:0 2:show ") << "and all else waits for the answer";
+}
+
+TEST_F(CoordinatorOfFour, RefusesAProcessThatSeesSomethingElse)
+{
+    ready(0);
+    const auto refusal = [this](const std::vector<Sight>& seen) {
+        return messageOf([&] { coordinator_.sights({"other", seen}, sights_); });
+    };
     const std::string reason = ": it does not look the same on other as on machine; all processes "
                                "must see the same files";
 
-    EXPECT_EQ(refusal({"1", "other", 5, 4, {{"root", 6}, {"root/a", 8}}}), "root" + reason);
-    EXPECT_EQ(refusal({"1", "other", 5, 4, {{"root", 7}, {"root/a", 9}}}), "root/a" + reason);
-    EXPECT_EQ(refusal({"1", "other", 5, 4, {{"root", 7}}}), "root/a" + reason);
-    EXPECT_EQ(refusal({"1", "other", 5, 4, {{"root", 7}, {"root/a", 8}, {"root/b", 9}}}),
-              "root/b" + reason);
-    EXPECT_EQ(refusal({"1", "other", 5, 5, {{"root", 7}, {"root/a", 8}}}),
-              "the processes on machine and other were not given the same options");
-    EXPECT_EQ(refusal({"1", "other", 6, 5, {{"root", 6}}}),
-              "the process on other was not given the same options or files of templates as that "
-              "on machine");
-    EXPECT_EQ(refusal({"2", "other", 5, 4, {{"root", 7}, {"root/a", 8}}}),
-              "casetable-mpi is of version 2 on other, and of version 1 on machine");
-    EXPECT_EQ(refusal({"1", "other", 5, 4, {{"root", 7}, {"root/a", 8}}}), "");
+    EXPECT_EQ(refusal({{"root", 6}, {"root/a", 8}}), "root" + reason);
+    EXPECT_EQ(refusal({{"root", 7}, {"root/a", 9}}), "root/a" + reason);
+    EXPECT_EQ(refusal({{"root", 7}, {"root/b", 8}}), "root/a" + reason);
+    EXPECT_EQ(refusal({{"root", 7}}), "root/a" + reason);
+    EXPECT_EQ(refusal({{"root", 7}, {"root/a", 8}, {"root/b", 9}}), "root/b" + reason);
+}
+
+TEST_F(CoordinatorOfFour, IsToldMuchInFewBytes)
+{
+    const std::vector<Sight> many(1000, {std::string(100, 'x'), 1});
+    const Ready ready = {"1.10.3", "machine", 5, 4, hashOf(many)};
+    EXPECT_LT(casetable::messageOf(MessageKind::Ready, ready).size(), 200U);
+}
+
+TEST(HashOfSights, DiffersWhereAnyOfThemDoes)
+{
+    const std::vector<Sight> sights = {{"a", 1}, {"b", 2}};
+    const std::vector<std::vector<Sight>> others = {
+        {}, {{"a", 1}}, {{"b", 2}, {"a", 1}}, {{"a", 1}, {"b", 3}}, {{"a", 1}, {"c", 2}}};
+    for (const std::vector<Sight>& other : others)
+        EXPECT_NE(hashOf(other), hashOf(sights));
+    EXPECT_EQ(hashOf(std::vector<Sight>(sights)), hashOf(sights));
 }
 
 } // namespace tests

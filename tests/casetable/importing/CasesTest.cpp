@@ -6,6 +6,7 @@
 #include <random>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -90,6 +91,32 @@ TEST(Cases, AreThoseOfAPlainMap)
         EXPECT_EQ(cases[expected.index].key(), key);
         EXPECT_EQ(cases[expected.index].leastPath(), expected.leastPath);
         EXPECT_EQ(cases[expected.index].fileCount(), expected.fileCount);
+    }
+}
+
+TEST(Cases, AreTheSameAddedTogetherOrOneByOne)
+{
+    std::mt19937 random(7);
+    Cases together;
+    Cases oneByOne;
+    for (const std::size_t size : {0, 1, 31, 32, 33, 500, 20'000}) {
+        Cases others;
+        for (std::size_t i = 0; i < size; ++i)
+            others.add(std::to_string(random() % 30'000), std::to_string(random()), i);
+
+        const std::vector<std::uint32_t> indices = together.addAll(others);
+
+        ASSERT_EQ(indices.size(), others.size());
+        for (std::size_t i = 0; i < others.size(); ++i) {
+            const Cases::Case& each = others[i];
+            ASSERT_EQ(oneByOne.add(each.key(), each.leastPath(), each.fileCount()), indices[i]);
+        }
+    }
+    ASSERT_EQ(together.size(), oneByOne.size());
+    for (std::size_t i = 0; i < together.size(); ++i) {
+        EXPECT_EQ(together[i].key(), oneByOne[i].key());
+        EXPECT_EQ(together[i].leastPath(), oneByOne[i].leastPath());
+        EXPECT_EQ(together[i].fileCount(), oneByOne[i].fileCount());
     }
 }
 

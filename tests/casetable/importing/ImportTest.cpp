@@ -14,6 +14,7 @@
 
 #include "casetable/importing/ShardImport.h"
 #include "casetable/importing/ShardWorkers.h"
+#include "casetable/listing/ListRoot.h"
 #include "casetable/listing/Shard.h"
 #include "casetable/system/ExitCode.h"
 #include "host/AuxFileInfoInterface.h"
@@ -76,12 +77,24 @@ void expectEqual(const Outcome& outcome, const Outcome& expected)
     EXPECT_EQ(outcome.unmatched, expected.unmatched);
 }
 
-Shard shardOf(const Texts& paths)
+// The tree of the folders in the paths, which are in byte order.
+doubles::MemoryFilePtr treeOf(const Texts& sorted)
 {
-    Shard shard;
-    for (const std::string& path : paths)
-        shard.append(path);
-    return shard;
+    const doubles::MemoryFilePtr root = doubles::memoryFolder("root");
+    for (const std::string& path : sorted) {
+        doubles::MemoryFilePtr folder = root;
+        std::size_t begin = 0;
+        for (std::size_t end = 0; (end = path.find('/', begin)) != std::string::npos;
+             begin = end + 1) {
+            const std::string name = path.substr(begin, end - begin);
+            if (folder->children.empty() || folder->children.back()->name != name)
+                folder->children.push_back(doubles::memoryFolder(name));
+            folder = folder->children.back();
+        }
+        folder->children.push_back(doubles::memoryFile(path.substr(begin)));
+        folder->children.back()->name = path.substr(begin);
+    }
+    return root;
 }
 
 std::map<std::string, std::string> tagsByPath(const CaseTable& table)
@@ -100,9 +113,7 @@ std::map<std::string, std::string> tagsByPath(const CaseTable& table)
 Outcome wholeImport(const Texts& sorted, const Reading& reading, const Identifiers& identifiers)
 {
     Outcome outcome;
-    const Shard all = shardOf(sorted);
-    const std::vector<std::string_view> paths = all.paths();
-    FolderCrawler crawler(shardRoot(paths, "root"));
+    FolderCrawler crawler(treeOf(sorted));
     crawler.run();
     try {
         const WholeImport import(crawler, reading, identifiers);
@@ -149,13 +160,12 @@ Outcome mergedImport(const Texts& paths, std::size_t files, std::size_t jobs,
                      const Reading& reading, const Identifiers& identifiers)
 {
     Outcome outcome;
-    const std::vector<std::string_view> none;
     try {
         KeptFiles kept;
         kept.matched = true;
         kept.unmatched = true;
         const Import import(importedInShards(paths, files, jobs, reading, identifiers, kept),
-                            shardRoot(none, "root"), reading, identifiers, kept);
+                            listRoot("root"), reading, identifiers, kept);
         outcome.takeTable(import.table());
         EXPECT_EQ(import.fileCount(), paths.size());
         EXPECT_EQ(import.matchedCount(), import.matchedFiles().count);
@@ -307,12 +317,11 @@ TEST(Import, NamesTheLeastPathOnWhichTheEngineGivesUp)
 TEST(Import, TellsWhetherTheWatchedFileIsInACase)
 {
     const Reading reading({number("T")});
-    const std::vector<std::string_view> none;
     const auto isMatched = [&](const std::string& watched) {
         KeptFiles kept;
         kept.watched = watched;
         const Import import(importedInShards({"T1", "T2", "x"}, 1, 1, reading, {}, kept),
-                            shardRoot(none, "root"), reading, {}, kept);
+                            listRoot("root"), reading, {}, kept);
         EXPECT_EQ(import.matchedFiles().count + import.unmatchedFiles().count, 0u);
         return import.isWatchedMatched();
     };

@@ -1,5 +1,6 @@
 #include "casetable/listing/FilePath.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <random>
 #include <regex>
@@ -65,6 +66,43 @@ TEST(FilePath, HasAFaultJustWhereAPlainExpressionRefusesIt)
     }
     EXPECT_GT(faultless, 1000u);
     EXPECT_GT(faulty, 1000u);
+}
+
+TEST(FilePath, HasTheSameFaultWhateverItSharesWithOneThatHasNone)
+{
+    std::mt19937 random(12);
+    std::size_t faulty = 0;
+    for (int round = 0; round < 20000; ++round) {
+        std::string other(1 + random() % 9, '\0');
+        for (char& c : other)
+            c = "//..ab"[random() % 6];
+        if (pathFault(other) != PathFault::None)
+            continue;
+        std::string path = other.substr(0, random() % (other.size() + 1));
+        for (auto more = random() % 5; more > 0; --more)
+            path += "//..ab"[random() % 6];
+
+        ASSERT_EQ(pathFault(path, commonLength(path, other)), pathFault(path))
+            << path << " behind " << other;
+
+        faulty += pathFault(path) != PathFault::None ? 1 : 0;
+    }
+    EXPECT_GT(faulty, 1000u);
+}
+
+TEST(CommonLength, IsThatOfTheEqualBytes)
+{
+    std::mt19937 random(13);
+    for (int round = 0; round < 10000; ++round) {
+        std::string left(random() % 40, 'a');
+        std::string right(random() % 40, 'a');
+        if (random() % 2 == 0 && !right.empty())
+            right[random() % right.size()] = '\xff';
+        const auto ends = std::mismatch(left.begin(), left.end(), right.begin(), right.end());
+
+        ASSERT_EQ(commonLength(left, right), static_cast<std::size_t>(ends.first - left.begin()))
+            << left << ", " << right;
+    }
 }
 
 } // namespace tests

@@ -41,6 +41,19 @@ TEST(Selection, LeavesOutWhatMatchesAnyGlob)
     EXPECT_EQ(selection.judge("b", 1, false), Verdict::Taken);
 }
 
+TEST(Selection, SaysThatItTakesAllJustWhereNothingMayBeLeftOut)
+{
+    EXPECT_TRUE(Selection().takesAll());
+    Selection globs;
+    globs.excluded = {Glob("a")};
+    Selection visible;
+    visible.hidden = false;
+    Selection shallow;
+    shallow.maxDepth = 1000;
+    for (const Selection& each : {globs, visible, shallow})
+        EXPECT_FALSE(each.takesAll());
+}
+
 TEST(Selection, NeedsPathsForAnyGlobThatDoes)
 {
     Selection selection;

@@ -1,0 +1,49 @@
+#ifndef WINDOW_MODEL_ERRANDS_H
+#define WINDOW_MODEL_ERRANDS_H
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include <QObject>
+#include <QPointer>
+#include <QTimer>
+
+#include "window/model/Errand.h"
+
+namespace casetable {
+
+/// Errands that have an effect once they have ended. Used by one thread, that of the window; those
+/// that still run when it is destroyed are left to themselves, without an effect.
+class Errands : public QObject {
+    Q_OBJECT
+
+public:
+    /// What is done on the window's thread in the end; null for nothing.
+    using Effect = std::function<void()>;
+
+    Errands();
+
+    /// Begins an errand, of which `act` must not throw. What it returns is done if `receiver` is
+    /// still there. Throws Failure as Errand does.
+    void run(QObject& receiver, std::function<Effect()> act);
+
+    /// Whether all have ended, and had their effect.
+    bool areDone() const { return running_.empty(); }
+
+private:
+    struct Running {
+        QPointer<QObject> receiver;
+        std::shared_ptr<Effect> effect;
+        std::unique_ptr<Errand> errand;
+    };
+
+    void look();
+
+    std::vector<Running> running_;
+    QTimer timer_;
+};
+
+} // namespace casetable
+
+#endif
