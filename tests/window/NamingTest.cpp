@@ -49,6 +49,18 @@ std::string refusal(const std::string& marked, const std::string& column,
     return "no refusal";
 }
 
+// Whether the column reads just these bytes of their path.
+bool readsAt(const std::string& pathTemplate, const NamedBytes& bytes, const std::string& column)
+{
+    const Template read(pathTemplate);
+    const std::vector<Span> spans = Matcher(read).columnSpans(bytes.path);
+    for (std::size_t i = 0; i < spans.size(); ++i) {
+        if (read.columns()[i].name == column && !spans[i].isLeftOut)
+            return spans[i].begin == bytes.begin && spans[i].begin + spans[i].length == bytes.end;
+    }
+    return false;
+}
+
 std::string value(const std::string& pathTemplate, const std::string& path,
                   const std::string& column)
 {
@@ -122,6 +134,21 @@ TEST(NameBytes, TakesTheNarrowestTypeThatAllNeighboursFit)
     }
 }
 
+TEST(NameBytes, RenamesTheColumnWhoseBytesTheyAre)
+{
+    const std::vector<std::pair<std::string, std::string>> rows = {
+        {"wing{w}/Mach{old}/**", "wing{w}/Mach{Mach}/**"},
+        {"*/Mach{old:number}/**", "*/Mach{Mach:number}/**"},
+        {"*/Mach{old,[0-9.]+}/**", "*/Mach{Mach,[0-9.]+}/**"},
+        {"*/[Mach{old}]/**[/{old}_{old_2}]", "*/[Mach{Mach}]/**[/{Mach}_{old_2}]"},
+        {"*/Mach{Mach}/**", "*/Mach{Mach}/**"}};
+    for (const auto& [before, after] : rows)
+        EXPECT_EQ(name("wingA/Mach<0.80>/AoA-2.5/run_0001_Re6.5e6/flow.vtu", "Mach", campaign,
+                       {"{old}.txt", before})
+                      .templates,
+                  Texts({"{old}.txt", after}));
+}
+
 TEST(NameBytes, SaysWhatCannotBeNamed)
 {
     const std::string path = "wingA/Mach<0.80>/AoA-2.5/run_0001_Re6.5e6/flow.vtu";
@@ -129,8 +156,13 @@ TEST(NameBytes, SaysWhatCannotBeNamed)
               "nothing is selected; select the value in the path first");
     EXPECT_EQ(refusal("wing<A/Mach0>.80/x.vtu", "Mach"),
               "a value stands between two \"/\"; select part of one name");
-    EXPECT_EQ(refusal(path, "m", {"*/Mach{Mach:number}/**"}),
-              "this belongs to the column \"Mach\" already");
+    EXPECT_EQ(
+        refusal("wingA/Mach<0.8>0/AoA-2.5/run_0001_Re6.5e6/flow.vtu", "m", {"*/Mach{Mach}/**"}),
+        "this belongs to the column \"Mach\" already");
+    EXPECT_EQ(refusal(path, "wing", {"wing{wing}/Mach{Mach}/**"}),
+              "the template has a column \"wing\" already");
+    EXPECT_EQ(refusal(path, "run", {"*/Mach{Mach}/**[/RUN{run}]"}),
+              "the template has a column \"run\" already");
     EXPECT_EQ(refusal(path, "wing", {"{wing}/**"}), "the template has a column \"wing\" already");
     EXPECT_NE(refusal(path, "a b!"), "no refusal");
     EXPECT_NE(refusal(path, "path"), "no refusal");
@@ -166,6 +198,11 @@ TEST(NameBytes, ReadsExactlyTheBytesOfAnyPath)
             try {
                 const NamedTemplates result =
                     nameBytes(bytes, templates, findNeighbours(files, path, notCancelled()));
+                for (NamedBytes& before : done) {
+                    if (result.index < templates.size() &&
+                        readsAt(templates[result.index], bytes, before.name))
+                        before.name = column;
+                }
                 for (std::size_t k = 0; k < templates.size(); ++k) {
                     EXPECT_TRUE(k == result.index || result.templates[k] == templates[k]);
                 }

@@ -24,6 +24,7 @@
 #include <QMimeData>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScreen>
 #include <QSettings>
 #include <QTabWidget>
 #include <QTableWidget>
@@ -405,6 +406,73 @@ TEST(Window, SelectsValuesWithTheKeysToo)
     EXPECT_FALSE(open.window.message().text().isEmpty());
 }
 
+TEST(Window, SelectsTheNextValueWithOneKey)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    PathsView& paths = open.window.paths();
+    paths.setFocus();
+    paths.setCurrentIndex(paths.model()->index(1, 1));
+    const std::vector<std::pair<int, std::string>> steps = {
+        {Qt::Key_Right, "wingA"}, {Qt::Key_Right, "Mach"}, {Qt::Key_Right, "0.80"},
+        {Qt::Key_Right, "flow"},  {Qt::Key_Right, "vtu"},  {Qt::Key_Right, "vtu"},
+        {Qt::Key_Left, "flow"},   {Qt::Key_Left, "0.80"},  {Qt::Key_Left, "Mach"}};
+    for (const auto& [key, expected] : steps) {
+        QTest::keyClick(&paths, static_cast<Qt::Key>(key), Qt::ControlModifier);
+        ASSERT_TRUE(paths.selectedBytes().has_value());
+        EXPECT_EQ(paths.selectedBytes()->bytes(), expected);
+    }
+}
+
+TEST(Window, GoesOnInThePathWhereAValueWasNamed)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    PathsView& paths = open.window.paths();
+    paths.setFocus();
+    paths.setCurrentIndex(paths.model()->index(3, 1));
+    const auto nameNext = [&](int words, const QString& name) {
+        for (int i = 0; i < words; ++i)
+            QTest::keyClick(&paths, Qt::Key_Right, Qt::ControlModifier);
+        QTest::keyClick(&paths, Qt::Key_Return);
+        open.window.naming().nameEdit().selectAll();
+        QTest::keyClicks(&open.window.naming().nameEdit(), name);
+        QTest::keyClick(&open.window.naming().nameEdit(), Qt::Key_Return);
+        open.settle();
+    };
+    nameNext(3, "M");
+    EXPECT_EQ(paths.currentIndex().row(), 3);
+    nameNext(1, "what");
+    EXPECT_EQ(open.table()[0], Texts({"case", "M", "what", "files"}));
+}
+
+TEST(Window, StaysInThePathThatAFilterLeaves)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    PathsView& paths = open.window.paths();
+    paths.setCurrentIndex(paths.model()->index(3, 1));
+    QTest::keyClicks(&open.window.filters().text(), "flow");
+    open.settle();
+    ASSERT_EQ(open.shownPaths().size(), 3U);
+    EXPECT_EQ(paths.currentIndex().row(), 1);
+}
+
+TEST(Window, RenamesTheColumnOfAValueThatIsNamedAgain)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    open.read({both});
+    PathsView& paths = open.window.paths();
+    drag(paths, 1, 10, 14);
+    QTest::keyClick(&paths, Qt::Key_Return);
+    EXPECT_EQ(open.window.naming().nameEdit().text(), "Mach");
+    QTest::keyClicks(&open.window.naming().nameEdit(), "M");
+    QTest::keyClick(&open.window.naming().nameEdit(), Qt::Key_Return);
+    open.settle();
+    EXPECT_EQ(open.session.setup().templates, Texts({"wing{wing}/Mach{M:number}/*"}));
+}
+
 TEST(Window, SelectsANumberByADoubleClick)
 {
     const TemporaryTree tree(campaign);
@@ -413,6 +481,23 @@ TEST(Window, SelectsANumberByADoubleClick)
     QTest::mouseDClick(paths.viewport(), Qt::LeftButton, {}, paths.placeOf(1, 12));
     ASSERT_TRUE(paths.selectedBytes().has_value());
     EXPECT_EQ(paths.selectedBytes()->bytes(), "0.80");
+}
+
+TEST(Window, KeepsInSightWhatIsNamed)
+{
+    Texts many;
+    for (int i = 10; i < 60; ++i)
+        many.push_back("T" + std::to_string(i));
+    const TemporaryTree tree(many);
+    OpenWindow open(tree.path());
+    PathsView& paths = open.window.paths();
+    const int row = paths.rowAt(paths.viewport()->height() - 1) - 1; // The last that is seen whole.
+    paths.selectBytes(row, 1, 3);
+    QTest::keyClick(&paths, Qt::Key_Return);
+    QCoreApplication::processEvents();
+    ASSERT_TRUE(open.window.naming().isVisible());
+    const QRect seen = paths.visualRect(paths.model()->index(row, 1));
+    EXPECT_LE(seen.bottom(), paths.viewport()->height());
 }
 
 TEST(Window, SaysWhyBytesCannotBeNamed)
@@ -598,6 +683,21 @@ TEST(Window, SortsCasesAtAClickOnTheHead)
     open.settle();
     EXPECT_TRUE(open.session.setup().sort.empty());
     EXPECT_EQ(open.table()[1], Texts({"0", "A", "0.80", "2"}));
+}
+
+TEST(Window, KeepsChosenCasesSelectedInAnotherOrder)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    open.read({both});
+    CasesView& cases = open.window.cases();
+    clickCell(cases, 0, 1);
+    open.settle();
+    clickHead(cases, 2);
+    clickHead(cases, 2);
+    open.settle();
+    EXPECT_EQ(cases.selectedCases(), std::vector<std::uint32_t>({0}));
+    EXPECT_EQ(open.shownPaths(), Texts({campaign[1], campaign[2]}));
 }
 
 TEST(Window, ShowsTheFilesOfSelectedCases)
@@ -1067,6 +1167,16 @@ TEST(Window, HasANameForAllThatCanBeReachedByKeys)
     }
 }
 
+TEST(Window, IsNoLargerAtFirstThanTheScreen)
+{
+    QSettings().remove("geometry");
+    Session session(1);
+    const MainWindow window(session);
+    const QSize screen = QApplication::primaryScreen()->availableSize();
+    EXPECT_LT(window.width(), screen.width());
+    EXPECT_LT(window.height(), screen.height());
+}
+
 TEST(WordAt, FindsNumbersAndWords)
 {
     const std::vector<std::tuple<std::string, std::size_t, std::string>> rows = {
@@ -1086,6 +1196,21 @@ TEST(WordAt, FindsNumbersAndWords)
     for (const auto& [path, offset, expected] : rows) {
         const ByteRange range = wordAt(path, offset);
         EXPECT_EQ(path.substr(range.begin, range.end - range.begin), expected) << path;
+    }
+}
+
+TEST(WordAt, FindsWhatIsNextToAPlace)
+{
+    const std::string path = "_a-1/b.";
+    const auto text = [&path](const std::optional<ByteRange>& range) {
+        return range ? path.substr(range->begin, range->end - range->begin) : "none";
+    };
+    const std::vector<std::tuple<std::size_t, std::string, std::string>> rows = {
+        {0, "a", "none"}, {1, "a", "none"}, {2, "1", "a"},    {3, "1", "a"},   {4, "b", "1"},
+        {5, "b", "1"},    {6, "none", "b"}, {7, "none", "b"}, {9, "none", "b"}};
+    for (const auto& [offset, from, before] : rows) {
+        EXPECT_EQ(text(wordFrom(path, offset)), from) << offset;
+        EXPECT_EQ(text(wordBefore(path, offset)), before) << offset;
     }
 }
 

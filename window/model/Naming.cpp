@@ -362,24 +362,59 @@ private:
     const Naming naming_;
 };
 
-void check(const NamedBytes& named, const std::vector<std::pair<std::string, Range>>& old)
+// The places of a column in a template: where its name stands first, and where it stands again.
+void addPlaces(const std::vector<TemplateElement>& elements, std::size_t column,
+               std::vector<std::size_t>& places)
+{
+    using Kind = TemplateElement::Kind;
+    for (const TemplateElement& each : elements) {
+        if ((each.kind == Kind::Column || each.kind == Kind::Again) && each.column == column)
+            places.push_back(each.position);
+        addPlaces(each.elements, column, places);
+    }
+}
+
+std::string renamed(const Template& old, const std::string& from, const std::string& to)
+{
+    const auto& columns = old.columns();
+    const auto column = std::find_if(columns.begin(), columns.end(),
+                                     [&from](const auto& each) { return each.name == from; });
+    std::vector<std::size_t> places;
+    addPlaces(old.elements(), static_cast<std::size_t>(column - columns.begin()), places);
+    std::string text = old.text();
+    for (auto place = places.rbegin(); place != places.rend(); ++place)
+        text.replace(*place + 1, from.size(), to);
+    return text;
+}
+
+// Returns the column of which these are the bytes, if there is one. `old` are what the columns
+// read, without those that are left out.
+std::optional<std::string> check(const NamedBytes& named,
+                                 const std::vector<std::pair<std::string, Range>>& old,
+                                 const std::vector<TemplateColumn>& columns)
 {
     if (named.begin >= named.end)
         throw NamingError("nothing is selected; select the value in the path first");
     const std::string value = named.path.substr(named.begin, named.end - named.begin);
     if (value.find('/') != std::string::npos)
         throw NamingError("a value stands between two \"/\"; select part of one name");
+    std::optional<std::string> own;
     for (const auto& [name, range] : old) {
-        if (name == named.name)
-            throw NamingError("the template has a column \"" + name + "\" already");
-        if (range.begin < named.end && named.begin < range.end)
+        if (range.begin == named.begin && range.end == named.end)
+            own = name;
+        else if (range.begin < named.end && named.begin < range.end)
             throw NamingError("this belongs to the column \"" + name + "\" already");
+    }
+    for (const TemplateColumn& column : columns) {
+        if (column.name == named.name && column.name != own)
+            throw NamingError("the template has a column \"" + column.name + "\" already");
     }
     try {
         static_cast<void>(Template("{" + named.name + "}"));
     } catch (const TemplateError& failure) {
         throw NamingError(failure.what());
     }
+    return own;
 }
 
 // A template that reads right, and how many of the neighbours it fits.
@@ -478,9 +513,11 @@ NamedTemplates nameBytes(const NamedBytes& named, const std::vector<std::string>
     std::vector<std::pair<std::string, Range>> known;
     if (old)
         known = readings(*old, named.path);
-    check(named, known);
-    const Candidates candidates(named, neighbours);
-    std::string text = best(candidates, old ? &*old : nullptr, named, known, neighbours);
+    const std::optional<std::string> own =
+        check(named, known, old ? old->columns() : std::vector<TemplateColumn>());
+    std::string text =
+        own ? renamed(*old, *own, named.name)
+            : best(Candidates(named, neighbours), old ? &*old : nullptr, named, known, neighbours);
     if (old)
         result.templates[result.index] = std::move(text);
     else

@@ -47,7 +47,8 @@ struct NamedTemplates {
 
 /// Gives bytes a name: the first template of `templates` that fits the path gets a column there,
 /// and keeps those that it has; where none fits, a new template stands behind them. It fits the
-/// path, the new column reads exactly the bytes, and the others what they read before.
+/// path, the new column reads exactly the bytes, and the others what they read before. Where the
+/// bytes are exactly what a column of that template reads, the column gets the name instead.
 ///
 /// A component that agrees in all neighbours becomes text; in one that differs, "*" stands around
 /// the bytes, up to text that all neighbours have next to them. The column's type is the narrowest
@@ -55,8 +56,8 @@ struct NamedTemplates {
 /// or text.
 ///
 /// Blank templates do not count, and none may be invalid. Throws NamingError where the bytes are
-/// none, hold a "/", or belong to a column already; where the name is none; and where another
-/// template makes the name a number, or not, against the bytes.
+/// none, hold a "/", or belong to a column of other bytes already; where the name is none, or of
+/// another column; and where another template makes the name a number, or not, against the bytes.
 NamedTemplates nameBytes(const NamedBytes& named, const std::vector<std::string>& templates,
                          const Neighbours& neighbours);
 

@@ -92,7 +92,7 @@ void AuxEditor::takeResults()
         QTableWidgetItem* const files = table_->item(row, FilesColumn);
         files->setText(!isKnown               ? QString()
                        : result.error.empty() ? QString::number(result.fileCount)
-                                              : shown(result.error));
+                                              : QString(QChar(0x2717)) + ' ' + shown(result.error));
         files->setForeground(result.error.empty() ? quietColour(palette())
                                                   : errorColour(palette()));
         for (const int column : {WildcardColumn, TagColumn}) {

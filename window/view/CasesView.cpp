@@ -17,6 +17,9 @@ namespace {
 // Of so many rows the widths of columns are taken.
 const int measuredRows = 100;
 
+// So many cases stay selected in another order.
+const std::size_t mostKept = 1000;
+
 } // namespace
 
 // Heads of values have the line of their column.
@@ -99,6 +102,7 @@ CasesView::CasesView(Session& session, CasesModel& model) : session_(session), m
     verticalHeader()->setDefaultSectionSize(em(font(), 1.5));
     connect(header, &QHeaderView::sectionClicked, this, &CasesView::sortBy);
     connect(&model, &QAbstractItemModel::modelReset, this, &CasesView::fitColumns);
+    connect(&model, &QAbstractItemModel::modelReset, this, &CasesView::keepChosen);
     fitColumns();
 }
 
@@ -123,6 +127,14 @@ void CasesView::fitColumns()
     }
 }
 
+// In another order they are the same cases.
+void CasesView::keepChosen()
+{
+    const std::vector<std::uint32_t>& chosen = session_.filter().cases;
+    if (!chosen.empty() && chosen.size() <= mostKept)
+        follow(chosen);
+}
+
 void CasesView::paintEvent(QPaintEvent* event)
 {
     QTableView::paintEvent(event);
@@ -135,10 +147,14 @@ void CasesView::paintEvent(QPaintEvent* event)
     else if (matching && !matching->failure.empty())
         text = shown(matching->failure);
     else if (matching)
-        text = tr("The reading fits no file.\nEach path says why.");
-    else if (session_.setup().hasSource())
+        text = session_.setup().by == Setup::By::Markers
+                   ? tr("No path has these markers.\nEach path says why.")
+                   : tr("No path fits the templates.\nEach says why; Suggest… finds others.");
+    else if (session_.problem())
+        text = tr("The templates cannot be read yet.\nBelow them stands why.");
+    else if (session_.files().count() > 0)
         text = tr("The cases stand here once paths are read.\n"
-                  "Select a value in a path and press Enter to name it.");
+                  "Select a value in a path and press Enter to name it,\nor press Suggest.");
     QPainter painter(viewport());
     painter.setPen(quietColour(palette()));
     const int margin = em(font(), 2);

@@ -42,6 +42,7 @@ private:
 
     void sortBy(int section);
     void fitColumns();
+    void keepChosen();
 
     Session& session_;
     CasesModel& model_;

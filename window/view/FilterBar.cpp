@@ -46,9 +46,11 @@ FilterBar::FilterBar(Session& session)
     text_->setPlaceholderText(tr("Filter paths"));
     text_->setClearButtonEnabled(true);
     text_->setAccessibleName(tr("Filter paths by text"));
+    text_->setToolTip(tr("Small letters stand for capitals too; with a capital, case counts"));
     which_->addItems({tr("All files"), tr("Matched"), tr("Unmatched")});
     which_->setAccessibleName(tr("Show matched or unmatched files"));
     column_->setAccessibleName(tr("Filter by the values of a column"));
+    column_->setToolTip(tr("Show the files with one value of a column"));
     column_->addItem(tr("Any value"));
     value_->setAccessibleName(tr("The value to show"));
     value_->setVisible(false);

@@ -9,6 +9,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QProxyStyle>
+#include <QScreen>
 #include <QTableView>
 #include <QWidget>
 
@@ -161,6 +162,11 @@ void ignoreSelectionInHeads(QTableView& table)
 {
     for (QHeaderView* const head : {table.horizontalHeader(), table.verticalHeader()})
         head->setSelectionModel(new QItemSelectionModel(table.model(), head));
+}
+
+QSize roomOnScreen(const QFont& font)
+{
+    return QApplication::primaryScreen()->availableSize() - QSize(em(font, 1), em(font, 4));
 }
 
 int em(const QFont& font, qreal count)

@@ -7,6 +7,7 @@
 #include <QFont>
 #include <QPalette>
 #include <QPen>
+#include <QSize>
 #include <QString>
 #include <QTextCharFormat>
 
@@ -50,6 +51,9 @@ void makeRoomy(QWidget& widget);
 /// Keeps the heads of a table from looking at its selection, which costs a question for each row.
 /// The table has its model.
 void ignoreSelectionInHeads(QTableView& table);
+
+/// The largest size at which a window is seen whole, with the frame that it gets.
+QSize roomOnScreen(const QFont& font);
 
 /// A part of a length in the font's own measure, so that distances scale with the text.
 int em(const QFont& font, qreal count);

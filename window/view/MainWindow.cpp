@@ -114,6 +114,22 @@ void remember(const std::string& root)
     settings.setValue("recent", QStringList(recent.mid(0, mostRecent)));
 }
 
+// The name of the template's column that reads just these bytes; empty for none.
+std::string columnOf(const PathsView::Selected& bytes, const PathsModel& paths,
+                     const Session& session)
+{
+    const int row = paths.rowOf(bytes.file);
+    const PathRead* const read = row < 0 ? nullptr : paths.read(row);
+    if (read == nullptr || !session.reading()->templates())
+        return {};
+    for (const PathPiece& piece : read->pieces) {
+        if (piece.kind == PathPiece::Kind::Value && piece.begin == bytes.begin() &&
+            piece.begin + piece.length == bytes.end())
+            return session.reading()->patterns()[piece.column].pattern;
+    }
+    return {};
+}
+
 } // namespace
 
 MainWindow::MainWindow(Session& session)
@@ -160,7 +176,7 @@ MainWindow::MainWindow(Session& session)
     connect(paths_, &PathsView::rowsChosen, this, &MainWindow::followPath);
     connect(paths_, &PathsView::bytesSelected, this, &MainWindow::takeMatching);
     connect(naming_, &NamingBar::closed, this, [this] {
-        paths_->clearBytes();
+        paths_->endBytes();
         paths_->setFocus();
         hint_->setVisible(true);
     });
@@ -193,7 +209,7 @@ QWidget* MainWindow::makeRootBar()
     open_->setToolButtonStyle(Qt::ToolButtonTextOnly);
     recent_ = new QMenu(open_);
     open_->setMenu(recent_);
-    open_->setToolTip(tr("Open the folder of a campaign; recent ones are in the menu"));
+    open_->setToolTip(tr("Open a folder; recent ones are in the menu"));
     root_ = new QLabel;
     root_->setFont(pathFont());
     root_->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
@@ -635,7 +651,7 @@ void MainWindow::takeSaved(const QString& sentence, const QString& error)
 void MainWindow::askForFolder()
 {
     const QString folder =
-        QFileDialog::getExistingDirectory(this, tr("Open the folder of a campaign"),
+        QFileDialog::getExistingDirectory(this, tr("Open a folder"),
                                           Errand::isAnyLeft() || session_.isWalking()
                                               ? QDir::homePath()
                                               : QFile::decodeName(session_.setup().root.c_str()));
@@ -662,9 +678,8 @@ void MainWindow::askWhereToSave(const SavedRows& rows, const QString& name)
 {
     const QStringList filters = filtersOfFormats();
     QString filter = filters.front();
-    const QString file =
-        QFileDialog::getSaveFileName(this, tr("Save the table; the ending says the format"),
-                                     name + ".csv", filters.join(";;"), &filter);
+    const QString file = QFileDialog::getSaveFileName(this, tr("Save the table"), name + ".csv",
+                                                      filters.join(";;"), &filter);
     if (!file.isEmpty())
         session_.save(bytesOfFile(withEnding(file, filter)), rows);
 }
@@ -742,11 +757,12 @@ void MainWindow::askForName()
 {
     const auto selected = paths_->selectedBytes();
     if (!selected) {
-        tell(tr("Select the value in a path first: with the mouse, or with Shift and the arrows."));
+        tell(tr("Select the value in a path first: with the mouse, or with Ctrl+→."));
         return;
     }
     hint_->setVisible(false);
-    naming_->ask({selected->path, selected->begin(), selected->end(), ""});
+    naming_->ask({selected->path, selected->begin(), selected->end(),
+                  columnOf(*selected, pathsModel_, session_)});
 }
 
 void MainWindow::suggest()
@@ -921,9 +937,10 @@ void MainWindow::takeMatching()
                                     : tr("Cases"));
 
     const int row = paths_->currentIndex().row();
-    QString hint = tr("Select a value in a path and press Enter to name it.");
+    QString hint = tr("Select a value in a path, with the mouse or Ctrl+→, and press Enter to name "
+                      "it.");
     if (const auto selected = paths_->selectedBytes())
-        hint = tr("Enter names “%1”.").arg(shown(selected->bytes()));
+        hint = tr("Press Enter to name “%1”.").arg(shown(selected->bytes()));
     else if (pathsModel_.rowCount() == 0)
         hint.clear();
     else if (row >= 0 && row < pathsModel_.rowCount()) {
@@ -1009,7 +1026,7 @@ void MainWindow::restore()
 {
     QSettings settings;
     if (!restoreGeometry(settings.value("geometry").toByteArray()))
-        resize(1280, 720);
+        resize(QSize(1280, 720).boundedTo(roomOnScreen(font())));
     if (!rows_->restoreState(settings.value("rows").toByteArray()))
         rows_->setSizes({em(font(), 8), em(font(), 30)});
     if (!halves_->restoreState(settings.value("halves").toByteArray()))

@@ -24,7 +24,8 @@ MarkersEditor::MarkersEditor(Session& session)
     table_->setColumnWidth(MarkerColumn, em(font(), 20));
     table_->layOutIn(
         *this,
-        tr("A marker is the text in front of a value, such as “Mach” in “Mach0.8”. Each is looked "
+        tr("Markers read the paths in place of the templates, which stay where they are. A marker "
+           "is the text in front of a value, such as “Mach” in “Mach0.8”. Each is looked "
            "for behind the one before. Del removes, Alt+Up and Alt+Down move."));
     connect(table_, &QTableWidget::cellChanged, this, &MarkersEditor::takeText);
     connect(table_, &RowTable::rowRemoved, this, [this](int row) {

@@ -5,6 +5,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QVBoxLayout>
 
 #include "window/model/Session.h"
 #include "window/model/Text.h"
@@ -41,7 +42,7 @@ std::string proposedName(const NamedBytes& bytes)
 
 NamingBar::NamingBar(Session& session)
     : session_(session), title_(new QLabel), name_(new QLineEdit), preview_(new QLabel),
-      add_(new QPushButton(tr("Take")))
+      add_(new QPushButton(tr("Name it")))
 {
     setFrameShape(QFrame::StyledPanel);
     setAutoFillBackground(true);
@@ -55,11 +56,15 @@ NamingBar::NamingBar(Session& session)
     preview_->setWordWrap(true);
     preview_->setAccessibleName(tr("The template that comes of it"));
     add_->setDefault(true);
-    auto* const layout = new QHBoxLayout(this);
-    layout->addWidget(title_);
-    layout->addWidget(name_);
-    layout->addWidget(preview_, 1);
-    layout->addWidget(add_);
+    // The template has a line of its own, as it is seldom short.
+    auto* const row = new QHBoxLayout;
+    row->addWidget(title_);
+    row->addWidget(name_);
+    row->addStretch(1);
+    row->addWidget(add_);
+    auto* const layout = new QVBoxLayout(this);
+    layout->addLayout(row);
+    layout->addWidget(preview_);
     connect(name_, &QLineEdit::textChanged, this, &NamingBar::lookUp);
     connect(name_, &QLineEdit::returnPressed, this, &NamingBar::accept);
     connect(add_, &QPushButton::clicked, this, &NamingBar::accept);
@@ -79,7 +84,7 @@ void NamingBar::ask(const NamedBytes& bytes)
     title_->setText(
         tr("Name of “%1”:")
             .arg(shown(bytes.path.substr(bytes.begin, bytes.end - bytes.begin)).left(24)));
-    const QString name = editable(proposedName(bytes));
+    const QString name = editable(bytes.name.empty() ? proposedName(bytes) : bytes.name);
     if (name_->text() == name)
         lookUp();
     name_->setText(name);
@@ -95,7 +100,7 @@ void NamingBar::lookUp()
     bytes_.name = bytesOf(name_->text());
     add_->setEnabled(false);
     if (bytes_.name.empty())
-        preview_->setText(tr("type a name for these values"));
+        preview_->setText(tr("Type a name for the values here."));
     else
         session_.name(bytes_);
 }

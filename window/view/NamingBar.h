@@ -24,7 +24,8 @@ public:
     /// The session must outlive it.
     explicit NamingBar(Session& session);
 
-    /// Opens it for bytes of a path; the name that is proposed stands in front of them.
+    /// Opens it for bytes of a path. The name that they have is proposed, or else the word that
+    /// stands in front of them.
     void ask(const NamedBytes& bytes);
 
     QLineEdit& nameEdit() { return *name_; }

@@ -106,6 +106,25 @@ ByteRange wordAt(const std::string& path, std::size_t offset)
     return {offset, offset + 1};
 }
 
+std::optional<ByteRange> wordFrom(const std::string& path, std::size_t offset)
+{
+    while (offset < path.size() && !isDigit(path[offset]) && !isLetter(path[offset]))
+        ++offset;
+    if (offset >= path.size())
+        return std::nullopt;
+    return wordAt(path, offset);
+}
+
+std::optional<ByteRange> wordBefore(const std::string& path, std::size_t offset)
+{
+    offset = std::min(offset, path.size());
+    while (offset > 0 && !isDigit(path[offset - 1]) && !isLetter(path[offset - 1]))
+        --offset;
+    if (offset == 0)
+        return std::nullopt;
+    return wordAt(path, offset - 1);
+}
+
 // Draws paths, and tells where their bytes stand.
 class PathsView::Delegate : public QStyledItemDelegate {
 public:
@@ -195,10 +214,11 @@ private:
         return formats;
     }
 
-    static void paintGround(QPainter* painter, const QStyleOptionViewItem& option, int row)
+    void paintGround(QPainter* painter, const QStyleOptionViewItem& option, int row) const
     {
         const bool isSelected = option.state & QStyle::State_Selected;
-        if (isSelected)
+        const bool hasKeys = view_.hasFocus() && view_.currentIndex().row() == row;
+        if (isSelected || hasKeys)
             painter->fillRect(option.rect, option.palette.color(QPalette::Highlight));
         else if (row % 2 == 1)
             painter->fillRect(option.rect, option.palette.color(QPalette::AlternateBase));
@@ -327,7 +347,8 @@ PathsView::PathsView(const Session& session, PathsModel& model)
     setVerticalScrollMode(ScrollPerItem);
     setHorizontalScrollMode(ScrollPerPixel);
     setAccessibleName(tr("Paths"));
-    setAccessibleDescription(tr("Select a value in a path and press Enter to name it"));
+    setAccessibleDescription(
+        tr("Select a value in a path, with Ctrl+Right, and press Enter to name it"));
     makeRoomy(*horizontalHeader());
     verticalHeader()->hide();
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
@@ -339,6 +360,7 @@ PathsView::PathsView(const Session& session, PathsModel& model)
     horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     connect(&model, &QAbstractItemModel::modelReset, this, &PathsView::fitColumns);
     connect(&model, &QAbstractItemModel::modelReset, this, &PathsView::dropStaleBytes);
+    connect(&model, &QAbstractItemModel::modelReset, this, &PathsView::keepCurrent);
     connect(&model, &QAbstractItemModel::rowsInserted, this, &PathsView::fitColumns);
     connect(&model, &QAbstractItemModel::dataChanged, viewport(), qOverload<>(&QWidget::update));
     fitColumns();
@@ -368,6 +390,12 @@ void PathsView::resizeEvent(QResizeEvent* event)
 {
     QTableView::resizeEvent(event);
     fitColumns();
+    // What is being named stays in sight, though the question takes room below.
+    const int row = selectedBytes() ? model_.rowOf(selected_->file) : -1;
+    if (row >= 0) {
+        scrollTo(model_.index(row, PathsModel::PathColumn));
+        showCaret();
+    }
 }
 
 void PathsView::paintEvent(QPaintEvent* event)
@@ -415,13 +443,46 @@ void PathsView::clearBytes()
     Q_EMIT bytesSelected();
 }
 
-// The file that was selected may have another index now, or be gone.
-void PathsView::dropStaleBytes()
+void PathsView::endBytes()
+{
+    if (selected_)
+        selected_->anchor = selected_->caret = selected_->end();
+    viewport()->update();
+    Q_EMIT bytesSelected();
+}
+
+// The file may have another index now, or be gone.
+bool PathsView::isThere(const Selected& bytes) const
 {
     const Files& files = session_.files();
-    if (selected_ &&
-        (selected_->file >= files.count() || files.path(selected_->file) != selected_->path))
+    return bytes.file < files.count() && files.path(bytes.file) == bytes.path;
+}
+
+void PathsView::dropStaleBytes()
+{
+    if (selected_ && !isThere(*selected_))
         clearBytes();
+}
+
+// A changed reading or filter makes the rows anew; the keys stay with their path, wherever the view
+// has been scrolled.
+void PathsView::keepCurrent()
+{
+    const int row = current_ && isThere(*current_) ? model_.rowOf(current_->file) : -1;
+    if (row < 0)
+        return;
+    const bool scrolls = hasAutoScroll();
+    setAutoScroll(false);
+    selectionModel()->setCurrentIndex(model_.index(row, PathsModel::PathColumn),
+                                      QItemSelectionModel::NoUpdate);
+    setAutoScroll(scrolls);
+}
+
+void PathsView::currentChanged(const QModelIndex& now, const QModelIndex& before)
+{
+    QTableView::currentChanged(now, before);
+    if (now.isValid())
+        current_ = Selected{model_.fileOf(now.row()), model_.path(now.row()), 0, 0};
 }
 
 QPoint PathsView::placeOf(int row, std::size_t offset) const
@@ -499,6 +560,16 @@ void PathsView::moveCaret(std::size_t offset, bool selects)
     Q_EMIT bytesSelected();
 }
 
+void PathsView::selectNext(bool isRight)
+{
+    const auto word = isRight ? wordFrom(selected_->path, selected_->end())
+                              : wordBefore(selected_->path, selected_->begin());
+    if (!word)
+        return;
+    selected_->anchor = word->begin;
+    moveCaret(word->end, true);
+}
+
 void PathsView::showCaret()
 {
     const int row = model_.rowOf(selected_->file);
@@ -533,6 +604,8 @@ void PathsView::keyPressEvent(QKeyEvent* event)
     }
     if (!selected_ || selected_->file != model_.fileOf(row))
         selected_ = Selected{model_.fileOf(row), model_.path(row), 0, 0};
+    if (byWord && !selects)
+        return selectNext(key == Qt::Key_Right);
     const ShownText text(selected_->path);
     const std::size_t caret = selected_->caret;
     std::size_t offset = 0;

@@ -17,8 +17,9 @@
 namespace casetable {
 
 /// Paths with what is read of them in colour. In one path bytes can be selected, with the mouse and
-/// with the keys: Left and Right move, with Shift they select, with Ctrl by words and numbers; a
-/// double click selects a word or a number; Enter asks for a name.
+/// with the keys: Ctrl+Left and Ctrl+Right select the word or number that is next, as a double
+/// click selects one; Left and Right move, with Shift they select, with Ctrl and Shift by words and
+/// numbers; Enter asks for a name.
 class PathsView : public QTableView {
     Q_OBJECT
 
@@ -43,6 +44,8 @@ public:
     std::optional<Selected> selectedBytes() const;
     void selectBytes(int row, std::size_t begin, std::size_t end);
     void clearBytes();
+    /// Selects nothing any more, and goes on behind what was selected.
+    void endBytes();
 
     /// Where a byte of a row's path is shown, in the viewport; the row must be seen.
     QPoint placeOf(int row, std::size_t offset) const;
@@ -67,12 +70,16 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void selectionChanged(const QItemSelection& now, const QItemSelection& before) override;
+    void currentChanged(const QModelIndex& now, const QModelIndex& before) override;
 
 private:
     class Delegate;
 
     std::size_t offsetAt(int row, const QPoint& point) const;
+    bool isThere(const Selected& bytes) const;
     void dropStaleBytes();
+    void keepCurrent();
+    void selectNext(bool isRight);
     void moveCaret(std::size_t offset, bool selects);
     void showCaret();
     void fitColumns();
@@ -81,6 +88,7 @@ private:
     PathsModel& model_;
     Delegate* delegate_;
     std::optional<Selected> selected_;
+    std::optional<Selected> current_; // The path that has the keys, and no bytes of it.
     bool isDragging_ = false;
 };
 
@@ -90,6 +98,12 @@ struct ByteRange {
     std::size_t end;
 };
 ByteRange wordAt(const std::string& path, std::size_t offset);
+
+/// The word or number that `offset` is in, or else the next one behind it.
+std::optional<ByteRange> wordFrom(const std::string& path, std::size_t offset);
+
+/// The word or number that ends at `offset` or has it inside, or else the next one in front.
+std::optional<ByteRange> wordBefore(const std::string& path, std::size_t offset);
 
 } // namespace casetable
 

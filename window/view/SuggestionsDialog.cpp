@@ -36,7 +36,7 @@ SuggestionsDialog::SuggestionsDialog(Session& session, QWidget* parent)
     connect(buttons_, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(&session, &Session::suggested, this, &SuggestionsDialog::display);
     setModal(true);
-    resize(em(font(), 58), em(font(), 22));
+    resize(QSize(em(font(), 58), em(font(), 22)).boundedTo(roomOnScreen(font())));
     session.suggest();
 }
 
@@ -48,7 +48,8 @@ void SuggestionsDialog::display(const std::vector<Suggestion>& suggestions)
                        ? tr("No part varies in a regular way in the names of these files. Select a "
                             "value in a path and press Enter to make a template.")
                        : tr("Each template is shown with what it would give. Those that are "
-                            "checked take the place of the present ones."));
+                            "checked take the place of the present ones. To rename a column later, "
+                            "select a value of it in a path and press Enter."));
     std::vector<std::string> names = session_.columnNames();
     for (const Suggestion& suggestion : suggestions) {
         auto* const item = new QTreeWidgetItem(
