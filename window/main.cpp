@@ -16,7 +16,7 @@
 #include "casetable/system/Interrupt.h"
 #include "casetable/system/OutputGuards.h"
 #include "casetable/system/Processors.h"
-#include "window/model/Errand.h"
+#include "window/model/BackgroundJob.h"
 #include "window/model/Saving.h"
 #include "window/model/Session.h"
 #include "window/view/Look.h"
@@ -228,7 +228,7 @@ int main(int argc, char** argv)
         Console().error(failure.what());
     }
     // A walk that the system keeps waiting would be waited for.
-    if (Errand::isAnyLeft())
+    if (BackgroundJob::isAnyLeft())
         std::_Exit(code);
     return code;
 }

@@ -12,7 +12,7 @@
 
 #include "tests/casetable/support/TemporaryTree.h"
 #include "tests/window/OpenWindow.h"
-#include "window/model/Errand.h"
+#include "window/model/BackgroundJob.h"
 
 namespace casetable {
 namespace tests {
@@ -41,7 +41,7 @@ TEST_F(Hanging, LeavesAWalkThatIsStoppedWithTheFilesFoundSoFar)
     ASSERT_TRUE(open_.window.stop().isVisible());
     QTest::mouseClick(&open_.window.stop(), Qt::LeftButton);
     open_.read({"T{T:number}"});
-    EXPECT_TRUE(Errand::isAnyLeft());
+    EXPECT_TRUE(BackgroundJob::isAnyLeft());
     EXPECT_FALSE(open_.window.stop().isVisible());
     EXPECT_EQ(open_.shownPaths(), std::vector<std::string>({"T1"}));
     EXPECT_EQ(open_.session.progress().files, 1U);
@@ -93,7 +93,7 @@ TEST_F(Hanging, IsLeftForAnotherFolder)
     openTree();
     open_.window.openFolder(other.path());
     open_.settle();
-    EXPECT_TRUE(Errand::isAnyLeft());
+    EXPECT_TRUE(BackgroundJob::isAnyLeft());
     EXPECT_EQ(open_.shownPaths(), std::vector<std::string>({"T4"}));
 }
 

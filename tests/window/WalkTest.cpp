@@ -13,7 +13,7 @@
 
 #include "tests/casetable/support/TemporaryTree.h"
 #include "tests/window/Kept.h"
-#include "window/model/Errand.h"
+#include "window/model/BackgroundJob.h"
 
 namespace casetable {
 namespace tests {
@@ -104,13 +104,13 @@ TEST(Walk, EndsWithTheFilesSoFarWhenItIsLeft)
     EXPECT_FALSE(walk.hasEnded());
     walk.leave();
     waitForEnd(walk);
-    EXPECT_TRUE(Errand::isAnyLeft());
+    EXPECT_TRUE(BackgroundJob::isAnyLeft());
     EXPECT_EQ(pathsOf(walk.files()), Texts({"a", "b", "c"}));
     EXPECT_EQ(walk.progress().files, 3U);
     EXPECT_TRUE(walk.end().isStopped);
     EXPECT_EQ(::write(writer, "d\n", 2), 2);
     ::close(writer);
-    while (Errand::isAnyLeft())
+    while (BackgroundJob::isAnyLeft())
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     EXPECT_EQ(walk.files().count(), 3U);
 }
@@ -120,7 +120,7 @@ TEST(Walk, IsLeftToItselfByItsOwner)
     const TemporaryTree tree({"a/b"});
     for (int i = 0; i < 50; ++i)
         const Walk walk(folder(tree.path()));
-    while (Errand::isAnyLeft())
+    while (BackgroundJob::isAnyLeft())
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 

@@ -25,7 +25,7 @@
 #include "tests/casetable/support/Program.h"
 #include "tests/casetable/support/TemporaryTree.h"
 #include "tests/window/OpenWindow.h"
-#include "window/model/Errand.h"
+#include "window/model/BackgroundJob.h"
 #include "window/view/ColumnsDialog.h"
 
 // What goes from the window into files, and comes from them.
@@ -304,9 +304,9 @@ TEST(WindowFiles, GivesASaveUpWhenItIsClosedTwice)
         EXPECT_FALSE(open.window.close());
         EXPECT_TRUE(open.window.close());
     }
-    EXPECT_TRUE(Errand::isAnyLeft());
+    EXPECT_TRUE(BackgroundJob::isAnyLeft());
     EXPECT_EQ(pipe.read().substr(0, 9), "case,wing");
-    EXPECT_TRUE(QTest::qWaitFor([] { return !Errand::isAnyLeft(); }, 20000));
+    EXPECT_TRUE(QTest::qWaitFor([] { return !BackgroundJob::isAnyLeft(); }, 20000));
 }
 
 TEST(WindowFiles, StaysOpenWhereAFileCannotBeSaved)

@@ -644,7 +644,7 @@ void Session::write(const std::string& file, const QString& sentence, std::funct
         return;
     }
     try {
-        errands_.run(*this, [this, sentence, act = std::move(act)]() -> Errands::Effect {
+        background_.run(*this, [this, sentence, act = std::move(act)]() -> BackgroundJobs::Effect {
             QString error;
             try {
                 act();
@@ -665,7 +665,7 @@ void Session::write(const std::string& file, const QString& sentence, std::funct
 bool Session::isIdle() const
 {
     return !isWalking() && !isMatching_ && !isOrdering_ && !isFiltering_ && !isAsking_ &&
-           !isMakingGrid_ && errands_.areDone();
+           !isMakingGrid_ && background_.areDone();
 }
 
 } // namespace casetable

@@ -16,7 +16,7 @@
 #include <QTimer>
 
 #include "casetable/importing/Sorting.h"
-#include "window/model/Errands.h"
+#include "window/model/BackgroundJobs.h"
 #include "window/model/Files.h"
 #include "window/model/Grid.h"
 #include "window/model/Latest.h"
@@ -135,7 +135,7 @@ public:
     const std::string& saving() const { return saving_; }
 
     /// Runs what else the system may keep waiting.
-    Errands& errands() { return errands_; }
+    BackgroundJobs& background() { return background_; }
 
     /// Whether all that was begun has come to its end.
     bool isIdle() const;
@@ -213,7 +213,7 @@ private:
     std::size_t questions_ = 0;
     bool isAsking_ = false;
     std::string saving_;
-    Errands errands_;
+    BackgroundJobs background_;
     std::size_t grids_ = 0;
     bool isMakingGrid_ = false;
 

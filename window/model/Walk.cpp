@@ -13,7 +13,7 @@
 #include "casetable/listing/ReadAhead.h"
 #include "casetable/listing/ReadList.h"
 #include "casetable/system/ExitCode.h"
-#include "window/model/Errand.h"
+#include "window/model/BackgroundJob.h"
 
 namespace casetable {
 
@@ -181,7 +181,7 @@ std::shared_ptr<Walk::State> Walk::State::handOver()
 Walk::Walk(const Source& source) : state_(std::make_shared<State>())
 {
     state_->source = source;
-    errand_ = std::make_unique<Errand>([state = state_] { state->run(); });
+    job_ = std::make_unique<BackgroundJob>([state = state_] { state->run(); });
 }
 
 Walk::~Walk()
@@ -201,9 +201,9 @@ void Walk::leave()
         return;
     state_ = state_->handOver();
     try {
-        errand_ = std::make_unique<Errand>([state = state_] { state->finish(""); });
+        job_ = std::make_unique<BackgroundJob>([state = state_] { state->finish(""); });
     } catch (const Failure&) {
-        errand_.reset();
+        job_.reset();
         state_->finish("");
     }
 }

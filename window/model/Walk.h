@@ -11,7 +11,7 @@
 
 namespace casetable {
 
-class Errand;
+class BackgroundJob;
 
 /// Lists the files of a source on a thread of its own, and keeps them.
 ///
@@ -66,7 +66,7 @@ public:
 private:
     struct State;
     std::shared_ptr<State> state_;
-    std::unique_ptr<Errand> errand_;
+    std::unique_ptr<BackgroundJob> job_;
 };
 
 } // namespace casetable

@@ -39,7 +39,7 @@
 
 #include "casetable/system/ExitCode.h"
 #include "casetable/writing/Formats.h"
-#include "window/model/Errand.h"
+#include "window/model/BackgroundJob.h"
 #include "window/model/Saving.h"
 #include "window/model/Text.h"
 #include "window/view/AuxEditor.h"
@@ -534,10 +534,10 @@ void MainWindow::openList(const std::string& file)
 }
 
 // Looks at files on another thread, as the system may keep that waiting.
-void MainWindow::runErrand(std::function<std::function<void()>()> act)
+void MainWindow::runInBackground(std::function<std::function<void()>()> act)
 {
     try {
-        session_.errands().run(*this, std::move(act));
+        session_.background().run(*this, std::move(act));
     } catch (const Failure& failure) {
         tellFailure(shown(failure.what()));
     }
@@ -554,7 +554,7 @@ std::function<bool()> MainWindow::openingNow()
 void MainWindow::openSetup(const std::string& file)
 {
     tellMeanwhile(tr("Opening %1…").arg(shown(file)));
-    runErrand([this, file, isWanted = openingNow()]() -> std::function<void()> {
+    runInBackground([this, file, isWanted = openingNow()]() -> std::function<void()> {
         ReadSetup read;
         QString error;
         try {
@@ -589,7 +589,7 @@ void MainWindow::takeOpened(const std::string& file, const ReadSetup& read)
 void MainWindow::openPath(const std::string& path)
 {
     tellMeanwhile(tr("Opening %1…").arg(shown(path)));
-    runErrand([this, path, isWanted = openingNow()]() -> std::function<void()> {
+    runInBackground([this, path, isWanted = openingNow()]() -> std::function<void()> {
         const QFileInfo info(QFile::decodeName(path.c_str()));
         const bool isFolder = info.isDir();
         const bool isFile = info.isFile();
@@ -652,7 +652,7 @@ void MainWindow::askForFolder()
 {
     const QString folder =
         QFileDialog::getExistingDirectory(this, tr("Open a folder"),
-                                          Errand::isAnyLeft() || session_.isWalking()
+                                          BackgroundJob::isAnyLeft() || session_.isWalking()
                                               ? QDir::homePath()
                                               : QFile::decodeName(session_.setup().root.c_str()));
     if (!folder.isEmpty())
@@ -818,8 +818,8 @@ void MainWindow::copyTable()
 void MainWindow::copyLater(const QString& sentence, const QString& asWords,
                            std::function<Copy()> make)
 {
-    runErrand([this, sentence, asWords, make = std::move(make),
-               number = ++copied_]() -> std::function<void()> {
+    runInBackground([this, sentence, asWords, make = std::move(make),
+                     number = ++copied_]() -> std::function<void()> {
         Copy copy;
         QString error;
         try {

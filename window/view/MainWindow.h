@@ -116,7 +116,7 @@ private:
     void takeCopy(const Copy& copy, const QString& sentence, const QString& asWords);
 
     void takeSetup();
-    void runErrand(std::function<std::function<void()>()> act);
+    void runInBackground(std::function<std::function<void()>()> act);
     std::function<bool()> openingNow();
     void takeOpened(const std::string& file, const ReadSetup& read);
     void takeSaved(const QString& sentence, const QString& error);

@@ -1,5 +1,5 @@
-#ifndef WINDOW_MODEL_ERRAND_H
-#define WINDOW_MODEL_ERRAND_H
+#ifndef WINDOW_MODEL_BACKGROUNDJOB_H
+#define WINDOW_MODEL_BACKGROUNDJOB_H
 
 #include <atomic>
 #include <functional>
@@ -14,15 +14,15 @@ class Thread;
 /// left to itself.
 ///
 /// Used by one thread, that of the window.
-class Errand {
+class BackgroundJob {
 public:
     /// Begins it. `act` must not throw, and owns or shares all that it uses. Throws Failure with
     /// ExitCode::ImportFailed where the system has no thread left.
-    explicit Errand(std::function<void()> act);
+    explicit BackgroundJob(std::function<void()> act);
 
-    ~Errand();
-    Errand(const Errand&) = delete;
-    Errand& operator=(const Errand&) = delete;
+    ~BackgroundJob();
+    BackgroundJob(const BackgroundJob&) = delete;
+    BackgroundJob& operator=(const BackgroundJob&) = delete;
 
     bool hasEnded() const { return *hasEnded_; }
 

@@ -1,5 +1,5 @@
-#ifndef WINDOW_MODEL_ERRANDS_H
-#define WINDOW_MODEL_ERRANDS_H
+#ifndef WINDOW_MODEL_BACKGROUNDJOBS_H
+#define WINDOW_MODEL_BACKGROUNDJOBS_H
 
 #include <functional>
 #include <memory>
@@ -9,23 +9,23 @@
 #include <QPointer>
 #include <QTimer>
 
-#include "window/model/Errand.h"
+#include "window/model/BackgroundJob.h"
 
 namespace casetable {
 
-/// Errands that have an effect once they have ended. Used by one thread, that of the window; those
-/// that still run when it is destroyed are left to themselves, without an effect.
-class Errands : public QObject {
+/// Jobs in the background that have an effect once they have ended. Used by one thread, that of the
+/// window; those that still run when it is destroyed are left to themselves, without an effect.
+class BackgroundJobs : public QObject {
     Q_OBJECT
 
 public:
     /// What is done on the window's thread in the end; null for nothing.
     using Effect = std::function<void()>;
 
-    Errands();
+    BackgroundJobs();
 
-    /// Begins an errand, of which `act` must not throw. What it returns is done if `receiver` is
-    /// still there. Throws Failure as Errand does.
+    /// Begins a job, of which `act` must not throw. What it returns is done if `receiver` is
+    /// still there. Throws Failure as BackgroundJob does.
     void run(QObject& receiver, std::function<Effect()> act);
 
     /// Whether all have ended, and had their effect.
@@ -35,7 +35,7 @@ private:
     struct Running {
         QPointer<QObject> receiver;
         std::shared_ptr<Effect> effect;
-        std::unique_ptr<Errand> errand;
+        std::unique_ptr<BackgroundJob> job;
     };
 
     void look();

@@ -1,4 +1,4 @@
-#include "window/model/Errand.h"
+#include "window/model/BackgroundJob.h"
 
 #include <algorithm>
 #include <utility>
@@ -17,24 +17,25 @@ struct Left {
     std::unique_ptr<Thread> thread;
 };
 
-std::vector<Left>& leftErrands()
+std::vector<Left>& leftJobs()
 {
-    static std::vector<Left> errands;
-    return errands;
+    static std::vector<Left> jobs;
+    return jobs;
 }
 
 // Takes those off that have ended.
 void reapLeft()
 {
-    std::vector<Left>& errands = leftErrands();
-    errands.erase(std::remove_if(errands.begin(), errands.end(),
-                                 [](const Left& errand) { return errand.hasEnded->load(); }),
-                  errands.end());
+    std::vector<Left>& jobs = leftJobs();
+    jobs.erase(std::remove_if(jobs.begin(), jobs.end(),
+                              [](const Left& job) { return job.hasEnded->load(); }),
+               jobs.end());
 }
 
 } // namespace
 
-Errand::Errand(std::function<void()> act) : hasEnded_(std::make_shared<std::atomic<bool>>(false))
+BackgroundJob::BackgroundJob(std::function<void()> act)
+    : hasEnded_(std::make_shared<std::atomic<bool>>(false))
 {
     reapLeft();
     thread_ = Thread::start([hasEnded = hasEnded_, act = std::move(act)] {
@@ -45,16 +46,16 @@ Errand::Errand(std::function<void()> act) : hasEnded_(std::make_shared<std::atom
         throw Failure(ExitCode::ImportFailed, "the system has no thread left");
 }
 
-Errand::~Errand()
+BackgroundJob::~BackgroundJob()
 {
     if (!hasEnded())
-        leftErrands().push_back({hasEnded_, std::move(thread_)});
+        leftJobs().push_back({hasEnded_, std::move(thread_)});
 }
 
-bool Errand::isAnyLeft()
+bool BackgroundJob::isAnyLeft()
 {
     reapLeft();
-    return !leftErrands().empty();
+    return !leftJobs().empty();
 }
 
 } // namespace casetable

@@ -1,4 +1,4 @@
-#include "window/model/Errands.h"
+#include "window/model/BackgroundJobs.h"
 
 #include <algorithm>
 #include <utility>
@@ -13,26 +13,26 @@ const int lookMilliseconds = 15;
 
 } // namespace
 
-Errands::Errands()
+BackgroundJobs::BackgroundJobs()
 {
     timer_.setInterval(lookMilliseconds);
-    connect(&timer_, &QTimer::timeout, this, &Errands::look);
+    connect(&timer_, &QTimer::timeout, this, &BackgroundJobs::look);
 }
 
-void Errands::run(QObject& receiver, std::function<Effect()> act)
+void BackgroundJobs::run(QObject& receiver, std::function<Effect()> act)
 {
     const auto effect = std::make_shared<Effect>();
-    auto errand = std::make_unique<Errand>([effect, act = std::move(act)] { *effect = act(); });
-    running_.push_back({&receiver, effect, std::move(errand)});
+    auto job = std::make_unique<BackgroundJob>([effect, act = std::move(act)] { *effect = act(); });
+    running_.push_back({&receiver, effect, std::move(job)});
     timer_.start();
 }
 
-// An effect may begin another errand.
-void Errands::look()
+// An effect may begin another job.
+void BackgroundJobs::look()
 {
     const auto ended =
         std::stable_partition(running_.begin(), running_.end(),
-                              [](const Running& each) { return !each.errand->hasEnded(); });
+                              [](const Running& each) { return !each.job->hasEnded(); });
     std::vector<Running> done(std::make_move_iterator(ended),
                               std::make_move_iterator(running_.end()));
     running_.erase(ended, running_.end());
