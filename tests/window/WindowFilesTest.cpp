@@ -139,6 +139,19 @@ TEST(WindowFiles, SavesTheTableInTheFormatOfTheEnding)
     EXPECT_TRUE(target.exists("t.sqlite")) << open.window.message().text().toStdString();
 }
 
+TEST(WindowFiles, SaysThatATableIsCsvWhereItsNameStandsForNoFormat)
+{
+    const TemporaryTree tree(campaign);
+    const TemporaryTree target;
+    OpenWindow open(tree.path());
+    open.read({both});
+    open.session.save(target.path("t.xlsx"));
+    open.settle();
+    EXPECT_EQ(open.window.message().text().toStdString(),
+              "Saved as CSV, as its name stands for no format: " + target.path("t.xlsx"));
+    EXPECT_EQ(target.content("t.xlsx").substr(0, 9), "case,wing");
+}
+
 TEST(WindowFiles, SavesOtherRowsAsTheProgramDoes)
 {
     const TemporaryTree tree(campaign);

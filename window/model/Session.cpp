@@ -626,6 +626,8 @@ void Session::save(const std::string& file, const SavedRows& rows)
     try {
         const Options options = savingOptions(effective_, rows, file);
         QString sentence = tr("Saved");
+        if (options.format == nullptr)
+            sentence += tr(" as CSV, as its name stands for no format");
         if (options.sortKeys.size() != sortKeys_.size())
             sentence += tr(", not sorted, as these rows cannot be so");
         if (walkEnd_.isStopped)
