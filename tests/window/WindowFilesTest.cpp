@@ -299,7 +299,7 @@ TEST(WindowFiles, ClosesOnceAFileIsSaved)
     EXPECT_FALSE(open.window.close());
     EXPECT_TRUE(open.window.isVisible());
     EXPECT_NE(open.window.message().text().indexOf("pipe, and closing then"), -1);
-    open.session.save(target.path("refused.csv"));
+    open.session.save(target.path("another.csv"));
     EXPECT_EQ(pipe.read().substr(0, 9), "case,wing");
     open.settle();
     EXPECT_FALSE(open.window.isVisible());
@@ -334,7 +334,7 @@ TEST(WindowFiles, StaysOpenWhereAFileCannotBeSaved)
     EXPECT_NE(open.window.message().text().indexOf("missing/t.csv"), -1);
 }
 
-TEST(WindowFiles, WritesOneFileAtATime)
+TEST(WindowFiles, WritesAFileOnlyOnceAtATime)
 {
     const TemporaryTree tree(campaign);
     const TemporaryTree target;
@@ -342,11 +342,45 @@ TEST(WindowFiles, WritesOneFileAtATime)
     OpenWindow open(tree.path());
     open.read({both});
     open.session.save(target.path("pipe"));
-    open.session.save(target.path("t.csv"));
+    open.session.save(target.path("pipe"));
     EXPECT_NE(open.window.message().text().indexOf("pipe is still being written"), -1);
+    open.session.save(target.path("t.csv"));
+    EXPECT_TRUE(QTest::qWaitFor([&open] { return open.session.saving().size() == 1; }, 20000));
+    EXPECT_TRUE(target.exists("t.csv"));
     pipe.read();
     open.settle();
+}
+
+TEST(WindowFiles, SavesNoTableWhileAnotherReadingIsMatched)
+{
+    const TemporaryTree tree(campaign);
+    const TemporaryTree target;
+    OpenWindow open(tree.path());
+    open.read({both});
+    casetable::Setup setup = open.session.setup();
+    setup.templates = {"wing{wing}/**"};
+    open.session.change(setup);
+    ASSERT_TRUE(open.session.isMatching());
+    open.session.save(target.path("t.csv"));
+    EXPECT_EQ(open.window.message().text(), "there is no table yet");
+    open.settle();
     EXPECT_FALSE(target.exists("t.csv"));
+}
+
+TEST(WindowFiles, SavesASetupWithoutAnOrderThatDoesNotCount)
+{
+    const TemporaryTree tree(campaign);
+    const TemporaryTree target;
+    OpenWindow open(tree.path());
+    open.read({both});
+    casetable::Setup setup = open.session.setup();
+    setup.sort = {"wing", "gone"};
+    open.session.change(setup);
+    open.settle();
+    open.window.saveSetup(target.path("c.casetable"));
+    open.settle();
+    setup.sort.clear();
+    EXPECT_EQ(target.content("c.casetable"), commandLine(setup) + '\n');
 }
 
 TEST(WindowFiles, SavesNoTableOfAWalkThatFailed)

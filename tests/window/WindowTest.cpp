@@ -463,6 +463,8 @@ TEST(Window, RenamesTheColumnOfAValueThatIsNamedAgain)
     const TemporaryTree tree(campaign);
     OpenWindow open(tree.path());
     open.read({both});
+    clickHead(open.window.cases(), 2);
+    open.settle();
     PathsView& paths = open.window.paths();
     drag(paths, 1, 10, 14);
     QTest::keyClick(&paths, Qt::Key_Return);
@@ -471,6 +473,7 @@ TEST(Window, RenamesTheColumnOfAValueThatIsNamedAgain)
     QTest::keyClick(&open.window.naming().nameEdit(), Qt::Key_Return);
     open.settle();
     EXPECT_EQ(open.session.setup().templates, Texts({"wing{wing}/Mach{M:number}/*"}));
+    EXPECT_EQ(open.session.setup().sort, Texts({"M"}));
 }
 
 TEST(Window, SelectsANumberByADoubleClick)
@@ -649,6 +652,44 @@ TEST(Window, CopiesTheSelectedCasesInTheirOrder)
     open.settle();
     EXPECT_EQ(QApplication::clipboard()->text(),
               "case\twing\tMach\tfiles\n0\tA\t0.80\t2\n1\tA\t0.85\t1\n");
+}
+
+TEST(Window, CopiesAllCasesWhereOneIsOnlyThatOfThePath)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    open.read({both});
+    clickCell(open.window.paths(), 1, 0);
+    open.settle();
+    QTest::keyClick(&open.window, Qt::Key_T, Qt::ControlModifier);
+    open.settle();
+    EXPECT_EQ(QApplication::clipboard()->text(), "case\twing\tMach\tfiles\n"
+                                                 "0\tA\t0.80\t2\n1\tA\t0.85\t1\n2\tB\t0.80\t1\n");
+    EXPECT_EQ(open.window.message().text(), "Copied: 3 cases, for a spreadsheet to paste.");
+}
+
+TEST(Window, CopiesThePathThatHasTheKeysWhereNoneIsSelected)
+{
+    const TemporaryTree tree(campaign);
+    OpenWindow open(tree.path());
+    PathsView& paths = open.window.paths();
+    paths.setFocus();
+    clickCell(paths, 2, 0);
+    open.session.walkAgain();
+    open.settle();
+    QTest::keyClick(&paths, Qt::Key_C, Qt::ControlModifier);
+    open.settle();
+    EXPECT_EQ(QApplication::clipboard()->text().toStdString(), campaign[2]);
+}
+
+TEST(Window, CopiesNothingWhereThereAreNoPaths)
+{
+    OpenWindow open;
+    QApplication::clipboard()->setText("kept");
+    open.window.paths().setFocus();
+    QTest::keyClick(&open.window.paths(), Qt::Key_C, Qt::ControlModifier);
+    open.settle();
+    EXPECT_EQ(QApplication::clipboard()->text(), "kept");
 }
 
 TEST(Window, KeepsTheFolderWhenAReadingIsUndone)
@@ -1054,6 +1095,21 @@ TEST(Window, TakesAPastedReadingForTheOpenFolder)
     clickHead(open.window.cases(), 3);
     open.settle();
     EXPECT_EQ(open.session.setup().sort, Texts({"files"}));
+}
+
+TEST(Window, KeepsAPastedReadingThoughASetupWasToBeOpened)
+{
+    const TemporaryTree tree(campaign);
+    const TemporaryTree setups;
+    setups.file("c.casetable", "casetable -n T " + tree.path("wingA") + "\n");
+    OpenWindow open(tree.path());
+    open.window.openSetup(setups.path("c.casetable"));
+    QLineEdit& edit = open.window.command().edit();
+    edit.setText(QString::fromStdString("casetable -t '" + both + "'"));
+    QTest::keyClick(&edit, Qt::Key_Return);
+    open.settle();
+    EXPECT_EQ(open.session.setup().templates, Texts({both}));
+    EXPECT_EQ(open.session.setup().root, tree.path());
 }
 
 TEST(Window, TakesAPastedReadingForTheOpenList)

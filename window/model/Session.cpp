@@ -615,7 +615,8 @@ void Session::makeGrid(std::size_t rowColumn, std::size_t columnColumn)
 
 void Session::save(const std::string& file, const SavedRows& rows)
 {
-    if (!matching_ || !matching_->import) {
+    // While files are matched, the table is not yet that of the reading in effect.
+    if (isMatching_ || !matching_ || !matching_->import) {
         Q_EMIT failed(tr("there is no table yet"));
         return;
     }
@@ -641,24 +642,25 @@ void Session::save(const std::string& file, const SavedRows& rows)
 
 void Session::write(const std::string& file, const QString& sentence, std::function<void()> act)
 {
-    if (!saving_.empty()) {
-        Q_EMIT failed(tr("%1 is still being written").arg(shown(saving_)));
+    if (std::find(saving_.begin(), saving_.end(), file) != saving_.end()) {
+        Q_EMIT failed(tr("%1 is still being written").arg(shown(file)));
         return;
     }
     try {
-        background_.run(*this, [this, sentence, act = std::move(act)]() -> BackgroundJobs::Effect {
-            QString error;
-            try {
-                act();
-            } catch (const std::exception& failure) {
-                error = shown(failure.what());
-            }
-            return [this, sentence, error] {
-                saving_.clear();
-                Q_EMIT saved(sentence, error);
-            };
-        });
-        saving_ = file;
+        background_.run(*this,
+                        [this, file, sentence, act = std::move(act)]() -> BackgroundJobs::Effect {
+                            QString error;
+                            try {
+                                act();
+                            } catch (const std::exception& failure) {
+                                error = shown(failure.what());
+                            }
+                            return [this, file, sentence, error] {
+                                saving_.erase(std::find(saving_.begin(), saving_.end(), file));
+                                Q_EMIT saved(sentence, error);
+                            };
+                        });
+        saving_.push_back(file);
     } catch (const Failure& failure) {
         Q_EMIT failed(shown(failure.what()));
     }

@@ -109,7 +109,7 @@ public:
     /// The setup that is in effect, of which casetable makes the table that is shown.
     const Setup& effective() const { return effective_; }
 
-    /// The column of `column`, an index among those of caseReport(), as --sort takes it.
+    /// The column of `key`, an index among those of caseReport(), as --sort takes it.
     std::string sortValue(const SortKey& key) const;
 
     /// Gives bytes of a path a name, as nameBytes() does with the templates of the setup; the
@@ -131,8 +131,8 @@ public:
     /// it did not throw. Refused by failed() while another file is being written.
     void write(const std::string& file, const QString& sentence, std::function<void()> act);
 
-    /// The file that is being written; empty for none.
-    const std::string& saving() const { return saving_; }
+    /// The files that are being written.
+    const std::vector<std::string>& saving() const { return saving_; }
 
     /// Runs what else the system may keep waiting.
     BackgroundJobs& background() { return background_; }
@@ -212,7 +212,7 @@ private:
 
     std::size_t questions_ = 0;
     bool isAsking_ = false;
-    std::string saving_;
+    std::vector<std::string> saving_;
     BackgroundJobs background_;
     std::size_t grids_ = 0;
     bool isMakingGrid_ = false;

@@ -229,13 +229,14 @@ void CasesView::selectionChanged(const QItemSelection& now, const QItemSelection
 std::vector<std::uint32_t> CasesView::casesToCopy() const
 {
     std::vector<bool> isWanted(static_cast<std::size_t>(model_.rowCount()),
-                               !selectionModel()->hasSelection());
-    for (const QItemSelectionRange& range : selectionModel()->selection())
-        std::fill(isWanted.begin() + range.top(), isWanted.begin() + range.bottom() + 1, true);
+                               session_.filter().cases.empty());
+    for (const std::uint32_t each : session_.filter().cases)
+        isWanted[each] = true;
     std::vector<std::uint32_t> cases;
     for (int row = 0; row < model_.rowCount(); ++row) {
-        if (isWanted[static_cast<std::size_t>(row)])
-            cases.push_back(static_cast<std::uint32_t>(model_.caseOf(row)));
+        const std::size_t each = model_.caseOf(row);
+        if (isWanted[each])
+            cases.push_back(static_cast<std::uint32_t>(each));
     }
     return cases;
 }

@@ -25,7 +25,7 @@ public:
     /// Selects cases without telling so.
     void follow(const std::vector<std::uint32_t>& cases);
 
-    /// The cases of the selected rows, or of all where none is, in the order of the rows.
+    /// The cases whose files are shown alone, or all, in the order of the rows.
     std::vector<std::uint32_t> casesToCopy() const;
 
 Q_SIGNALS:

@@ -67,6 +67,7 @@ void CommandBar::accept()
         ReadSetup read = readSetup(words);
         edit_->setModified(false);
         session_.change(forOpenFiles(read.setup, session_.setup()));
+        Q_EMIT taken();
         takeCommand();
         QStringList leftOut;
         for (const std::string& option : read.leftOut)

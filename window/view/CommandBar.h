@@ -23,6 +23,8 @@ public:
     void copy();
 
 Q_SIGNALS:
+    /// A command that was typed has become the setup.
+    void taken();
     /// A sentence about what was done, or what is wrong.
     void told(const QString& sentence);
 

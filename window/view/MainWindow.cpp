@@ -172,6 +172,7 @@ MainWindow::MainWindow(Session& session)
     connect(&session, &Session::failed, this, &MainWindow::tellFailure);
     connect(&session, &Session::saved, this, &MainWindow::takeSaved);
     connect(command_, &CommandBar::told, this, &MainWindow::tell);
+    connect(command_, &CommandBar::taken, this, [this] { ++opened_; });
     connect(paths_, &PathsView::nameWanted, this, &MainWindow::askForName);
     connect(paths_, &PathsView::rowsChosen, this, &MainWindow::followPath);
     connect(paths_, &PathsView::bytesSelected, this, &MainWindow::takeMatching);
@@ -376,13 +377,9 @@ void MainWindow::makeFileMenu()
                                       const std::function<void()>& act) {
         saves_.push_back(add(menu, text, key, act));
     };
-    addSave(tr("&Save cases…"), QKeySequence::Save, [this] {
-        askWhereToSave({Rows::Cases, {}}, "cases");
-    });
-    addSave(tr("Save &files…"), {}, [this] { askWhereToSave({Rows::Files, {}}, "files"); });
-    addSave(tr("Save &unmatched files…"), {}, [this] {
-        askWhereToSave({Rows::Unmatched, {}}, "unmatched");
-    });
+    addSave(tr("&Save cases…"), QKeySequence::Save, [this] { askAndSave(Rows::Cases, "cases"); });
+    addSave(tr("Save &files…"), {}, [this] { askAndSave(Rows::Files, "files"); });
+    addSave(tr("Save &unmatched files…"), {}, [this] { askAndSave(Rows::Unmatched, "unmatched"); });
     addSave(tr("Save &missing combinations…"), {}, [this] { askForMissing(); });
     menu->addSeparator();
     saveSetup_ = add(menu, tr("Save se&tup…"), QKeySequence("Ctrl+Shift+S"),
@@ -521,6 +518,7 @@ void MainWindow::openFolder(const std::string& folder)
     else
         session_.change(setup);
     remember(folder);
+    endMessage();
 }
 
 void MainWindow::openList(const std::string& file)
@@ -531,6 +529,7 @@ void MainWindow::openList(const std::string& file)
     setup.list = file;
     setup.hidden = setup.follow = setup.keepGoing = false;
     session_.change(setup);
+    endMessage();
 }
 
 // Looks at files on another thread, as the system may keep that waiting.
@@ -546,9 +545,7 @@ void MainWindow::runInBackground(std::function<std::function<void()>()> act)
 // What tells, on the window's thread, whether nothing else has been opened since.
 std::function<bool()> MainWindow::openingNow()
 {
-    return [this, number = ++opened_, before = session_.setup()] {
-        return number == opened_ && haveSameSource(before, session_.setup());
-    };
+    return [this, number = ++opened_] { return number == opened_; };
 }
 
 void MainWindow::openSetup(const std::string& file)
@@ -609,7 +606,10 @@ void MainWindow::openPath(const std::string& path)
 
 void MainWindow::saveSetup(const std::string& file)
 {
-    const Setup& setup = session_.setup();
+    Setup setup = session_.setup();
+    // An order by a column that is gone would be refused when it is opened.
+    if (!session_.problem())
+        setup.sort = session_.effective().sort;
     const bool isByMarkers = setup.by == Setup::By::Markers;
     const bool leavesOut = isByMarkers ? !setup.templates.empty() : !setup.markers.empty();
     const QString sentence = !leavesOut ? tr("Saved: %1")
@@ -643,45 +643,63 @@ void MainWindow::takeSaved(const QString& sentence, const QString& error)
     else
         tellFailure(error);
     // A file that could not be written keeps the window open, with all that it would have held.
-    if (std::exchange(isClosing_, false) && error.isEmpty())
-        close();
+    if (isClosing_ && (!error.isEmpty() || session_.saving().empty())) {
+        isClosing_ = false;
+        if (error.isEmpty())
+            close();
+    }
 }
 
-// The dialog looks at the folder where it begins, which must not be one that hangs.
+// A dialog looks at the folder where it begins, which must not be one that hangs.
+QString MainWindow::beginOfDialog(const QString& wanted) const
+{
+    if (!BackgroundJob::isAnyLeft() && !session_.isWalking())
+        return wanted;
+    return QDir::home().filePath(QFileInfo(wanted).fileName());
+}
+
 void MainWindow::askForFolder()
 {
+    QString begin = QFile::decodeName(session_.setup().root.c_str());
+    if (!begin.isEmpty())
+        begin += '/';
     const QString folder =
-        QFileDialog::getExistingDirectory(this, tr("Open a folder"),
-                                          BackgroundJob::isAnyLeft() || session_.isWalking()
-                                              ? QDir::homePath()
-                                              : QFile::decodeName(session_.setup().root.c_str()));
+        QFileDialog::getExistingDirectory(this, tr("Open a folder"), beginOfDialog(begin));
     if (!folder.isEmpty())
         openFolder(bytesOfFile(folder));
 }
 
 void MainWindow::askForList()
 {
-    const QString file = QFileDialog::getOpenFileName(this, tr("Open a list of paths, one a line"));
+    const QString file = QFileDialog::getOpenFileName(this, tr("Open a list of paths, one a line"),
+                                                      beginOfDialog({}));
     if (!file.isEmpty())
         openList(bytesOfFile(file));
 }
 
 void MainWindow::askForSetup()
 {
-    const QString file =
-        QFileDialog::getOpenFileName(this, tr("Open a setup"), {}, tr("Setups (*.casetable)"));
+    const QString file = QFileDialog::getOpenFileName(this, tr("Open a setup"), beginOfDialog({}),
+                                                      tr("Setups (*.casetable)"));
     if (!file.isEmpty())
         openSetup(bytesOfFile(file));
 }
 
-void MainWindow::askWhereToSave(const SavedRows& rows, const QString& name)
+// Empty for nowhere.
+QString MainWindow::askWhereToSave(const QString& name)
 {
     const QStringList filters = filtersOfFormats();
     QString filter = filters.front();
-    const QString file = QFileDialog::getSaveFileName(this, tr("Save the table"), name + ".csv",
-                                                      filters.join(";;"), &filter);
+    const QString file = QFileDialog::getSaveFileName(
+        this, tr("Save the table"), beginOfDialog(name + ".csv"), filters.join(";;"), &filter);
+    return file.isEmpty() ? file : withEnding(file, filter);
+}
+
+void MainWindow::askAndSave(Rows rows, const QString& name)
+{
+    const QString file = askWhereToSave(name);
     if (!file.isEmpty())
-        session_.save(bytesOfFile(withEnding(file, filter)), rows);
+        session_.save(bytesOfFile(file), {rows, {}});
 }
 
 // Those of the grid are offered.
@@ -690,18 +708,26 @@ void MainWindow::askForMissing()
     const QStringList names = grid_->names();
     if (names.size() < 2)
         return tell(tr("Combinations need a reading with two columns or more."));
+    const auto asked = session_.matching();
     ColumnsDialog dialog(tr("Combinations of the values of these columns, of which there is no "
                             "case:"),
                          names, grid_->chosen(), this);
-    if (dialog.exec() == QDialog::Accepted)
-        askWhereToSave({Rows::Missing, dialog.chosen()}, "missing");
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    const QString file = askWhereToSave("missing");
+    if (file.isEmpty())
+        return;
+    if (session_.matching() != asked)
+        return tellFailure(tr("The columns are others now; choose them again."));
+    session_.save(bytesOfFile(file), {Rows::Missing, dialog.chosen()});
 }
 
 void MainWindow::askWhereToSaveSetup()
 {
     QString file = QFileDialog::getSaveFileName(
         this, tr("Save the setup"),
-        setupFile_.empty() ? "campaign.casetable" : QFile::decodeName(setupFile_.c_str()),
+        beginOfDialog(setupFile_.empty() ? "campaign.casetable"
+                                         : QFile::decodeName(setupFile_.c_str())),
         tr("Setups (*.casetable)"));
     if (file.isEmpty())
         return;
@@ -712,8 +738,9 @@ void MainWindow::askWhereToSaveSetup()
 
 void MainWindow::askWhereToSavePicture()
 {
-    const QString file = QFileDialog::getSaveFileName(this, tr("Save the picture of the grid"),
-                                                      "grid.png", tr("Pictures (*.png)"));
+    const QString file =
+        QFileDialog::getSaveFileName(this, tr("Save the picture of the grid"),
+                                     beginOfDialog("grid.png"), tr("Pictures (*.png)"));
     if (!file.isEmpty())
         savePicture(file);
 }
@@ -798,6 +825,8 @@ void MainWindow::copyPaths()
                         tr("They are no plain text, and stand as a word of a shell."));
     }
     const std::vector<std::uint32_t> files = paths_->selectedFiles();
+    if (files.empty())
+        return tell(tr("Choose a path first."));
     copyLater(tr("Copied: %1.").arg(counted(files.size(), tr("path"), tr("paths"))), asWords,
               [files, all = session_.files()] { return copyOfPaths(all, files); });
 }
@@ -807,11 +836,12 @@ void MainWindow::copyTable()
     const auto& matching = session_.matching();
     if (!matching || !matching->import || session_.isMatching())
         return tell(tr("There is no table yet."));
-    copyLater(tr("The table is copied, for a spreadsheet to paste."),
-              tr("%1 of its cells are no text in UTF-8, and stand as words of a shell."),
-              [matching = matching, cases = cases_->casesToCopy()] {
-                  return copyOfCases(matching->import->table(), cases);
-              });
+    const std::vector<std::uint32_t> cases = cases_->casesToCopy();
+    copyLater(
+        tr("Copied: %1, for a spreadsheet to paste.")
+            .arg(counted(cases.size(), tr("case"), tr("cases"))),
+        tr("%1 of the cells are no text in UTF-8, and stand as words of a shell."),
+        [matching = matching, cases] { return copyOfCases(matching->import->table(), cases); });
 }
 
 // Has another thread make a large text.
@@ -1040,7 +1070,7 @@ void MainWindow::closeEvent(QCloseEvent* event)
         isClosing_ = true;
         event->ignore();
         return tellMeanwhile(tr("Saving %1, and closing then. Close again to give that up.")
-                                 .arg(shown(session_.saving())));
+                                 .arg(shown(session_.saving().front())));
     }
     QSettings settings;
     settings.setValue("geometry", saveGeometry());

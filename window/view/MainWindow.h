@@ -99,9 +99,11 @@ private:
     void addFlag(QMenu* menu, const QString& text, bool Setup::*flag);
 
     void askForFolder();
+    QString beginOfDialog(const QString& wanted) const;
     void askForList();
     void askForSetup();
-    void askWhereToSave(const SavedRows& rows, const QString& name);
+    QString askWhereToSave(const QString& name);
+    void askAndSave(Rows rows, const QString& name);
     void askForMissing();
     void askWhereToSaveSetup();
     void askWhereToSavePicture();

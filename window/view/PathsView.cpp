@@ -639,6 +639,9 @@ std::vector<std::uint32_t> PathsView::selectedFiles() const
         for (int row = range.top(); row <= range.bottom(); ++row)
             files.push_back(static_cast<std::uint32_t>(model_.fileOf(row)));
     }
+    // The one that has the keys is shown as if it was selected.
+    if (files.empty() && currentIndex().isValid())
+        files.push_back(static_cast<std::uint32_t>(model_.fileOf(currentIndex().row())));
     // Files stand in the order of their indices.
     std::sort(files.begin(), files.end());
     files.erase(std::unique(files.begin(), files.end()), files.end());
