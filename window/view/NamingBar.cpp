@@ -1,5 +1,7 @@
 #include "window/view/NamingBar.h"
 
+#include <algorithm>
+
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
@@ -7,6 +9,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "casetable/templates/Template.h"
 #include "window/model/Session.h"
 #include "window/model/Text.h"
 #include "window/view/Look.h"
@@ -36,6 +39,30 @@ std::string proposedName(const NamedBytes& bytes)
         --end;
     const std::string name = bytes.path.substr(begin, end - begin);
     return name == "case" || name == "path" || name == "files" ? "" : name;
+}
+
+bool hasColumn(const std::vector<std::string>& templates, const std::string& name)
+{
+    return std::any_of(templates.begin(), templates.end(), [&name](const std::string& text) {
+        try {
+            const Template read(text);
+            return std::any_of(read.columns().begin(), read.columns().end(),
+                               [&name](const TemplateColumn& each) { return each.name == name; });
+        } catch (const TemplateError&) {
+            return false;
+        }
+    });
+}
+
+// An order by the column that had the one name is one by that which has the other now.
+void renameInOrder(std::vector<std::string>& sort, const std::string& from, const std::string& to)
+{
+    for (std::string& key : sort) {
+        if (key == from)
+            key = to;
+        else if (key == '-' + from)
+            key = '-' + to;
+    }
 }
 
 } // namespace
@@ -80,6 +107,7 @@ NamingBar::NamingBar(Session& session)
 void NamingBar::ask(const NamedBytes& bytes)
 {
     bytes_ = bytes;
+    column_ = bytes.name;
     isWanted_ = false;
     title_->setText(
         tr("Name of “%1”:")
@@ -131,6 +159,8 @@ void NamingBar::take()
     Setup setup = session_.setup();
     setup.by = Setup::By::Templates;
     setup.templates = result_->templates;
+    if (!column_.empty() && !hasColumn(setup.templates, column_))
+        renameInOrder(setup.sort, column_, bytes_.name);
     close();
     session_.change(setup);
 }

@@ -49,6 +49,7 @@ private:
     QLabel* preview_;
     QPushButton* add_;
     NamedBytes bytes_;
+    std::string column_;                   // That reads them already; empty for none.
     std::optional<NamedTemplates> result_; // For the name as it is.
     bool isWanted_ = false;                // Enter was pressed before the result was there.
 };
