@@ -227,7 +227,7 @@ int main(int argc, char** argv)
     } catch (const std::exception& failure) {
         Console().error(failure.what());
     }
-    // A walk that the system keeps waiting would be waited for.
+    // A job that was left to itself would be waited for.
     if (BackgroundJob::isAnyLeft())
         std::_Exit(code);
     return code;

@@ -37,14 +37,17 @@ std::vector<std::uint32_t> Cases::addAll(const Cases& others)
     std::vector<std::uint32_t> indices;
     indices.reserve(others.size());
     std::vector<std::size_t> hashes;
-    for (auto begin = others.begin(); begin != others.end();) {
-        const auto end = begin + std::min<std::ptrdiff_t>(fetchedCases, others.end() - begin);
+    auto next = others.begin();
+    while (next != others.end()) {
+        const auto end = next + std::min<std::ptrdiff_t>(fetchedCases, others.end() - next);
         hashes.clear();
-        for (auto each = begin; each != end; ++each)
+        for (auto each = next; each != end; ++each)
             hashes.push_back(hashOf(each->key()));
         fetch(hashes);
-        for (auto hash = hashes.begin(); begin != end; ++begin, ++hash)
-            indices.push_back(add(begin->key(), *hash, begin->leastPath(), begin->fileCount()));
+        for (const std::size_t hash : hashes) {
+            indices.push_back(add(next->key(), hash, next->leastPath(), next->fileCount()));
+            ++next;
+        }
     }
     return indices;
 }
@@ -73,20 +76,20 @@ std::uint32_t Cases::add(std::string_view key, std::size_t hash, std::string_vie
 }
 
 // Has the processor fetch what add() will probably look at for each of the hashes, and does not
-// wait for it. Each round needs what that before has fetched.
+// wait for it. Each round needs what the round before has fetched.
 void Cases::fetch(const std::vector<std::size_t>& hashes) const
 {
     if (slots_.empty())
         return;
     const auto eachProbable = [&](const auto& act) {
         for (const std::size_t hash : hashes) {
-            const Slot& slot = homeOf(hash);
+            const Slot& slot = slots_[homeOf(hash)];
             if (slot.index != free && slot.hash == storedPart(hash))
                 act(cases_[slot.index]);
         }
     };
     for (const std::size_t hash : hashes)
-        __builtin_prefetch(&homeOf(hash));
+        __builtin_prefetch(&slots_[homeOf(hash)]);
     eachProbable([](const Case& each) { __builtin_prefetch(&each); });
     eachProbable([](const Case& each) {
         __builtin_prefetch(each.key_.data());
@@ -110,7 +113,7 @@ void Cases::setLeastPath(Case& each, std::string_view path)
 Cases::Slot& Cases::slotOf(std::string_view key, std::size_t hash)
 {
     for (std::size_t next = hash;; ++next) {
-        Slot& slot = slots_[next & (slots_.size() - 1)];
+        Slot& slot = slots_[homeOf(next)];
         if (slot.index == free ||
             (slot.hash == storedPart(hash) && cases_[slot.index].key() == key))
             return slot;

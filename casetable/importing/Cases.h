@@ -65,7 +65,7 @@ private:
     std::uint32_t add(std::string_view key, std::size_t hash, std::string_view leastPath,
                       std::size_t fileCount);
     void fetch(const std::vector<std::size_t>& hashes) const;
-    const Slot& homeOf(std::size_t hash) const { return slots_[hash & (slots_.size() - 1)]; }
+    std::size_t homeOf(std::size_t hash) const { return hash & (slots_.size() - 1); }
     Slot& slotOf(std::string_view key, std::size_t hash);
     void growSlots();
     void setLeastPath(Case& each, std::string_view path);

@@ -19,8 +19,8 @@ enum class PathFault {
 /// None if `path`, relative to a root, can name a file below it, otherwise one of its faults. Only
 /// the text is looked at, and nothing need exist: "./a" can name the file "a" in the folder ".".
 ///
-/// Takes less time with the number of bytes that `path` is known to share with the beginning of a
-/// path without a fault; the answer is the same.
+/// The first `shared` bytes are known to begin a path without a fault too. That saves time; the
+/// answer is the same.
 PathFault pathFault(std::string_view path, std::size_t shared = 0);
 
 /// The number of bytes with which both begin.

@@ -11,7 +11,7 @@ namespace casetable {
 
 namespace {
 
-// A walk calls itself for each folder in a folder; its stack is large enough for so many.
+// A list may be as deep as a tree that the module is sure to walk.
 const std::size_t maxFolders = 20'000;
 
 // In bytes; more than so many folders with names of 255 bytes take.

@@ -76,6 +76,8 @@ void PathLines::expect(std::string_view path) const
 {
     const XXH128_hash_t hash = hashOf(path);
     const Part& part = parts_[hash.high64 & 0xffU];
+    if (part.slots.empty())
+        return;
     // As a search may go on behind the end of what is fetched at once, what follows is fetched too.
     const Slot* const home = part.slots.data() + homeOf(hash.low64, part.homes);
     __builtin_prefetch(home);

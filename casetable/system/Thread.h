@@ -6,8 +6,8 @@
 
 namespace casetable {
 
-/// A thread whose stack is large enough to walk the deepest tree, which takes stack for each
-/// level. It does not receive the interrupts.
+/// A thread with a stack as large as that of the module's own walks, 64 MiB of address space. It
+/// does not receive the interrupts.
 class Thread {
 public:
     /// Starts `act`, which must not throw, on a thread of its own. Returns null where the system

@@ -165,6 +165,13 @@ TEST(NameBytes, SaysWhatCannotBeNamed)
               "the template has a column \"run\" already");
     EXPECT_EQ(refusal(path, "wing", {"{wing}/**"}), "the template has a column \"wing\" already");
     EXPECT_NE(refusal(path, "a b!"), "no refusal");
+    for (const char* notOnlyAName : {"m:number", "m,[0-9]+", "m}{n"}) {
+        for (const Texts& templates : {Texts(), Texts{"*/Mach{old}/**"}})
+            EXPECT_EQ(refusal(path, notOnlyAName, templates),
+                      "a column's name is a letter or _, then letters, digits and _");
+    }
+    EXPECT_EQ(refusal(path, "wing:number", {"wing{wing}/Mach{Mach}/**"}),
+              "a column's name is a letter or _, then letters, digits and _");
     EXPECT_NE(refusal(path, "path"), "no refusal");
     EXPECT_NE(refusal(path, "wing", {"{wing}.txt"}), "no refusal");
 }

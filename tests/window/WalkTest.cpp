@@ -115,6 +115,45 @@ TEST(Walk, EndsWithTheFilesSoFarWhenItIsLeft)
     EXPECT_EQ(walk.files().count(), 3U);
 }
 
+TEST(Walk, MayBeLeftAgainAndAgain)
+{
+    const TemporaryTree tree;
+    ASSERT_EQ(::mkfifo(tree.path("list").c_str(), 0600), 0);
+    Walk walk(list(tree.path("list")));
+    const int writer = ::open(tree.path("list").c_str(), O_WRONLY);
+    EXPECT_EQ(::write(writer, "c\na\nb\n", 6), 6);
+    while (walk.progress().files < 3)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    walk.leave();
+    while (!walk.hasEnded())
+        walk.leave();
+    walk.leave();
+    EXPECT_EQ(pathsOf(walk.files()), Texts({"a", "b", "c"}));
+    EXPECT_TRUE(walk.end().isStopped);
+    ::close(writer);
+    while (BackgroundJob::isAnyLeft())
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+}
+
+TEST(Walk, KeepsHowItEndedWhenItIsLeftLater)
+{
+    const TemporaryTree tree({"folder/a", "folder/.hidden"});
+    Walk walk(folder(tree.path("folder")));
+    waitForEnd(walk);
+    walk.leave();
+    EXPECT_TRUE(walk.hasEnded());
+    EXPECT_EQ(pathsOf(walk.files()), Texts({"a"}));
+    EXPECT_EQ(walk.end().hiddenLeftOut, 1U);
+    EXPECT_FALSE(walk.end().isStopped);
+    tree.file("list", "b\na\n../c\n");
+    Walk refused(list(tree.path("list")));
+    waitForEnd(refused);
+    refused.leave();
+    EXPECT_EQ(pathsOf(refused.files()), Texts({"a", "b"}));
+    EXPECT_NE(refused.end().error.find("../c"), std::string::npos) << refused.end().error;
+    EXPECT_FALSE(refused.end().isStopped);
+}
+
 TEST(Walk, IsLeftToItselfByItsOwner)
 {
     const TemporaryTree tree({"a/b"});

@@ -7,8 +7,7 @@ namespace casetable {
 
 namespace {
 
-// How often it is looked whether one has ended. One that was left could not tell, as whom it would
-// tell may be gone.
+// How often it is looked whether one has ended. A job may outlive this, so it has nobody to signal.
 const int lookMilliseconds = 15;
 
 } // namespace

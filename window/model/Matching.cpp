@@ -181,7 +181,7 @@ void match(Matching& matching, const std::vector<Setup::AuxRow>& rows, const std
         return;
     if (!all.matchFailure)
         takeSelected(all, indices, matching);
-    // The walk has judged the root, and may have been put aside since; nothing is asked of it.
+    // The walk has judged the root, and may have been left to itself since; nothing is asked of it.
     matching.import = std::make_unique<const Import>(
         std::move(all), listRoot(rootName), *matching.reading, identifiersOf(rows, indices), kept);
     if (!isCancelled)

@@ -52,8 +52,7 @@ struct Matching {
 /// are told in Matching::aux, and left out. Works on as many as `jobs` threads. Returns null where
 /// it was cancelled meanwhile.
 ///
-/// `rootName` is what errors call the root. Needs a thread with a large stack, as importShard()
-/// does.
+/// `rootName` is what errors call the root.
 std::shared_ptr<const Matching> matchFiles(const Files& files, const Reading& reading,
                                            const std::vector<Setup::AuxRow>& rows,
                                            const std::string& rootName, std::size_t jobs,

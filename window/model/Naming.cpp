@@ -410,7 +410,9 @@ std::optional<std::string> check(const NamedBytes& named,
             throw NamingError("the template has a column \"" + column.name + "\" already");
     }
     try {
-        static_cast<void>(Template("{" + named.name + "}"));
+        // A type or an expression behind the name would be read as one.
+        if (Template("{" + named.name + "}").columns().front().name != named.name)
+            throw NamingError("a column's name is a letter or _, then letters, digits and _");
     } catch (const TemplateError& failure) {
         throw NamingError(failure.what());
     }

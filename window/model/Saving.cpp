@@ -5,7 +5,6 @@
 #include <stdexcept>
 #include <utility>
 
-#include "casetable/importing/Report.h"
 #include "casetable/listing/ListRoot.h"
 #include "casetable/listing/Shard.h"
 #include "casetable/options/ColumnNames.h"
@@ -15,7 +14,6 @@
 #include "casetable/system/Output.h"
 #include "casetable/system/OutputGuards.h"
 #include "casetable/system/ReadFile.h"
-#include "casetable/writing/SqliteWriter.h"
 #include "window/model/CommandText.h"
 
 namespace casetable {
@@ -115,13 +113,10 @@ void saveTable(const Options& options, const Matching& matching)
 {
     const std::string& file = *options.output;
     Output output(file);
-    if (options.source.list)
-        spareInput(file, *options.source.list, "the list itself");
-    else
+    checkOutput(options, output);
+    if (!options.source.list)
         spareMatchedFile(file, isMatched(matching, pathBelow(options.source.root, file)));
     const Format& format = options.format != nullptr ? *options.format : *formatNamed("csv");
-    if (format.isDatabase())
-        checkDatabase(caseColumns(options.reading.patterns(), {}), output);
     if (options.rows == Rows::Unmatched)
         writeUnmatched(options, matching, format, output);
     else

@@ -24,7 +24,7 @@ Options savingOptions(const Setup& setup, const SavedRows& rows, const std::stri
 
 /// Writes, as casetable does with these options of savingOptions(), what the matching gives, whose
 /// import is there. The format is that for which the file's ending stands, CSV where it stands for
-/// none. Needs a thread with a large stack. Throws what that fails with.
+/// none. Throws what that fails with.
 void saveTable(const Options& options, const Matching& matching);
 
 /// Writes the quoted command line of the setup to `file`, its root as an absolute path. Throws

@@ -27,7 +27,7 @@ struct Suggestion {
 };
 
 /// The templates that --suggest proposes for the files, each with the counts of an import by it
-/// alone. Needs a thread with a large stack. What was cancelled meanwhile is not complete.
+/// alone. What was cancelled meanwhile is not complete.
 std::vector<Suggestion> suggestionsFor(const Files& files, std::size_t jobs,
                                        const std::atomic<bool>& isCancelled);
 

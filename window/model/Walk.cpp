@@ -41,6 +41,7 @@ struct Walk::State {
     ShardCutter cutter{ShardSize(), [this](Shard shard) {
                            shards.push_back(std::make_shared<const Shard>(std::move(shard)));
                        }};
+    bool isListed = false; // Whether no more files come, and they have only to be put in order.
     End end;
     Clock::time_point endTime;
 
@@ -50,7 +51,7 @@ struct Walk::State {
     void finish(std::string error);
 
     // Hands over what there is so far of a walk that was stopped, as that of one that has only to
-    // finish.
+    // finish. Null where this is such a walk itself.
     std::shared_ptr<State> handOver();
 
 private:
@@ -145,18 +146,20 @@ void Walk::State::finish(std::string error)
     try {
         {
             const std::lock_guard<std::mutex> lock(mutex);
+            end.error = std::move(error);
+            end.isStopped = isStopped;
+            isListed = true;
             cutter.finish();
             ordered = shards;
         }
         ordered = Files(std::move(ordered)).inByteOrder().shards();
     } catch (const std::bad_alloc&) {
-        error = "not enough memory";
+        const std::lock_guard<std::mutex> lock(mutex);
+        end.error = "not enough memory";
     }
     {
         const std::lock_guard<std::mutex> lock(mutex);
         shards = std::move(ordered);
-        end.error = error;
-        end.isStopped = isStopped;
         endTime = Clock::now();
     }
     hasEnded = true;
@@ -164,11 +167,14 @@ void Walk::State::finish(std::string error)
 
 std::shared_ptr<Walk::State> Walk::State::handOver()
 {
+    const std::lock_guard<std::mutex> lock(mutex);
+    if (isListed)
+        return nullptr;
     auto other = std::make_shared<State>();
     other->begin = begin;
     other->isStopped = true;
+    other->isListed = true;
     other->folders = folders.load();
-    const std::lock_guard<std::mutex> lock(mutex);
     cutter.finish();
     other->shards = std::exchange(shards, {});
     for (const auto& shard : other->shards)
@@ -197,9 +203,10 @@ void Walk::stop()
 void Walk::leave()
 {
     stop();
-    if (hasEnded())
+    std::shared_ptr<State> other = state_->handOver();
+    if (!other)
         return;
-    state_ = state_->handOver();
+    state_ = std::move(other);
     try {
         job_ = std::make_unique<BackgroundJob>([state = state_] { state->finish(""); });
     } catch (const Failure&) {

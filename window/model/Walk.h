@@ -29,8 +29,8 @@ public:
 
     /// How it ended.
     struct End {
-        bool isStopped = false;
-        std::string error; ///< Why it failed; empty where it did not.
+        bool isStopped = false; ///< Before all files were listed.
+        std::string error;      ///< Why it failed; empty where it did not.
         std::vector<std::string> warnings;
         std::size_t hiddenLeftOut = 0; ///< Entries left out only because they are hidden.
     };
@@ -47,12 +47,12 @@ public:
     /// Asks it to end; returns at once.
     void stop();
 
-    /// Stops it, and leaves it to itself where the system keeps it waiting: with the files that it
-    /// has found so far, all of them, it ends soon. They are put in order on a thread of their own,
-    /// or, where the system has none left, on this one.
+    /// Stops it. Where it has not ended, its thread is left to itself, and the walk soon ends with
+    /// all files found so far, put in order by another thread, or by this one where the system has
+    /// none. One that only puts its files in order goes on with that.
     void leave();
 
-    /// Whether it is done, or stopped and no longer kept waiting by the system.
+    /// Whether it is done; not yet while the files are put in order.
     bool hasEnded() const;
     Progress progress() const;
 
