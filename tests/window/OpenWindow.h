@@ -18,6 +18,16 @@
 namespace casetable {
 namespace tests {
 
+using Texts = std::vector<std::string>;
+using Table = std::vector<Texts>;
+
+/// The files of a small tree, in byte order.
+inline const Texts campaign = {"notes.txt", "wingA/Mach0.80/flow.vtu", "wingA/Mach0.80/solver.log",
+                               "wingA/Mach0.85/flow.vtu", "wingB/Mach0.80/flow.vtu"};
+
+/// A template that reads all of them but the first.
+inline const std::string both = "wing{wing}/Mach{Mach:number}/*";
+
 /// A window on the screen of the test, which is none, and its session.
 class OpenWindow {
 public:
@@ -44,7 +54,7 @@ public:
     }
 
     /// Sets templates as if they had been typed.
-    void read(const std::vector<std::string>& templates)
+    void read(const Texts& templates)
     {
         Setup setup = session.setup();
         setup.by = Setup::By::Templates;
@@ -54,10 +64,10 @@ public:
     }
 
     /// The table that is shown, a text for each cell, row by row, the header first.
-    std::vector<std::vector<std::string>> table()
+    Table table()
     {
         const QAbstractItemModel& model = *window.cases().model();
-        std::vector<std::vector<std::string>> rows(1);
+        Table rows(1);
         for (int column = 0; column < model.columnCount(); ++column)
             rows[0].push_back(model.headerData(column, Qt::Horizontal).toString().toStdString());
         for (int row = 0; row < model.rowCount(); ++row) {
@@ -70,10 +80,10 @@ public:
     }
 
     /// The paths that are shown.
-    std::vector<std::string> shownPaths()
+    Texts shownPaths()
     {
         const QAbstractItemModel& model = *window.paths().model();
-        std::vector<std::string> paths;
+        Texts paths;
         for (int row = 0; row < model.rowCount(); ++row)
             paths.push_back(window.paths().paths().path(row));
         return paths;

@@ -35,13 +35,6 @@ namespace tests {
 
 namespace {
 
-using Texts = std::vector<std::string>;
-using Table = std::vector<Texts>;
-
-const Texts campaign = {"notes.txt", "wingA/Mach0.80/flow.vtu", "wingA/Mach0.80/solver.log",
-                        "wingA/Mach0.85/flow.vtu", "wingB/Mach0.80/flow.vtu"};
-const std::string both = "wing{wing}/Mach{Mach:number}/*";
-
 // A file of which the system keeps those waiting who write it, until somebody reads.
 class Pipe {
 public:

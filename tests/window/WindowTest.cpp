@@ -56,13 +56,6 @@ namespace tests {
 
 namespace {
 
-using Texts = std::vector<std::string>;
-using Table = std::vector<Texts>;
-
-const Texts campaign = {"notes.txt", "wingA/Mach0.80/flow.vtu", "wingA/Mach0.80/solver.log",
-                        "wingA/Mach0.85/flow.vtu", "wingB/Mach0.80/flow.vtu"};
-const std::string both = "wing{wing}/Mach{Mach:number}/*";
-
 // Selects bytes with the mouse.
 void drag(PathsView& paths, int row, std::size_t begin, std::size_t end)
 {
